@@ -1,0 +1,19 @@
+#pragma once
+
+// What the module imports from the host's library `avbase`. Ordinary dynamic references: a host that defines these
+// functions itself gets its own called.
+
+namespace AVBased {
+
+/// Bits of AVBasedGetCPUFeatures: either one selects the vectorised routines.
+inline constexpr unsigned cpuFeatureMmx = 1;
+inline constexpr unsigned cpuFeatureSse2 = 4;
+
+extern "C" {
+/// The processor's features as a bit mask.
+unsigned AVBasedGetCPUFeatures();
+/// Copies `length` bytes between ranges that do not overlap; answers `destination`.
+void* AVBasedMemCopy(void* destination, const void* source, unsigned length);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,16 @@
+# What every target of the project is compiled with; link to nifikral_options to get it.
+add_library(nifikral_options INTERFACE)
+target_include_directories(nifikral_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(
+    nifikral_options
+    INTERFACE -Wall
+              -Wextra
+              -Wpedantic
+              # No contraction: the order and rounding of every floating-point step belongs to the result.
+              -ffp-contract=off
+              $<$<BOOL:${NIFIKRAL_WARNINGS_AS_ERRORS}>:-Werror>)
+if(NIFIKRAL_SANITIZE)
+    target_compile_options(
+        nifikral_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(nifikral_options INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,52 @@
+#include <cstring>
+#include <type_traits>
+
+#include "TarvoBased/CBaseException.h"
+#include "TarvoBased/boundary.h"
+#include "TarvoBased/error_codes.h"
+#include "effects/SimpleColourEffects.h"
+#include "effects/effect_table.h"
+
+namespace AVBased {
+
+using namespace TarvoBased;
+
+namespace {
+
+constexpr char sourceName[] = "ImageEffects";
+
+// Lines that the host reads beside an error of the factory.
+enum Line : int { lineNullName = 53, lineNotFound = 183, lineBoundary = 186 };
+
+// A generator takes the manager; a frame effect knows its name, or is plain enough to be told it.
+template <class Effect>
+IVideoProc* Create(const char* name, IAVManager* manager) {
+    if constexpr (std::is_constructible_v<Effect, IAVManager*>)
+        return new Effect(manager);
+    else if constexpr (std::is_default_constructible_v<Effect>)
+        return new Effect;
+    else
+        return new Effect(name);
+}
+
+constexpr EffectEntry effectTable[] = {
+    {effectNameGray, Create<CGrayEffect>},
+    {effectNameFlipColor, Create<CFlipColorEffect>},
+    {effectNameInvert, Create<CInvertEffect>},
+    {effectNameAgedFilm, Create<CAgedFilmEffect>},
+};
+
+}  // namespace
+
+std::span<const EffectEntry> EffectTable() { return effectTable; }
+
+IVideoProc* CreateEffect(IAVManager* manager, const char* name) noexcept {
+    return AtBoundary(lineBoundary, sourceName, [&] {
+        RequirePointer(name, lineNullName, sourceName);
+        for (const EffectEntry& entry : effectTable)
+            if (std::strcmp(entry.name, name) == 0) return entry.create(name, manager);
+        throw CBaseException(errorNotFound, textEffectNotFound, lineNotFound, sourceName);
+    });
+}
+
+}  // namespace AVBased

@@ -1,0 +1,1 @@
+#include "avbase/IImageConverter.h"
