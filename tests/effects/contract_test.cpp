@@ -1,0 +1,250 @@
+// What every effect of the table promises. A new effect is covered by its row; one that promises less says so below.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "TarvoBased/IStrings.h"
+#include "TarvoBased/error_codes.h"
+#include "effects/CBasedVideoEffect.h"
+#include "tests/support/test_frames.h"
+
+namespace AVBased {
+
+void PrintTo(const EffectEntry& entry, std::ostream* out) { *out << entry.name; }
+
+namespace Testing {
+namespace {
+
+// What an effect does that the others never do.
+struct Exception {
+    const char* effect;
+    bool changesPadding = false, changesAlpha = false;
+    const char* name = nullptr;  // when the object's own name is not the one asked for
+};
+constexpr Exception exceptions[] = {
+    {.effect = "gray", .changesPadding = true},
+    {.effect = "aged_film", .changesPadding = true},
+};
+
+// Numbers that would take hours or gigabytes, kept within bounds here.
+struct Bound {
+    const char* property;
+    int least, most;
+};
+constexpr Bound bounds[] = {
+    {"blur_count", 0, 3},
+    {"sharpen_count", 0, 3},
+};
+
+Exception ExceptionOf(const std::string& effect) {
+    for (const Exception& exception : exceptions)
+        if (effect == exception.effect) return exception;
+    return {};
+}
+
+std::vector<std::string> PropertyNames(IVideoProc& effect) {
+    std::vector<std::string> names;
+    TarvoBased::IStrings* list = effect.GetPropertyNames();
+    for (int i = 0; i < list->GetCount(); ++i) names.push_back(list->GetString(i)->GetStr());
+    list->Free();
+    return names;
+}
+
+// Sets every property to a number that may be small, odd, negative or huge. The same random state sets the same values.
+Settings RandomSettings(IVideoProc& effect, std::mt19937& random) {
+    static constexpr int odd[] = {0, 1, -1, 2, 3, 255, 256, -300, 2147483647, -2147483647 - 1};
+    Settings settings;
+    for (const std::string& name : PropertyNames(effect)) {
+        long long value = random() % 3 ? int(random() % 40) - 8 : odd[random() % std::size(odd)];
+        for (const Bound& bound : bounds)
+            if (name == bound.property) value = std::clamp<long long>(value, bound.least, bound.most);
+        int type = 0;
+        effect.GetProperty(name.c_str(), &type);
+        std::string text = std::to_string(value);
+        if (type == CBaseAVProc::typeReal && random() % 2) text += ".375";
+        if (effect.SetProperty(name.c_str(), text.c_str())) settings.emplace_back(name, text);
+    }
+    return settings;
+}
+
+std::vector<unsigned> KnownFormats() {
+    std::vector<unsigned> codes;
+    for (const FormatInfo& info : formats)
+        if (info.forEffects) codes.push_back(info.code);
+    return codes;
+}
+
+constexpr std::pair<unsigned, unsigned> sizes[] = {{1, 1}, {2, 1}, {1, 2}, {2, 2},  {3, 3},   {4, 5},
+                                                   {7, 9}, {5, 1}, {1, 5}, {33, 8}, {16, 15}, {67, 6}};
+
+class Contract : public testing::TestWithParam<EffectEntry> {
+ protected:
+    EffectOwner Make() const { return MakeEffect(GetParam().name); }
+    Exception Promise() const { return ExceptionOf(GetParam().name); }
+
+    // Runs `check(frame, seed)` on random frames of every known format and of many sizes and layouts.
+    template <class Check>
+    void OnManyFrames(Check check) {
+        unsigned seed = 1;
+        for (unsigned format : KnownFormats())
+            for (auto [width, height] : sizes)
+                for (const FrameLayout& layout :
+                     {FrameLayout{}, FrameLayout{{}, false}, FrameLayout{{4, 9, 2, 0}, true}}) {
+                    std::mt19937 random(++seed);
+                    TestFrame frame(format, width, height, layout);
+                    frame.Randomise(random);
+                    SCOPED_TRACE(testing::Message() << "format " << format << " size " << width << "x" << height
+                                                    << " padding " << layout.padding[0] << " seed " << seed);
+                    check(frame, seed);
+                    if (HasFatalFailure()) return;
+                }
+    }
+};
+
+std::string Describe(const Settings& settings) {
+    std::string text;
+    for (const auto& [name, value] : settings) text += name + "=" + value + " ";
+    return text;
+}
+
+TEST_P(Contract, IdentityIsThatOfTheTable) {
+    const EffectOwner effect = Make();
+    EXPECT_STREQ(effect->GetName(), Promise().name ? Promise().name : GetParam().name);
+    EXPECT_EQ(effect->GetType(), 1u);
+    EXPECT_EQ(effect->GetSubType(), 2u);
+    EXPECT_EQ(effect->GetInterface("IVideoProc"), effect.get());
+    EXPECT_EQ(effect->GetDuration(), 1);
+    EXPECT_TRUE(effect->Seek(5));
+}
+
+TEST_P(Contract, UnknownFormatsStayUntouched) {
+    std::mt19937 random(7);
+    for (const FormatInfo& info : formats) {
+        TestFrame frame(info.code, 13, 7, {}, info.forEffects ? 99 : -1);
+        frame.Randomise(random);
+        const TestFrame before = frame;
+        const EffectOwner effect = Make();
+        RandomSettings(*effect, random);
+        Apply(*effect, frame);
+        ASSERT_EQ(frame, before);
+    }
+}
+
+TEST_P(Contract, StaysInsidePlanesAndKeepsPaddingAndAlpha) {
+    OnManyFrames([&](TestFrame& frame, unsigned seed) {
+        std::mt19937 random(seed);
+        const TestFrame before = frame;
+        const EffectOwner effect = Make();
+        const std::string settings = Describe(RandomSettings(*effect, random));
+        Apply(*effect, frame, int(random() % 4));
+        ASSERT_TRUE(frame.GuardsIntact()) << settings;
+        for (unsigned p = 0; p < frame.GetBufferCount(); ++p)
+            if (!Promise().changesPadding) {
+                ASSERT_EQ(frame.Padding(p), before.Padding(p)) << settings << "plane " << p;
+            }
+        if (Promise().changesAlpha) return;
+        if (!frame.IsPacked() && frame.GetBufferCount() == 4) {
+            ASSERT_EQ(frame.Samples(3), before.Samples(3)) << settings;
+        }
+        if (frame.IsPacked()) {
+            Grid alpha = frame.Samples(), alphaBefore = before.Samples();
+            for (Grid* grid : {&alpha, &alphaBefore})
+                for (auto& row : *grid)
+                    for (unsigned& pixel : row) pixel >>= 24;
+            ASSERT_EQ(alpha, alphaBefore) << settings;
+        }
+    });
+}
+
+TEST_P(Contract, CopyAndInPlaceAgreeAndNothingIsKept) {
+    const int aliveBefore = TestFrame::alive;
+    OnManyFrames([&](TestFrame& frame, unsigned seed) {
+        std::mt19937 random(seed);
+        const TestFrame original = frame;
+        const EffectOwner copying = Make(), inPlace = Make();
+        for (const auto& [name, value] : RandomSettings(*copying, random))
+            inPlace->SetProperty(name.c_str(), value.c_str());
+        ImagePostion record;
+        const auto* result = static_cast<TestFrame*>(copying->ProcFrame(&record, 1, &frame));
+        // A setting may be refused only when the frame comes; both calls refuse it then.
+        if (!result) return;
+        ASSERT_EQ(frame, original);
+        Apply(*inPlace, frame, 1);
+        ASSERT_EQ(*result, frame);
+    });
+    EXPECT_EQ(TestFrame::alive, aliveBefore);
+}
+
+TEST_P(Contract, EveryInstructionSetGivesTheSameBytes) {
+    OnManyFrames([&](TestFrame& frame, unsigned seed) {
+        std::vector<TestFrame> results;
+        for (InstructionSet set : allInstructionSets) {
+            if (!IsUsable(set)) continue;
+            std::mt19937 random(seed);
+            TestFrame& result = results.emplace_back(frame);
+            const EffectOwner effect = Make();
+            dynamic_cast<CBasedVideoImageEffect&>(*effect).UseInstructionSet(set);
+            const std::string settings = Describe(RandomSettings(*effect, random));
+            // Twice: effects that keep tables compute them first and replay them then.
+            for (int position : {0, 1}) Apply(*effect, result, position);
+            ASSERT_EQ(result, results.front()) << settings;
+        }
+    });
+}
+
+TEST_P(Contract, EveryTextPropertySurvivesGarbage) {
+    static constexpr const char* garbage[] = {"",        "abc", " ",    "-",    "1e400", "-1e400",
+                                              "nan",     "inf", "%n%s", "0x7f", "1;2;",  "99999999999999999999",
+                                              "\xff\xfe"};
+    std::mt19937 random(3);
+    for (const char* text : garbage) {
+        const EffectOwner effect = Make();
+        for (const std::string& name : PropertyNames(*effect)) {
+            const std::string before = effect->GetProperty(name.c_str(), nullptr);
+            // 20 digits read as an integer are -1: a pass count without end.
+            const bool endless = std::any_of(std::begin(bounds), std::end(bounds), [&](const Bound& bound) {
+                return name == bound.property && std::strlen(text) > 10;
+            });
+            if (endless) continue;
+            ForgetError();
+            if (effect->SetProperty(name.c_str(), text)) {
+                EXPECT_EQ(LastError().code, TarvoBased::noError) << name << "=" << text;
+            } else {
+                EXPECT_EQ(LastError().code, TarvoBased::errorGeneral) << name << "=" << text;
+                EXPECT_EQ(effect->GetProperty(name.c_str(), nullptr), before) << name << "=" << text;
+            }
+        }
+        for (unsigned format : KnownFormats()) {
+            TestFrame frame(format, 9, 7);
+            frame.Randomise(random);
+            Apply(*effect, frame);
+            EXPECT_TRUE(frame.GuardsIntact()) << text;
+        }
+    }
+}
+
+TEST_P(Contract, NullRecordsAndFramesAreFiled) {
+    const EffectOwner effect = Make();
+    ImagePostion record;
+    TestFrame frame(30, 2, 2);
+    const auto badPointer = [](int line) {
+        return Error{TarvoBased::errorBadPointer, "Bad pointer", line, "CBasedVideoEffect"};
+    };
+    EXPECT_EQ(effect->ProcFrame(nullptr, 0, &frame), nullptr);
+    EXPECT_EQ(LastError(), badPointer(98));
+    EXPECT_EQ(effect->ProcFrame(&record, 0, nullptr), nullptr);
+    EXPECT_EQ(LastError(), badPointer(99));
+    effect->ProcFrameInPlace(nullptr, 0, &frame);
+    EXPECT_EQ(LastError(), badPointer(118));
+    effect->ProcFrameInPlace(&record, 0, nullptr);
+    EXPECT_EQ(LastError(), badPointer(119));
+}
+
+INSTANTIATE_TEST_SUITE_P(EffectTable, Contract, testing::ValuesIn(EffectTable().begin(), EffectTable().end()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace Testing
+}  // namespace AVBased
