@@ -17,6 +17,12 @@ constexpr std::int32_t TruncateToInt32(double value) {
     return std::int32_t(std::clamp(value, lowest, highest));
 }
 
+/// Truncated; below 0 and not-a-number become 0, values beyond 32 bits the highest one.
+constexpr std::uint32_t TruncateToUint32(double value) {
+    if (!(value > 0)) return 0;
+    return std::uint32_t(std::min<double>(value, std::numeric_limits<std::uint32_t>::max()));
+}
+
 // Arithmetic modulo 2^32.
 constexpr std::int32_t WrappingSum(std::int32_t a, std::int32_t b) {
     return std::int32_t(std::uint32_t(a) + std::uint32_t(b));

@@ -13,6 +13,10 @@ TEST(FixedPoint, TruncatesAndSaturatesEveryDouble) {
     EXPECT_EQ(TruncateToInt32(1e300), INT32_MAX);
     EXPECT_EQ(TruncateToInt32(-INFINITY), INT32_MIN);
     EXPECT_EQ(TruncateToInt32(NAN), 0);
+    EXPECT_EQ(TruncateToUint32(-1.99), 0u);
+    EXPECT_EQ(TruncateToUint32(4294967294.9), 4294967294u);
+    EXPECT_EQ(TruncateToUint32(1e300), UINT32_MAX);
+    EXPECT_EQ(TruncateToUint32(NAN), 0u);
 }
 
 TEST(FixedPoint, WrapsInsteadOfOverflowing) {
