@@ -1,11 +1,19 @@
 #include "TarvoBased/CBaseException.h"
 
+#include <new>
+#include <utility>
+
 #include "TarvoBased/error_codes.h"
 
 namespace TarvoBased {
 namespace {
 
 const char* OrEmpty(const char* text) { return text ? text : ""; }
+
+// Without memory for its text an error is still told by its code.
+std::string CopyIfThereIsMemory(const char* text) try { return OrEmpty(text); } catch (const std::bad_alloc&) {
+    return {};
+}
 
 }  // namespace
 
@@ -21,7 +29,7 @@ const char* CBaseException::GetExceptionSource(int* line) const {
 
 void CBaseException::SetException(int code, const char* message, int line, const char* source) {
     // The texts may be this object's own, so both are taken before either is replaced.
-    std::string newMessage = OrEmpty(message), newSource = OrEmpty(source);
+    std::string newMessage = CopyIfThereIsMemory(message), newSource = CopyIfThereIsMemory(source);
     m_code = code;
     m_message = std::move(newMessage);
     m_line = line;
