@@ -8,6 +8,7 @@ namespace AVBased {
 /// Bits of AVBasedGetCPUFeatures: either one selects the vectorised routines.
 inline constexpr unsigned cpuFeatureMmx = 1;
 inline constexpr unsigned cpuFeatureSse2 = 4;
+constexpr bool HasVectorUnit(unsigned cpuFeatures) { return (cpuFeatures & (cpuFeatureMmx | cpuFeatureSse2)) != 0; }
 
 extern "C" {
 /// The processor's features as a bit mask.
