@@ -12,8 +12,8 @@ inline constexpr unsigned cacheLine = 64;
 /// this early hides the start of the next one.
 inline constexpr unsigned prefetchAhead = 4096;
 
-inline void PrefetchToWrite(const void* address) {
-    __builtin_prefetch(static_cast<const unsigned char*>(address) + prefetchAhead, 1);
+inline void PrefetchToWrite(const void* address, std::ptrdiff_t ahead = prefetchAhead) {
+    __builtin_prefetch(static_cast<const unsigned char*>(address) + ahead, 1);
 }
 
 /// Calls work(row, begin, end) for stretches of every row of a plane: one cache line's samples at a time, a constant
