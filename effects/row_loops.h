@@ -16,27 +16,27 @@ inline void PrefetchToWrite(const void* address, std::ptrdiff_t ahead = prefetch
     __builtin_prefetch(static_cast<const unsigned char*>(address) + ahead, 1);
 }
 
-/// Calls work(row, begin, end) for stretches of every row of a plane: one cache line's samples at a time, a constant
+/// Calls work(samples, count) for stretches of every row of a plane: one cache line's samples at a time, a constant
 /// count that becomes straight vector code, then the rest of the row.
 template <class Sample, class Work>
 void ForEachStretch(const PlaneView<Sample>& view, Work work) {
     constexpr unsigned lineSamples = cacheLine / sizeof(Sample);
     for (unsigned y = 0; y < view.height; ++y) {
-        Sample* const row = view.Row(y);
-        unsigned x = 0;
-        for (; x + lineSamples <= view.width; x += lineSamples) {
-            PrefetchToWrite(row + x);
-            work(row, x, x + lineSamples);
+        Sample* at = view.Row(y);
+        unsigned left = view.width;
+        for (; left >= lineSamples; left -= lineSamples, at += lineSamples) {
+            PrefetchToWrite(at);
+            work(at, lineSamples);
         }
-        work(row, x, view.width);
+        work(at, left);
     }
 }
 
 /// Replaces every sample of a plane by change(sample); the padding stays.
 template <class Change>
 void ForEachSample(const ComponentView& view, Change change) {
-    ForEachStretch(view, [change](std::uint8_t* row, unsigned begin, unsigned end) {
-        for (unsigned x = begin; x < end; ++x) row[x] = change(row[x]);
+    ForEachStretch(view, [change](std::uint8_t* samples, unsigned count) {
+        for (unsigned i = 0; i < count; ++i) samples[i] = change(samples[i]);
     });
 }
 
@@ -44,8 +44,8 @@ void ForEachSample(const ComponentView& view, Change change) {
 /// Arithmetic on the fields of a struct of bytes would stay scalar; on words it becomes vector code.
 template <class Change>
 void ForEachPixel(const PackedView& view, Change change) {
-    ForEachStretch(view, [change](Rgba32* row, unsigned begin, unsigned end) {
-        for (unsigned x = begin; x < end; ++x) StoreWord(row + x, change(LoadWord(row + x)));
+    ForEachStretch(view, [change](Rgba32* pixels, unsigned count) {
+        for (unsigned i = 0; i < count; ++i) StoreWord(pixels + i, change(LoadWord(pixels + i)));
     });
 }
 
