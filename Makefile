@@ -1,0 +1,33 @@
+# Short names for the presets in CMakePresets.json and the scripts in scripts/. `make help` lists them.
+release := build/release
+sources = git ls-files '*.h' '*.cpp'
+
+help:
+	@sed -n 's/^\([a-z-]*\):.*## /  make \1	/p' Makefile | expand -t 24
+
+test: configure  ## build everything and run every test
+	cmake --build --preset release
+	ctest --preset release
+
+format:  ## reformat the sources
+	$(sources) | xargs clang-format-14 -i
+
+check-format:  ## say which sources clang-format would change
+	scripts/install_packages.sh lint
+	$(sources) | xargs clang-format-14 --dry-run --Werror
+
+tidy: configure  ## run clang-tidy over the module and the command
+	scripts/install_packages.sh lint
+	scripts/tidy.sh $(release)
+
+clean:  ## remove everything that was built or made
+	rm -rf build out
+
+packages:
+	scripts/install_packages.sh build
+
+configure: packages
+	scripts/install_packages.sh test
+	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
+
+.PHONY: help test format check-format tidy clean packages configure

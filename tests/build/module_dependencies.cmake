@@ -1,0 +1,12 @@
+# Fails unless MODULE needs only the C and C++ libraries and the two libraries that its host brings.
+cmake_minimum_required(VERSION 3.25)
+execute_process(COMMAND ${READELF} -d ${MODULE} OUTPUT_VARIABLE entries COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "\\(NEEDED\\)[^[]*\\[[^]]*\\]" needed "${entries}")
+list(TRANSFORM needed REPLACE ".*\\[(.*)\\]" "\\1")
+if(NOT "libtarvoglobal.so" IN_LIST needed)
+    message(FATAL_ERROR "${MODULE} needs \"${needed}\" and takes the exception object from no host library")
+endif()
+list(REMOVE_ITEM needed libavbase.so libtarvoglobal.so libstdc++.so.6 libgcc_s.so.1 libm.so.6 libc.so.6)
+if(needed)
+    message(FATAL_ERROR "${MODULE} needs ${needed}")
+endif()
