@@ -4,7 +4,9 @@
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
+#include "effects/CircleEffects.h"
 #include "effects/SimpleColourEffects.h"
+#include "effects/WrapEffects.h"
 #include "effects/effect_table.h"
 
 namespace AVBased {
@@ -34,6 +36,10 @@ constexpr EffectEntry effectTable[] = {
     {effectNameFlipColor, Create<CFlipColorEffect>},
     {effectNameInvert, Create<CInvertEffect>},
     {effectNameAgedFilm, Create<CAgedFilmEffect>},
+    {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
+    {effectNameRotate, Create<CRotateVideoImageEffect>},
+    {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
+    {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "effects/frame_copy.h"
 #include "effects/frame_views.h"
 
 /// Geometric effects: each destination pixel takes a source pixel, and the pieces below do the rest. The placers serve
@@ -114,5 +115,29 @@ class CoordinateTable {
     std::vector<Source> m_sources;
     bool m_valid = false;
 };
+
+/// The routines of an effect with a table, for packed and planar pictures: `to` is the frame, `from` a copy of it.
+template <class Effect>
+struct TableRoutines {
+    void (Effect::*firstPacked)(const PackedView& to, const PackedView& from);
+    void (Effect::*firstPlanar)(const PlanarView& to, const PlanarView& from);
+    void (Effect::*replayPacked)(const PackedView& to, const PackedView& from);
+    void (Effect::*replayPlanar)(const PlanarView& to, const PlanarView& from);
+};
+
+/// Replays the effect's table if it is valid; computes it otherwise.
+template <class Effect>
+void ProcessWithTable(Effect& effect, CoordinateTable& table, const TableRoutines<Effect>& routines,
+                      IRawVideoFrame& frame) {
+    const FrameCopy source(frame);
+    const auto run = [&](auto packed, auto planar) {
+        ForFrame([&](const PackedView& to, const PackedView& from) { (effect.*packed)(to, from); },
+                 [&](const PlanarView& to, const PlanarView& from) { (effect.*planar)(to, from); }, frame, *source);
+    };
+    if (table.IsValid()) return run(routines.replayPacked, routines.replayPlanar);
+    run(routines.firstPacked, routines.firstPlanar);
+    // Deliberate: also after a frame of a format that no routine knows.
+    table.SetValid(true);
+}
 
 }  // namespace AVBased

@@ -26,6 +26,10 @@ struct Exception {
 constexpr Exception exceptions[] = {
     {.effect = "gray", .changesPadding = true},
     {.effect = "aged_film", .changesPadding = true},
+    {.effect = "spherize", .changesAlpha = true},
+    {.effect = "rotate", .changesAlpha = true},
+    {.effect = "tilereflect", .changesAlpha = true},
+    {.effect = "mirrorinvert", .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.
