@@ -83,6 +83,14 @@ inline PlanarView ViewPlanar(IRawVideoFrame& frame, const FormatInfo& info) {
     return view;
 }
 
+/// Plane 2 for routines that step both chroma planes by the pitch of plane 1. Where its rows would then leave its
+/// memory, plane 2 keeps its own pitch.
+inline ComponentView WithPitchOf(const ComponentView& sibling, ComponentView plane) {
+    const std::size_t end = plane.height ? std::size_t(plane.height - 1) * sibling.pitch + plane.width : 0;
+    if (end <= plane.ByteCount()) plane.pitch = sibling.pitch;
+    return plane;
+}
+
 /// Runs packed(view) or planar(view) on a frame of a format that the effects know, with the views of `more` frames of
 /// the same format behind it; any other format runs neither.
 template <class Packed, class Planar, class... More>
