@@ -5,6 +5,8 @@
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
 #include "effects/CircleEffects.h"
+#include "effects/MosaicEffect.h"
+#include "effects/OilPaintingEffect.h"
 #include "effects/SimpleColourEffects.h"
 #include "effects/WrapEffects.h"
 #include "effects/effect_table.h"
@@ -38,8 +40,10 @@ constexpr EffectEntry effectTable[] = {
     {effectNameAgedFilm, Create<CAgedFilmEffect>},
     {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
+    {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
     {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},
+    {effectNameOilPainting, Create<COilPaintingVideoImageEffect>},
 };
 
 }  // namespace

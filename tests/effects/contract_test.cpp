@@ -30,6 +30,8 @@ constexpr Exception exceptions[] = {
     {.effect = "rotate", .changesAlpha = true},
     {.effect = "tilereflect", .changesAlpha = true},
     {.effect = "mirrorinvert", .changesAlpha = true},
+    {.effect = "mosaic", .changesPadding = true, .changesAlpha = true},
+    {.effect = "oilpainting", .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.
