@@ -4,6 +4,7 @@
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
+#include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
@@ -38,6 +39,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameFlipColor, Create<CFlipColorEffect>},
     {effectNameInvert, Create<CInvertEffect>},
     {effectNameAgedFilm, Create<CAgedFilmEffect>},
+    {effectNameBrightnessContrast, Create<CBrightnessContrastEffect>},
     {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},

@@ -209,9 +209,9 @@ TEST_P(Contract, EveryTextPropertySurvivesGarbage) {
         const EffectOwner effect = Make();
         for (const std::string& name : PropertyNames(*effect)) {
             const std::string before = effect->GetProperty(name.c_str(), nullptr);
-            // 20 digits read as an integer are -1: a pass count without end.
+            // 20 digits and "-1e400" read as an integer are -1: a pass count without end.
             const bool endless = std::any_of(std::begin(bounds), std::end(bounds), [&](const Bound& bound) {
-                return name == bound.property && std::strlen(text) > 10;
+                return name == bound.property && (std::strlen(text) > 10 || *text == '-');
             });
             if (endless) continue;
             ForgetError();
