@@ -6,6 +6,7 @@
 #include "TarvoBased/error_codes.h"
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
+#include "effects/FadeEffects.h"
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
 #include "effects/SimpleColourEffects.h"
@@ -40,6 +41,8 @@ constexpr EffectEntry effectTable[] = {
     {effectNameInvert, Create<CInvertEffect>},
     {effectNameAgedFilm, Create<CAgedFilmEffect>},
     {effectNameBrightnessContrast, Create<CBrightnessContrastEffect>},
+    {effectNameFadeIn, Create<CFadeInVideoImageEffect>},
+    {effectNameFadeOut, Create<CFadeOutVideoImageEffect>},
     {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},

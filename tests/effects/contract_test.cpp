@@ -30,6 +30,8 @@ constexpr Exception exceptions[] = {
     {.effect = "rotate", .changesAlpha = true},
     {.effect = "tilereflect", .changesAlpha = true},
     {.effect = "mirrorinvert", .changesAlpha = true},
+    {.effect = "fadein", .changesAlpha = true},
+    {.effect = "fadeout", .changesAlpha = true},
     {.effect = "mosaic", .changesPadding = true, .changesAlpha = true},
     {.effect = "oilpainting", .changesAlpha = true},
 };
