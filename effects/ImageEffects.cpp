@@ -4,6 +4,7 @@
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
+#include "effects/BlurSharpenEffects.h"
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
 #include "effects/FadeEffects.h"
@@ -36,6 +37,8 @@ IVideoProc* Create(const char* name, IAVManager* manager) {
 }
 
 constexpr EffectEntry effectTable[] = {
+    {effectNameSimpleGaussBlur, Create<CSimpleGaussBlurEffect>},
+    {effectNameSimpleLaplacianSharpen, Create<CSimpleLaplacianSharpenEffect>},
     {effectNameGray, Create<CGrayEffect>},
     {effectNameFlipColor, Create<CFlipColorEffect>},
     {effectNameInvert, Create<CInvertEffect>},

@@ -32,6 +32,8 @@ constexpr Exception exceptions[] = {
     {.effect = "mirrorinvert", .changesAlpha = true},
     {.effect = "fadein", .changesAlpha = true},
     {.effect = "fadeout", .changesAlpha = true},
+    {.effect = "simple_gauss_blur", .changesAlpha = true},
+    {.effect = "simple_laplacian_sharpen", .changesAlpha = true},
     {.effect = "mosaic", .changesPadding = true, .changesAlpha = true},
     {.effect = "oilpainting", .changesAlpha = true},
 };
