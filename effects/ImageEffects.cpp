@@ -10,6 +10,7 @@
 #include "effects/FadeEffects.h"
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
+#include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
 #include "effects/WrapEffects.h"
 #include "effects/effect_table.h"
@@ -46,6 +47,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameBrightnessContrast, Create<CBrightnessContrastEffect>},
     {effectNameFadeIn, Create<CFadeInVideoImageEffect>},
     {effectNameFadeOut, Create<CFadeOutVideoImageEffect>},
+    {effectNameReverse, Create<CReverseVideoImageEffect>},
     {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},

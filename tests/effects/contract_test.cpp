@@ -36,6 +36,7 @@ constexpr Exception exceptions[] = {
     {.effect = "simple_laplacian_sharpen", .changesAlpha = true},
     {.effect = "mosaic", .changesPadding = true, .changesAlpha = true},
     {.effect = "oilpainting", .changesAlpha = true},
+    {.effect = "reverse", .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.
