@@ -37,6 +37,7 @@ constexpr Exception exceptions[] = {
     {.effect = "mosaic", .changesPadding = true, .changesAlpha = true},
     {.effect = "oilpainting", .changesAlpha = true},
     {.effect = "reverse", .changesAlpha = true},
+    {.effect = "videowall", .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.
