@@ -12,6 +12,7 @@
 #include "effects/OilPaintingEffect.h"
 #include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
+#include "effects/TensileEffect.h"
 #include "effects/VideoWallEffect.h"
 #include "effects/WrapEffects.h"
 #include "effects/effect_table.h"
@@ -52,6 +53,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
+    {effectNameTensile, Create<CTensileVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
     {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},

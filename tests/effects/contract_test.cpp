@@ -38,6 +38,7 @@ constexpr Exception exceptions[] = {
     {.effect = "oilpainting", .changesAlpha = true},
     {.effect = "reverse", .changesAlpha = true},
     {.effect = "videowall", .changesAlpha = true},
+    {.effect = "tensile", .changesPadding = true, .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.
