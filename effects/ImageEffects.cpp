@@ -10,6 +10,7 @@
 #include "effects/FadeEffects.h"
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
+#include "effects/MirageEffect.h"
 #include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
 #include "effects/TensileEffect.h"
@@ -54,6 +55,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameRotate, Create<CRotateVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameTensile, Create<CTensileVideoImageEffect>},
+    {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
     {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},

@@ -39,6 +39,7 @@ constexpr Exception exceptions[] = {
     {.effect = "reverse", .changesAlpha = true},
     {.effect = "videowall", .changesAlpha = true},
     {.effect = "tensile", .changesPadding = true, .changesAlpha = true},
+    {.effect = "mirage", .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.
