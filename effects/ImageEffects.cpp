@@ -11,6 +11,7 @@
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
 #include "effects/MirageEffect.h"
+#include "effects/RadiateEffect.h"
 #include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
 #include "effects/TensileEffect.h"
@@ -57,6 +58,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameTensile, Create<CTensileVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
+    {effectNameRadiate, Create<CRadiateVideoImageEffect>},
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
     {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},
     {effectNameOilPainting, Create<COilPaintingVideoImageEffect>},
