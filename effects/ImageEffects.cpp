@@ -14,6 +14,7 @@
 #include "effects/RadiateEffect.h"
 #include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
+#include "effects/SpotlightEffect.h"
 #include "effects/TensileEffect.h"
 #include "effects/VideoWallEffect.h"
 #include "effects/WrapEffects.h"
@@ -58,6 +59,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameTensile, Create<CTensileVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
+    {effectNameSpotlight, Create<CSpotlightVideoImageEffect>},
     {effectNameRadiate, Create<CRadiateVideoImageEffect>},
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
     {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},

@@ -1,0 +1,64 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/test_frames.h"
+
+namespace AVBased::Testing {
+namespace {
+
+Settings Spot(const char* x, const char* y, const char* radius) {
+    return {{"spotlight_x", x}, {"spotlight_y", y}, {"spotlight_r", radius}};
+}
+
+// A black frame with a spot of radius 8 about (8, 8): the core ends at distance 2, the ring at 8.
+TEST(Spotlight, FadesFromTheCoreToTheRim) {
+    TestFrame frame(30, 17, 17);
+    frame.Fill(0, 0);
+    Apply(*MakeEffect("spotlight", Spot("8", "8", "8")), frame);
+    std::vector<unsigned> blue;
+    for (unsigned x = 0; x < 17; ++x) blue.push_back(frame.Samples()[8][x] & 255);
+    EXPECT_EQ(blue,
+              (std::vector<unsigned>{0, 37, 75, 113, 152, 190, 229, 229, 229, 229, 229, 190, 152, 113, 75, 37, 0}));
+    EXPECT_EQ(frame.Samples()[8][8], 0x00E5E5E5u);
+    EXPECT_EQ(frame.Samples()[0][0], 0u);
+}
+
+TEST(Spotlight, TintsSharedChromaOnceForEachLumaPosition) {
+    TestFrame frame(0, 17, 17);
+    for (unsigned p = 0; p < 3; ++p) frame.Fill(p, 0);
+    Apply(*MakeEffect("spotlight", Spot("8", "8", "8")), frame);
+    EXPECT_EQ(frame.Samples(0)[8][8], (235u * 26214 >> 16) + 128);
+    // 51, 81, 99, 110 after one to four times, without brightness.
+    EXPECT_EQ(frame.Samples(1)[4][4], 110u);
+}
+
+TEST(Spotlight, ConvertsItsColourAndItsBrightness) {
+    TestFrame frame(60, 5, 5);
+    for (unsigned p = 0; p < 4; ++p) frame.Fill(p, 0);
+    Settings settings = Spot("2", "2", "2");
+    settings.insert(settings.end(),
+                    {{"spotlight_color", "16711680"}, {"spotlight_density", "100"}, {"spotlight_brightness", "-1"}});
+    Apply(*MakeEffect("spotlight", settings), frame);
+    // -1 per cent is -2 in 256, added without a sign only where the sum stays at 0 or above.
+    EXPECT_EQ(frame.Samples(0)[2][2], 81u - 2);
+    EXPECT_EQ(frame.Samples(1)[2][2], 90u);
+    EXPECT_EQ(frame.Samples(2)[2][2], 239u);
+    EXPECT_EQ(frame.Samples(3)[2][2], 0u);
+}
+
+TEST(Spotlight, TheRadiusDecidesWhetherThereIsLight) {
+    TestFrame frame(30, 9, 9);
+    std::mt19937 random(1);
+    frame.Randomise(random);
+    const TestFrame before = frame;
+    for (const char* radius : {"0", "1", "1431655766"}) {
+        Apply(*MakeEffect("spotlight", Spot("4", "4", radius)), frame);
+        EXPECT_EQ(frame, before) << radius;
+    }
+    Apply(*MakeEffect("spotlight", Spot("10", "4", "5")), frame);
+    EXPECT_EQ(frame, before);
+    Apply(*MakeEffect("spotlight", Spot("9", "4", "5")), frame);
+    EXPECT_NE(frame.Samples()[4][8], before.Samples()[4][8]);
+}
+
+}  // namespace
+}  // namespace AVBased::Testing
