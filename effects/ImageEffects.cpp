@@ -10,6 +10,7 @@
 #include "effects/FadeEffects.h"
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
+#include "effects/MagnifierEffect.h"
 #include "effects/MirageEffect.h"
 #include "effects/RadiateEffect.h"
 #include "effects/ReverseEffect.h"
@@ -54,6 +55,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameFadeOut, Create<CFadeOutVideoImageEffect>},
     {effectNameReverse, Create<CReverseVideoImageEffect>},
     {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
+    {effectNameMagnifier, Create<CMagnifierVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameTensile, Create<CTensileVideoImageEffect>},

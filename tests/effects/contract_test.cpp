@@ -40,6 +40,7 @@ constexpr Exception exceptions[] = {
     {.effect = "videowall", .changesAlpha = true},
     {.effect = "tensile", .changesPadding = true, .changesAlpha = true},
     {.effect = "mirage", .changesAlpha = true},
+    {.effect = "magnifier", .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.

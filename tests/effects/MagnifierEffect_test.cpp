@@ -1,0 +1,97 @@
+#include "effects/MagnifierEffect.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/test_frames.h"
+
+namespace AVBased::Testing {
+namespace {
+
+Settings Glass(const char* radius, const char* x, const char* y, const char* scale) {
+    return {{"magnifier_r", radius}, {"magnifier_x", x}, {"magnifier_y", y}, {"magnifier_scale", scale}};
+}
+EffectOwner MakeMagnifier(unsigned cpuFeatures, const Settings& settings) {
+    EffectOwner effect(new CMagnifierVideoImageEffect(cpuFeatures));
+    for (const auto& [name, value] : settings) effect->SetProperty(name.c_str(), value.c_str());
+    return effect;
+}
+
+// Sample (x, y) is 16 y + x.
+TestFrame Numbered(unsigned format, unsigned size) {
+    TestFrame frame(format, size, size);
+    Grid grid(size, std::vector<unsigned>(size));
+    for (unsigned y = 0; y < size; ++y)
+        for (unsigned x = 0; x < size; ++x) grid[y][x] = 16 * y + x;
+    frame.SetSamples(0, grid);
+    return frame;
+}
+
+TEST(Magnifier, TakesTheNearestPixelUpToFactorTwo) {
+    TestFrame frame = Numbered(30, 16);
+    Apply(*MakeEffect("magnifier", Glass("4", "8", "8", "2")), frame);
+    std::vector<unsigned> row = {128, 129, 130, 131, 132, 134, 135, 135, 136, 136, 137, 137, 140, 141, 142, 143};
+    // Columns 4 and 12 lie on the rim, which is not changed.
+    EXPECT_EQ(frame.Samples()[8], row);
+}
+
+TEST(Magnifier, MixesNeighboursBeyondFactorTwo) {
+    // A glass of radius 2 shows 3.75, 4 and 4.25 at 3, 4 and 5.
+    TestFrame frame(30, 8, 8);
+    frame.Fill(0, 0);
+    Grid grid = frame.Samples();
+    grid[3][3] = 10, grid[3][4] = 20, grid[4][3] = 30, grid[4][4] = 41, grid[4][5] = 0xFF000001;
+    frame.SetSamples(0, grid);
+    TestFrame twice = frame;
+    const Settings glass = Glass("2", "4", "4", "4");
+    Apply(*MakeMagnifier(0, glass), frame);
+    EXPECT_EQ(frame.Samples()[4][5], 0x3F00001Fu);
+    EXPECT_EQ(frame.Samples()[3][3], 33u);
+    // With a vector unit each of the two steps truncates.
+    for (unsigned features : {1u, 4u}) {
+        TestFrame result = twice;
+        Apply(*MakeMagnifier(features, glass), result);
+        EXPECT_EQ(result.Samples()[3][3], 32u);
+        EXPECT_EQ(result.Samples()[4][5], 0x3F00001Fu);
+    }
+}
+
+TEST(Magnifier, ExchangesTheFractionsOfPlanarPictures) {
+    TestFrame frame(0, 8, 8);
+    for (unsigned p = 0; p < 3; ++p) frame.Fill(p, 0);
+    Grid luma = frame.Samples(0), chroma = frame.Samples(1);
+    luma[4][3] = 100, luma[5][3] = 200, luma[4][4] = 255;
+    chroma[1][1] = 64, chroma[2][1] = 128;
+    frame.SetSamples(0, luma);
+    frame.SetSamples(1, chroma);
+    Apply(*MakeEffect("magnifier", Glass("2", "4", "4", "4")), frame);
+    // (3, 4) shows (3.75, 4): three quarters come from the sample below, not from the one to the right.
+    EXPECT_EQ(frame.Samples(0)[4][3], 175u);
+    // Chroma (1, 2) is written by (3, 4) and then by (3, 5), which shows (3.75, 4.25): 37 in 256 of the right one's.
+    EXPECT_EQ(frame.Samples(1)[2][1], (128u * (256 - 64 - 144)) >> 8);
+}
+
+TEST(Magnifier, AGlassCutByTheEdgeKeepsTheFirstPixelsOnlyWhenPackedAndMixed) {
+    for (auto [format, scale, keeps] :
+         {std::tuple{30u, "3", true}, {30u, "2", false}, {60u, "3", false}, {60u, "2", false}}) {
+        TestFrame frame = Numbered(format, 16);
+        const Grid before = frame.Samples();
+        Apply(*MakeEffect("magnifier", Glass("4", "2", "8", scale)), frame);
+        EXPECT_EQ(frame.Samples()[8][0] == before[8][0], keeps) << format << " " << scale;
+        EXPECT_NE(frame.Samples()[8][4], before[8][4]);
+    }
+}
+
+TEST(Magnifier, LeavesTheFrameWithoutAGlass) {
+    TestFrame frame = Numbered(30, 15);
+    const TestFrame before = frame;
+    for (const Settings& settings : {Glass("8", "7", "7", "2"), Glass("4", "16", "7", "2"), Glass("4", "7", "16", "2"),
+                                     Glass("4", "7", "7", "1"), Glass("4", "7", "7", "-3"), Settings{}}) {
+        Apply(*MakeEffect("magnifier", settings), frame);
+        EXPECT_EQ(frame, before);
+    }
+    Apply(*MakeEffect("magnifier", Glass("7", "15", "15", "2.0001")), frame);
+    EXPECT_FALSE(frame == before);
+}
+
+}  // namespace
+}  // namespace AVBased::Testing
