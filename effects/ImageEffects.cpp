@@ -8,10 +8,10 @@
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
 #include "effects/FadeEffects.h"
-#include "effects/MosaicEffect.h"
-#include "effects/OilPaintingEffect.h"
 #include "effects/MagnifierEffect.h"
 #include "effects/MirageEffect.h"
+#include "effects/MosaicEffect.h"
+#include "effects/OilPaintingEffect.h"
 #include "effects/RadiateEffect.h"
 #include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
@@ -57,8 +57,8 @@ constexpr EffectEntry effectTable[] = {
     {effectNameSpherize, Create<CSpherizeVideoImageEffect>},
     {effectNameMagnifier, Create<CMagnifierVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
-    {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameTensile, Create<CTensileVideoImageEffect>},
+    {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
     {effectNameSpotlight, Create<CSpotlightVideoImageEffect>},
