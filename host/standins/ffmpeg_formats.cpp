@@ -23,13 +23,8 @@ constexpr Row rows[] = {
 
 constexpr Row twins[] = {
     {0, AV_PIX_FMT_YUVJ420P}, {4, AV_PIX_FMT_YUVJ422P},  {5, AV_PIX_FMT_YUVJ444P},
-    {7, AV_PIX_FMT_YUVJ411P}, {33, AV_PIX_FMT_YUVJ440P}, {30, AV_PIX_FMT_BGR0},
+    {7, AV_PIX_FMT_YUVJ411P}, {33, AV_PIX_FMT_YUVJ440P},
 };
-
-AVColorSpace MatrixOf(const PictureShape& shape) {
-    const bool usable = shape.matrix != AVCOL_SPC_UNSPECIFIED && shape.matrix != AVCOL_SPC_RGB;
-    return usable ? shape.matrix : UsualMatrix(shape.height);
-}
 
 }  // namespace
 
@@ -49,14 +44,19 @@ int FormatCode(AVPixelFormat format) {
 
 AVColorSpace UsualMatrix(int height) { return height > 576 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M; }
 
+const int* MatrixCoefficients(const PictureShape& shape) {
+    const bool usable = shape.matrix != AVCOL_SPC_UNSPECIFIED && shape.matrix != AVCOL_SPC_RGB;
+    return sws_getCoefficients(usable ? shape.matrix : UsualMatrix(shape.height));
+}
+
 ScalerPtr MakeScaler(const PictureShape& from, const PictureShape& to, int filter) {
     ScalerPtr scaler(sws_getContext(from.width, from.height, from.format, to.width, to.height, to.format,
                                     filter | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP, nullptr,
                                     nullptr, nullptr));
     if (!scaler) return nullptr;
     // Refused for formats without YUV on either side, where there is nothing to set.
-    sws_setColorspaceDetails(scaler.get(), sws_getCoefficients(MatrixOf(from)), from.fullRange,
-                             sws_getCoefficients(MatrixOf(to)), to.fullRange, 0, 1 << 16, 1 << 16);
+    sws_setColorspaceDetails(scaler.get(), MatrixCoefficients(from), from.fullRange, MatrixCoefficients(to),
+                             to.fullRange, 0, 1 << 16, 1 << 16);
     return scaler;
 }
 

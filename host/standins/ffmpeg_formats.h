@@ -13,7 +13,7 @@ namespace Nifikral {
 /// The FFmpeg format with the layout of a pixel format code, plane by plane; AV_PIX_FMT_NONE for an unknown code.
 AVPixelFormat FfmpegFormat(unsigned code);
 /// The first code with the layout of an FFmpeg format, -1 without one. Full-range twins (yuvj420p) count as the same
-/// layout, and so does a fourth byte without meaning (bgr0).
+/// layout.
 int FormatCode(AVPixelFormat format);
 
 /// A picture's layout, size and colours, as a conversion needs them.
@@ -28,6 +28,9 @@ struct PictureShape {
 
 /// BT.601 for up to 576 rows, BT.709 above.
 AVColorSpace UsualMatrix(int height);
+
+/// libswscale's numbers for a picture's matrix; equal pointers for equal matrices.
+const int* MatrixCoefficients(const PictureShape& shape);
 
 struct FreeScaler {
     void operator()(SwsContext* scaler) const { sws_freeContext(scaler); }

@@ -1,0 +1,142 @@
+#include "host/apply.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+#include "host/catalogue.h"
+#include "host/errors.h"
+#include "host/log.h"
+#include "host/pipeline.h"
+
+namespace Nifikral {
+namespace {
+
+FrameRange ParseRange(const std::string& text) {
+    FrameRange range;
+    if (text.empty()) return range;
+    const char* const end = text.data() + text.size();
+    const auto [dash, firstError] = std::from_chars(text.data(), end, range.first);
+    bool good = firstError == std::errc() && range.first >= 0;
+    if (good && dash == end) {
+        range.last = range.first;
+    } else if (good && *dash == '-' && dash + 1 != end) {
+        const auto [rest, lastError] = std::from_chars(dash + 1, end, range.last);
+        good = lastError == std::errc() && rest == end && range.last >= range.first;
+    } else {
+        good = good && *dash == '-';
+    }
+    if (!good)
+        throw HostError(ExitCode::Usage, "--frames " + text + " is no range; give A-B with A up to B, counted from 0");
+    return range;
+}
+
+bool HasTrait(const EffectRequest& request, EffectTraits trait) {
+    const EffectInfo* const info = FindEffect(request.effect);
+    return info && (info->traits & trait);
+}
+
+bool AnyHasTrait(const std::vector<EffectRequest>& requests, EffectTraits trait) {
+    return std::any_of(requests.begin(), requests.end(), [&](const auto& r) { return HasTrait(r, trait); });
+}
+
+// The number of frames that "duration" and values over the run are built on: exact where anything depends on it.
+long long FrameCount(const MediaSource& source, const std::vector<EffectRequest>& requests) {
+    const bool overRun = std::any_of(requests.begin(), requests.end(), [](const EffectRequest& request) {
+        return std::any_of(request.settings.begin(), request.settings.end(),
+                           [](const auto& setting) { return setting.value.NeedsFrameCount(); });
+    });
+    const bool fades = std::any_of(requests.begin(), requests.end(), [](const EffectRequest& request) {
+        return HasTrait(request, variesWithTime) && !request.Sets("duration");
+    });
+    if (!overRun && !fades) return source.EstimatedFrameCount();
+    long long count = source.CountFrames();
+    if (count == 0) count = source.EstimatedFrameCount();
+    if (count == 0)
+        throw HostError(ExitCode::Usage, overRun ? "A..B needs the number of frames, which this input does not tell; "
+                                                   "use key points, @frame:value,..."
+                                                 : "the number of frames is not known; give the effect its duration=N");
+    return count;
+}
+
+PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
+                       const std::vector<EffectRequest>& requests) {
+    const bool alphaShows = AnyHasTrait(requests, changesAlpha);
+    PicturePath path;
+    path.effectFormat =
+        options.pixelFormat.empty() ? EffectFormat(source.format, alphaShows) : ParseFormat(options.pixelFormat);
+    path.effectShape = source;
+    path.effectShape.format = FfmpegFormat(path.effectFormat);
+    path.effectShape.matrix = AVCOL_SPC_UNSPECIFIED;
+    path.overBlack = alphaShows && HasAlpha(path.effectShape.format);
+    if (Depth(source.format) > 8)
+        PrintWarning("the input's " + std::to_string(Depth(source.format)) + "-bit pictures (" +
+                     av_get_pix_fmt_name(source.format) + ") are worked on in 8 bits (" +
+                     av_get_pix_fmt_name(path.effectShape.format) + ")");
+    return path;
+}
+
+void RefuseToOverwriteInput(const ApplyOptions& options) {
+    std::error_code error;
+    if (std::filesystem::equivalent(options.input, options.output.path, error))
+        throw HostError(ExitCode::Usage, options.output.path + " is the input itself; name another output");
+}
+
+std::string Summary(const ApplyOptions& options, const MediaSource& source, const PicturePath& path,
+                    const MediaSink& sink, long long frameCount) {
+    const PictureShape shape = ShapeOf(source.FirstFrame());
+    std::ostringstream text;
+    text << options.input << ": " << av_get_pix_fmt_name(shape.format) << " " << shape.width << "x" << shape.height
+         << (shape.fullRange ? ", full range" : "")
+         << ", frames: " << (frameCount > 0 ? std::to_string(frameCount) : "not known")
+         << ", audio streams: " << source.AudioStreams().size() << "; effects on "
+         << av_get_pix_fmt_name(path.effectShape.format) << " (code " << path.effectFormat << "); "
+         << options.output.path << ": " << sink.Description();
+    return text.str();
+}
+
+}  // namespace
+
+void Apply(const ApplyOptions& options, const EffectModule& module) {
+    std::vector<EffectRequest> requests;
+    for (const std::string& text : options.effects) requests.push_back(ParseEffectRequest(text, module));
+    const FrameRange range = ParseRange(options.frames);
+    const int threads = options.threads > 0 ? options.threads : std::max(1, int(std::thread::hardware_concurrency()));
+    RefuseToOverwriteInput(options);
+
+    MediaSource source(options.input, {range, threads, options.keepGoing});
+    const PictureShape shape = ShapeOf(source.FirstFrame());
+    PicturePath path = ChoosePath(shape, options, requests);
+    const bool keepsForced = !options.pixelFormat.empty();
+    const OutputTraits traits(source, keepsForced ? path.effectShape.format : OutputFormat(shape.format));
+    OutputOptions output = options.output;
+    output.threads = threads;
+    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.dryRun);
+    path.overBlack = path.overBlack && !HasAlpha(sink->Shape().format);
+    const long long frameCount = FrameCount(source, requests);
+    const std::string summary = Summary(options, source, path, *sink, frameCount);
+    if (options.dryRun) {
+        std::fprintf(stderr, "%s\n", summary.c_str());
+        return;
+    }
+    PrintDetail(summary);
+
+    long long frames = 0;
+    StageTimes times;
+    {
+        Progress progress(source.EstimatedFrameCount());
+        times = RunPipeline(source, *sink, path, module, requests, frameCount, threads, progress, frames);
+    }
+    std::ostringstream spent;
+    spent << frames << " frames; seconds of work: decoding " << times.decode << ", effects " << times.effects
+          << ", encoding " << times.encode;
+    PrintDetail(spent.str());
+}
+
+}  // namespace Nifikral

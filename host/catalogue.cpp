@@ -1,0 +1,192 @@
+#include "host/catalogue.h"
+
+namespace Nifikral {
+namespace {
+
+constexpr Choice offOn[] = {{0, "off"}, {1, "on"}};
+
+constexpr ParameterInfo duration = {
+    "duration", "length of the effect; the command sets it to the number of frames", "frames", {1, 1e9}};
+
+constexpr ParameterInfo gaussBlur[] = {
+    {"blur_count", "how often the blur is applied to each frame", "passes", {0, 50}, {}, {0, 10000}},
+};
+constexpr ParameterInfo laplacianSharpen[] = {
+    {"sharpen_count", "how often the sharpening is applied to each frame", "passes", {0, 10}, {}, {0, 10000}},
+};
+constexpr ParameterInfo brightnessContrast[] = {
+    {"brightness", "shift towards white (up) or black (down)", "%", {-100, 100}},
+    {"contrast", "change of contrast about middle grey", "%", {-100, 100}},
+    {"saturation", "change of colourfulness; 0 leaves it, any other value near 0 doubles it", "%", {-100, 100}},
+};
+constexpr ParameterInfo fade[] = {
+    {"FadeMin", "lowest opacity that the fade may use", "1/256", {0, 256}},
+    {"FadeMax", "highest opacity that the fade may use", "1/256", {0, 256}},
+};
+constexpr ParameterInfo reverse[] = {
+    {"mirror", "flip left to right", "", {0, 1}, offOn},
+    {"vertical", "flip top to bottom", "", {0, 1}, offOn},
+};
+constexpr ParameterInfo spherize[] = {
+    {"spherize_r", "radius of the lens", "pixels", {0, 16384}},
+    {"spherize_x", "column of the lens's centre", "pixels", {0, 16384}},
+    {"spherize_y", "row of the lens's centre", "pixels", {0, 16384}},
+    {"spherize_scale", "strength: above 0 bulges, below 0 pinches", "", {-4, 4}},
+};
+constexpr ParameterInfo magnifier[] = {
+    {"magnifier_r", "radius of the glass", "pixels", {0, 8192}},
+    {"magnifier_x", "column of the glass's centre", "pixels", {0, 16384}},
+    {"magnifier_y", "row of the glass's centre", "pixels", {0, 16384}},
+    {"magnifier_scale", "magnification; nothing happens up to 1", "times", {0, 16}},
+};
+constexpr ParameterInfo rotate[] = {
+    {"rotate_r", "radius of the swirl", "pixels", {0, 16384}},
+    {"rotate_x", "column of the swirl's centre", "pixels", {0, 16384}},
+    {"rotate_y", "row of the swirl's centre", "pixels", {0, 16384}},
+    {"rotate_scale", "strength of the twist; its sign is the direction", "", {-20, 20}},
+};
+constexpr ParameterInfo tensile[] = {
+    {"tensile_vertical", "stretch a band of rows", "", {0, 1}, offOn},
+    {"tensile_vertical_y1", "first row of the band", "pixels", {0, 16384}},
+    {"tensile_vertical_y2", "row just below the band", "pixels", {0, 16384}},
+    {"tensile_vertical_scale", "vertical stretch; nothing happens below 1", "times", {0, 16}},
+    {"tensile_horizontal", "stretch a band of columns", "", {0, 1}, offOn},
+    {"tensile_horizontal_x1", "first column of the band", "pixels", {0, 16384}},
+    {"tensile_horizontal_x2", "column just right of the band", "pixels", {0, 16384}},
+    {"tensile_horizontal_scale", "horizontal stretch; nothing happens below 1", "times", {0, 16}},
+};
+constexpr ParameterInfo emboss[] = {
+    {"emboss_level", "gain of the difference to the row above", "times", {0, 20}},
+};
+constexpr ParameterInfo mosaic[] = {
+    {"mosaic_x1", "one side column of the rectangle", "pixels", {0, 16384}},
+    {"mosaic_y1", "one side row of the rectangle", "pixels", {0, 16384}},
+    {"mosaic_x2", "the opposite side column; beyond the picture nothing happens", "pixels", {0, 16384}},
+    {"mosaic_y2", "the opposite side row; beyond the picture nothing happens", "pixels", {0, 16384}},
+    {"mosaic_step", "side of the blocks as a power of two: 3 makes blocks of 8", "", {0, 10}},
+};
+constexpr ParameterInfo mirage[] = {
+    {"mirage_width", "enlargement of the second image", "1/200", {0, 200}},
+    {"mirage_alpha", "opacity of the second image; above 100 nothing happens", "%", {0, 100}},
+};
+constexpr ParameterInfo edgelight[] = {
+    {"edgelight_level", "gain of the edges; strong edges wrap around into bands", "times", {0, 20}},
+};
+constexpr ParameterInfo relief[] = {
+    {"relief_angle", "direction of the light", "degrees", {-360, 360}},
+};
+constexpr ParameterInfo videowall[] = {
+    {"videowall_horiTiles", "pictures across", "", {1, 64}},
+    {"videowall_verTiles", "pictures down", "", {1, 64}},
+};
+constexpr ParameterInfo spotlight[] = {
+    {"spotlight_x", "column of the light's centre", "pixels", {0, 16384}},
+    {"spotlight_y", "row of the light's centre", "pixels", {0, 16384}},
+    {"spotlight_r", "radius of the light", "pixels", {2, 16384}},
+    {"spotlight_brightness", "brightness added in the core", "%", {0, 100}},
+    {"spotlight_color", "colour of the light, 0xRRGGBB", "colour", {0, 0xFFFFFF}},
+    {"spotlight_density", "opacity of the colour in the core", "%", {0, 100}},
+};
+constexpr ParameterInfo radiate[] = {
+    {"radiate_x", "column of the rays' centre", "pixels", {0, 16384}},
+    {"radiate_y", "row of the rays' centre", "pixels", {0, 16384}},
+    {"radiate_level", "length of the rays; an eighth of it is added to every colour", "", {0, 1000}},
+};
+constexpr ParameterInfo tilereflect[] = {
+    {"tilereflect_angle", "angle of the tiles", "degrees", {-180, 180}},
+    {"tilereflect_size", "size of the tiles", "pixels", {1, 2000}},
+    {"tilereflect_curvature", "strength of each tile's lens", "", {-100, 100}},
+};
+constexpr ParameterInfo mirrorinvert[] = {
+    {"mirrorinvert_amount", "strength of the inversion", "%", {0, 1000}},
+};
+constexpr ParameterInfo oilpainting[] = {
+    {"oilpainting_brushsize", "radius of the brush", "pixels", {0, 20}, {}, {0, 1000}},
+    {"oilpainting_coarseness", "number of brightness classes less one", "", {0, 255}, {}, {0, 1 << 20}},
+};
+
+constexpr EffectInfo catalogue[] = {
+    {"simple_gauss_blur", "a soft blur", plain, gaussBlur},
+    {"simple_laplacian_sharpen", "sharper contours", plain, laplacianSharpen},
+    {"gray", "shades of grey"},
+    {"flip_color", "blue and red exchanged"},
+    {"invert", "a negative"},
+    {"aged_film", "a sepia tone"},
+    {"brightness_contrast", "brightness, contrast and saturation", plain, brightnessContrast},
+    {"fadein", "fades the picture in", variesWithTime | changesAlpha, fade},
+    {"fadeout", "fades the picture out", variesWithTime | changesAlpha, fade},
+    {"directfadein", "fades the picture in", variesWithTime},
+    {"directfadeout", "fades the picture out", variesWithTime},
+    {"reverse", "flips the picture", plain, reverse},
+    {"spherize", "a lens that bulges or pinches", plain, spherize},
+    {"magnifier", "a magnifying glass", plain, magnifier},
+    {"rotate", "a swirl", plain, rotate},
+    {"tensile", "stretches a band of the picture", plain, tensile},
+    {"emboss", "a raised grey surface lit from above", plain, emboss},
+    {"mosaic", "hides a rectangle behind large blocks", plain, mosaic},
+    {"portrait", "a portrait"},
+    {"mirage", "a soft double image", plain, mirage},
+    {"stroke", "drawn strokes"},
+    {"transparency", "changes the opacity", changesAlpha},
+    {"colorfilter", "keeps or changes chosen colours"},
+    {"atomize", "scatters the pixels"},
+    {"popstyle", "flat poster colours"},
+    {"dilate", "bright areas grow"},
+    {"erode", "dark areas grow"},
+    {"edgelight", "glowing edges", plain, edgelight},
+    {"relief", "a relief lit from a side", plain, relief},
+    {"videowall", "the picture repeated in tiles", plain, videowall},
+    {"addnoise", "adds noise"},
+    {"spotlight", "a spot of coloured light", plain, spotlight},
+    {"radiate", "rays from a point", plain, radiate},
+    {"tilereflect", "seen through rotated glass tiles", plain, tilereflect},
+    {"mirrorinvert", "turned inside out about the centre", plain, mirrorinvert},
+    {"oilpainting", "an oil painting", plain, oilpainting},
+    {"2D_3D_TransForm", "two views for the eyes out of one picture"},
+    {"menu_fullscreen", "an animated disc menu"},
+    {"menu_layeredtitles", "an animated disc menu"},
+    {"menu_memories", "an animated disc menu"},
+    {"menu_oldage", "an animated disc menu"},
+    {"menu_resizingpanels", "an animated disc menu"},
+    {"menu_performance", "an animated disc menu"},
+    {"menu_babygirl", "an animated disc menu"},
+    {"menu_babyboy", "an animated disc menu"},
+    {"menu_rectangles", "an animated disc menu"},
+    {"menu_push", "an animated disc menu"},
+    {"menu_travel", "an animated disc menu"},
+    {"menu_pets", "an animated disc menu"},
+    {"menu_stacking", "an animated disc menu"},
+    {"menu_specialoccasion", "an animated disc menu"},
+    {"menu_vignette", "an animated disc menu"},
+    {"menu_videowall", "an animated disc menu"},
+    {"slide", "a slideshow with transitions"},
+    {"title", "a title"},
+    {"EffectNameRotate90X", "quarter turns"},
+    {"menu_festival", "an animated disc menu"},
+    {"submenu_festival", "an animated disc submenu"},
+    {"instructionmenu_festival", "an instruction menu"},
+    {"submenu_common", "an animated disc submenu"},
+    {"instructionmenu_common", "an instruction menu"},
+    {"menu_common", "an animated disc menu"},
+    {"menu_memories2", "an animated disc menu"},
+};
+
+}  // namespace
+
+std::span<const EffectInfo> Catalogue() { return catalogue; }
+
+const EffectInfo* FindEffect(std::string_view name) {
+    for (const EffectInfo& effect : catalogue)
+        if (name == effect.name) return &effect;
+    return nullptr;
+}
+
+const ParameterInfo* FindParameter(std::string_view effect, std::string_view parameter) {
+    if (parameter == duration.name) return &duration;
+    if (const EffectInfo* const info = FindEffect(effect))
+        for (const ParameterInfo& row : info->parameters)
+            if (parameter == row.name) return &row;
+    return nullptr;
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,86 @@
+#include "host/effect_module.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "TarvoBased/IStrings.h"
+#include "TarvoBased/ITarvoException.h"
+#include "TarvoBased/error_codes.h"
+#include "avbase/avbase.h"
+#include "host/errors.h"
+
+namespace Nifikral {
+namespace {
+
+constexpr char moduleFile[] = "libnifikral.so";
+
+std::string FindModule() {
+    if (const char* const fromEnvironment = std::getenv("NIFIKRAL_MODULE")) return fromEnvironment;
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path beside = program.parent_path().parent_path() / "lib" / moduleFile;
+    return !error && std::filesystem::exists(beside, error) ? beside.string() : moduleFile;
+}
+
+std::optional<unsigned> cpuFeatures;
+
+}  // namespace
+
+EffectModule::EffectModule(const std::string& path) : m_path(path.empty() ? FindModule() : path) {
+    // Never closed: effects may still live when this object goes.
+    void* const handle = dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!handle)
+        throw HostError(ExitCode::Failed, "the effect module cannot be loaded (" + std::string(dlerror()) +
+                                              "); name it with --module or $NIFIKRAL_MODULE");
+    m_create = reinterpret_cast<AVBased::CreateVideoProcFunction>(dlsym(handle, AVBased::createVideoProcSymbol));
+    if (!m_create)
+        throw HostError(ExitCode::Failed,
+                        m_path + " is no effect module: it does not export " + AVBased::createVideoProcSymbol);
+}
+
+EffectPtr EffectModule::Create(const std::string& name) const {
+    TarvoBased::ITarvoException* const current = TarvoBased::GetTarvoException();
+    current->Clear();
+    EffectPtr effect(m_create(nullptr, name.c_str()));
+    const int code = current->GetExceptionCode();
+    const std::optional<std::string> error = TakeModuleError();
+    if (!effect && code != TarvoBased::errorNotFound)
+        throw HostError(ExitCode::Failed,
+                        "the effect " + name + " cannot be made: " + error.value_or("no reason given"));
+    return effect;
+}
+
+std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect) {
+    const auto release = [](TarvoBased::IStrings* list) { list->Free(); };
+    const std::unique_ptr<TarvoBased::IStrings, decltype(release)> names(effect.GetPropertyNames(), release);
+    std::vector<PropertyInfo> properties;
+    for (int i = 0; names && i < names->GetCount(); ++i) {
+        const std::string name = names->GetString(i)->GetStr();
+        int type = 0;
+        const char* const text = effect.GetProperty(name.c_str(), &type);
+        properties.push_back({name, PropertyType(type), text ? text : ""});
+    }
+    return properties;
+}
+
+std::optional<std::string> TakeModuleError() {
+    TarvoBased::ITarvoException* const current = TarvoBased::GetTarvoException();
+    const int code = current->GetExceptionCode();
+    if (code == TarvoBased::noError) return std::nullopt;
+    const std::string text = current->GetExceptionMsg() + (" (code " + std::to_string(code)) + ")";
+    current->Clear();
+    return text;
+}
+
+void OverrideCpuFeatures(unsigned features) { cpuFeatures = features; }
+
+}  // namespace Nifikral
+
+// This program's own definition, which the module's imported reference finds before the support library's.
+extern "C" [[gnu::visibility("default")]] unsigned AVBasedGetCPUFeatures() {
+    if (Nifikral::cpuFeatures) return *Nifikral::cpuFeatures;
+    static const auto original = reinterpret_cast<unsigned (*)()>(dlsym(RTLD_NEXT, "AVBasedGetCPUFeatures"));
+    return original ? original() : 0;
+}

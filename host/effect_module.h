@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "avbase/IVideoProc.h"
+
+namespace Nifikral {
+
+struct FreeEffect {
+    void operator()(AVBased::IVideoProc* effect) const { effect->Free(); }
+};
+using EffectPtr = std::unique_ptr<AVBased::IVideoProc, FreeEffect>;
+
+/// Type codes of IAVProc::GetProperty.
+enum class PropertyType { Text = 0, Real = 1, Int64 = 2, Int32 = 3, Int16 = 4 };
+
+struct PropertyInfo {
+    std::string name;
+    PropertyType type;
+    std::string defaultText;
+};
+
+/// The loaded module. Threads: any.
+class EffectModule {
+ public:
+    /// Loads `path`, or when it is empty $NIFIKRAL_MODULE, or else the module that belongs to this program.
+    explicit EffectModule(const std::string& path);
+
+    /// A new object; null for a name that the module does not know. Throws when the module knows it and fails.
+    EffectPtr Create(const std::string& name) const;
+    const std::string& Path() const { return m_path; }
+
+ private:
+    std::string m_path;
+    AVBased::CreateVideoProcFunction m_create;
+};
+
+/// What the module tells of an effect's properties, in its own order.
+std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect);
+
+/// The calling thread's pending error of the module as words, and none left pending.
+std::optional<std::string> TakeModuleError();
+
+/// From now on the feature word that the module reads; without this call it is the support library's own.
+void OverrideCpuFeatures(unsigned features);
+
+}  // namespace Nifikral

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace Nifikral {
+
+/// SIGINT and SIGTERM ask the run to stop; broken pipes and file size limits become ordinary write errors.
+void InstallSignalHandlers();
+bool IsInterrupted();
+/// Throws the error that ends an interrupted run, if it is one.
+void ThrowIfInterrupted();
+
+}  // namespace Nifikral

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+/// What the command tells on stderr. Threads: any.
+namespace Nifikral {
+
+enum class Verbosity { Quiet, Normal, Verbose };
+
+void SetVerbosity(Verbosity verbosity);
+Verbosity GetVerbosity();
+
+void PrintError(const std::string& line);
+/// Something was done otherwise than asked for; not told under -q.
+void PrintWarning(const std::string& line);
+/// Told under -v only.
+void PrintDetail(const std::string& line);
+
+/// Keeps FFmpeg's own messages off the terminal (except under -v); its last complaint is kept as a reason to quote.
+void CaptureFfmpegMessages();
+/// FFmpeg's last complaint since the previous call, "" without one.
+std::string TakeFfmpegComplaint();
+/// Whether FFmpeg has said since the start that the input ends before its end.
+bool InputEndedEarly();
+
+}  // namespace Nifikral

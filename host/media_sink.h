@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/ffmpeg_handles.h"
+#include "host/media_source.h"
+#include "host/picture_formats.h"
+
+namespace Nifikral {
+
+struct OutputOptions {
+    std::string path;     ///< "-" for stdout; a name with %06d or the like for one picture file a frame
+    std::string format;   ///< a container's name; empty: by the path's extension
+    std::string encoder;  ///< an FFmpeg encoder's name; empty: the usual one
+    std::vector<std::string> encoderOptions;  ///< "key=value" for the encoder
+    bool overwrite = false;
+    int threads = 1;
+};
+
+/// What the output inherits from the input.
+struct OutputTraits {
+    PictureShape source;
+    AVPixelFormat preferred = AV_PIX_FMT_NONE;  ///< taken when the encoder can
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
+    AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+    AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
+    AVRational pixelAspect = {0, 1}, frameRate = {25, 1}, timeBase = {1, 25};
+    bool interlaced = false, topFieldFirst = false;
+    std::vector<const AVStream*> audio;
+    const AVDictionary* metadata = nullptr;
+
+    OutputTraits(const MediaSource& source, AVPixelFormat preferred);
+};
+
+/// Encodes pictures and stores them. What it has begun and not finished leaves nothing under a final name. Throws
+/// output errors that name the file and the remedy. Threads: one at a time.
+class MediaSink {
+ public:
+    virtual ~MediaSink() = default;
+    /// How pictures must come.
+    virtual const PictureShape& Shape() const = 0;
+    virtual std::string Description() const = 0;
+    /// `number` is the picture's within the whole input; its time is in the input's time base.
+    virtual void Write(FramePtr frame, long long number) = 0;
+    virtual void WriteAudio(PacketPtr) {}
+    virtual void Finish() = 0;
+};
+
+/// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.
+std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
+
+}  // namespace Nifikral

@@ -1,0 +1,34 @@
+#include "host/progress.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "host/log.h"
+
+namespace Nifikral {
+
+Progress::Progress(long long total)
+    : m_shown(isatty(STDERR_FILENO) && GetVerbosity() != Verbosity::Quiet), m_total(total) {}
+
+Progress::~Progress() {
+    if (m_shown) std::fputs("\r\033[K", stderr);
+}
+
+void Progress::Advance() {
+    ++m_done;
+    const Clock::time_point now = Clock::now();
+    if (!m_shown || now - m_drawn < std::chrono::milliseconds(200)) return;
+    m_drawn = now;
+    const double seconds = std::chrono::duration<double>(now - m_begin).count(), rate = double(m_done) / seconds;
+    if (m_total >= m_done) {
+        const long long left = (long long)(double(m_total - m_done) / rate + 0.5);
+        std::fprintf(stderr, "\r\033[Kframe %lld of %lld, %.1f fps, %lld:%02lld left", m_done, m_total, rate, left / 60,
+                     left % 60);
+    } else {
+        std::fprintf(stderr, "\r\033[Kframe %lld, %.1f fps", m_done, rate);
+    }
+    std::fflush(stderr);
+}
+
+}  // namespace Nifikral
