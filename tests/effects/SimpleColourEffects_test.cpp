@@ -57,6 +57,16 @@ TEST(SimpleColourEffects, PlanarToneEffectsFillWholeChromaPlanesPaddingIncluded)
     }
 }
 
+TEST(SimpleColourEffects, GrayFillsPlanesTooLargeForTheCacheToTheLastByte) {
+    for (unsigned padding : {0u, 1u, 63u}) {
+        TestFrame frame(60, 517, 521, {{0, padding, padding, 0}}), expected = frame;
+        expected.Fill(1, 127);
+        expected.Fill(2, 127);
+        Apply(*MakeEffect("gray"), frame);
+        EXPECT_EQ(frame, expected) << padding;
+    }
+}
+
 TEST(SimpleColourEffects, PlanarInvertNegatesLumaAndChromaRows) {
     TestFrame frame = PlanarPicture(), expected = PlanarPicture();
     expected.SetSamples(0, {{255, 239, 127, 0}, {254, 253, 252, 251}});
