@@ -7,6 +7,7 @@
 #include "effects/BlurSharpenEffects.h"
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
+#include "effects/EmbossEffect.h"
 #include "effects/FadeEffects.h"
 #include "effects/MagnifierEffect.h"
 #include "effects/MirageEffect.h"
@@ -58,6 +59,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameMagnifier, Create<CMagnifierVideoImageEffect>},
     {effectNameRotate, Create<CRotateVideoImageEffect>},
     {effectNameTensile, Create<CTensileVideoImageEffect>},
+    {"emboss", Create<CEmbossVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
