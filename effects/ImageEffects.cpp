@@ -14,6 +14,7 @@
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
 #include "effects/RadiateEffect.h"
+#include "effects/ReliefEffect.h"
 #include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
 #include "effects/SpotlightEffect.h"
@@ -62,6 +63,7 @@ constexpr EffectEntry effectTable[] = {
     {"emboss", Create<CEmbossVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
+    {"relief", Create<CReliefVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
     {effectNameSpotlight, Create<CSpotlightVideoImageEffect>},
     {effectNameRadiate, Create<CRadiateVideoImageEffect>},

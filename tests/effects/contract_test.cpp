@@ -41,6 +41,7 @@ constexpr Exception exceptions[] = {
     {.effect = "tensile", .changesPadding = true, .changesAlpha = true},
     {.effect = "mirage", .changesAlpha = true},
     {.effect = "magnifier", .changesAlpha = true},
+    {.effect = "relief", .changesAlpha = true},
 };
 
 // Numbers that would take hours or gigabytes, kept within bounds here.

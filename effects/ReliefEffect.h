@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+
+#include "effects/CBasedVideoEffect.h"
+
+namespace AVBased {
+
+/// The weights of a 3x3 block in 256ths, row by row.
+using ReliefKernel = std::array<std::int32_t, 9>;
+
+/// A surface lit from an angle: each sample becomes a weighted sum of the 3x3 block around it.
+class CReliefVideoImageEffect : public CBasedVideoImageEffect {
+ public:
+    CReliefVideoImageEffect();
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+    void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
+
+    static ReliefKernel Kernel(std::int32_t angle);
+
+    struct Settings {
+        std::int32_t angle = 40;
+    };
+
+ private:
+    Settings m_settings;
+    ReliefKernel m_kernel;
+};
+
+}  // namespace AVBased
