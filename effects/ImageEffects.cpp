@@ -8,6 +8,7 @@
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
 #include "effects/EmbossEffect.h"
+#include "effects/ErodeDilateEffects.h"
 #include "effects/FadeEffects.h"
 #include "effects/MagnifierEffect.h"
 #include "effects/MirageEffect.h"
@@ -63,6 +64,8 @@ constexpr EffectEntry effectTable[] = {
     {"emboss", Create<CEmbossVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
+    {"dilate", Create<CDilateVideoImageEffect>},
+    {"erode", Create<CErodeVideoImageEffect>},
     {"relief", Create<CReliefVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
     {effectNameSpotlight, Create<CSpotlightVideoImageEffect>},

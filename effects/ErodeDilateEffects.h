@@ -1,0 +1,21 @@
+#pragma once
+
+#include "effects/CBasedVideoEffect.h"
+
+namespace AVBased {
+
+/// Dark areas grow: each sample becomes the least of the 3x3 block below and to the right of it.
+class CErodeVideoImageEffect : public CBasedVideoImageEffect {
+ public:
+    CErodeVideoImageEffect() : CBasedVideoImageEffect("erode") {}
+    void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
+};
+
+/// Bright areas grow: each sample becomes the greatest of the 3x3 block above and to the right of it.
+class CDilateVideoImageEffect : public CBasedVideoImageEffect {
+ public:
+    CDilateVideoImageEffect() : CBasedVideoImageEffect("dilate") {}
+    void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
+};
+
+}  // namespace AVBased
