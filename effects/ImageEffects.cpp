@@ -7,6 +7,7 @@
 #include "effects/BlurSharpenEffects.h"
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
+#include "effects/EdgeLightEffect.h"
 #include "effects/EmbossEffect.h"
 #include "effects/ErodeDilateEffects.h"
 #include "effects/FadeEffects.h"
@@ -66,6 +67,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {"dilate", Create<CDilateVideoImageEffect>},
     {"erode", Create<CErodeVideoImageEffect>},
+    {"edgelight", Create<CEdgeLightVideoImageEffect>},
     {"relief", Create<CReliefVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
     {effectNameSpotlight, Create<CSpotlightVideoImageEffect>},
