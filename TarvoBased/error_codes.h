@@ -30,6 +30,15 @@ inline constexpr char textResourceNotFound[] = "The request resource does not ex
 inline constexpr char textNoMemory[] = "No enough memory";
 inline constexpr char textUnknownException[] = "Unknown exception";
 inline constexpr char textInvalidParamValue[] = "Invalid Param Value";
+inline constexpr char textInvalidPramaValue[] = "Invalid Prama Value";
+inline constexpr char textNullPointer[] = "Null Pointer";
+inline constexpr char textMallocFailed[] = "Malloc Failed";
+inline constexpr char textCreatePointerFailed[] = "Create Pointer Failed";
+inline constexpr char textParamError[] = "Param Error";
+inline constexpr char textNoTextFrameBuffer[] = "Get Text Frame Buffer Failed";
+inline constexpr char textConverterFrameFailed[] = "Converter Frame Failed";
+inline constexpr char textCreateConverterFailed[] = "Create Image Converter Failed";
+inline constexpr char textCloneFrameFailed[] = "Clone Frame Failed";
 inline constexpr char textBadPixelFormat[] = "Bad pixel format";
 
 }  // namespace TarvoBased
