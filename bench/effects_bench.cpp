@@ -1,7 +1,7 @@
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "bench/measure.h"
 #include "bench/report.h"
@@ -72,8 +72,9 @@ std::shared_ptr<AVBased::IVideoProc> MakeEffect(const Job& job, InstructionSet s
     for (std::size_t begin = 0; begin < settings.size();) {
         const std::size_t end = std::min(settings.find(' ', begin), settings.size());
         const std::size_t equals = settings.find('=', begin);
-        effect->SetProperty(settings.substr(begin, equals - begin).c_str(),
-                            settings.substr(equals + 1, end - equals - 1).c_str());
+        const std::string name = settings.substr(begin, equals - begin);
+        if (!effect->SetProperty(name.c_str(), settings.substr(equals + 1, end - equals - 1).c_str()))
+            throw std::invalid_argument(row + " refuses " + name);
         begin = end + 1;
     }
     dynamic_cast<AVBased::CBasedVideoImageEffect&>(*effect).UseInstructionSet(set);

@@ -1,0 +1,11 @@
+#!/bin/bash
+# Installs the public libraries that the effects are compared with, builds both benchmark programs and runs them.
+# Usage: scripts/bench_peers.sh [options of Google Benchmark]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install_packages.sh build test peers
+cmake --preset release -D NIFIKRAL_BUILD_BENCH=ON -D NIFIKRAL_BENCH_PEERS=ON
+cmake --build --preset release --target nifikral_bench nifikral_bench_peers
+for program in nifikral_bench nifikral_bench_peers; do
+    build/release/bin/$program "$@"
+done
