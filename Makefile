@@ -9,6 +9,14 @@ test: configure  ## build everything and run every test
 	cmake --build --preset release
 	ctest --preset release
 
+# BENCH is handed on, for instance BENCH=--benchmark_filter=gray.
+bench: configure  ## time the effects
+	cmake --build --preset release --target nifikral_bench
+	$(release)/bin/nifikral_bench $(BENCH)
+
+bench-peers: packages  ## time public libraries beside the effects
+	scripts/bench_peers.sh $(BENCH)
+
 format:  ## reformat the sources
 	$(sources) | xargs clang-format-14 -i
 
@@ -30,4 +38,4 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help test format check-format tidy clean packages configure
+.PHONY: help test bench bench-peers format check-format tidy clean packages configure
