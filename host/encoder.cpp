@@ -112,12 +112,10 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
     const bool yuv = !IsRgb(m_shape.format);
     context.color_range = yuv && m_shape.fullRange ? AVCOL_RANGE_JPEG : yuv ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
     if (yuv && !m_shape.fullRange && !IsRgb(traits.source.format)) context.color_range = traits.range;
-    context.field_order = AV_FIELD_PROGRESSIVE;
-    if (traits.interlaced) {
-        context.field_order = traits.topFieldFirst ? AV_FIELD_TT : AV_FIELD_BB;
-        // Interlaced 4:2:0 needs pairs of chroma rows in each field.
-        if (m_shape.height % 4 == 0) context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
-    }
+    context.field_order = traits.fieldOrder;
+    // Interlaced 4:2:0 needs pairs of chroma rows in each field.
+    if (traits.fieldOrder != AV_FIELD_PROGRESSIVE && m_shape.height % 4 == 0)
+        context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
     if (purpose.globalHeader) context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     SetQuality(options);
     TakeFfmpegComplaint();

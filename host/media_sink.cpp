@@ -36,8 +36,12 @@ OutputTraits::OutputTraits(const MediaSource& input, AVPixelFormat preferredForm
     range = first.color_range;
     chromaLocation = first.chroma_location;
     pixelAspect = first.sample_aspect_ratio;
-    interlaced = first.interlaced_frame;
-    topFieldFirst = first.top_field_first;
+    if (first.interlaced_frame) {
+        // The container may know how the fields are stored, the picture only which is shown first.
+        fieldOrder = input.VideoStream().codecpar->field_order;
+        if (fieldOrder == AV_FIELD_UNKNOWN || fieldOrder == AV_FIELD_PROGRESSIVE)
+            fieldOrder = first.top_field_first ? AV_FIELD_TB : AV_FIELD_BT;
+    }
     // Containers may know the pixels' shape where the pictures do not.
     if (pixelAspect.num == 0) pixelAspect = input.VideoStream().sample_aspect_ratio;
 }

@@ -28,7 +28,7 @@ struct OutputTraits {
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
     AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
     AVRational pixelAspect = {0, 1}, frameRate = {25, 1}, timeBase = {1, 25};
-    bool interlaced = false, topFieldFirst = false;
+    AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
     std::vector<const AVStream*> audio;
     const AVDictionary* metadata = nullptr;
 

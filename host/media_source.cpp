@@ -36,13 +36,14 @@ void CheckLocalFile(const std::string& path) {
         Refuse(path + " is empty; nothing was ever written to it or its download failed");
 }
 
-InputPtr Open(const std::string& path) {
+InputPtr Open(const std::string& path, AVIOContext* standardInput) {
     // Without the prefix a colon in a file's name would be taken for a protocol.
     const bool plainFile = !IsPipe(path) && path.find("://") == std::string::npos;
-    const std::string url = IsPipe(path) ? "pipe:0" : plainFile ? "file:" + path : path;
+    const std::string url = plainFile ? "file:" + path : IsPipe(path) ? "" : path;
     AVFormatContext* context = avformat_alloc_context();
     if (!context) throw std::bad_alloc();
     context->interrupt_callback.callback = OnWait;
+    context->pb = standardInput;
     AVDictionary* options = nullptr;
     if (plainFile && !IsSequence(path)) av_dict_set(&options, "pattern_type", "none", 0);
     TakeFfmpegComplaint();
@@ -76,7 +77,8 @@ double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2
 MediaSource::MediaSource(const std::string& path, const Options& options)
     : m_path(path), m_name(IsPipe(path) ? "the input from stdin" : path), m_options(options) {
     CheckLocalFile(path);
-    m_input = Open(path);
+    if (IsPipe(path)) m_standardInput = OpenStandardInput();
+    m_input = Open(path, m_standardInput.get());
     const AVCodec* codec = nullptr;
     const int index = av_find_best_stream(m_input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
     if (index == AVERROR_DECODER_NOT_FOUND) Refuse(m_name + ": there is no decoder for its pictures; convert it first");
@@ -127,7 +129,7 @@ long long MediaSource::EstimatedFrameCount() const {
 
 long long MediaSource::CountFrames() const {
     if (IsPipe(m_path)) return 0;
-    const InputPtr input = Open(m_path);
+    const InputPtr input = Open(m_path, nullptr);
     const PacketPtr packet = NewPacket();
     for (unsigned i = 0; i < input->nb_streams; ++i)
         if (int(i) != m_video->index) input->streams[i]->discard = AVDISCARD_ALL;
@@ -256,7 +258,7 @@ void MediaSource::KeepAudio(PacketPtr packet) {
 void MediaSource::DropAudioBefore(const AVFrame& frame) {
     const double begin = Seconds(frame.pts, m_video->time_base);
     std::erase_if(m_audio, [&](const PacketPtr& packet) {
-        return Seconds(packet->pts + packet->duration, m_input->streams[packet->stream_index]->time_base) <= begin;
+        return Seconds(packet->pts, m_input->streams[packet->stream_index]->time_base) < begin;
     });
 }
 

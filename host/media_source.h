@@ -8,6 +8,7 @@
 
 #include "host/ffmpeg_handles.h"
 #include "host/orientation.h"
+#include "host/standard_input.h"
 
 namespace Nifikral {
 
@@ -63,6 +64,7 @@ class MediaSource {
 
     std::string m_path, m_name;
     Options m_options;
+    StandardInputPtr m_standardInput;  // before the input, which reads from it
     InputPtr m_input;
     AVStream* m_video = nullptr;
     CodecPtr m_decoder;

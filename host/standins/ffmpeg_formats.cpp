@@ -1,5 +1,9 @@
 #include "host/standins/ffmpeg_formats.h"
 
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
 namespace Nifikral {
 namespace {
 
@@ -26,6 +30,11 @@ constexpr Row twins[] = {
     {7, AV_PIX_FMT_YUVJ411P}, {33, AV_PIX_FMT_YUVJ440P},
 };
 
+// Grey alone runs from 0 to 255 everywhere.
+bool UsesFullRange(const PictureShape& shape) {
+    return shape.fullRange || av_pix_fmt_desc_get(shape.format)->nb_components < 3;
+}
+
 }  // namespace
 
 AVPixelFormat FfmpegFormat(unsigned code) {
@@ -50,13 +59,15 @@ const int* MatrixCoefficients(const PictureShape& shape) {
 }
 
 ScalerPtr MakeScaler(const PictureShape& from, const PictureShape& to, int filter) {
-    ScalerPtr scaler(sws_getContext(from.width, from.height, from.format, to.width, to.height, to.format,
-                                    filter | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP, nullptr,
-                                    nullptr, nullptr));
+    const AVPixFmtDescriptor& target = *av_pix_fmt_desc_get(to.format);
+    int flags = filter | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP;
+    if ((target.flags & AV_PIX_FMT_FLAG_RGB) && target.comp[0].depth >= 8) flags |= SWS_FULL_CHR_H_INT;
+    ScalerPtr scaler(sws_getContext(from.width, from.height, from.format, to.width, to.height, to.format, flags,
+                                    nullptr, nullptr, nullptr));
     if (!scaler) return nullptr;
     // Refused for formats without YUV on either side, where there is nothing to set.
-    sws_setColorspaceDetails(scaler.get(), MatrixCoefficients(from), from.fullRange, MatrixCoefficients(to),
-                             to.fullRange, 0, 1 << 16, 1 << 16);
+    sws_setColorspaceDetails(scaler.get(), MatrixCoefficients(from), UsesFullRange(from), MatrixCoefficients(to),
+                             UsesFullRange(to), 0, 1 << 16, 1 << 16);
     return scaler;
 }
 

@@ -59,7 +59,9 @@ Nifikral::PictureShape ToPictureShape(const ImageShape& shape) {
     AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
     if (shape.matrix == ColourMatrix::Bt601) matrix = AVCOL_SPC_SMPTE170M;
     if (shape.matrix == ColourMatrix::Bt709) matrix = AVCOL_SPC_BT709;
-    return {format, int(shape.width), int(shape.height), matrix, shape.fullRange};
+    // libswscale knows no packed 4:1:1; a Picture takes it apart into planes.
+    return {format == AV_PIX_FMT_UYYVYY411 ? AV_PIX_FMT_YUV411P : format, int(shape.width), int(shape.height), matrix,
+            shape.fullRange};
 }
 
 int FilterFlag(ScalingFilter filter) {
@@ -80,9 +82,12 @@ int FilterFlag(ScalingFilter filter) {
 // It rounds chroma sizes up where frames round them down, and its vector code reads and writes whole blocks.
 class Picture {
  public:
-    Picture(IRawVideoFrame& frame, const Nifikral::PictureShape& shape) : m_shape(shape), m_topDown(frame.IsTopDown()) {
+    Picture(IRawVideoFrame& frame, const Nifikral::PictureShape& shape)
+        : m_shape(shape),
+          m_topDown(frame.IsTopDown()),
+          m_packed411(Nifikral::FfmpegFormat(frame.GetPixelFormat()) == AV_PIX_FMT_UYYVYY411) {
         const unsigned count = std::min(unsigned(av_pix_fmt_count_planes(shape.format)), frame.GetBufferCount());
-        bool direct = true;
+        bool direct = !m_packed411;
         for (unsigned p = 0; p < count; ++p) {
             Plane& plane = m_planes[p];
             plane.data = frame.GetBuffer(p, &plane.rowBytes, &plane.pitch, &plane.rows);
@@ -103,6 +108,10 @@ class Picture {
 
     void Load() {
         if (!m_scratch) return;
+        if (m_packed411) {
+            ForEachPacked411Sample([](unsigned char& packed, unsigned char& planar) { planar = packed; });
+            return;
+        }
         for (unsigned p = 0; p < m_count; ++p)
             for (unsigned y = 0; y < FullRows(p); ++y) {
                 const Plane& plane = m_planes[p];
@@ -121,6 +130,10 @@ class Picture {
 
     void Store() {
         if (!m_scratch) return;
+        if (m_packed411) {
+            ForEachPacked411Sample([](unsigned char& packed, unsigned char& planar) { packed = planar; });
+            return;
+        }
         for (unsigned p = 0; p < m_count; ++p)
             for (unsigned y = 0; y < std::min(m_planes[p].rows, FullRows(p)); ++y)
                 std::memcpy(Row(p, y), ScratchRow(p, y), std::min(m_planes[p].rowBytes, FullRowBytes(p)));
@@ -130,11 +143,10 @@ class Picture {
         for (unsigned p = 0; p < 4; ++p) {
             data[p] = nullptr;
             pitches[p] = 0;
-            if (p >= m_count) continue;
             if (m_scratch) {
                 data[p] = m_scratch->data[p];
                 pitches[p] = m_scratch->linesize[p];
-            } else {
+            } else if (p < m_count) {
                 data[p] = Row(p, 0);
                 pitches[p] = m_topDown ? int(m_planes[p].pitch) : -int(m_planes[p].pitch);
             }
@@ -155,12 +167,27 @@ class Picture {
         const unsigned inMemory = m_topDown ? y : std::min(plane.rows, FullRows(p)) - 1 - y;
         return plane.data + std::size_t(inMemory) * plane.pitch;
     }
+    // Four pixels in six bytes: U Y Y V Y Y. What the last group of a row lacks keeps its value.
+    template <class Work>
+    void ForEachPacked411Sample(Work work) const {
+        constexpr unsigned lumaOffsets[] = {1, 2, 4, 5}, chromaOffsets[] = {0, 3};
+        for (unsigned y = 0; y < std::min(m_planes[0].rows, unsigned(m_shape.height)); ++y) {
+            unsigned char* const row = Row(0, y);
+            const auto visit = [&](unsigned offset, unsigned char& planar) {
+                if (offset < m_planes[0].rowBytes) work(row[offset], planar);
+            };
+            for (unsigned x = 0; x < unsigned(m_shape.width); ++x)
+                visit(x / 4 * 6 + lumaOffsets[x % 4], ScratchRow(0, y)[x]);
+            for (unsigned p = 1; p < 3; ++p)
+                for (unsigned x = 0; x < FullRowBytes(p); ++x) visit(x * 6 + chromaOffsets[p - 1], ScratchRow(p, y)[x]);
+        }
+    }
     unsigned char* ScratchRow(unsigned p, unsigned y) const {
         return m_scratch->data[p] + std::ptrdiff_t(y) * m_scratch->linesize[p];
     }
 
     Nifikral::PictureShape m_shape;
-    bool m_topDown;
+    bool m_topDown, m_packed411;
     unsigned m_count = 0;
     Plane m_planes[4];
     AvFramePtr m_scratch;
