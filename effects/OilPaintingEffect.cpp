@@ -81,14 +81,19 @@ class PlanarOilPicture final : public OilPicture {
     std::vector<std::uint8_t> m_lastRead[2];
 };
 
-void OilPaintingRgba32Effect(const PackedView& view, const OilPaintingSettings& settings) {
-    PackedOilPicture picture(view);
+void Paint(OilPicture& picture, const OilPaintingSettings& settings, InstructionSet set) {
+    if (set == InstructionSet::Avx2 && PaintByVectors(picture, settings)) return;
     PaintBySliding(picture, settings);
 }
 
-void OilPaintingComponentEffect(const PlanarView& view, const OilPaintingSettings& settings) {
+void OilPaintingRgba32Effect(const PackedView& view, const OilPaintingSettings& settings, InstructionSet set) {
+    PackedOilPicture picture(view);
+    Paint(picture, settings, set);
+}
+
+void OilPaintingComponentEffect(const PlanarView& view, const OilPaintingSettings& settings, InstructionSet set) {
     PlanarOilPicture picture(view);
-    PaintBySliding(picture, settings);
+    Paint(picture, settings, set);
 }
 
 }  // namespace
@@ -103,8 +108,8 @@ void COilPaintingVideoImageEffect::OnSetProperty(const std::string& name, Proper
 }
 
 void COilPaintingVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame([&](const PackedView& view) { OilPaintingRgba32Effect(view, m_settings); },
-             [&](const PlanarView& view) { OilPaintingComponentEffect(view, m_settings); }, *frame);
+    ForFrame([&](const PackedView& view) { OilPaintingRgba32Effect(view, m_settings, Instructions()); },
+             [&](const PlanarView& view) { OilPaintingComponentEffect(view, m_settings, Instructions()); }, *frame);
 }
 
 }  // namespace AVBased
