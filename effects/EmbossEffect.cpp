@@ -18,11 +18,13 @@ void ForEachRowUpwards(const PlaneView<Sample>& plane, Work work) {
     for (unsigned y = plane.height; y > 1; --y) work(plane.Row(y - 1), plane.Row(y - 2));
 }
 
-// A pixel whose colours are lane(colour, the colour above).
+// Every colour becomes lane(colour, the colour above).
 template <class Lane>
-std::uint32_t EachColour(std::uint32_t pixel, std::uint32_t above, Lane lane) {
-    return WithAlphaOf(pixel, lane(Blue(pixel), Blue(above)), lane(Green(pixel), Green(above)),
-                       lane(Red(pixel), Red(above)));
+void EmbossColours(Rgba32* row, const Rgba32* above, unsigned width, Lane lane) {
+    for (unsigned x = 0; x < width; ++x) {
+        const std::uint32_t p = LoadWord(row + x), a = LoadWord(above + x);
+        StoreWord(row + x, WithAlphaOf(p, lane(Blue(p), Blue(a)), lane(Green(p), Green(a)), lane(Red(p), Red(a))));
+    }
 }
 
 // In a 16-bit lane products keep their low 16 bits, the addition wraps and the subtraction saturates, which the clamp
@@ -48,28 +50,35 @@ void emboss_effect_component_c(unsigned char* data, unsigned width, unsigned pit
 
 void emboss_effect_rgba32_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
     ForEachRowUpwards(PackedView{data, width, pitch, height}, [=](Rgba32* row, const Rgba32* above) {
-        for (unsigned x = 0; x < width; ++x)
-            StoreWord(row + x,
-                      EachColour(LoadWord(row + x), LoadWord(above + x), [=](std::uint32_t c, std::uint32_t a) {
-                          return std::uint32_t(std::clamp(std::int32_t((c - a) * level), -128, 127) + 128);
-                      }));
+        EmbossColours(row, above, width, [=](std::uint32_t c, std::uint32_t a) {
+            return std::uint32_t(std::clamp(std::int32_t((c - a) * level), -128, 127) + 128);
+        });
     });
+}
+
+void EmbossGroups(unsigned char* row, const unsigned char* above, unsigned bytes, unsigned, unsigned level) {
+    for (unsigned x = 0; x < bytes; ++x) row[x] = VectorLane(row[x], above[x], level);
+}
+
+void EmbossPixels(unsigned char* row, const unsigned char* above, unsigned bytes, unsigned, unsigned level) {
+    EmbossColours(reinterpret_cast<Rgba32*>(row), reinterpret_cast<const Rgba32*>(above), bytes / sizeof(Rgba32),
+                  [=](std::uint32_t c, std::uint32_t a) { return VectorLane(c, a, level); });
 }
 
 void emboss_effect_component_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
     const unsigned grouped = width / 4 * 4;
+    const auto embossRow = embossGroupsVariants.For(BestInstructionSet());
     ForEachRowUpwards(ComponentView{data, width, pitch, height}, [=](std::uint8_t* row, const std::uint8_t* above) {
-        for (unsigned x = 0; x < grouped; ++x) row[x] = VectorLane(row[x], above[x], level);
+        embossRow(row, above, grouped, pitch, level);
         // Deliberate: the samples that fill no group of four ignore the level.
         for (unsigned x = grouped; x < width; ++x) row[x] = ClampToByte(2 * (row[x] - above[x]) + 128);
     });
 }
 
 void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
-    ForEachRowUpwards(PackedView{data, width, pitch, height}, [=](Rgba32* row, const Rgba32* above) {
-        for (unsigned x = 0; x < width; ++x)
-            StoreWord(row + x, EachColour(LoadWord(row + x), LoadWord(above + x),
-                                          [=](std::uint32_t c, std::uint32_t a) { return VectorLane(c, a, level); }));
+    const auto embossRow = embossPixelsVariants.For(BestInstructionSet());
+    ForEachRowUpwards(ComponentView{data, width, pitch, height}, [=](std::uint8_t* row, const std::uint8_t* above) {
+        embossRow(row, above, width * unsigned(sizeof(Rgba32)), pitch, level);
     });
 }
 

@@ -86,6 +86,20 @@ TEST(Emboss, EffectFollowsTheVectorRulesOnEveryPlane) {
             });
 }
 
+TEST(Emboss, RowVariantsGiveTheSameBytesAndTouchNothingElse) {
+    if (!IsUsable(InstructionSet::Avx2)) GTEST_SKIP() << "this processor has one variant only";
+    std::mt19937 random(5);
+    for (const EmbossRowVariants& variants : {embossGroupsVariants, embossPixelsVariants})
+        for (unsigned bytes = 0; bytes <= 200; bytes += 4)
+            for (Content content : {Content::Random, Content::NearBlack, Content::NearWhite}) {
+                const unsigned level = unsigned(random());
+                GuardedPlane expected(bytes, 2, content, random), actual = expected;
+                variants.baseline(expected.data() + bytes, expected.data(), bytes, bytes, level);
+                variants.avx2(actual.data() + bytes, actual.data(), bytes, bytes, level);
+                ASSERT_EQ(expected, actual) << bytes << " bytes, level " << level;
+            }
+}
+
 TEST(Emboss, MakingAnEffectChoosesTheRoutinesByTheFeatureBits) {
     EXPECT_TRUE(HasVectorUnit(1) && HasVectorUnit(4) && HasVectorUnit(0xFF));
     EXPECT_FALSE(HasVectorUnit(0) || HasVectorUnit(2) || HasVectorUnit(0xFFFFFFFA));
