@@ -1,7 +1,8 @@
 #include "effects/ErodeDilateEffects.h"
 
+#include <algorithm>
+
 #include "effects/frame_views.h"
-#include "effects/row_loops.h"
 
 namespace AVBased {
 namespace {
@@ -13,65 +14,84 @@ struct Greatest {
     static std::uint8_t Of(std::uint8_t a, std::uint8_t b) { return std::max(a, b); }
 };
 
-// The extremes of the columns of three rows, then of three neighbours in that line: a stretch at a time, each written
-// over `row`, one of the three, when nothing to the left is needed any more.
+// The extremes of the three rows' columns, then of three neighbours in that line: a stretch at a time, written when
+// nothing to its left is needed any more.
 template <class Extreme, class Sample>
-void FilterRow(Sample* row, const Sample* second, const Sample* third, unsigned outputs) {
+void FilterRow(std::uint8_t* row, const std::uint8_t* second, const std::uint8_t* third, unsigned bytes) {
     constexpr unsigned stretch = 512, step = sizeof(Sample);
     std::uint8_t columns[stretch + 2 * step];
-    Sample results[stretch / step];
-    for (unsigned begin = 0; begin < outputs; begin += stretch / step) {
-        const unsigned count = std::min(outputs - begin, stretch / step), bytes = count * step;
-        const auto *a = reinterpret_cast<const std::uint8_t*>(row + begin),
-                   *b = reinterpret_cast<const std::uint8_t*>(second + begin),
-                   *c = reinterpret_cast<const std::uint8_t*>(third + begin);
-        for (unsigned i = 0; i < bytes + 2 * step; ++i) columns[i] = Extreme::Of(Extreme::Of(a[i], b[i]), c[i]);
-        auto* const result = reinterpret_cast<std::uint8_t*>(results);
-        for (unsigned i = 0; i < bytes; ++i)
-            result[i] = Extreme::Of(Extreme::Of(columns[i], columns[i + step]), columns[i + 2 * step]);
+    for (unsigned begin = 0; begin < bytes; begin += stretch) {
+        const unsigned count = std::min(bytes - begin, stretch);
+        for (unsigned i = 0; i < count + 2 * step; ++i)
+            columns[i] = Extreme::Of(Extreme::Of(row[begin + i], second[begin + i]), third[begin + i]);
         for (unsigned i = 0; i < count; ++i)
-            if constexpr (step == 1)
-                row[begin + i] = results[i];
-            else
-                StoreWord(row + begin + i,
-                          (LoadWord(results + i) & ~alphaMask) | (LoadWord(row + begin + i) & alphaMask));
+            columns[i] = Extreme::Of(Extreme::Of(columns[i], columns[i + step]), columns[i + 2 * step]);
+        for (unsigned i = 0; i < count; i += step)
+            if constexpr (step == 1) {
+                row[begin + i] = columns[i];
+            } else {
+                auto* const pixel = reinterpret_cast<Rgba32*>(row + begin + i);
+                const std::uint32_t colours = LoadWord(reinterpret_cast<const Rgba32*>(columns + i));
+                StoreWord(pixel, (LoadWord(pixel) & alphaMask) | (colours & ~alphaMask));
+            }
     }
 }
 
+std::ptrdiff_t RowsAway(int rows, unsigned pitch) { return rows * std::ptrdiff_t(pitch); }
+
 // Deliberate, in both: the block is not centred on the sample, and the last two columns stay.
 template <class Sample>
-void Erode(PlaneView<Sample> plane) {
+void Erode(const PlaneView<Sample>& plane, ExtremeRow* least) {
+    const ComponentView bytes{plane.data, plane.width * unsigned(sizeof(Sample)), plane.pitch, plane.height};
     if (plane.width < 3) return;
     for (unsigned y = 0; y + 2 < plane.height; ++y)
-        FilterRow<Least>(plane.Row(y), plane.Row(y + 1), plane.Row(y + 2), plane.width - 2);
+        least(bytes.Row(y), bytes.Row(y + 1), bytes.Row(y + 2), bytes.width - 2 * sizeof(Sample),
+              RowsAway(4, plane.pitch));
 }
 
 // From the last row upwards, so that the rows above are still as they came.
 template <class Sample>
-void Dilate(PlaneView<Sample> plane) {
+void Dilate(const PlaneView<Sample>& plane, ExtremeRow* greatest) {
+    const ComponentView bytes{plane.data, plane.width * unsigned(sizeof(Sample)), plane.pitch, plane.height};
     if (plane.width < 3) return;
-    for (unsigned y = plane.height; y-- > 2;)
-        FilterRow<Greatest>(plane.Row(y), plane.Row(y - 1), plane.Row(y - 2), plane.width - 2);
-}
-
-template <class Packed, class Component>
-void ForPlanes(IRawVideoFrame& frame, Packed packed, Component component) {
-    ForFrame(
-        packed,
-        [component](const PlanarView& picture) {
-            for (unsigned p = 0; p < 3; ++p) component(picture.plane[p]);
-        },
-        frame);
+    for (unsigned y = plane.height; y > 2; --y)
+        greatest(bytes.Row(y - 1), bytes.Row(y - 2), bytes.Row(y - 3), bytes.width - 2 * sizeof(Sample),
+                 RowsAway(-4, plane.pitch));
 }
 
 }  // namespace
 
+void LeastComponentRow(unsigned char* row, const unsigned char* second, const unsigned char* third, unsigned bytes,
+                       std::ptrdiff_t) {
+    FilterRow<Least, std::uint8_t>(row, second, third, bytes);
+}
+void LeastRgba32Row(unsigned char* row, const unsigned char* second, const unsigned char* third, unsigned bytes,
+                    std::ptrdiff_t) {
+    FilterRow<Least, Rgba32>(row, second, third, bytes);
+}
+void GreatestComponentRow(unsigned char* row, const unsigned char* second, const unsigned char* third, unsigned bytes,
+                          std::ptrdiff_t) {
+    FilterRow<Greatest, std::uint8_t>(row, second, third, bytes);
+}
+void GreatestRgba32Row(unsigned char* row, const unsigned char* second, const unsigned char* third, unsigned bytes,
+                       std::ptrdiff_t) {
+    FilterRow<Greatest, Rgba32>(row, second, third, bytes);
+}
+
 void CErodeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForPlanes(*frame, Pick<Erode<Rgba32>>(), Pick<Erode<std::uint8_t>>());
+    ForFrame([this](const PackedView& picture) { Erode(picture, leastRows.rgba32.For(Instructions())); },
+             [this](const PlanarView& picture) {
+                 for (unsigned p = 0; p < 3; ++p) Erode(picture.plane[p], leastRows.component.For(Instructions()));
+             },
+             *frame);
 }
 
 void CDilateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForPlanes(*frame, Pick<Dilate<Rgba32>>(), Pick<Dilate<std::uint8_t>>());
+    ForFrame([this](const PackedView& picture) { Dilate(picture, greatestRows.rgba32.For(Instructions())); },
+             [this](const PlanarView& picture) {
+                 for (unsigned p = 0; p < 3; ++p) Dilate(picture.plane[p], greatestRows.component.For(Instructions()));
+             },
+             *frame);
 }
 
 }  // namespace AVBased
