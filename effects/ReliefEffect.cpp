@@ -19,84 +19,62 @@ constexpr Property<CReliefVideoImageEffect::Settings> properties[] = {
 // In 16 bits: of a sample times 128 by twice a weight, the high half is floor(sample x weight / 256).
 std::int16_t Share(std::int16_t sample128, std::int16_t weight2) { return std::int16_t(sample128 * weight2 >> 16); }
 
-// Filters a plane in one walk downwards, writing one row behind. A row adds its shares to the row above, to itself and
-// to the row below, so that only two unfinished rows of sums are kept, and the row in work as it came, with black at
-// both ends for the terms that are missing there.
-class ReliefRows {
- public:
-    ReliefRows(const ReliefKernel& kernel, unsigned rowBytes, unsigned step)
-        : m_bytes(rowBytes), m_step(step), m_line(rowBytes + 2 * step), m_above(rowBytes), m_here(rowBytes) {
-        for (unsigned i = 0; i < kernel.size(); ++i) m_weights[i] = std::int16_t(2 * kernel[i]);
+void AddRow(const ReliefLines& lines, unsigned bytes, unsigned char* finished) {
+    const std::array<std::int16_t, 9> k = lines.weights;
+    std::int16_t* const __restrict above = lines.above;
+    std::int16_t* const __restrict here = lines.here;
+    std::uint8_t* const __restrict out = finished;
+    for (unsigned x = 0; x < bytes; ++x) {
+        const auto l = std::int16_t(lines.left[x] << 7), m = std::int16_t(lines.middle[x] << 7),
+                   r = std::int16_t(lines.right[x] << 7);
+        out[x] = ClampToByte(above[x] + Share(l, k[6]) + Share(m, k[7]) + Share(r, k[8]));
+        above[x] = std::int16_t(here[x] + Share(l, k[3]) + Share(m, k[4]) + Share(r, k[5]));
+        here[x] = std::int16_t(Share(l, k[0]) + Share(m, k[1]) + Share(r, k[2]));
     }
-
-    /// Takes the next row in and finishes the one above it.
-    void Add(const std::uint8_t* row, std::uint8_t* finished) {
-        std::copy_n(row, m_bytes, m_line.data() + m_step);
-        const std::array<std::int16_t, 9> k = m_weights;
-        const std::uint8_t* const left = m_line.data();
-        const std::uint8_t* const middle = left + m_step;
-        const std::uint8_t* const right = middle + m_step;
-        std::int16_t* const __restrict above = m_above.data();
-        std::int16_t* const __restrict here = m_here.data();
-        std::uint8_t* const __restrict out = finished;
-        for (unsigned x = 0; x < m_bytes; ++x) {
-            const auto l = std::int16_t(left[x] << 7), m = std::int16_t(middle[x] << 7),
-                       r = std::int16_t(right[x] << 7);
-            out[x] = Clamp(std::int16_t(above[x] + Share(l, k[6]) + Share(m, k[7]) + Share(r, k[8])));
-            above[x] = std::int16_t(here[x] + Share(l, k[3]) + Share(m, k[4]) + Share(r, k[5]));
-            here[x] = std::int16_t(Share(l, k[0]) + Share(m, k[1]) + Share(r, k[2]));
-        }
-    }
-    /// Finishes the last row.
-    void Finish(std::uint8_t* finished) const {
-        for (unsigned x = 0; x < m_bytes; ++x) finished[x] = Clamp(m_above[x]);
-    }
-
-    /// Gives each pixel of a finished row the fourth byte of the pixel to the right in the row in work.
-    void MoveFourthBytes(Rgba32* finished) {
-        const auto* const line = reinterpret_cast<Rgba32*>(m_line.data()) + 1;
-        const unsigned width = m_bytes / sizeof(Rgba32);
-        for (unsigned x = 0; x < width; ++x) {
-            const Rgba32* const from = line + std::min(x + 1, width - 1);
-            StoreWord(finished + x, (LoadWord(finished + x) & ~alphaMask) | (LoadWord(from) & alphaMask));
-        }
-    }
-
- private:
-    static std::uint8_t Clamp(std::int16_t sum) { return std::uint8_t(std::clamp<std::int16_t>(sum, 0, 255)); }
-
-    unsigned m_bytes, m_step;
-    std::array<std::int16_t, 9> m_weights;
-    std::vector<std::uint8_t> m_line;
-    std::vector<std::int16_t> m_above, m_here;
-};
-
-// Calls work(rows, finished row) for each finished row of a plane. What the first row writes above itself goes to
-// itself: it is kept elsewhere by then, and finished with the next.
-template <class Sample, class Finished>
-void Relief(const PlaneView<Sample>& plane, const ReliefKernel& kernel, Finished finished) {
-    if (plane.width == 0 || plane.height == 0) return;
-    ReliefRows rows(kernel, plane.width * unsigned(sizeof(Sample)), sizeof(Sample));
-    const ComponentView bytes{plane.data, 0, plane.pitch, plane.height};
-    for (unsigned y = 0; y < plane.height; ++y) {
-        const unsigned above = y == 0 ? 0 : y - 1;
-        rows.Add(bytes.Row(y), bytes.Row(above));
-        finished(rows, plane.Row(above));
-    }
-    rows.Finish(bytes.Row(plane.height - 1));
-    finished(rows, plane.Row(plane.height - 1));
 }
 
-void ReliefRgba32Effect(PackedView picture, const ReliefKernel& kernel) {
-    // Deliberate: the fourth byte is that of the last neighbour, below and to the right.
-    Relief(picture, kernel, [](ReliefRows& rows, Rgba32* row) { rows.MoveFourthBytes(row); });
-}
+// Filters a plane in one walk downwards and writes one row behind, so that it needs no copy of the frame: only the row
+// in work as it came, with black at both ends for the terms that are missing there, and two rows of sums.
+template <class Sample>
+void Relief(const PlaneView<Sample>& plane, const ReliefKernel& kernel, ReliefRow* addRow) {
+    constexpr unsigned step = sizeof(Sample);
+    const unsigned bytes = plane.width * step;
+    if (bytes == 0 || plane.height == 0) return;
+    std::vector<std::uint8_t> line(bytes + 2 * step);
+    std::vector<std::int16_t> sums(std::size_t(bytes) * 2);
+    ReliefLines lines{line.data(), line.data() + step, line.data() + 2 * step, sums.data(), sums.data() + bytes, {}};
+    for (unsigned i = 0; i < kernel.size(); ++i) lines.weights[i] = std::int16_t(2 * kernel[i]);
 
-void ReliefComponentEffect(ComponentView plane, const ReliefKernel& kernel) {
-    Relief(plane, kernel, [](ReliefRows&, std::uint8_t*) {});
+    const ComponentView rows{plane.data, bytes, plane.pitch, plane.height};
+    for (unsigned y = 0; y < rows.height; ++y) {
+        for (unsigned x = 0; x < bytes; x += cacheLine)
+            PrefetchToWrite(rows.Row(y) + x, 2 * std::ptrdiff_t(rows.pitch));
+        std::copy_n(rows.Row(y), bytes, line.data() + step);
+        if constexpr (step == sizeof(Rgba32)) line[bytes + 2 * step - 1] = line[bytes + step - 1];
+        // Above the first row there is none to write; the row itself, safe in the line by now, is written once more
+        // later.
+        addRow(lines, bytes, rows.Row(y == 0 ? 0 : y - 1));
+    }
+    // Below the last row everything is black, but for the fourth bytes of the nearest pixels, its own.
+    for (std::size_t i = 0; i < line.size(); ++i)
+        if (step == 1 || i % step != step - 1) line[i] = 0;
+    addRow(lines, bytes, rows.Row(rows.height - 1));
 }
 
 }  // namespace
+
+void ReliefComponentRow(const ReliefLines& lines, unsigned bytes, unsigned char* finished) {
+    AddRow(lines, bytes, finished);
+}
+
+void ReliefRgba32Row(const ReliefLines& lines, unsigned bytes, unsigned char* finished) {
+    AddRow(lines, bytes, finished);
+    auto* const pixels = reinterpret_cast<Rgba32*>(finished);
+    const auto* const right = reinterpret_cast<const Rgba32*>(lines.right);
+    // Deliberate: the fourth byte is that of the last neighbour, below and to the right.
+    for (unsigned x = 0; x < bytes / sizeof(Rgba32); ++x)
+        StoreWord(pixels + x, (LoadWord(pixels + x) & ~alphaMask) | (LoadWord(right + x) & alphaMask));
+}
 
 CReliefVideoImageEffect::CReliefVideoImageEffect()
     : CBasedVideoImageEffect("relief"), m_kernel(Kernel(m_settings.angle)) {
@@ -121,9 +99,10 @@ void CReliefVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
 }
 
 void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame([this](const PackedView& picture) { Pick<ReliefRgba32Effect>()(picture, m_kernel); },
+    ForFrame([this](const PackedView& picture) { Relief(picture, m_kernel, reliefRgba32Rows.For(Instructions())); },
              [this](const PlanarView& picture) {
-                 for (unsigned p = 0; p < 3; ++p) Pick<ReliefComponentEffect>()(picture.plane[p], m_kernel);
+                 for (unsigned p = 0; p < 3; ++p)
+                     Relief(picture.plane[p], m_kernel, reliefComponentRows.For(Instructions()));
              },
              *frame);
 }
