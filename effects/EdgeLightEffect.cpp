@@ -14,49 +14,50 @@ constexpr Property<CEdgeLightVideoImageEffect::Settings> properties[] = {
 };
 
 // Deliberate: only the low byte is kept, so strong edges wrap around.
-std::uint8_t Gradient(std::int32_t toRight, std::int32_t toBelow, double level) {
+std::uint8_t Gradient(std::uint8_t here, std::uint8_t right, std::uint8_t below, double level) {
     constexpr double highest = std::numeric_limits<std::uint32_t>::max();
+    const int toRight = here - right, toBelow = here - below;
     const double length = std::sqrt(double(toRight * toRight + toBelow * toBelow)) * level;
     return std::uint8_t(std::uint64_t(std::min(length, highest)));
 }
 
-// Deliberate: the last column's right neighbour is the byte behind the row, padding or the next row's first sample; it
-// is inside the plane since the last row keeps its values.
-void EdgeLightComponent(ComponentView plane, double level, std::uint8_t bias) {
-    for (unsigned y = 0; y + 1 < plane.height; ++y) {
-        std::uint8_t* const row = plane.Row(y);
-        const std::uint8_t* const below = plane.Row(y + 1);
-        for (unsigned x = 0; x < plane.width; ++x)
-            row[x] = std::uint8_t(Gradient(row[x] - row[x + 1], row[x] - below[x], level) + bias);
-    }
+}  // namespace
+
+void GradientComponentRow(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias) {
+    for (unsigned x = 0; x < bytes; ++x)
+        row[x] = std::uint8_t(Gradient(row[x], row[x + 1], row[x + std::size_t(pitch)], level) + bias);
 }
 
-}  // namespace
+void GradientRgba32Row(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char) {
+    for (unsigned x = 0; x < bytes; ++x)
+        if (x % 4 < 3) row[x] = Gradient(row[x], row[x + 4], row[x + std::size_t(pitch)], level);
+}
 
 void CEdgeLightVideoImageEffect::EdgeLightRgba32Effect(unsigned char* data, unsigned width, unsigned pitch,
                                                        unsigned height) const {
-    const PackedView picture{data, width, pitch, height};
-    const double level = m_settings.level;
-    for (unsigned y = 0; y + 1 < height; ++y) {
-        Rgba32* const row = picture.Row(y);
-        const Rgba32* const below = picture.Row(y + 1);
-        for (unsigned x = 0; x + 1 < width; ++x) {
-            const Rgba32 here = row[x], right = row[x + 1];
-            row[x].blue = Gradient(here.blue - right.blue, here.blue - below[x].blue, level);
-            row[x].green = Gradient(here.green - right.green, here.green - below[x].green, level);
-            row[x].red = Gradient(here.red - right.red, here.red - below[x].red, level);
-        }
-    }
+    const auto gradients = gradientRgba32Rows.For(Instructions());
+    if (width == 0) return;
+    for (unsigned y = 0; y + 1 < height; ++y)
+        gradients(data + std::size_t(y) * pitch, (width - 1) * unsigned(sizeof(Rgba32)), pitch, m_settings.level, 0);
+}
+
+// Deliberate: the last column's right neighbour is the byte behind the row, padding or the next row's first sample. It
+// is inside the plane, since the last row keeps its values.
+void CEdgeLightVideoImageEffect::EdgeLightComponent(unsigned char* data, unsigned width, unsigned pitch,
+                                                    unsigned height, unsigned char bias) const {
+    const auto gradients = gradientComponentRows.For(Instructions());
+    for (unsigned y = 0; y + 1 < height; ++y)
+        gradients(data + std::size_t(y) * pitch, width, pitch, m_settings.level, bias);
 }
 
 void CEdgeLightVideoImageEffect::EdgeLightCompYEffect(unsigned char* data, unsigned width, unsigned pitch,
                                                       unsigned height) const {
-    EdgeLightComponent({data, width, pitch, height}, m_settings.level, 0);
+    EdgeLightComponent(data, width, pitch, height, 0);
 }
 
 void CEdgeLightVideoImageEffect::EdgeLightCompUVEffect(unsigned char* data, unsigned width, unsigned pitch,
                                                        unsigned height) const {
-    EdgeLightComponent({data, width, pitch, height}, m_settings.level, 128);
+    EdgeLightComponent(data, width, pitch, height, 128);
 }
 
 CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect() : CBasedVideoImageEffect("edgelight") {

@@ -4,6 +4,13 @@
 
 namespace AVBased {
 
+/// Replaces `bytes` bytes of a row by the lengths of their gradients times `level`, modulo 256, plus `bias`. Right
+/// neighbours are one sample further in the row, so that much behind its end is read; lower ones are in the row `pitch`
+/// below. The routine for packed pixels has no bias and keeps the fourth bytes.
+using GradientRow = void(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias);
+GradientRow GradientComponentRow, GradientRgba32Row;
+extern const Variants<GradientRow> gradientComponentRows, gradientRgba32Rows;
+
 /// Glowing edges: each sample becomes the length of its gradient times a level, modulo 256.
 class CEdgeLightVideoImageEffect : public CBasedVideoImageEffect {
  public:
@@ -21,6 +28,9 @@ class CEdgeLightVideoImageEffect : public CBasedVideoImageEffect {
     };
 
  private:
+    void EdgeLightComponent(unsigned char* data, unsigned width, unsigned pitch, unsigned height,
+                            unsigned char bias) const;
+
     Settings m_settings;
 };
 
