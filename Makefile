@@ -5,6 +5,10 @@ sources = git ls-files '*.h' '*.cpp'
 help:
 	@sed -n 's/^\([a-z-]*\):.*## /  make \1	/p' Makefile | expand -t 24
 
+run: packages $(release)/build.ninja  ## build, and put every effect on a sample clip and photograph in out/
+	cmake --build --preset release --target nifikral nifikral_module
+	scripts/demo.sh $(release)/bin/nifikral out
+
 test: configure  ## build everything and run every test
 	cmake --build --preset release
 	ctest --preset release
@@ -31,6 +35,10 @@ tidy: configure  ## run clang-tidy over the module and the command
 clean:  ## remove everything that was built or made
 	rm -rf build out
 
+# A demonstration needs neither tests nor benchmarks; a folder that is configured already keeps its choice.
+$(release)/build.ninja: | packages
+	cmake --preset release -D NIFIKRAL_BUILD_TESTS=OFF -D NIFIKRAL_BUILD_BENCH=OFF
+
 packages:
 	scripts/install_packages.sh build
 
@@ -38,4 +46,4 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help test bench bench-peers format check-format tidy clean packages configure
+.PHONY: help run test bench bench-peers format check-format tidy clean packages configure
