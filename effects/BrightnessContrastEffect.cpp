@@ -29,15 +29,15 @@ void Clamp(CBaseAVProc::PropertyNode& node) {
 
 std::int32_t Slope(double contrast) { return TruncateToInt32((contrast / 100 + 1) * 256); }
 
-void ChangeTonesRgba32(PackedView picture, const std::int32_t* table) {
-    ForEachPixel(picture, [table](std::uint32_t p) {
+void ChangeTonesRgba32(PackedView picture, const PackedTones& tones) {
+    ForEachPixel(picture, [table = tones.table](std::uint32_t p) {
         return WithAlphaOf(p, std::uint32_t(table[Blue(p)]), std::uint32_t(table[Green(p)]),
                            std::uint32_t(table[Red(p)]));
     });
 }
 
-void ChangeColoursRgba32(PackedView picture, const std::int32_t* table, std::int32_t factor) {
-    ForEachPixel(picture, [table, factor](std::uint32_t p) {
+void ChangeColoursRgba32(PackedView picture, const PackedTones& tones) {
+    ForEachPixel(picture, [table = tones.table, factor = tones.colourFactor](std::uint32_t p) {
         const std::int32_t blue = table[Blue(p)], green = table[Green(p)], red = table[Red(p)];
         const std::int32_t mean = (blue + green + red) / 3;
         const auto moved = [=](std::int32_t colour) { return ClampToByte(mean + ((colour - mean) * factor >> 8)); };
@@ -48,6 +48,8 @@ void ChangeColoursRgba32(PackedView picture, const std::int32_t* table, std::int
 void ChangeTonesComponent(ComponentView plane, ToneLine line) { ForEachSample(plane, line); }
 
 }  // namespace
+
+constinit const ToneRoutines plainToneRoutines{ChangeTonesComponent, ChangeTonesRgba32, ChangeColoursRgba32};
 
 ToneLine CBrightnessContrastEffect::Settings::PackedTones() const {
     return {Slope(contrast), TruncateToInt32(brightness * 255 / 100) + 127};
@@ -79,21 +81,22 @@ void CBrightnessContrastEffect::FillTable() {
 }
 
 void CBrightnessContrastEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    const ToneRoutines& run = Instructions() == InstructionSet::Avx2 ? avx2ToneRoutines : plainToneRoutines;
     const bool tonesChange = m_settings.ChangesTones(), coloursChange = m_settings.saturation != 0;
     ForFrame(
         [&](PackedView picture) {
+            const PackedTones tones{m_table.get(), m_settings.PackedTones(), m_settings.ColourFactor()};
             if (coloursChange)
-                Pick<ChangeColoursRgba32>()(picture, m_table.get(), m_settings.ColourFactor());
+                run.coloursRgba32(picture, tones);
             else if (tonesChange)
-                Pick<ChangeTonesRgba32>()(picture, m_table.get());
+                run.tonesRgba32(picture, tones);
         },
         [&](const PlanarView& picture) {
-            const auto change = Pick<ChangeTonesComponent>();
-            if (tonesChange) change(picture.plane[0], m_settings.LumaTones());
+            if (tonesChange) run.component(picture.plane[0], m_settings.LumaTones());
             if (!coloursChange) return;
             const ToneLine colours{m_settings.ColourFactor(), 127};
-            change(picture.plane[1], colours);
-            change(picture.plane[2], colours);
+            run.component(picture.plane[1], colours);
+            run.component(picture.plane[2], colours);
         },
         *frame);
 }

@@ -4,18 +4,11 @@
 
 #include "TarvoBased/res_keeper.h"
 #include "effects/CBasedVideoEffect.h"
-#include "effects/fixed_point.h"
+#include "effects/tone_routines.h"
 
 namespace AVBased {
 
 inline constexpr char effectNameBrightnessContrast[] = "brightness_contrast";
-
-/// A straight line through tones: 127 becomes `middle`, each step from it counts slope / 256.
-struct ToneLine {
-    std::int32_t slope = 256, middle = 127;
-
-    std::uint8_t operator()(std::int32_t tone) const { return ClampToByte((slope * (tone - 127) >> 8) + middle); }
-};
 
 /// Tones brightened and stretched, colours strengthened or drawn towards grey.
 class CBrightnessContrastEffect : public CBasedVideoImageEffect {
