@@ -61,21 +61,19 @@ void ChangeVector(std::uint8_t* at, const Change& change) {
     StoreVector(at, change(LoadVector(at)));
 }
 
-template <class Change>
-void ChangeRow(std::uint8_t* at, std::size_t bytes, const Change& change) {
-    const std::uint8_t* const end = at + bytes;
-    for (; end - at >= std::ptrdiff_t(cacheLine); at += cacheLine) {
-        PrefetchToWrite(at);
-        ChangeVector(at, change);
-        ChangeVector(at + vectorBytes, change);
-    }
-    while (at != end) {
-        std::uint8_t rest[vectorBytes] = {};
-        const std::size_t count = std::min(std::size_t(end - at), sizeof rest);
-        std::copy_n(at, count, rest);
-        ChangeVector(rest, change);
-        at = std::copy_n(rest, count, at);
-    }
+template <class Sample, class Change>
+void ChangePlane(const PlaneView<Sample>& plane, const Change& change) {
+    ForEachStretch(plane, [&change](Sample* samples, unsigned count) {
+        std::uint8_t* at = reinterpret_cast<std::uint8_t*>(samples);
+        std::size_t left = count * sizeof(Sample);
+        for (; left >= vectorBytes; left -= vectorBytes, at += vectorBytes) ChangeVector(at, change);
+        if (left) {
+            std::uint8_t rest[vectorBytes] = {};
+            std::copy_n(at, left, rest);
+            ChangeVector(rest, change);
+            std::copy_n(rest, left, at);
+        }
+    });
 }
 
 template <class Change>
@@ -84,20 +82,18 @@ struct KeepAlpha {
     __m256i operator()(__m256i pixels) const { return OnColours(pixels, change(pixels)); }
 };
 
-template <class Change>
-void ChangePixels(const PackedView& picture, const Change& change) {
-    for (unsigned y = 0; y < picture.height; ++y)
-        ChangeRow(&picture.Row(y)->blue, picture.width * sizeof(Rgba32), KeepAlpha<Change>{change});
+// Flattened, since the walk itself is compiled for no instruction set.
+[[gnu::flatten]] void ChangeTonesComponent(ComponentView plane, ToneLine line) {
+    ChangePlane(plane, ChangeTones(line));
 }
 
-void ChangeTonesComponent(ComponentView plane, ToneLine line) {
-    const ChangeTones change(line);
-    for (unsigned y = 0; y < plane.height; ++y) ChangeRow(plane.Row(y), plane.width, change);
+[[gnu::flatten]] void ChangeTonesRgba32(PackedView picture, const PackedTones& tones) {
+    ChangePlane(picture, KeepAlpha<ChangeTones>{ChangeTones(tones.line)});
 }
 
-void ChangeTonesRgba32(PackedView picture, const PackedTones& tones) { ChangePixels(picture, ChangeTones(tones.line)); }
-
-void ChangeColoursRgba32(PackedView picture, const PackedTones& tones) { ChangePixels(picture, ChangeColours(tones)); }
+[[gnu::flatten]] void ChangeColoursRgba32(PackedView picture, const PackedTones& tones) {
+    ChangePlane(picture, KeepAlpha<ChangeColours>{ChangeColours(tones)});
+}
 
 }  // namespace
 
