@@ -2,8 +2,13 @@
 
 #include <optional>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "effects/frame_views.h"
 #include "effects/property_table.h"
+#include "effects/row_loops.h"
 
 namespace AVBased {
 namespace {
@@ -41,45 +46,157 @@ std::size_t SamplesFrom(const PlaneView<Sample>& plane, std::size_t x, std::size
     return begin < end ? (end - begin) / sizeof(Sample) : 0;
 }
 
+// Copies bytes that are not read again soon: past the caches where that is possible, so that the lines written need not
+// be fetched first.
+void StreamCopy(unsigned char* to, const unsigned char* from, std::size_t size) {
+#if defined(__SSE2__)
+    std::size_t at = std::min<std::size_t>(-reinterpret_cast<std::uintptr_t>(to) % cacheLine, size);
+    std::memcpy(to, from, at);
+    for (; at + cacheLine <= size; at += cacheLine)
+        for (std::size_t part = at; part < at + cacheLine; part += sizeof(__m128i))
+            _mm_stream_si128(reinterpret_cast<__m128i*>(to + part),
+                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + part)));
+    std::memcpy(to + at, from + at, size - at);
+#else
+    std::memcpy(to, from, size);
+#endif
+}
+
+// Makes what has been streamed visible to other threads in the usual order.
+void EndStream() {
+#if defined(__SSE2__)
+    _mm_sfence();
+#endif
+}
+
+// A word whose first byte in memory is 255, and every one `distance` bytes further.
+template <class Word>
+Word EveryByte(std::size_t distance) {
+    unsigned char bytes[sizeof(Word)] = {};
+    for (std::size_t i = 0; i < sizeof bytes; i += distance) bytes[i] = 255;
+    return std::bit_cast<Word>(bytes);
+}
+
+// Repeats the first byte of each word of a row in the bytes under `mask`.
+template <class Word>
+void SpreadFirstBytes(unsigned char* row, std::size_t words, Word mask) {
+    const Word factor = Word(~Word(0)) / 255 & mask;
+    for (std::size_t i = 0; i < words; ++i, row += sizeof(Word)) {
+        Word word;
+        std::memcpy(&word, row, sizeof word);
+        word = Word((word & ~mask) | row[0] * factor);
+        std::memcpy(row, &word, sizeof word);
+    }
+}
+
+// All blocks of one row but the last.
+void SpreadRow(Rgba32* row, const Blocks& blocks, std::size_t last) {
+    for (std::size_t x = blocks.left; x < last; x += blocks.side) std::fill_n(row + x, blocks.side, Rgba32(row[x]));
+}
+void SpreadRow(std::uint8_t* row, const Blocks& blocks, std::size_t last) {
+    const std::size_t count = (last - blocks.left) / blocks.side;
+    if (blocks.side == 4) return SpreadFirstBytes(row + blocks.left, count, EveryByte<std::uint32_t>(1));
+    if (blocks.side == 8) return SpreadFirstBytes(row + blocks.left, count, EveryByte<std::uint64_t>(1));
+    for (std::size_t x = blocks.left; x < last; x += blocks.side) std::memset(row + x, row[x], blocks.side);
+}
+
 template <class Sample>
 void Pixelate(const PlaneView<Sample>& plane, const Blocks& blocks) {
     const std::size_t last = blocks.LastStart();
     for (std::size_t bandTop = blocks.top; bandTop < blocks.bottom; bandTop += blocks.side) {
         Sample* const first = plane.Row(bandTop);
-        for (std::size_t x = blocks.left; x < last; x += blocks.side)
-            std::fill_n(first + x, blocks.side, Sample(first[x]));
+        SpreadRow(first, blocks, last);
         const Sample lastColour = first[last];
         for (std::size_t y = bandTop; y < blocks.BandEnd(bandTop); ++y) {
             Sample* const row = plane.Row(y);
             if (row != first)
-                std::memcpy(row + blocks.left, first + blocks.left, (last - blocks.left) * sizeof(Sample));
+                StreamCopy(reinterpret_cast<unsigned char*>(row + blocks.left),
+                           reinterpret_cast<const unsigned char*>(first + blocks.left),
+                           (last - blocks.left) * sizeof(Sample));
             // Deliberate: the last block keeps its width even past the row's end, so it may change the start of the
             // next row, which that row then covers again from `left` on.
             std::fill_n(row + last, std::min(blocks.side, SamplesFrom(plane, last, y)), lastColour);
         }
     }
+    EndStream();
 }
 
-// One chroma plane. Deliberate: one sample for every fourth luma position is written, which leaves stripes where chroma
-// is denser than that. `memory` is the plane as its owner reports it; `plane` may have another pitch.
-void PixelateChroma(const ComponentView& plane, const ComponentView& memory, unsigned columnShift, unsigned rowShift,
-                    const Blocks& blocks) {
-    const std::size_t last = blocks.LastStart(), bytes = memory.ByteCount();
-    const std::size_t luma = std::min<std::size_t>(blocks.side, 4);
-    for (std::size_t bandTop = blocks.top; bandTop < blocks.bottom; bandTop += blocks.side) {
-        const std::size_t source = (bandTop >> rowShift) * plane.pitch;
-        for (std::size_t y = bandTop >> rowShift; y <= (blocks.BandEnd(bandTop) - 1) >> rowShift; ++y)
-            for (std::size_t start = blocks.left; start <= last; start += blocks.side) {
-                const std::size_t from = source + (start >> columnShift);
-                if (from >= bytes) break;
-                const std::uint8_t colour = plane.data[from];
-                for (std::size_t x = start; x < start + blocks.side; x += luma) {
-                    const std::size_t to = y * plane.pitch + (x >> columnShift);
-                    if (to >= bytes) break;
-                    plane.data[to] = colour;
-                }
-            }
+// Copies the bytes under `mask` of each word of a row.
+template <class Word>
+void MergeRow(unsigned char* row, const unsigned char* from, std::size_t size, Word mask) {
+    const auto merge = [=](std::size_t at) {
+        Word word, change;
+        std::memcpy(&word, row + at, sizeof word);
+        std::memcpy(&change, from + at, sizeof change);
+        word = Word((word & ~mask) | (change & mask));
+        std::memcpy(row + at, &word, sizeof word);
+    };
+    std::size_t at = 0;
+    for (; at + cacheLine <= size; at += cacheLine) {
+        PrefetchToWrite(row + at);
+        for (std::size_t k = 0; k < cacheLine; k += sizeof(Word)) merge(at + k);
     }
+    for (; at < size; at += sizeof(Word)) merge(at);
+}
+
+// One chroma plane. Deliberate: only one sample for every fourth luma position is written, which leaves stripes where
+// chroma is denser than that.
+class ChromaBlocks {
+ public:
+    // `plane` may have another pitch than its owner reports; it has `bytes` bytes all the same.
+    ChromaBlocks(const ComponentView& plane, std::size_t bytes, unsigned columnShift, const Blocks& blocks)
+        : m_plane(plane), m_bytes(bytes), m_columnShift(columnShift), m_blocks(blocks) {}
+
+    void FillRow(std::size_t y, std::size_t source) const {
+        const std::size_t last = m_blocks.LastStart();
+        if (m_blocks.side >= 4 && Position(last, y) <= m_bytes) {
+            const std::size_t left = m_blocks.left >> m_columnShift;
+            FillWholeBlocks(m_plane.Row(y) + left, m_plane.Row(source) + left, (last - m_blocks.left) >> m_columnShift);
+            FillBlock(y, source, last);
+        } else {
+            for (std::size_t x = m_blocks.left; x <= last; x += m_blocks.side) FillBlock(y, source, x);
+        }
+    }
+
+ private:
+    std::size_t Position(std::size_t x, std::size_t y) const { return y * m_plane.pitch + (x >> m_columnShift); }
+
+    void FillBlock(std::size_t y, std::size_t source, std::size_t start) const {
+        const std::size_t from = Position(start, source), luma = std::min<std::size_t>(m_blocks.side, 4);
+        if (from >= m_bytes) return;
+        const std::uint8_t colour = m_plane.data[from];
+        for (std::size_t x = start; x < start + m_blocks.side && Position(x, y) < m_bytes; x += luma)
+            m_plane.data[Position(x, y)] = colour;
+    }
+    // `size` bytes, the first of a block at their start.
+    void FillWholeBlocks(unsigned char* row, const unsigned char* first, std::size_t size) const {
+        const std::size_t blockBytes = m_blocks.side >> m_columnShift, distance = std::size_t(4) >> m_columnShift;
+        if (row != first) {
+            if (distance == 1) std::memcpy(row, first, size);
+            if (distance == 2) MergeRow(row, first, size, EveryByte<std::uint16_t>(2));
+            if (distance == 4) MergeRow(row, first, size, EveryByte<std::uint32_t>(4));
+        } else if (blockBytes == 4) {
+            SpreadFirstBytes(row, size / 4, EveryByte<std::uint32_t>(distance));
+        } else if (blockBytes == 8) {
+            SpreadFirstBytes(row, size / 8, EveryByte<std::uint64_t>(distance));
+        } else {
+            for (std::size_t start = 0; start < size; start += blockBytes)
+                for (std::size_t x = distance; x < blockBytes; x += distance) row[start + x] = row[start];
+        }
+    }
+
+    ComponentView m_plane;
+    std::size_t m_bytes;
+    unsigned m_columnShift;
+    Blocks m_blocks;
+};
+
+void PixelateChroma(const ComponentView& plane, std::size_t bytes, unsigned columnShift, unsigned rowShift,
+                    const Blocks& blocks) {
+    const ChromaBlocks chroma(plane, bytes, columnShift, blocks);
+    for (std::size_t bandTop = blocks.top; bandTop < blocks.bottom; bandTop += blocks.side)
+        for (std::size_t y = bandTop >> rowShift; y <= (blocks.BandEnd(bandTop) - 1) >> rowShift; ++y)
+            chroma.FillRow(y, bandTop >> rowShift);
 }
 
 void PixelatePacked(PackedView picture, const MosaicSettings& settings, unsigned leastStep) {
@@ -97,8 +214,8 @@ void MosaicComponentEffect(PlanarView picture, const MosaicSettings& settings) {
     const auto blocks = CutIntoBlocks(settings, luma.width, luma.height, 2);
     if (!blocks) return;
     Pixelate(luma, *blocks);
-    PixelateChroma(u, u, picture.columnShift, picture.rowShift, *blocks);
-    PixelateChroma(WithPitchOf(u, v), v, picture.columnShift, picture.rowShift, *blocks);
+    PixelateChroma(u, u.ByteCount(), picture.columnShift, picture.rowShift, *blocks);
+    PixelateChroma(WithPitchOf(u, v), v.ByteCount(), picture.columnShift, picture.rowShift, *blocks);
 }
 
 }  // namespace
