@@ -79,22 +79,22 @@ void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
         *frame);
 }
 
-void CRotateVideoImageEffect::RotateRgba32Effect(const PackedView& to, const PackedView& from) {
-    if (const auto box = m_settings.BoxIn(to.width, to.height))
-        m_table.Build(*box, RotateMap{m_settings}, PlacePacked{to, from, Outside::White});
+void CRotateVideoImageEffect::RotateRgba32Effect(const PackedView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.width, picture.height))
+        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
 }
 
-void CRotateVideoImageEffect::RotateComponentEffect(const PlanarView& to, const PlanarView& from) {
-    if (const auto box = m_settings.BoxIn(to.plane[0].width, to.plane[0].height))
-        m_table.Build(*box, RotateMap{m_settings}, PlacePlanar{to, from, Outside::White});
+void CRotateVideoImageEffect::RotateComponentEffect(const PlanarView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
+        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
 }
 
-void CRotateVideoImageEffect::ConverRotateRgba32Effect(const PackedView& to, const PackedView& from) {
-    if (m_settings.BoxIn(to.width, to.height)) m_table.Replay(PlacePacked{to, from, Outside::White});
+void CRotateVideoImageEffect::ConverRotateRgba32Effect(const PackedView& picture) {
+    if (m_settings.BoxIn(picture.width, picture.height)) m_table.Replay(picture, Outside::White);
 }
 
-void CRotateVideoImageEffect::ConverRotateComponentEffect(const PlanarView& to, const PlanarView& from) {
-    if (m_settings.BoxIn(to.plane[0].width, to.plane[0].height)) m_table.Replay(PlacePlanar{to, from, Outside::White});
+void CRotateVideoImageEffect::ConverRotateComponentEffect(const PlanarView& picture) {
+    if (m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height)) m_table.Replay(picture, Outside::White);
 }
 
 CSpherizeVideoImageEffect::CSpherizeVideoImageEffect() : CBasedVideoImageEffect(effectNameSpherize) {
@@ -120,22 +120,22 @@ void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
 }
 
 // Deliberate: a source outside the picture leaves a packed pixel as it was, but turns a planar one white.
-void CSpherizeVideoImageEffect::SpherizeRgba32Effect(const PackedView& to, const PackedView& from) {
-    if (const auto box = m_settings.BoxIn(to.width, to.height))
-        m_table.Build(*box, SpherizeMap{m_settings}, PlacePacked{to, from, Outside::Unchanged});
+void CSpherizeVideoImageEffect::SpherizeRgba32Effect(const PackedView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.width, picture.height))
+        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::Unchanged);
 }
 
-void CSpherizeVideoImageEffect::SpherizeComponentEffect(const PlanarView& to, const PlanarView& from) {
-    if (const auto box = m_settings.BoxIn(to.plane[0].width, to.plane[0].height))
-        m_table.Build(*box, SpherizeMap{m_settings}, PlacePlanar{to, from, Outside::White});
+void CSpherizeVideoImageEffect::SpherizeComponentEffect(const PlanarView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
+        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::White);
 }
 
-void CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect(const PackedView& to, const PackedView& from) {
-    if (m_settings.BoxIn(to.width, to.height)) m_table.Replay(PlacePacked{to, from, Outside::Unchanged});
+void CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect(const PackedView& picture) {
+    if (m_settings.BoxIn(picture.width, picture.height)) m_table.Replay(picture, Outside::Unchanged);
 }
 
-void CSpherizeVideoImageEffect::ConverSpherizeComponentEffect(const PlanarView& to, const PlanarView& from) {
-    if (m_settings.BoxIn(to.plane[0].width, to.plane[0].height)) m_table.Replay(PlacePlanar{to, from, Outside::White});
+void CSpherizeVideoImageEffect::ConverSpherizeComponentEffect(const PlanarView& picture) {
+    if (m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height)) m_table.Replay(picture, Outside::White);
 }
 
 }  // namespace AVBased

@@ -41,10 +41,10 @@ class CRotateVideoImageEffect : public CBasedVideoImageEffect {
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void RotateRgba32Effect(const PackedView& to, const PackedView& from);
-    void RotateComponentEffect(const PlanarView& to, const PlanarView& from);
-    void ConverRotateRgba32Effect(const PackedView& to, const PackedView& from);
-    void ConverRotateComponentEffect(const PlanarView& to, const PlanarView& from);
+    void RotateRgba32Effect(const PackedView& picture);
+    void RotateComponentEffect(const PlanarView& picture);
+    void ConverRotateRgba32Effect(const PackedView& picture);
+    void ConverRotateComponentEffect(const PlanarView& picture);
 
     CircleSettings m_settings;
     CoordinateTable m_table;
@@ -58,10 +58,10 @@ class CSpherizeVideoImageEffect : public CBasedVideoImageEffect {
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void SpherizeRgba32Effect(const PackedView& to, const PackedView& from);
-    void SpherizeComponentEffect(const PlanarView& to, const PlanarView& from);
-    void ConverSpherizeRgba32Effect(const PackedView& to, const PackedView& from);
-    void ConverSpherizeComponentEffect(const PlanarView& to, const PlanarView& from);
+    void SpherizeRgba32Effect(const PackedView& picture);
+    void SpherizeComponentEffect(const PlanarView& picture);
+    void ConverSpherizeRgba32Effect(const PackedView& picture);
+    void ConverSpherizeComponentEffect(const PlanarView& picture);
 
     CircleSettings m_settings;
     CoordinateTable m_table;

@@ -145,21 +145,22 @@ void CMirrorInvertVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideo
                      *frame);
 }
 
-void CMirrorInvertVideoImageEffect::MirrorInvertRgba32EffectFirst(const PackedView& to, const PackedView& from) {
-    m_table.Build(Whole(to.width, to.height), MirrorInvertMap{m_settings, to.width, to.height}, PlacePacked{to, from});
+void CMirrorInvertVideoImageEffect::MirrorInvertRgba32EffectFirst(const PackedView& picture) {
+    m_table.Build(Whole(picture.width, picture.height), MirrorInvertMap{m_settings, picture.width, picture.height},
+                  picture, Outside::Nearest);
 }
 
-void CMirrorInvertVideoImageEffect::MirrorInvertComponentEffectFirst(const PlanarView& to, const PlanarView& from) {
-    const unsigned width = to.plane[0].width, height = to.plane[0].height;
-    m_table.Build(Whole(width, height), MirrorInvertMap{m_settings, width, height}, PlacePlanar{to, from});
+void CMirrorInvertVideoImageEffect::MirrorInvertComponentEffectFirst(const PlanarView& picture) {
+    const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
+    m_table.Build(Whole(width, height), MirrorInvertMap{m_settings, width, height}, picture, Outside::Nearest);
 }
 
-void CMirrorInvertVideoImageEffect::MirrorInvertRgba32Effect(const PackedView& to, const PackedView& from) {
-    m_table.Replay(PlacePacked{to, from});
+void CMirrorInvertVideoImageEffect::MirrorInvertRgba32Effect(const PackedView& picture) {
+    m_table.Replay(picture, Outside::Nearest);
 }
 
-void CMirrorInvertVideoImageEffect::MirrorInvertComponentEffect(const PlanarView& to, const PlanarView& from) {
-    m_table.Replay(PlacePlanar{to, from});
+void CMirrorInvertVideoImageEffect::MirrorInvertComponentEffect(const PlanarView& picture) {
+    m_table.Replay(picture, Outside::Nearest);
 }
 
 CTileReflectVideoImageEffect::CTileReflectVideoImageEffect() : CBasedVideoImageEffect(effectNameTileReflect) {
@@ -193,21 +194,22 @@ void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoF
                      *frame);
 }
 
-void CTileReflectVideoImageEffect::TileReflectRgba32EffectFirst(const PackedView& to, const PackedView& from) {
-    m_table.Build(Whole(to.width, to.height), TileReflectMap{m_settings, to.width, to.height}, PlacePacked{to, from});
+void CTileReflectVideoImageEffect::TileReflectRgba32EffectFirst(const PackedView& picture) {
+    m_table.Build(Whole(picture.width, picture.height), TileReflectMap{m_settings, picture.width, picture.height},
+                  picture, Outside::Nearest);
 }
 
-void CTileReflectVideoImageEffect::TileReflectComponentEffectFirst(const PlanarView& to, const PlanarView& from) {
-    const unsigned width = to.plane[0].width, height = to.plane[0].height;
-    m_table.Build(Whole(width, height), TileReflectMap{m_settings, width, height}, PlacePlanar{to, from});
+void CTileReflectVideoImageEffect::TileReflectComponentEffectFirst(const PlanarView& picture) {
+    const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
+    m_table.Build(Whole(width, height), TileReflectMap{m_settings, width, height}, picture, Outside::Nearest);
 }
 
-void CTileReflectVideoImageEffect::TileReflectRgba32Effect(const PackedView& to, const PackedView& from) {
-    m_table.Replay(PlacePacked{to, from});
+void CTileReflectVideoImageEffect::TileReflectRgba32Effect(const PackedView& picture) {
+    m_table.Replay(picture, Outside::Nearest);
 }
 
-void CTileReflectVideoImageEffect::TileReflectComponentEffect(const PlanarView& to, const PlanarView& from) {
-    m_table.Replay(PlacePlanar{to, from});
+void CTileReflectVideoImageEffect::TileReflectComponentEffect(const PlanarView& picture) {
+    m_table.Replay(picture, Outside::Nearest);
 }
 
 }  // namespace AVBased

@@ -47,10 +47,10 @@ class CMirrorInvertVideoImageEffect : public CBasedVideoImageEffect {
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void MirrorInvertRgba32EffectFirst(const PackedView& to, const PackedView& from);
-    void MirrorInvertComponentEffectFirst(const PlanarView& to, const PlanarView& from);
-    void MirrorInvertRgba32Effect(const PackedView& to, const PackedView& from);
-    void MirrorInvertComponentEffect(const PlanarView& to, const PlanarView& from);
+    void MirrorInvertRgba32EffectFirst(const PackedView& picture);
+    void MirrorInvertComponentEffectFirst(const PlanarView& picture);
+    void MirrorInvertRgba32Effect(const PackedView& picture);
+    void MirrorInvertComponentEffect(const PlanarView& picture);
 
     MirrorInvertSettings m_settings;
     CoordinateTable m_table;
@@ -64,10 +64,10 @@ class CTileReflectVideoImageEffect : public CBasedVideoImageEffect {
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void TileReflectRgba32EffectFirst(const PackedView& to, const PackedView& from);
-    void TileReflectComponentEffectFirst(const PlanarView& to, const PlanarView& from);
-    void TileReflectRgba32Effect(const PackedView& to, const PackedView& from);
-    void TileReflectComponentEffect(const PlanarView& to, const PlanarView& from);
+    void TileReflectRgba32EffectFirst(const PackedView& picture);
+    void TileReflectComponentEffectFirst(const PlanarView& picture);
+    void TileReflectRgba32Effect(const PackedView& picture);
+    void TileReflectComponentEffect(const PlanarView& picture);
 
     TileReflectSettings m_settings;
     CoordinateTable m_table;

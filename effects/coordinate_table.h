@@ -1,11 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
-#include "effects/frame_copy.h"
 #include "effects/frame_views.h"
 
 /// Geometric effects: each destination pixel takes a source pixel, and the pieces below do the rest. The placers serve
@@ -76,6 +78,22 @@ struct PlacePlanar {
 /// The part of a picture that a table covers; the ends are exclusive.
 struct Box {
     unsigned xBegin = 0, xEnd = 0, yBegin = 0, yEnd = 0;
+
+    std::size_t Width() const { return xEnd - xBegin; }
+    std::size_t Height() const { return yEnd - yBegin; }
+    Box ClippedTo(unsigned width, unsigned height) const;
+};
+
+/// For each sample of a part of a plane, the sample that it is taken from: ready for one size and layout of picture.
+struct GatherPlan {
+    struct Span {
+        unsigned begin = 0, end = 0;
+    };
+
+    Box target;
+    Box source;                             ///< what the copied samples lie in
+    std::unique_ptr<std::uint32_t[]> from;  ///< y x width + x, row by row over the target; width x height means white
+    std::vector<Span> spans;                ///< the columns of each row of the target that change
 };
 
 /// The sources of a box of pixels, computed once and replayed on later frames of any size and layout.
@@ -85,54 +103,83 @@ class CoordinateTable {
     bool IsValid() const { return m_valid; }
     void SetValid(bool valid) { m_valid = valid; }
 
-    /// Fills the table from map(x, y), which answers std::optional<Source>, and places each pixel on the way. A pixel
-    /// without an answer is stored as its own source and not placed: a replay will copy it onto itself, which differs
-    /// in the chroma that it shares with its neighbours.
-    template <class Map, class Place>
-    void Build(const Box& box, Map map, Place place) {
-        std::vector<Source> sources;
-        sources.reserve(std::size_t(box.xEnd - box.xBegin) * (box.yEnd - box.yBegin));
-        for (unsigned y = box.yBegin; y < box.yEnd; ++y)
-            for (unsigned x = box.xBegin; x < box.xEnd; ++x) {
-                const std::optional<Source> source = map(x, y);
-                sources.push_back(source.value_or(Source{x, y}));
-                if (source) place(x, y, *source);
-            }
-        m_sources = std::move(sources);
-        m_box = box;
+    /// Fills the table from map(x, y), which answers std::optional<Source>, and changes the picture accordingly. A
+    /// pixel without an answer is stored as its own source but not written: a replay will copy it onto itself, which
+    /// differs in the chroma that it shares with its neighbours.
+    template <class Map, class Picture>
+    void Build(const Box& box, const Map& map, const Picture& picture, Outside outside) {
+        const Stays stays = Fill(box, map);
+        PlaceFirst(picture, outside, stays.get());
     }
-
-    /// Places every stored pixel, in the order in which they were stored.
-    template <class Place>
-    void Replay(Place place) const {
-        const Source* source = m_sources.data();
-        for (unsigned y = m_box.yBegin; y < m_box.yEnd; ++y)
-            for (unsigned x = m_box.xBegin; x < m_box.xEnd; ++x) place(x, y, *source++);
-    }
+    /// Changes a picture as the stored sources say, within both the box and the picture.
+    void Replay(const PackedView& picture, Outside outside);
+    void Replay(const PlanarView& picture, Outside outside);
 
  private:
+    // One flag for each pixel of the box: not written by the first pass. Null where every pixel is written.
+    using Stays = std::unique_ptr<bool[]>;
+
+    // What a plan was made for.
+    struct Geometry {
+        unsigned width = 0, height = 0, chromaWidth = 0, chromaHeight = 0, columnShift = 0, rowShift = 0;
+        Outside outside = Outside::Nearest;
+        bool operator==(const Geometry&) const = default;
+    };
+
+    template <class Map>
+    Stays Fill(const Box& box, const Map& map) {
+        const std::size_t count = box.Width() * box.Height();
+        auto columns = std::make_unique_for_overwrite<std::uint32_t[]>(count);
+        auto rows = std::make_unique_for_overwrite<std::uint32_t[]>(count);
+        Stays stays;
+        std::size_t i = 0;
+        for (unsigned y = box.yBegin; y < box.yEnd; ++y)
+            for (unsigned x = box.xBegin; x < box.xEnd; ++x, ++i) {
+                const std::optional<Source> source = map(x, y);
+                columns[i] = source ? source->x : x;
+                rows[i] = source ? source->y : y;
+                if (source) continue;
+                if (!stays) stays = std::make_unique<bool[]>(count);
+                stays[i] = true;
+            }
+        m_columns = std::move(columns);
+        m_rows = std::move(rows);
+        m_box = box;
+        m_geometry = {};
+        return stays;
+    }
+    void PlaceFirst(const PackedView& picture, Outside outside, const bool* stays);
+    void PlaceFirst(const PlanarView& picture, Outside outside, const bool* stays);
+
+    template <class Place>
+    void PlaceEach(const Place& place, const bool* stays) const;
+    GatherPlan PlanPixels(const Geometry& geometry) const;
+    GatherPlan PlanChroma(const Geometry& geometry, const bool* stays) const;
+    void PreparePixels(const Geometry& geometry);
+
     Box m_box;
-    std::vector<Source> m_sources;
+    std::unique_ptr<std::uint32_t[]> m_columns, m_rows;
     bool m_valid = false;
+    Geometry m_geometry;
+    GatherPlan m_pixels, m_chroma;
 };
 
-/// The routines of an effect with a table, for packed and planar pictures: `to` is the frame, `from` a copy of it.
+/// The routines of an effect with a table, for packed and planar pictures.
 template <class Effect>
 struct TableRoutines {
-    void (Effect::*firstPacked)(const PackedView& to, const PackedView& from);
-    void (Effect::*firstPlanar)(const PlanarView& to, const PlanarView& from);
-    void (Effect::*replayPacked)(const PackedView& to, const PackedView& from);
-    void (Effect::*replayPlanar)(const PlanarView& to, const PlanarView& from);
+    void (Effect::*firstPacked)(const PackedView& picture);
+    void (Effect::*firstPlanar)(const PlanarView& picture);
+    void (Effect::*replayPacked)(const PackedView& picture);
+    void (Effect::*replayPlanar)(const PlanarView& picture);
 };
 
 /// Replays the effect's table if it is valid; computes it otherwise.
 template <class Effect>
 void ProcessWithTable(Effect& effect, CoordinateTable& table, const TableRoutines<Effect>& routines,
                       IRawVideoFrame& frame) {
-    const FrameCopy source(frame);
     const auto run = [&](auto packed, auto planar) {
-        ForFrame([&](const PackedView& to, const PackedView& from) { (effect.*packed)(to, from); },
-                 [&](const PlanarView& to, const PlanarView& from) { (effect.*planar)(to, from); }, frame, *source);
+        ForFrame([&](const PackedView& picture) { (effect.*packed)(picture); },
+                 [&](const PlanarView& picture) { (effect.*planar)(picture); }, frame);
     };
     if (table.IsValid()) return run(routines.replayPacked, routines.replayPlanar);
     run(routines.firstPacked, routines.firstPlanar);

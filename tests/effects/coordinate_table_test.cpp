@@ -43,38 +43,5 @@ TEST(PlacePlanar, TreatsASourceOutsideAsAsked) {
     EXPECT_EQ(to.chroma[1], 128);
 }
 
-TEST(CoordinateTable, ReplaysWhatTheFirstPassSkippedAsIdentityAndStaysInASmallerPicture) {
-    std::array<Rgba32, 6> target{}, source{};
-    for (unsigned i = 0; i < 6; ++i) source[i].blue = std::uint8_t(1 + i);
-    const auto place = [&](unsigned width, unsigned height) {
-        const auto view = [&](std::array<Rgba32, 6>& pixels) {
-            return PackedView{reinterpret_cast<unsigned char*>(pixels.data()), width, 12, height};
-        };
-        return PlacePacked{view(target), view(source), Outside::Unchanged};
-    };
-    const auto blues = [&] {
-        std::array<unsigned, 6> values;
-        for (unsigned i = 0; i < 6; ++i) values[i] = target[i].blue;
-        return values;
-    };
-    CoordinateTable table;
-    table.Replay(place(3, 2));  // empty still
-    EXPECT_EQ(blues(), (std::array<unsigned, 6>{0, 0, 0, 0, 0, 0}));
-    // Every pixel of the right two columns takes its left neighbour, but the one at (2, 0) stays.
-    table.Build(
-        Box{1, 3, 0, 2},
-        [](unsigned x, unsigned y) {
-            return x == 2 && y == 0 ? std::nullopt : std::optional<Source>(Source{x - 1, y});
-        },
-        place(3, 2));
-    EXPECT_EQ(blues(), (std::array<unsigned, 6>{0, 1, 0, 0, 4, 5}));
-    target = {};
-    table.Replay(place(3, 2));
-    EXPECT_EQ(blues(), (std::array<unsigned, 6>{0, 1, 3, 0, 4, 5}));
-    target = {};
-    table.Replay(place(2, 1));
-    EXPECT_EQ(blues(), (std::array<unsigned, 6>{0, 1, 0, 0, 0, 0}));
-}
-
 }  // namespace
 }  // namespace AVBased
