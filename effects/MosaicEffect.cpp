@@ -46,6 +46,10 @@ std::size_t SamplesFrom(const PlaneView<Sample>& plane, std::size_t x, std::size
     return begin < end ? (end - begin) / sizeof(Sample) : 0;
 }
 
+void PrefetchStretch(const unsigned char* begin, std::size_t size) {
+    for (std::size_t at = 0; at < size; at += cacheLine) PrefetchToWrite(begin + at, 0);
+}
+
 // Copies bytes that are not read again soon: past the caches where that is possible, so that the lines written need not
 // be fetched first.
 void StreamCopy(unsigned char* to, const unsigned char* from, std::size_t size) {
@@ -102,17 +106,18 @@ void SpreadRow(std::uint8_t* row, const Blocks& blocks, std::size_t last) {
 
 template <class Sample>
 void Pixelate(const PlaneView<Sample>& plane, const Blocks& blocks) {
-    const std::size_t last = blocks.LastStart();
+    const std::size_t last = blocks.LastStart(), size = (last - blocks.left) * sizeof(Sample);
+    const std::size_t part = (size + blocks.side - 1) / blocks.side;
     for (std::size_t bandTop = blocks.top; bandTop < blocks.bottom; bandTop += blocks.side) {
         Sample* const first = plane.Row(bandTop);
         SpreadRow(first, blocks, last);
         const Sample lastColour = first[last];
         for (std::size_t y = bandTop; y < blocks.BandEnd(bandTop); ++y) {
             Sample* const row = plane.Row(y);
-            if (row != first)
-                StreamCopy(reinterpret_cast<unsigned char*>(row + blocks.left),
-                           reinterpret_cast<const unsigned char*>(first + blocks.left),
-                           (last - blocks.left) * sizeof(Sample));
+            auto* const bytes = reinterpret_cast<unsigned char*>(row + blocks.left);
+            if (row != first) StreamCopy(bytes, reinterpret_cast<const unsigned char*>(first + blocks.left), size);
+            // A part of the row that the next band starts with.
+            PrefetchStretch(bytes + (blocks.side - (y - bandTop)) * plane.pitch + (y - bandTop) * part, part);
             // Deliberate: the last block keeps its width even past the row's end, so it may change the start of the
             // next row, which that row then covers again from `left` on.
             std::fill_n(row + last, std::min(blocks.side, SamplesFrom(plane, last, y)), lastColour);
@@ -171,6 +176,7 @@ class ChromaBlocks {
     // `size` bytes, the first of a block at their start.
     void FillWholeBlocks(unsigned char* row, const unsigned char* first, std::size_t size) const {
         const std::size_t blockBytes = m_blocks.side >> m_columnShift, distance = std::size_t(4) >> m_columnShift;
+        if (row == first) PrefetchStretch(row + prefetchAhead, size);
         if (row != first) {
             if (distance == 1) std::memcpy(row, first, size);
             if (distance == 2) MergeRow(row, first, size, EveryByte<std::uint16_t>(2));
