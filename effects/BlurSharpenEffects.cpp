@@ -17,13 +17,13 @@ struct PlainRows {
         return RowSum(row[0] + Kernel::centreWeight * row[step] + row[2 * step]);
     }
 
-    static void Sum(RowSum* __restrict sums, const std::uint8_t* __restrict row, std::size_t count) {
-        for (std::size_t x = 0; x < count; ++x) sums[x] = SumAt(row + x);
+    static void Sum(RowSum* __restrict sums, const std::uint8_t* __restrict row, RowSpan span) {
+        for (std::size_t x = 0; x < span.count; ++x) sums[x] = SumAt(row + x);
     }
 
     static void Filter(std::uint8_t* __restrict row, const std::uint8_t* __restrict below, RowSum* __restrict above,
-                       const RowSum* __restrict same, std::size_t count) {
-        for (std::size_t x = 0; x < count; ++x) {
+                       const RowSum* __restrict same, RowSpan span) {
+        for (std::size_t x = 0; x < span.count; ++x) {
             const RowSum next = SumAt(below + x), box = RowSum(above[x] + same[x] + next);
             std::uint8_t& sample = row[x + step];
             if constexpr (Kernel::sharpens)

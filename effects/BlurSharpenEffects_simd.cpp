@@ -34,32 +34,45 @@ __m256i Weigh(__m256i bytes, int first, int second) {
 
 template <class Kernel, std::size_t step>
 struct VectorRows {
-    static void Sum(RowSum* sums, const std::uint8_t* row, std::size_t count) {
-        std::size_t x = 0;
-        for (; x + vectorBytes <= count; x += vectorBytes) StoreSums(sums + x, SumsAt(row + x));
-        if (x < count) StoreSums(sums + x, SumsAt(Rest(row + x, count - x + 2 * step).bytes));
+    static void Sum(RowSum* sums, const std::uint8_t* row, RowSpan span) {
+        if (span.count < vectorBytes) return StoreSums(sums, SumsAt(Rest(row, span.count + 2 * step).bytes));
+        const std::size_t last = span.count - vectorBytes;
+        StoreSums(sums, SumsAt(row));
+        StoreSums(sums + vectorBytes, SumsAt(row + last));
+        sums += 2 * vectorBytes;
+        for (std::size_t x = span.head; x <= last; x += vectorBytes, sums += vectorBytes)
+            StoreSums(sums, SumsAt(row + x));
     }
 
-    static void Filter(std::uint8_t* row, const std::uint8_t* below, RowSum* above, const RowSum* same,
-                       std::size_t count) {
-        std::size_t x = 0;
-        for (; x + cacheLine <= count; x += cacheLine) {
+    // Both ends of a row are vectors of their own, computed before any sample changes, so that those between may be
+    // stored to whole vectors of memory.
+    static void Filter(std::uint8_t* row, const std::uint8_t* below, RowSum* above, const RowSum* same, RowSpan span) {
+        std::uint8_t* const to = row + step;
+        if (span.count < vectorBytes) {
+            const Rest samples(row, span.count + step), samplesBelow(below, span.count + 2 * step);
+            std::uint8_t result[vectorBytes];
+            StoreVector(result, Filtered(samples.bytes, samplesBelow.bytes, above, same));
+            std::copy_n(result, span.count, to);
+            return;
+        }
+        const std::size_t last = span.count - vectorBytes;
+        const __m256i begin = Filtered(row, below, above, same);
+        const __m256i end = Filtered(row + last, below + last, above + vectorBytes, same + vectorBytes);
+        above += 2 * vectorBytes - span.head;
+        same += 2 * vectorBytes - span.head;
+        std::size_t x = span.head;
+        for (; x + cacheLine <= span.count; x += cacheLine) {
             PrefetchToWrite(below + x);
-            FilterVector(row + x, below + x, above + x, same + x);
-            FilterVector(row + x + vectorBytes, below + x + vectorBytes, above + x + vectorBytes,
-                         same + x + vectorBytes);
+            for (std::size_t at : {x, x + vectorBytes})
+                StoreVector(to + at, Filtered(row + at, below + at, above + at, same + at));
         }
-        for (; x + vectorBytes <= count; x += vectorBytes) FilterVector(row + x, below + x, above + x, same + x);
-        if (x < count) {
-            const std::size_t bytes = count - x;
-            Rest samples(row + x, bytes + step);
-            FilterVector(samples.bytes, Rest(below + x, bytes + 2 * step).bytes, above + x, same + x);
-            std::copy_n(samples.bytes + step, bytes, row + x + step);
-        }
+        if (x <= last) StoreVector(to + x, Filtered(row + x, below + x, above + x, same + x));
+        StoreVector(to, begin);
+        StoreVector(to + last, end);
     }
 
  private:
-    // The end of a row, where whole vectors may be read and written.
+    // A row too short for a vector, where a whole one may be read.
     struct Rest {
         std::uint8_t bytes[vectorBytes + 2 * step] = {};
         Rest(const std::uint8_t* from, std::size_t count) { std::copy_n(from, count, bytes); }
@@ -79,7 +92,7 @@ struct VectorRows {
         }
     }
 
-    static void FilterVector(std::uint8_t* row, const std::uint8_t* below, RowSum* above, const RowSum* same) {
+    static __m256i Filtered(const std::uint8_t* row, const std::uint8_t* below, RowSum* above, const RowSum* same) {
         const Sums next = SumsAt(below), here = LoadSums(same);
         const Sums box = Add(Add(LoadSums(above), here), next);
         StoreSums(above, next);
@@ -89,11 +102,11 @@ struct VectorRows {
                                                       _mm256_sub_epi16(Weigh(centre, 0, 10), box.odd));
             const __m256i merge = _mm256_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15,  //
                                                    0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
-            StoreVector(row + step, _mm256_shuffle_epi8(bytes, merge));
+            return _mm256_shuffle_epi8(bytes, merge);
         } else {
             const Sums sum = Add(box, here);
-            StoreVector(row + step, _mm256_blendv_epi8(_mm256_srli_epi16(sum.even, 4), _mm256_slli_epi16(sum.odd, 4),
-                                                       _mm256_set1_epi16(short(0xFF00))));
+            return _mm256_blendv_epi8(_mm256_srli_epi16(sum.even, 4), _mm256_slli_epi16(sum.odd, 4),
+                                      _mm256_set1_epi16(short(0xFF00)));
         }
     }
 };

@@ -22,11 +22,17 @@ struct SharpenKernel {
 /// A sum along a row, at most 1020; every value down the column fits as well.
 using RowSum = std::int16_t;
 
+/// The samples of a row that are filtered, in bytes: how many, and how many before the first whose address in the
+/// plane's first rows suits vectors.
+struct RowSpan {
+    std::size_t count, head;
+};
+
 /// Filters a plane in place. `Rows<Kernel, step>`, where `step` is the distance of neighbours in bytes, provides
-///   Sum(sums, row, count): the sums of the samples at row + step, and
-///   Filter(row, below, above, same, count): the samples at row + step from the sums of the row above, its own, and
+///   Sum(sums, row, span): the sums of the samples at row + step, and
+///   Filter(row, below, above, same, span): the samples at row + step from the sums of the row above, its own, and
 ///   those of the untouched row below; these then replace the sums of the row above.
-/// Both may write sums up to a multiple of 32, in any order that both agree on.
+/// Both may keep the sums in any order that they agree on, and 96 more than there are samples.
 template <template <class, std::size_t> class Rows, class Kernel, class Pixel>
 void FilterPlane(PlaneView<Pixel> plane) {
     constexpr int lineNoRows = 194;
@@ -34,17 +40,18 @@ void FilterPlane(PlaneView<Pixel> plane) {
     constexpr std::size_t step = sizeof(Pixel);
     // Whole cache lines, from the start of one.
     constexpr std::size_t lineSums = 64 / sizeof(RowSum);
-    const std::size_t count = (plane.width - 2) * step, room = (count + lineSums - 1) / lineSums * lineSums;
+    const std::size_t count = (plane.width - 2) * step, room = (count + 96 + lineSums - 1) / lineSums * lineSums;
     const TarvoBased::ResKeeper<RowSum> memory(2 * room + lineSums, lineNoRows);
     RowSum* above = memory.get() + lineSums - std::uintptr_t(memory.get()) / sizeof(RowSum) % lineSums;
     RowSum* same = above + room;
     const auto row = [&](std::size_t y) { return reinterpret_cast<std::uint8_t*>(plane.Row(y)); };
+    const RowSpan span{count, -(std::uintptr_t(row(1)) + step) % 32};
 
-    Rows<Kernel, step>::Sum(above, row(0), count);
-    Rows<Kernel, step>::Sum(same, row(1), count);
+    Rows<Kernel, step>::Sum(above, row(0), span);
+    Rows<Kernel, step>::Sum(same, row(1), span);
     const unsigned lastFiltered = plane.height % 2 ? plane.height - 2 : plane.height - 3;
     for (unsigned y = 1; y <= lastFiltered; ++y) {
-        Rows<Kernel, step>::Filter(row(y), row(y + 1), above, same, count);
+        Rows<Kernel, step>::Filter(row(y), row(y + 1), above, same, span);
         std::swap(above, same);
     }
     // Deliberate: of an even height, the last row inside repeats the one above it.
