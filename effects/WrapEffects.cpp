@@ -59,15 +59,17 @@ const std::array<std::int32_t, 181>& TangentMap() {
     return map;
 }
 
-// In 64 bits, since a divisor may be -1.
+// The squared distance in a huge picture may wrap around to anything.
 std::int32_t Divided(std::int32_t dividend, std::int32_t divisor) {
-    return divisor == 0 ? 0 : std::int32_t(std::int64_t(dividend) / divisor);
+    if (divisor == 0) return 0;
+    return divisor == -1 ? WrappingDifference(0, dividend) : dividend / divisor;
 }
 
 // The remainder of a division by a picture's size, with the size added when it is negative.
 std::uint32_t Wrapped(std::int32_t position, unsigned size) {
-    const std::int64_t remainder = std::int64_t(position) % std::int64_t(size);
-    return std::uint32_t(remainder < 0 ? remainder + size : remainder);
+    if (position >= 0) return std::uint32_t(position) < size ? std::uint32_t(position) : std::uint32_t(position) % size;
+    const std::uint32_t remainder = (0u - std::uint32_t(position)) % size;
+    return remainder == 0 ? 0 : size - remainder;
 }
 
 // The lens of a tile, along one of its axes.
