@@ -31,6 +31,10 @@ void AddCommonOptions(CLI::App& app, CommandLine& line) {
 
 CLI::App* AddApply(CLI::App& app, CommandLine& line) {
     CLI::App* const apply = app.add_subcommand("apply", "put effects on a picture or a video");
+    apply->footer(
+        "Pictures are turned upright first, so that coordinates mean what the viewer sees. Exit codes: 0 done, 1 "
+        "failed "
+        "while running, 2 wrong usage, 3 input unreadable, 4 output not writable, 130 interrupted.");
     ApplyOptions& options = line.apply;
     apply->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
     apply

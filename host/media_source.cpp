@@ -58,6 +58,9 @@ InputPtr Open(const std::string& path, AVIOContext* standardInput) {
     const std::string complaint = TakeFfmpegComplaint();
     const std::string reason = !complaint.empty() ? complaint : error < 0 ? ErrorText(error) : "it is text";
     if (error == AVERROR(EACCES)) Refuse(path + ": permission denied; make it readable");
+    if (standardInput)
+        Refuse("stdin brings no picture or video that can be read in one pass (" + reason +
+               "); give a file, or a format made for pipes such as nut, matroska or y4m");
     Refuse(path + " is no picture or video that can be read, or it is cut short (" + reason + "); give a media file");
 }
 
