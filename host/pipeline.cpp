@@ -21,7 +21,7 @@ struct Worker {
     double seconds = 0;
 };
 
-using Step = std::shared_ptr<SourceStep>;
+using Step = SourceStep*;
 
 class Stopwatch {
  public:
@@ -47,6 +47,11 @@ StageTimes RunPipeline(MediaSource& source, MediaSink& sink, const PicturePath& 
                       PictureConverter(sink.Shape())};
     });
 
+    // The steps in flight live here: the pipeline forgets what it holds when a stage throws. They leave in the order in
+    // which they come, so that the oldest one's place is free when the next is let in.
+    std::vector<SourceStep> places(2 * std::size_t(threads) + 1);
+    std::size_t taken = 0;
+
     const auto decode = [&](tbb::flow_control& control) -> Step {
         const Stopwatch watch(times.decode);
         std::optional<SourceStep> step = source.Next();
@@ -55,7 +60,9 @@ StageTimes RunPipeline(MediaSource& source, MediaSink& sink, const PicturePath& 
             return nullptr;
         }
         if (firstNumber < 0) firstNumber = step->number;
-        return std::make_shared<SourceStep>(std::move(*step));
+        SourceStep& place = places[taken++ % places.size()];
+        place = std::move(*step);
+        return &place;
     };
     const auto process = [&](Step step) -> Step {
         if (!step->frame) return step;
@@ -72,7 +79,7 @@ StageTimes RunPipeline(MediaSource& source, MediaSink& sink, const PicturePath& 
         worker.toSink.Convert(frame);
         return step;
     };
-    const auto encode = [&](const Step& step) {
+    const auto encode = [&](Step step) {
         const Stopwatch watch(times.encode);
         for (PacketPtr& packet : step->audio) sink.WriteAudio(std::move(packet));
         if (!step->frame) return;
@@ -84,10 +91,10 @@ StageTimes RunPipeline(MediaSource& source, MediaSink& sink, const PicturePath& 
     const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, std::size_t(threads));
     tbb::task_arena arena(threads);
     arena.execute([&] {
-        const std::size_t inFlight = 2 * std::size_t(threads) + 1;
-        tbb::parallel_pipeline(inFlight, tbb::make_filter<void, Step>(tbb::filter_mode::serial_in_order, decode) &
-                                             tbb::make_filter<Step, Step>(tbb::filter_mode::parallel, process) &
-                                             tbb::make_filter<Step, void>(tbb::filter_mode::serial_in_order, encode));
+        tbb::parallel_pipeline(places.size(),
+                               tbb::make_filter<void, Step>(tbb::filter_mode::serial_in_order, decode) &
+                                   tbb::make_filter<Step, Step>(tbb::filter_mode::parallel, process) &
+                                   tbb::make_filter<Step, void>(tbb::filter_mode::serial_in_order, encode));
     });
     ThrowIfInterrupted();
     const Stopwatch watch(times.encode);
