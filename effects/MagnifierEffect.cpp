@@ -1,10 +1,12 @@
 #include "effects/MagnifierEffect.h"
 
 #include <algorithm>
+#include <cmath>
+#include <vector>
 
-#include "effects/coordinate_table.h"
 #include "effects/fixed_point.h"
 #include "effects/property_table.h"
+#include "effects/row_sampler.h"
 
 namespace AVBased {
 namespace {
@@ -21,132 +23,269 @@ bool IsVisible(const MagnifierSettings& s, unsigned width, unsigned height) {
     return !(s.x > width || s.y > height || s.scale <= 1.0 || s.radius > width / 2 || s.radius > height / 2);
 }
 
-// One axis of the rectangle around the glass: its positions begin + i, and where each reads.
-struct GlassAxis {
-    std::uint32_t begin, count, first, step;
+enum class Mixing { Nearest, FourWeights, FourWeightsExchanged, TwoSteps };
 
-    // `edge` is where a rectangle begins that the picture cuts off; positions and steps have `fraction` bits.
-    GlassAxis(const MagnifierSettings& s, std::uint32_t centre, unsigned size, unsigned edge, unsigned fraction) {
+// Where a position of an axis reads: a sample, and how far on towards the next one in 1/256.
+struct Place {
+    unsigned whole;
+    std::uint8_t share;
+};
+
+// One axis of the rectangle around the glass: positions from begin on, and where each reads.
+struct GlassAxis {
+    std::uint32_t begin, count, offset, step;
+    bool nearest;
+
+    // `edge` is where a rectangle begins that the picture cuts off. Nearest positions step in 1/256, mixed ones in
+    // 1/65536.
+    GlassAxis(const MagnifierSettings& s, std::uint32_t centre, unsigned size, unsigned edge) {
+        nearest = s.scale <= 2.0;
         const bool cut = centre < s.radius;
         begin = cut ? edge : centre - s.radius;
         count = cut ? centre + s.radius : std::min(2 * s.radius, size - begin);
-        const double one = double(1u << fraction);
-        step = TruncateToUint32(one / s.scale);
-        const std::uint32_t surplus = (TruncateToUint32(count * s.scale) - count) * step >> 1;
-        // The nearest routines begin at a whole position, the others at a fraction.
-        first = (begin << fraction) + (fraction == nearestFraction ? surplus >> 8 << 8 : surplus);
+        step = TruncateToUint32((nearest ? 256.0 : 65536.0) / s.scale);
+        offset = (TruncateToUint32(count * s.scale) - count) * step >> 1;
     }
-    std::uint32_t At(std::uint32_t i) const { return first + i * step; }
-
-    static constexpr unsigned nearestFraction = 8, bilinearFraction = 16;
+    unsigned End() const { return begin + count; }
+    Place At(unsigned position) const {
+        const std::uint32_t accumulator = (position - begin) * step;
+        if (nearest) return {(accumulator >> 8) + (offset >> 8) + begin, 0};
+        const std::uint32_t place = accumulator + offset + (begin << 16);
+        return {place >> 16, std::uint8_t(place >> 8)};
+    }
 };
 
-// Calls work(x, y, source) inside the glass, in scan order, with the source in the axes' fractions.
-template <class Work>
-void ForEachInGlass(const MagnifierSettings& s, const GlassAxis& across, const GlassAxis& down, Work work) {
-    for (std::uint32_t j = 0; j < down.count; ++j)
-        for (std::uint32_t i = 0; i < across.count; ++i) {
-            const std::uint32_t x = across.begin + i, y = down.begin + j;
-            if ((x - s.x) * (x - s.x) + (y - s.y) * (y - s.y) < s.radius * s.radius)
-                work(x, y, Source{across.At(i), down.At(j)});
-        }
+// The rows of a glass: which of their columns lie inside it.
+struct Glass {
+    const MagnifierSettings& settings;
+    GlassAxis across, down;
+
+    struct Chord {
+        unsigned begin, end;
+    };
+    Chord At(unsigned y) const {
+        const std::int64_t dy = std::int64_t(y) - settings.y, radius = settings.radius;
+        const std::int64_t square = radius * radius - dy * dy;
+        if (square <= 0) return {0, 0};
+        auto reach = std::int64_t(std::sqrt(double(square)));  // the largest distance whose square lies below
+        while (reach * reach >= square) --reach;
+        while ((reach + 1) * (reach + 1) < square) ++reach;
+        const std::int64_t begin = std::max<std::int64_t>(across.begin, settings.x - reach),
+                           end = std::min<std::int64_t>(across.End(), settings.x + reach + 1);
+        return begin < end ? Chord{unsigned(begin), unsigned(end)} : Chord{0, 0};
+    }
+};
+
+std::uint8_t MixTwo(std::uint16_t a, std::uint16_t b, std::uint16_t share) {
+    return std::uint8_t(std::uint16_t(std::uint16_t(a * std::uint16_t(256 - share)) + std::uint16_t(b * share)) >> 8);
 }
 
-template <class Place>
-void MagnifierNearest(const MagnifierSettings& s, unsigned width, unsigned height, Place place) {
-    if (!IsVisible(s, width, height)) return;
-    const GlassAxis across(s, s.x, width, 0, GlassAxis::nearestFraction),
-        down(s, s.y, height, 0, GlassAxis::nearestFraction);
-    ForEachInGlass(s, across, down, [&](unsigned x, unsigned y, Source source) {
-        place(x, y, {source.x >> 8, source.y >> 8});
-    });
+// to = a and b mixed by each byte's share of b, in 1/256.
+void MixColumns(std::uint8_t* __restrict to, const std::uint8_t* __restrict a, const std::uint8_t* __restrict b,
+                const std::uint8_t* __restrict shares, unsigned count) {
+    for (unsigned x = 0; x < count; ++x) to[x] = MixTwo(a[x], b[x], shares[x]);
 }
 
-// A sample and its right, lower and lower right neighbours; at an edge the nearest ones inside.
+// to = a and b mixed by one share of b.
+void MixRows(std::uint8_t* __restrict to, const std::uint8_t* __restrict a, const std::uint8_t* __restrict b,
+             unsigned share, unsigned count) {
+    for (unsigned x = 0; x < count; ++x) to[x] = MixTwo(a[x], b[x], std::uint16_t(share));
+}
+
+// to = four neighbours mixed by the distances towards the right ones and the lower ones, in 1/256.
+template <bool exchanged>
+void MixFour(std::uint8_t* __restrict to, const std::uint8_t* __restrict own, const std::uint8_t* __restrict right,
+             const std::uint8_t* __restrict below, const std::uint8_t* __restrict belowRight,
+             const std::uint8_t* __restrict columnShares, unsigned rowShare, unsigned count) {
+    const std::uint16_t fy = std::uint16_t(rowShare);
+    for (unsigned x = 0; x < count; ++x) {
+        const std::uint16_t fx = columnShares[x], both = std::uint16_t(fx * fy) >> 8;
+        const std::uint16_t towardsRight = std::uint16_t((exchanged ? fy : fx) - both),
+                            towardsBelow = std::uint16_t((exchanged ? fx : fy) - both),
+                            stays = std::uint16_t(256 - both - towardsRight - towardsBelow);
+        const std::uint16_t upper =
+            std::uint16_t(std::uint16_t(own[x] * stays) + std::uint16_t(right[x] * towardsRight));
+        const std::uint16_t lower =
+            std::uint16_t(std::uint16_t(below[x] * towardsBelow) + std::uint16_t(belowRight[x] * both));
+        to[x] = std::uint8_t(std::uint16_t(upper + lower) >> 8);
+    }
+}
+
+// The part of a plane that a glass shows, kept while the plane is written. One column and row more serve as neighbours;
+// at the plane's edge they repeat the last ones.
 template <class Sample>
-struct Neighbours {
-    Sample own, right, below, belowRight;
-
-    Neighbours(const PlaneView<Sample>& plane, unsigned x, unsigned y) {
-        const unsigned x0 = std::min(x, plane.width - 1), x1 = std::min(x + 1, plane.width - 1);
-        const Sample *const upper = plane.Row(std::min(y, plane.height - 1)), *const lower = plane.Row(
-                                                                                  std::min(y + 1, plane.height - 1));
-        own = upper[x0], right = upper[x1], below = lower[x0], belowRight = lower[x1];
-    }
-};
-
-// Weights in 1/256 of a sample and its neighbours.
-struct Weights {
-    std::uint32_t own, right, below, belowRight;
-
-    Weights(std::uint32_t towardsRight, std::uint32_t towardsBelow) {
-        belowRight = towardsRight * towardsBelow >> 8;
-        right = towardsRight - belowRight;
-        below = towardsBelow - belowRight;
-        own = 256 - towardsRight - below;
-    }
-    std::uint8_t Mix(std::uint32_t p00, std::uint32_t p10, std::uint32_t p01, std::uint32_t p11) const {
-        return std::uint8_t((p00 * own + p10 * right + p01 * below + p11 * belowRight) >> 8);
-    }
-    std::uint8_t Mix(const Neighbours<std::uint8_t>& n) const { return Mix(n.own, n.right, n.below, n.belowRight); }
-    Rgba32 Mix(const Neighbours<Rgba32>& n) const {
-        return {Mix(n.own.blue, n.right.blue, n.below.blue, n.belowRight.blue),
-                Mix(n.own.green, n.right.green, n.below.green, n.belowRight.green),
-                Mix(n.own.red, n.right.red, n.below.red, n.belowRight.red),
-                Mix(n.own.alpha, n.right.alpha, n.below.alpha, n.belowRight.alpha)};
-    }
-};
-
-std::uint32_t Fraction(std::uint32_t position) { return position >> 8 & 255; }
-
-// Deliberate: beside Weights::Mix this truncates twice, first between columns, then between rows.
-struct TwoSteps {
-    std::int32_t x, y;
-
-    static std::int32_t Between(std::int32_t a, std::int32_t b, std::int32_t fraction) {
-        return a + ((b - a) * fraction >> 8);
-    }
-    std::uint8_t Mix(std::int32_t p00, std::int32_t p10, std::int32_t p01, std::int32_t p11) const {
-        return std::uint8_t(Between(Between(p00, p10, x), Between(p01, p11, x), y));
-    }
-    Rgba32 Mix(const Neighbours<Rgba32>& n) const {
-        return {Mix(n.own.blue, n.right.blue, n.below.blue, n.belowRight.blue),
-                Mix(n.own.green, n.right.green, n.below.green, n.belowRight.green),
-                Mix(n.own.red, n.right.red, n.below.red, n.belowRight.red),
-                Mix(n.own.alpha, n.right.alpha, n.below.alpha, n.belowRight.alpha)};
-    }
-};
-
-void MagnifierDoubleRgba32Effect(const MagnifierSettings& s, bool vectorised, const PackedView& to,
-                                 const PackedView& from) {
-    if (!IsVisible(s, to.width, to.height)) return;
-    // Deliberate: a glass that the left or upper edge cuts begins at 1, so column and row 0 stay.
-    const GlassAxis across(s, s.x, to.width, 1, GlassAxis::bilinearFraction),
-        down(s, s.y, to.height, 1, GlassAxis::bilinearFraction);
-    ForEachInGlass(s, across, down, [&](unsigned x, unsigned y, Source source) {
-        const Neighbours neighbours(from, source.x >> 16, source.y >> 16);
-        const std::uint32_t fx = Fraction(source.x), fy = Fraction(source.y);
-        to.Row(y)[x] =
-            vectorised ? TwoSteps{std::int32_t(fx), std::int32_t(fy)}.Mix(neighbours) : Weights(fx, fy).Mix(neighbours);
-    });
-}
-
-void MagnifierDoubleComponentEffect(const MagnifierSettings& s, const PlanarView& to, const PlanarView& from) {
-    const ComponentView& luma = to.plane[0];
-    if (!IsVisible(s, luma.width, luma.height)) return;
-    const GlassAxis across(s, s.x, luma.width, 0, GlassAxis::bilinearFraction),
-        down(s, s.y, luma.height, 0, GlassAxis::bilinearFraction);
-    ForEachInGlass(s, across, down, [&](unsigned x, unsigned y, Source source) {
-        // Deliberate: planar pictures have the fractions exchanged.
-        const Weights weights(Fraction(source.y), Fraction(source.x));
-        for (unsigned p = 0; p < 3; ++p) {
-            std::uint8_t* const sample = to.At(p, x, y);
-            if (!sample || !from.plane[p].Contains(0, 0)) continue;
-            const unsigned column = source.x >> 16 >> (p ? from.columnShift : 0),
-                           row = source.y >> 16 >> (p ? from.rowShift : 0);
-            *sample = weights.Mix(Neighbours(from.plane[p], column, row));
+class ShownPart {
+ public:
+    // Columns and rows become relative to the part.
+    ShownPart(const PlaneView<Sample>& plane, AxisMap& columns, AxisMap& rows) {
+        const auto [left, right] = std::ranges::minmax(columns);
+        const auto [top, bottom] = std::ranges::minmax(rows);
+        m_width = right - left + 2;
+        m_samples.resize(std::size_t(m_width) * (bottom - top + 2));
+        const unsigned inside = std::min(m_width, plane.width - left);
+        auto to = m_samples.begin();
+        for (unsigned y = top; y <= bottom + 1; ++y) {
+            const Sample* const from = plane.Row(std::min(y, plane.height - 1)) + left;
+            to = std::copy_n(from, inside, to);
+            to = std::fill_n(to, m_width - inside, from[inside - 1]);
         }
-    });
+        for (unsigned& column : columns) column -= left;
+        for (unsigned& row : rows) row -= top;
+    }
+    unsigned Width() const { return m_width; }
+    const Sample* Row(unsigned y) const { return m_samples.data() + std::size_t(y) * m_width; }
+
+ private:
+    unsigned m_width;
+    std::vector<Sample> m_samples;
+};
+
+// One plane under the glass. Of the luma positions that share a sample the last one inside decides.
+template <class Sample>
+class GlassPlane {
+ public:
+    GlassPlane(const Glass& glass, const SharedAxis& across, const SharedAxis& down, const PlaneView<Sample>& plane,
+               Mixing mixing, InstructionSet set)
+        : m_glass(glass),
+          m_across(across),
+          m_down(down),
+          m_plane(plane),
+          m_mixing(mixing),
+          m_set(set),
+          m_begin(glass.across.begin >> across.shift),
+          m_columns(Positions(glass.across, across)),
+          m_rows(Positions(glass.down, down)),
+          m_shown(plane, m_columns, m_rows),
+          m_sampler(ColumnsOfSamples(0), m_shown.Width(), set),
+          m_rightSampler(ColumnsOfSamples(1), m_shown.Width(), set) {
+        for (unsigned i = 0; i < m_sampler.size(); ++i)
+            m_shares.insert(m_shares.end(), sizeof(Sample), m_glass.across.At(Decider(i)).share);
+    }
+
+    void Magnify() {
+        for (unsigned y = m_glass.down.begin; y < m_glass.down.End(); ++y) {
+            const unsigned row = y >> m_down.shift;
+            const Glass::Chord chord = m_glass.At(y);
+            if (row >= m_down.size || chord.begin == chord.end) continue;
+            // What a later row of the same samples will write again needs no writing now.
+            Glass::Chord later{0, 0};
+            for (unsigned next = y + 1; next <= m_down.Last(row) && next < m_glass.down.End(); ++next) {
+                const Glass::Chord other = m_glass.At(next);
+                if (other.end - other.begin > later.end - later.begin) later = other;
+            }
+            const auto [begin, end] = Samples(chord);
+            const auto [laterBegin, laterEnd] = Samples(later);
+            if (laterBegin == laterEnd) {
+                Write(y, row, begin, end, chord);
+            } else {
+                Write(y, row, begin, std::min(end, laterBegin), chord);
+                Write(y, row, std::max(begin, laterEnd), end, chord);
+            }
+        }
+    }
+
+ private:
+    static AxisMap Positions(const GlassAxis& axis, const SharedAxis& shared) {
+        AxisMap map(axis.count);
+        for (unsigned i = 0; i < axis.count; ++i)
+            map[i] = std::min(axis.At(axis.begin + i).whole >> shared.shift, shared.size - 1);
+        return map;
+    }
+    // The last position of the rectangle that is served by its i-th sample.
+    unsigned Decider(unsigned i) const { return std::min(m_across.Last(m_begin + i), m_glass.across.End() - 1); }
+    AxisMap ColumnsOfSamples(unsigned beyond) const {
+        AxisMap map;
+        for (unsigned c = m_begin; c < m_across.size && m_across.First(c) < m_glass.across.End(); ++c)
+            map.push_back(m_columns[Decider(c - m_begin) - m_glass.across.begin] + beyond);
+        return map;
+    }
+    // A chord in samples of the rectangle.
+    Glass::Chord Samples(const Glass::Chord& chord) const {
+        if (chord.begin == chord.end) return {0, 0};
+        const unsigned begin = (chord.begin >> m_across.shift) - m_begin,
+                       end = ((chord.end - 1) >> m_across.shift) + 1 - m_begin;
+        return {std::min(begin, m_sampler.size()), std::min(end, m_sampler.size())};
+    }
+
+    void Write(unsigned y, unsigned row, unsigned begin, unsigned end, const Glass::Chord& chord) {
+        if (begin >= end) return;
+        Sample* const to = m_plane.Row(row) + m_begin;
+        const unsigned from = m_rows[y - m_glass.down.begin];
+        const std::uint8_t share = m_glass.down.At(y).share;
+        if (m_mixing == Mixing::Nearest) {
+            m_sampler(to, m_shown.Row(from), begin, end);
+        } else {
+            const Line &upper = LineOf(from), &lower = LineOf(from + 1);
+            Mix(to + begin, {&upper.own[begin], &upper.right[begin], &lower.own[begin], &lower.right[begin]},
+                &m_shares[begin * sizeof(Sample)], share, end - begin);
+        }
+        // A chord that ends among the positions of its last sample leaves that one to its own last position.
+        if (chord.end - 1 < Decider(end - 1)) {
+            const unsigned column = m_columns[chord.end - 1 - m_glass.across.begin];
+            const Sample *const upper = m_shown.Row(from) + column, *const lower = m_shown.Row(from + 1) + column;
+            const std::uint8_t columnShare[4] = {m_glass.across.At(chord.end - 1).share};
+            if (m_mixing == Mixing::Nearest)
+                to[end - 1] = *upper;
+            else
+                Mix(to + (end - 1), {upper, upper + 1, lower, lower + 1}, columnShare, share, 1);
+        }
+    }
+
+    // A row of samples and of their right neighbours, or in two steps already what lies between these.
+    struct Line {
+        unsigned row = ~0u;
+        std::vector<Sample> own, right;
+    };
+    const Line& LineOf(unsigned row) {
+        Line& line = m_lines[row % 2];
+        if (line.row == row) return line;
+        const unsigned count = m_sampler.size();
+        line.row = row;
+        line.own.resize(count);
+        line.right.resize(count);
+        m_sampler(line.own.data(), m_shown.Row(row));
+        m_rightSampler(line.right.data(), m_shown.Row(row));
+        if (m_mixing == Mixing::TwoSteps) {
+            std::vector<Sample> mixed(count);
+            variantsOf<MixColumns>.For(m_set)(Bytes(mixed.data()), Bytes(line.own.data()), Bytes(line.right.data()),
+                                              m_shares.data(), unsigned(count * sizeof(Sample)));
+            line.own.swap(mixed);
+        }
+        return line;
+    }
+
+    struct Neighbours {
+        const Sample *own, *right, *below, *belowRight;
+    };
+    void Mix(Sample* to, const Neighbours& n, const std::uint8_t* columnShares, std::uint8_t share, unsigned count) {
+        const unsigned bytes = unsigned(count * sizeof(Sample));
+        if (m_mixing == Mixing::TwoSteps)
+            return variantsOf<MixRows>.For(m_set)(Bytes(to), Bytes(n.own), Bytes(n.below), share, bytes);
+        const auto& mix = m_mixing == Mixing::FourWeights ? variantsOf<MixFour<false>> : variantsOf<MixFour<true>>;
+        mix.For(m_set)(Bytes(to), Bytes(n.own), Bytes(n.right), Bytes(n.below), Bytes(n.belowRight), columnShares,
+                       share, bytes);
+    }
+    static std::uint8_t* Bytes(Sample* samples) { return reinterpret_cast<std::uint8_t*>(samples); }
+    static const std::uint8_t* Bytes(const Sample* samples) { return reinterpret_cast<const std::uint8_t*>(samples); }
+
+    const Glass& m_glass;
+    SharedAxis m_across, m_down;
+    PlaneView<Sample> m_plane;
+    Mixing m_mixing;
+    InstructionSet m_set;
+    unsigned m_begin;
+    AxisMap m_columns, m_rows;
+    ShownPart<Sample> m_shown;
+    RowSampler<Sample> m_sampler, m_rightSampler;
+    std::vector<std::uint8_t> m_shares;
+    Line m_lines[2];
+};
+
+template <class Sample>
+void MagnifyPlane(const Glass& glass, const SharedAxis& across, const SharedAxis& down, const PlaneView<Sample>& plane,
+                  Mixing mixing, InstructionSet set) {
+    if (glass.across.count && glass.down.count && across.size && down.size)
+        GlassPlane<Sample>(glass, across, down, plane, mixing, set).Magnify();
 }
 
 }  // namespace
@@ -162,22 +301,30 @@ void CMagnifierVideoImageEffect::OnSetProperty(const std::string& name, Property
 }
 
 void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const bool nearest = m_settings.scale <= 2.0;
-    const FrameCopy source(*frame);
+    const MagnifierSettings& s = m_settings;
+    const bool nearest = s.scale <= 2.0;
     ForFrame(
-        [&](const PackedView& to, const PackedView& from) {
-            if (nearest)
-                MagnifierNearest(m_settings, to.width, to.height, PlacePacked{to, from});
-            else
-                MagnifierDoubleRgba32Effect(m_settings, m_vectorised, to, from);
+        [&](const PackedView& picture) {
+            if (!IsVisible(s, picture.width, picture.height)) return;
+            // Deliberate: a glass cut by the left or upper edge begins at 1 when packed and mixed, so that column and
+            // row 0 stay.
+            const unsigned edge = nearest ? 0 : 1;
+            const Mixing mixing = m_vectorised ? Mixing::TwoSteps : Mixing::FourWeights;
+            const Glass glass{s, {s, s.x, picture.width, edge}, {s, s.y, picture.height, edge}};
+            MagnifyPlane(glass, ColumnsOf(picture), RowsOf(picture), picture, nearest ? Mixing::Nearest : mixing,
+                         Instructions());
         },
-        [&](const PlanarView& to, const PlanarView& from) {
-            if (nearest)
-                MagnifierNearest(m_settings, to.plane[0].width, to.plane[0].height, PlacePlanar{to, from});
-            else
-                MagnifierDoubleComponentEffect(m_settings, to, from);
+        [&](const PlanarView& picture) {
+            const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
+            if (!IsVisible(s, width, height)) return;
+            const Glass glass{s, {s, s.x, width, 0}, {s, s.y, height, 0}};
+            // Deliberate: planar pictures have the fractions exchanged.
+            const Mixing mixing = nearest ? Mixing::Nearest : Mixing::FourWeightsExchanged;
+            for (unsigned p = 0; p < 3; ++p)
+                MagnifyPlane(glass, ColumnsOf(picture, p), RowsOf(picture, p), picture.plane[p], mixing,
+                             Instructions());
         },
-        *frame, *source);
+        *frame);
 }
 
 }  // namespace AVBased

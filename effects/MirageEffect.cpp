@@ -1,7 +1,15 @@
 #include "effects/MirageEffect.h"
 
-#include "effects/coordinate_table.h"
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 #include "effects/property_table.h"
+#include "effects/row_sampler.h"
 
 namespace AVBased {
 namespace {
@@ -11,49 +19,111 @@ constexpr Property<MirageSettings> mirageProperties[] = {
     {"mirage_alpha", "10", &MirageSettings::alpha},
 };
 
-// One axis of the enlargement in 16.16: the source of the first position, and the step to the next one's.
-struct ZoomAxis {
-    std::uint32_t first, step;
-
-    ZoomAxis(std::uint32_t factor, unsigned size) {
-        const std::uint32_t zoom = (factor << 16) / 200;
-        step = 0xC80000 / factor;
-        first = ((zoom * size >> 16) - size) * step >> 1;
+// What each position of an axis shows of the picture enlarged by factor / 200 about its middle, in 16.16 steps.
+AxisMap ZoomMap(std::uint32_t factor, unsigned size) {
+    const std::uint32_t zoom = (factor << 16) / 200, step = 0xC80000 / factor;
+    std::uint32_t position = ((zoom * size >> 16) - size) * step >> 1;
+    AxisMap map(size);
+    for (unsigned& shown : map) {
+        shown = std::min(position >> 16, size - 1);
+        position += step;
     }
-    unsigned At(unsigned position) const { return (first + position * step) >> 16; }
-};
-
-template <class Place>
-void Zoom(const ZoomAxis& across, const ZoomAxis& down, unsigned width, unsigned height, Place place) {
-    for (unsigned y = 0; y < height; ++y)
-        for (unsigned x = 0; x < width; ++x) place(x, y, {across.At(x), down.At(y)});
+    return map;
 }
 
-// The weights of the picture and of its enlarged copy, in 1/256.
+std::uint16_t Mix(std::uint16_t own, std::uint16_t enlarged, std::uint16_t weight) {
+    return std::uint16_t(std::uint16_t(own * std::uint16_t(256 - weight)) + std::uint16_t(enlarged * weight)) >> 8;
+}
+
+// Blends a row with its enlarged copy, whose weight is in 1/256. Deliberate: alpha is the copy's.
+void BlendPixels(Rgba32* row, const Rgba32* enlarged, unsigned count, std::uint16_t weight) {
+    for (unsigned x = 0; x < count; ++x) {
+        const Rgba32 own = row[x], copy = enlarged[x];
+        row[x] = {std::uint8_t(Mix(own.blue, copy.blue, weight)), std::uint8_t(Mix(own.green, copy.green, weight)),
+                  std::uint8_t(Mix(own.red, copy.red, weight)), copy.alpha};
+    }
+}
+
+#if defined(__x86_64__)
+
+// Half of the bytes of eight pixels, each pair times its weights: alpha's are 0 and 256.
+[[NIFIKRAL_AVX2]] inline __m256i MixWords(__m256i own, __m256i copy, __m256i ownWeights, __m256i copyWeights) {
+    return _mm256_srli_epi16(
+        _mm256_add_epi16(_mm256_mullo_epi16(own, ownWeights), _mm256_mullo_epi16(copy, copyWeights)), 8);
+}
+
+[[NIFIKRAL_AVX2]] void BlendPixelsAvx2(Rgba32* row, const Rgba32* enlarged, unsigned count, std::uint16_t weight) {
+    const short share = short(weight), rest = short(256 - weight);
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i copyWeights =
+        _mm256_broadcastsi128_si256(_mm_setr_epi16(share, share, share, 256, share, share, share, 256));
+    const __m256i ownWeights = _mm256_broadcastsi128_si256(_mm_setr_epi16(rest, rest, rest, 0, rest, rest, rest, 0));
+    unsigned x = 0;
+    for (; x + 8 <= count; x += 8) {
+        auto* const at = reinterpret_cast<__m256i*>(row + x);
+        const __m256i own = _mm256_loadu_si256(at),
+                      copy = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(enlarged + x));
+        const __m256i low = MixWords(_mm256_unpacklo_epi8(own, zero), _mm256_unpacklo_epi8(copy, zero), ownWeights,
+                                     copyWeights),
+                      high = MixWords(_mm256_unpackhi_epi8(own, zero), _mm256_unpackhi_epi8(copy, zero), ownWeights,
+                                      copyWeights);
+        _mm256_storeu_si256(at, _mm256_packus_epi16(low, high));
+    }
+    BlendPixels(row + x, enlarged + x, count - x, weight);
+}
+
+constexpr Variants<void(Rgba32*, const Rgba32*, unsigned, std::uint16_t)> blendPixels{BlendPixels, BlendPixelsAvx2};
+
+#else
+
+constexpr auto blendPixels = variantsOf<BlendPixels>;
+
+#endif
+
+// The same for bytes, `times` over; 0 stands for the number given at run time.
+template <unsigned times>
+void BlendBytes(std::uint8_t* __restrict row, const std::uint8_t* __restrict enlarged, unsigned count,
+                std::uint16_t weight, unsigned timesGiven) {
+    for (unsigned x = 0; x < count; ++x) {
+        std::uint16_t mixed = enlarged[x];
+        for (unsigned n = 0; n < (times ? times : timesGiven); ++n) mixed = Mix(row[x], mixed, weight);
+        row[x] = std::uint8_t(mixed);
+    }
+}
+
 struct Blend {
-    std::uint32_t weight;
+    std::uint16_t weight;
+    InstructionSet set;
 
-    explicit Blend(std::uint32_t alpha) : weight(((alpha + 40) << 7) / 100) {}
-    std::uint8_t operator()(std::uint8_t source, std::uint8_t zoomed) const {
-        return std::uint8_t((source * (256 - weight) + zoomed * weight) >> 8);
+    void operator()(Rgba32* row, const Rgba32* enlarged, unsigned count, unsigned) const {
+        blendPixels.For(set)(row, enlarged, count, weight);
+    }
+    void operator()(std::uint8_t* row, const std::uint8_t* enlarged, unsigned count, unsigned times) const {
+        const auto& blend = times == 1    ? variantsOf<BlendBytes<1>>
+                            : times == 2  ? variantsOf<BlendBytes<2>>
+                            : times == 4  ? variantsOf<BlendBytes<4>>
+                            : times == 16 ? variantsOf<BlendBytes<16>>
+                                          : variantsOf<BlendBytes<0>>;
+        blend.For(set)(row, enlarged, count, weight, times);
     }
 };
 
-void BlendRgba32(const Blend& blend, const PackedView& to, const PackedView& from) {
-    for (unsigned y = 0; y < to.height; ++y)
-        for (unsigned x = 0; x < to.width; ++x) {
-            Rgba32& p = to.Row(y)[x];
-            const Rgba32 s = from.Row(y)[x];
-            p = {blend(s.blue, p.blue), blend(s.green, p.green), blend(s.red, p.red), p.alpha};
-        }
-}
-
-void BlendComponent(const Blend& blend, const PlanarView& to, const PlanarView& from) {
-    for (unsigned y = 0; y < to.plane[0].height; ++y)
-        for (unsigned x = 0; x < to.plane[0].width; ++x)
-            // Deliberate: a chroma sample is blended again for each luma position that it covers.
-            for (unsigned p = 0; p < 3; ++p)
-                if (std::uint8_t* const sample = to.At(p, x, y)) *sample = blend(*from.At(p, x, y), *sample);
+// Lays the enlarged copy over one plane, reading from `from`: the plane itself, or a copy of it. Deliberate: a sample
+// is blended once for each luma position that it serves.
+template <class Sample>
+void MiragePlane(const AxisMap& lumaColumns, const AxisMap& lumaRows, const SharedAxis& across, const SharedAxis& down,
+                 const PlaneView<Sample>& plane, const PlaneView<Sample>& from, const Blend& blend) {
+    const RowSampler<Sample> sampler(SharedMap(lumaColumns, across), across.size, blend.set);
+    const AxisMap rows = SharedMap(lumaRows, down);
+    std::vector<Sample> enlarged(across.size);
+    // Only the last sample may serve fewer positions than the others.
+    const unsigned last = across.size - 1, regular = across.Count(last) == across.Count(0) ? across.size : last;
+    ForEachRowInPlace(rows, [&](unsigned y, int direction) {
+        sampler(enlarged.data(), from.Row(rows[y]), 2 * direction * std::ptrdiff_t(from.pitch));
+        blend(plane.Row(y), enlarged.data(), regular, across.Count(0) * down.Count(y));
+        if (regular < across.size)
+            blend(plane.Row(y) + last, enlarged.data() + last, 1, across.Count(last) * down.Count(y));
+    });
 }
 
 }  // namespace
@@ -70,19 +140,33 @@ void CMirageVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
 void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const std::uint32_t factor = m_settings.width + 200;
     if (m_settings.alpha > 100 || factor == 0) return;
-    const Blend blend(m_settings.alpha);
-    const FrameCopy source(*frame);
+    const Blend blend{std::uint16_t(((m_settings.alpha + 40) << 7) / 100), Instructions()};
+    // Runs lay(columns, rows, copy) with a copy of the frame only for a factor so large that its steps wrap round.
+    const auto run = [&](unsigned width, unsigned height, auto lay) {
+        if (width == 0 || height == 0) return;
+        const AxisMap columns = ZoomMap(factor, width), rows = ZoomMap(factor, height);
+        std::optional<FrameCopy> copy;
+        if (!std::ranges::is_sorted(rows)) copy.emplace(*frame);
+        lay(columns, rows, copy ? **copy : *frame);
+    };
     ForFrame(
-        [&](const PackedView& to, const PackedView& from) {
-            Zoom({factor, to.width}, {factor, to.height}, to.width, to.height, PlacePacked{to, from});
-            BlendRgba32(blend, to, from);
+        [&](const PackedView& picture) {
+            run(picture.width, picture.height, [&](const AxisMap& columns, const AxisMap& rows, IRawVideoFrame& from) {
+                MiragePlane(columns, rows, ColumnsOf(picture), RowsOf(picture), picture, ViewPacked(from), blend);
+            });
         },
-        [&](const PlanarView& to, const PlanarView& from) {
-            const auto [data, width, pitch, height] = to.plane[0];
-            Zoom({factor, width}, {factor, height}, width, height, PlacePlanar{to, from});
-            BlendComponent(blend, to, from);
+        [&](const PlanarView& picture) {
+            run(picture.plane[0].width, picture.plane[0].height,
+                [&](const AxisMap& columns, const AxisMap& rows, IRawVideoFrame& from) {
+                    for (unsigned p = 0; p < 3; ++p) {
+                        const SharedAxis across = ColumnsOf(picture, p), down = RowsOf(picture, p);
+                        if (across.size && down.size)
+                            MiragePlane(columns, rows, across, down, picture.plane[p], ViewPlane<std::uint8_t>(from, p),
+                                        blend);
+                    }
+                });
         },
-        *frame, *source);
+        *frame);
 }
 
 }  // namespace AVBased

@@ -2,7 +2,10 @@
 
 #include <cstring>
 #include <type_traits>
-#include <utility>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 #include "effects/frame_views.h"
 #include "effects/property_table.h"
@@ -16,80 +19,108 @@ constexpr Property<ReverseSettings> reverseProperties[] = {
     {"vertical", "0", &ReverseSettings::vertical},
 };
 
-// A cache line of samples as numbers, which the compiler turns round in vectors; fields of a struct it would not.
+// A sample as a number, which the compiler handles in vectors; a struct's fields it would take one by one.
 template <class Sample>
 using Number = std::conditional_t<sizeof(Sample) == 4, std::uint32_t, std::uint8_t>;
-template <class Sample>
-constexpr unsigned lineSamples = cacheLine / sizeof(Sample);
 
 template <class Sample>
-struct Line {
-    Number<Sample> samples[lineSamples<Sample>];
+void Swap(Sample* a, Sample* b) {
+    Number<Sample> first, second;
+    std::memcpy(&first, a, sizeof first);
+    std::memcpy(&second, b, sizeof second);
+    std::memcpy(static_cast<void*>(a), &second, sizeof second);
+    std::memcpy(static_cast<void*>(b), &first, sizeof first);
+}
 
-    explicit Line(const Sample* from) { std::memcpy(samples, from, sizeof samples); }
-    void Store(Sample* to) const { std::memcpy(static_cast<void*>(to), samples, sizeof samples); }
-    void StoreReversed(Sample* to) const {
-        Number<Sample> reversed[lineSamples<Sample>];
-        for (unsigned i = 0; i < lineSamples<Sample>; ++i) reversed[i] = samples[lineSamples<Sample> - 1 - i];
-        std::memcpy(static_cast<void*>(to), reversed, sizeof reversed);
-    }
-};
-
-// Exchanges two stretches that do not overlap.
 template <class Sample>
-void Exchange(Sample* a, Sample* b, unsigned count) {
-    unsigned i = 0;
-    for (; i + lineSamples<Sample> <= count; i += lineSamples<Sample>) {
-        PrefetchToWrite(a + i);
-        PrefetchToWrite(b + i);
-        const Line<Sample> first(a + i), second(b + i);
-        first.Store(b + i);
-        second.Store(a + i);
-    }
-    for (; i < count; ++i) std::swap(a[i], b[i]);
+void Exchange(Sample* __restrict a, Sample* __restrict b, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) Swap(a + i, b + i);
 }
 
 // The same, each stretch turned round on the way: a's first sample becomes b's last.
 template <class Sample>
 void ExchangeReversed(Sample* a, Sample* b, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) Swap(a + i, b + (count - 1 - i));
+}
+
+#if defined(__x86_64__)
+
+[[NIFIKRAL_AVX2]] inline __m256i TurnRound(__m256i vector, const Rgba32*) {
+    return _mm256_permutevar8x32_epi32(vector, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
+}
+
+[[NIFIKRAL_AVX2]] inline __m256i TurnRound(__m256i vector, const std::uint8_t*) {
+    const __m256i lanes =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
+    return _mm256_permute4x64_epi64(_mm256_shuffle_epi8(vector, lanes), _MM_SHUFFLE(1, 0, 3, 2));
+}
+
+template <class Sample>
+[[NIFIKRAL_AVX2]] void ExchangeReversedAvx2(Sample* a, Sample* b, unsigned count) {
+    constexpr unsigned step = 32 / sizeof(Sample);
     unsigned i = 0;
-    for (; i + lineSamples<Sample> <= count; i += lineSamples<Sample>) {
-        Sample* const fromEnd = b + (count - i - lineSamples<Sample>);
-        PrefetchToWrite(a + i);
-        PrefetchToWrite(fromEnd);
-        const Line<Sample> first(a + i), second(fromEnd);
-        first.StoreReversed(fromEnd);
-        second.StoreReversed(a + i);
+    for (; i + step <= count; i += step) {
+        auto *const first = reinterpret_cast<__m256i*>(a + i), *const second =
+                                                                   reinterpret_cast<__m256i*>(b + (count - i - step));
+        const __m256i turned = TurnRound(_mm256_loadu_si256(first), a);
+        _mm256_storeu_si256(first, TurnRound(_mm256_loadu_si256(second), b));
+        _mm256_storeu_si256(second, turned);
     }
-    for (; i < count; ++i) std::swap(a[i], b[count - 1 - i]);
+    ExchangeReversed(a + i, b, count - i);
 }
 
 template <class Sample>
-void MirrorRow(Sample* row, unsigned width) {
-    const unsigned half = width / 2;
-    ExchangeReversed(row, row + (width - half), half);
-}
+constexpr Variants<void(Sample*, Sample*, unsigned)> exchangeReversed{ExchangeReversed<Sample>,
+                                                                      ExchangeReversedAvx2<Sample>};
+
+#else
 
 template <class Sample>
-void Reverse(const PlaneView<Sample>& plane, bool mirror, bool vertical) {
+constexpr auto exchangeReversed = variantsOf<ExchangeReversed<Sample>>;
+
+#endif
+
+template <class Sample>
+constexpr auto exchange = variantsOf<Exchange<Sample>>;
+
+// Exchanges two stretches that do not overlap piece by piece, and fetches what both will be followed by: for each the
+// same place so many bytes ahead.
+template <class Sample>
+struct Exchanger {
+    InstructionSet set;
+
+    void operator()(Sample* a, Sample* b, unsigned count, bool reversed, std::ptrdiff_t aheadOfA,
+                    std::ptrdiff_t aheadOfB) const {
+        constexpr unsigned pieceBytes = 512, piece = pieceBytes / sizeof(Sample);
+        const auto run = (reversed ? exchangeReversed<Sample> : exchange<Sample>).For(set);
+        for (unsigned i = 0; i < count; i += piece) {
+            const unsigned length = std::min(piece, count - i);
+            Sample *const first = a + i, *const second = reversed ? b + (count - i - length) : b + i;
+            for (unsigned line = 0; line < pieceBytes; line += cacheLine) {
+                PrefetchToWrite(first, aheadOfA + line);
+                PrefetchToWrite(second, aheadOfB + line);
+            }
+            run(first, second, length);
+        }
+    }
+};
+
+template <class Sample>
+void Reverse(const PlaneView<Sample>& plane, bool mirror, bool vertical, InstructionSet set) {
+    const Exchanger<Sample> exchangeStretches{set};
+    const std::ptrdiff_t twoRows = 2 * std::ptrdiff_t(plane.pitch);
+    const auto mirrorRow = [&](unsigned y) {
+        const unsigned half = plane.width / 2;
+        Sample* const row = plane.Row(y);
+        exchangeStretches(row, row + (plane.width - half), half, true, twoRows, twoRows);
+    };
     if (!vertical) {
-        for (unsigned y = 0; y < plane.height; ++y) MirrorRow(plane.Row(y), plane.width);
+        for (unsigned y = 0; y < plane.height; ++y) mirrorRow(y);
         return;
     }
-    for (unsigned y = 0; y < plane.height / 2; ++y) {
-        Sample *const upper = plane.Row(y), *const lower = plane.Row(plane.height - 1 - y);
-        if (mirror)
-            ExchangeReversed(upper, lower, plane.width);
-        else
-            Exchange(upper, lower, plane.width);
-    }
-    if (mirror && plane.height % 2) MirrorRow(plane.Row(plane.height / 2), plane.width);
-}
-
-void ReverseRgba32Effect(PackedView picture, bool mirror, bool vertical) { Reverse(picture, mirror, vertical); }
-
-void ReverseComponentEffect(PlanarView picture, bool mirror, bool vertical) {
-    for (unsigned p = 0; p < picture.planes; ++p) Reverse(picture.plane[p], mirror, vertical);
+    for (unsigned y = 0; y < plane.height / 2; ++y)
+        exchangeStretches(plane.Row(y), plane.Row(plane.height - 1 - y), plane.width, mirror, twoRows, -twoRows);
+    if (mirror && plane.height % 2) mirrorRow(plane.height / 2);
 }
 
 }  // namespace
@@ -106,8 +137,12 @@ void CReverseVideoImageEffect::OnSetProperty(const std::string& name, PropertyNo
 void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const bool mirror = m_settings.mirror == 1, vertical = m_settings.vertical == 1;
     if (!mirror && !vertical) return;
-    ForFrame([&](const PackedView& picture) { Pick<ReverseRgba32Effect>()(picture, mirror, vertical); },
-             [&](const PlanarView& picture) { Pick<ReverseComponentEffect>()(picture, mirror, vertical); }, *frame);
+    ForFrame([&](const PackedView& picture) { Reverse(picture, mirror, vertical, Instructions()); },
+             [&](const PlanarView& picture) {
+                 for (unsigned p = 0; p < picture.planes; ++p)
+                     Reverse(picture.plane[p], mirror, vertical, Instructions());
+             },
+             *frame);
 }
 
 }  // namespace AVBased

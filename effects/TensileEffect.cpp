@@ -1,12 +1,12 @@
 #include "effects/TensileEffect.h"
 
 #include <algorithm>
-#include <numeric>
+#include <utility>
 
 #include "avbase/avbase.h"
-#include "effects/coordinate_table.h"
 #include "effects/fixed_point.h"
 #include "effects/property_table.h"
+#include "effects/row_sampler.h"
 
 namespace AVBased {
 namespace {
@@ -29,93 +29,93 @@ bool CanBeStretched(const TensileBand& band, unsigned size) {
 std::uint32_t StepInBand(const TensileBand& band) { return TruncateToUint32(256.0 / band.scale); }
 std::uint32_t LengthOfBand(const TensileBand& band) { return TruncateToUint32(band.scale * (band.end - band.begin)); }
 
-// A map of `size` entries that is filled from its first to its last.
+// A map of `size` entries that is filled from its first to its last and never falls.
 class Map {
  public:
     explicit Map(unsigned size) : m_size(size) { m_entries.reserve(size); }
     /// Appends first, first + step / 256, first + 2 step / 256 and so on; what passes the map's end is dropped.
-    void Append(std::uint32_t count, std::uint32_t first, std::uint32_t step) {
-        count = std::min(count, m_size - unsigned(m_entries.size()));
-        std::uint32_t accumulator = 0;
+    void Append(std::uint32_t count, std::uint64_t first, std::uint64_t step) {
+        count = std::min(count, Left());
+        std::uint64_t accumulator = 0;
         for (; count > 0; --count, accumulator += step)
-            m_entries.push_back(std::min(first + (accumulator >> 8), m_size - 1));
+            m_entries.push_back(unsigned(std::min<std::uint64_t>(first + (accumulator >> 8), m_size - 1)));
     }
-    unsigned Left() const { return m_size - unsigned(m_entries.size()); }
-    std::vector<unsigned> Take() { return std::move(m_entries); }
+    std::uint32_t Left() const { return m_size - unsigned(m_entries.size()); }
+    AxisMap Take() { return std::move(m_entries); }
 
  private:
     unsigned m_size;
-    std::vector<unsigned> m_entries;
+    AxisMap m_entries;
 };
+
+// The step that spreads `from` positions over `to`.
+std::uint64_t Spread(std::uint64_t from, std::uint32_t to) { return (from << 8) / to; }
 
 }  // namespace
 
-std::vector<unsigned> TensileColumns(const TensileBand& band, unsigned width) {
+AxisMap TensileColumns(const TensileBand& band, unsigned width) {
     if (!CanBeStretched(band, width)) return {};
     const std::uint32_t length = LengthOfBand(band), step = StepInBand(band);
     const std::uint32_t grow = (length - (band.end - band.begin)) >> 1;
     const std::uint32_t left = band.begin - grow, right = band.end + grow;
     Map map(width);
     if (std::int32_t(left) > 0) {
-        map.Append(left, 0, (band.begin << 8) / left);
+        map.Append(left, 0, Spread(band.begin, left));
         if (width > right) {
             map.Append(length, band.begin, step);
-            map.Append(width - right, band.end, ((width - band.end) << 8) / (width - right));
+            map.Append(width - right, band.end, Spread(width - band.end, width - right));
         } else {
             map.Append(map.Left(), band.begin, step);
         }
     } else {
-        const std::uint32_t shown = std::min(width, right), hidden = (grow - band.begin) * step >> 8;
+        const std::uint32_t shown = std::min(width, right);
+        const std::uint64_t hidden = std::uint64_t(grow - band.begin) * step >> 8;
         map.Append(shown, hidden + band.begin, step);
-        if (width > shown) map.Append(width - shown, band.end, ((width - band.end) << 8) / (width - shown));
+        if (width > shown) map.Append(width - shown, band.end, Spread(width - band.end, width - shown));
     }
     return map.Take();
 }
 
-std::vector<unsigned> TensileRows(const TensileBand& band, unsigned height) {
+AxisMap TensileRows(const TensileBand& band, unsigned height) {
     if (!CanBeStretched(band, height)) return {};
     const std::uint32_t length = LengthOfBand(band), step = StepInBand(band);
     Map map(height);
     if (length < band.end) {
         const std::uint32_t top = band.end - length;
-        map.Append(top, 0, (band.begin << 8) / top);
+        map.Append(top, 0, Spread(band.begin, top));
         map.Append(length, band.begin, step);
     } else {
-        map.Append(band.end, ((length - band.end) * step >> 8) + band.begin, step);
+        map.Append(band.end, (std::uint64_t(length - band.end) * step >> 8) + band.begin, step);
     }
     return map.Take();
 }
 
 namespace {
 
+// Whole rows move; those below the map stay. Deliberate: their padding moves with them.
 template <class Sample>
-void CopyRow(const PlaneView<Sample>& to, unsigned y, const PlaneView<Sample>& from, unsigned source) {
-    // Deliberate: whole rows, padding included.
-    if (to.Contains(0, y) && from.Contains(0, source))
-        AVBasedMemCopy(to.Row(y), from.Row(source), std::min(to.pitch, from.pitch));
+void MoveRows(const AxisMap& rows, const PlaneView<Sample>& plane) {
+    if (plane.width == 0) return;
+    ForEachRowInPlace(rows, [&](unsigned y, int) {
+        if (rows[y] != y) AVBasedMemCopy(plane.Row(y), plane.Row(rows[y]), plane.pitch);
+    });
 }
 
-// Rows below the map stay.
-void VerticalTensileRgba32Effect(const std::vector<unsigned>& rows, const PackedView& to, const PackedView& from) {
-    for (unsigned y = 0; y < rows.size(); ++y) CopyRow(to, y, from, rows[y]);
+template <class Sample>
+void Stretch(const AxisMap& columns, const AxisMap& rows, const PlaneView<Sample>& plane, InstructionSet set) {
+    const RowSampler<Sample> sampler(columns, plane.width, set);
+    std::vector<Sample> own(plane.width);
+    ForEachRowInPlace(rows, [&](unsigned y, int direction) {
+        const Sample* from = plane.Row(rows[y]);
+        if (rows[y] == y) from = std::copy_n(from, plane.width, own.data()) - plane.width;
+        sampler(plane.Row(y), from, 2 * direction * std::ptrdiff_t(plane.pitch));
+    });
 }
 
-void VerticalTensileComponentEffect(const std::vector<unsigned>& rows, const PlanarView& to, const PlanarView& from) {
-    for (unsigned y = 0; y < rows.size(); ++y) {
-        CopyRow(to.plane[0], y, from.plane[0], rows[y]);
-        for (unsigned p = 1; p < 3; ++p) {
-            const ComponentView& chroma = from.plane[p];
-            if (chroma.Contains(0, 0))
-                CopyRow(to.plane[p], y >> to.rowShift, chroma, std::min(rows[y] >> to.rowShift, chroma.height - 1));
-        }
-    }
-}
-
-template <class Place>
-void PlaceAll(const std::vector<unsigned>& columns, const std::vector<unsigned>& rows, unsigned height, Place place) {
-    if (columns.empty() || rows.empty()) return;
-    for (unsigned y = 0; y < height; ++y)
-        for (unsigned x = 0; x < columns.size(); ++x) place(x, y, {columns[x], y < rows.size() ? rows[y] : y});
+// Rows outside the band's map stay where they are when columns are stretched as well.
+AxisMap WithRowsBelow(AxisMap rows, unsigned height) {
+    for (unsigned y = unsigned(rows.size()); y < height; ++y) rows.push_back(y);
+    return rows;
 }
 
 }  // namespace
@@ -133,28 +133,39 @@ void CTensileVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const TensileSettings& s = m_settings;
     const bool vertical = s.vertical == 1, horizontal = s.horizontal == 1;
     if (!vertical && !horizontal) return;
-    const auto columns = [&](unsigned width) {
-        return TensileColumns({s.horizontalX1, s.horizontalX2, s.horizontalScale}, width);
+    const TensileBand columnBand{s.horizontalX1, s.horizontalX2, s.horizontalScale},
+        rowBand{s.verticalY1, s.verticalY2, s.verticalScale};
+    // Runs move(rows) or stretch(columns, rows) unless a band cannot be stretched.
+    const auto run = [&](unsigned width, unsigned height, auto move, auto stretch) {
+        AxisMap columns, rows;
+        if (horizontal && (columns = TensileColumns(columnBand, width)).empty()) return;
+        if (vertical && (rows = TensileRows(rowBand, height)).empty()) return;
+        if (horizontal)
+            stretch(columns, WithRowsBelow(std::move(rows), height));
+        else
+            move(rows);
     };
-    // Alone, the horizontal stretch leaves every row where it is.
-    const auto rows = [&](unsigned height) {
-        if (vertical) return TensileRows({s.verticalY1, s.verticalY2, s.verticalScale}, height);
-        std::vector<unsigned> identity(height);
-        std::iota(identity.begin(), identity.end(), 0u);
-        return identity;
-    };
-    const FrameCopy source(*frame);
     ForFrame(
-        [&](const PackedView& to, const PackedView& from) {
-            if (!horizontal) return VerticalTensileRgba32Effect(rows(to.height), to, from);
-            PlaceAll(columns(to.width), rows(to.height), to.height, PlacePacked{to, from});
+        [&](const PackedView& picture) {
+            run(
+                picture.width, picture.height, [&](const AxisMap& rows) { MoveRows(rows, picture); },
+                [&](const AxisMap& columns, const AxisMap& rows) { Stretch(columns, rows, picture, Instructions()); });
         },
-        [&](const PlanarView& to, const PlanarView& from) {
-            const auto [data, width, pitch, height] = to.plane[0];
-            if (!horizontal) return VerticalTensileComponentEffect(rows(height), to, from);
-            PlaceAll(columns(width), rows(height), height, PlacePlanar{to, from});
+        [&](const PlanarView& picture) {
+            const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
+            for (unsigned p = 0; p < 3; ++p) {
+                const ComponentView& plane = picture.plane[p];
+                const auto rowsOf = [&](const AxisMap& rows) {
+                    return SharedMap(rows, {unsigned(rows.size()), RowsOf(picture, p).shift, plane.height});
+                };
+                run(
+                    width, height, [&](const AxisMap& rows) { MoveRows(rowsOf(rows), plane); },
+                    [&](const AxisMap& columns, const AxisMap& rows) {
+                        Stretch(SharedMap(columns, ColumnsOf(picture, p)), rowsOf(rows), plane, Instructions());
+                    });
+            }
         },
-        *frame, *source);
+        *frame);
 }
 
 }  // namespace AVBased

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <vector>
-
 #include "effects/CBasedVideoEffect.h"
-#include "effects/frame_views.h"
+#include "effects/row_sampler.h"
 
 namespace AVBased {
 
@@ -17,10 +15,10 @@ struct TensileBand {
 
 /// For each column the one that it shows: the band grows about its middle and both sides are compressed. Empty when
 /// the band asks for nothing that can be done.
-std::vector<unsigned> TensileColumns(const TensileBand& band, unsigned width);
+AxisMap TensileColumns(const TensileBand& band, unsigned width);
 /// For each row above the band's end the one that it shows: the band grows upwards only, and what is above it is
 /// compressed. Empty as above.
-std::vector<unsigned> TensileRows(const TensileBand& band, unsigned height);
+AxisMap TensileRows(const TensileBand& band, unsigned height);
 
 struct TensileSettings {
     std::uint32_t vertical = 0, verticalY1 = 0, verticalY2 = 0;

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_frames.h"
+#include <algorithm>
+#include <array>
+#include <type_traits>
+
+#include "tests/support/random_frames.h"
 
 namespace AVBased::Testing {
 namespace {
@@ -91,6 +95,66 @@ TEST(Magnifier, LeavesTheFrameWithoutAGlass) {
     }
     Apply(*MakeEffect("magnifier", Glass("7", "15", "15", "2.0001")), frame);
     EXPECT_FALSE(frame == before);
+}
+
+// A plane's sample and its right, lower and lower right neighbours, inside the plane.
+template <class Sample>
+std::array<Sample, 4> Around(const PlaneView<Sample>& plane, unsigned x, unsigned y) {
+    const unsigned x0 = std::min(x, plane.width - 1), x1 = std::min(x + 1, plane.width - 1);
+    const unsigned y0 = std::min(y, plane.height - 1), y1 = std::min(y + 1, plane.height - 1);
+    return {plane.Row(y0)[x0], plane.Row(y0)[x1], plane.Row(y1)[x0], plane.Row(y1)[x1]};
+}
+int Mixed(int a, int b, unsigned share) { return a + ((b - a) * int(share) >> 8); }
+
+void MixAt(const PackedView& to, const PackedView& from, unsigned x, unsigned y, unsigned sx, unsigned sy) {
+    const auto [own, right, below, belowRight] = Around(from, sx >> 16, sy >> 16);
+    const auto mix = [&](std::uint8_t Rgba32::*channel) {
+        const unsigned fx = sx >> 8 & 255, fy = sy >> 8 & 255;
+        return std::uint8_t(
+            Mixed(Mixed(own.*channel, right.*channel, fx), Mixed(below.*channel, belowRight.*channel, fx), fy));
+    };
+    to.Row(y)[x] = {mix(&Rgba32::blue), mix(&Rgba32::green), mix(&Rgba32::red), mix(&Rgba32::alpha)};
+}
+void MixAt(const PlanarView& to, const PlanarView& from, unsigned x, unsigned y, unsigned sx, unsigned sy) {
+    const unsigned fx = sx >> 8 & 255, fy = sy >> 8 & 255, both = fx * fy >> 8, right = fy - both, below = fx - both;
+    for (unsigned p = 0; p < 3; ++p)
+        if (std::uint8_t* const sample = to.At(p, x, y)) {
+            const auto n =
+                Around(from.plane[p], sx >> 16 >> (p ? from.columnShift : 0), sy >> 16 >> (p ? from.rowShift : 0));
+            *sample = std::uint8_t((n[0] * (256 - fy - below) + n[1] * right + n[2] * below + n[3] * both) >> 8);
+        }
+}
+
+TEST(Magnifier, TakesWhatTheStepsSayInsideTheCircle) {
+    const auto settings = [](unsigned width, unsigned height, std::mt19937& random) {
+        return Settings{{"magnifier_r", Between(0, int(std::min(width, height) / 2), random)},
+                        {"magnifier_x", Between(0, int(width), random)},
+                        {"magnifier_y", Between(0, int(height), random)},
+                        {"magnifier_scale", RealBetween(1, random() % 2 ? 2 : 7, random)}};
+    };
+    CompareOnRandomFrames("magnifier", 400, settings, [](const auto& to, const auto& from, const Settings& s) {
+        const unsigned r = Number(s, 0), cx = Number(s, 1), cy = Number(s, 2);
+        const double scale = std::stod(s[3].second);
+        const bool nearest = scale <= 2;
+        const unsigned edge = !nearest && std::is_same_v<decltype(to), const PackedView&>;
+        const unsigned left = cx < r ? edge : cx - r, top = cy < r ? edge : cy - r;
+        const unsigned width = cx < r ? cx + r : std::min(2 * r, LumaOf(to).width - left);
+        const unsigned height = cy < r ? cy + r : std::min(2 * r, LumaOf(to).height - top);
+        const unsigned step = unsigned((nearest ? 256 : 65536) / scale);
+        const unsigned xSurplus = (unsigned(width * scale) - width) * step,
+                       ySurplus = (unsigned(height * scale) - height) * step;
+        for (unsigned j = 0; j < height; ++j)
+            for (unsigned i = 0; i < width; ++i) {
+                const unsigned x = left + i, y = top + j;
+                if ((x - cx) * (x - cx) + (y - cy) * (y - cy) >= r * r) continue;
+                if (nearest)
+                    PlacerOf(to, from)(
+                        x, y, {(i * step >> 8) + (xSurplus >> 9) + left, (j * step >> 8) + (ySurplus >> 9) + top});
+                else
+                    MixAt(to, from, x, y, i * step + (xSurplus >> 1) + (left << 16),
+                          j * step + (ySurplus >> 1) + (top << 16));
+            }
+    });
 }
 
 }  // namespace

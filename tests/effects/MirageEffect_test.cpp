@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/support/test_frames.h"
+#include "tests/support/random_frames.h"
 
 namespace AVBased::Testing {
 namespace {
@@ -47,6 +47,38 @@ TEST(Mirage, LeavesTheFrameForAnOpacityAboveAHundredOrNoFactor) {
     Apply(*MakeEffect("mirage", {{"mirage_alpha", "-1"}}), frame);
     Apply(*MakeEffect("mirage", {{"mirage_width", "-200"}}), frame);
     EXPECT_EQ(frame, before);
+}
+
+void BlendInto(Rgba32& p, Rgba32 own, unsigned t) {
+    const auto mix = [t](unsigned a, unsigned b) { return std::uint8_t((a * (256 - t) + b * t) >> 8); };
+    p = {mix(own.blue, p.blue), mix(own.green, p.green), mix(own.red, p.red), p.alpha};
+}
+void BlendAt(const PackedView& to, const PackedView& from, unsigned x, unsigned y, unsigned t) {
+    BlendInto(to.Row(y)[x], from.Row(y)[x], t);
+}
+void BlendAt(const PlanarView& to, const PlanarView& from, unsigned x, unsigned y, unsigned t) {
+    for (unsigned p = 0; p < 3; ++p)
+        if (std::uint8_t* const sample = to.At(p, x, y))
+            *sample = std::uint8_t((*from.At(p, x, y) * (256 - t) + *sample * t) >> 8);
+}
+
+TEST(Mirage, ZoomsThenBlendsEveryLumaPosition) {
+    const auto settings = [](unsigned, unsigned, std::mt19937& random) {
+        return Settings{{"mirage_width", Between(0, random() % 4 ? 60 : 30000, random)},
+                        {"mirage_alpha", Between(0, 100, random)}};
+    };
+    CompareOnRandomFrames("mirage", 300, settings, [](const auto& to, const auto& from, const Settings& s) {
+        const unsigned factor = Number(s, 0) + 200, zoom = (factor << 16) / 200, step = 0xC80000 / factor;
+        const unsigned width = LumaOf(to).width, height = LumaOf(to).height, t = ((Number(s, 1) + 40) << 7) / 100;
+        const auto place = PlacerOf(to, from);
+        unsigned row = ((height * zoom >> 16) - height) * step >> 1;
+        for (unsigned y = 0; y < height; ++y, row += step) {
+            unsigned column = ((zoom * width >> 16) - width) * step >> 1;
+            for (unsigned x = 0; x < width; ++x, column += step) place(x, y, {column >> 16, row >> 16});
+        }
+        for (unsigned y = 0; y < height; ++y)
+            for (unsigned x = 0; x < width; ++x) BlendAt(to, from, x, y, t);
+    });
 }
 
 }  // namespace

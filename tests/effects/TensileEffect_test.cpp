@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "tests/support/test_frames.h"
+#include "tests/support/random_frames.h"
 
 namespace AVBased::Testing {
 namespace {
@@ -105,6 +105,30 @@ TEST_F(TensileOnAFrame, FlagsOtherThanOneAreOff) {
     Apply(*MakeEffect("tensile", Vertical("2")), frame);
     Apply(*MakeEffect("tensile", Horizontal("-1")), frame);
     EXPECT_EQ(frame, before);
+}
+
+TEST(Tensile, GivesEveryPixelWhatTheMapsSay) {
+    const auto settings = [](unsigned width, unsigned height, std::mt19937& random) {
+        const unsigned x1 = random() % width, x2 = x1 + 1 + random() % (width - x1);
+        const unsigned y1 = random() % height, y2 = y1 + 1 + random() % (height - y1);
+        return Settings{{"tensile_horizontal_x1", std::to_string(x1)},
+                        {"tensile_horizontal_x2", std::to_string(x2)},
+                        {"tensile_vertical_y1", std::to_string(y1)},
+                        {"tensile_vertical_y2", std::to_string(y2)},
+                        {"tensile_horizontal_scale", RealBetween(1, 4, random)},
+                        {"tensile_vertical_scale", RealBetween(1, 4, random)},
+                        {"tensile_horizontal", "1"},
+                        {"tensile_vertical", Between(0, 1, random)}};
+    };
+    CompareOnRandomFrames("tensile", 300, settings, [](const auto& to, const auto& from, const Settings& s) {
+        const Map columns = TensileColumns({Number(s, 0), Number(s, 1), std::stod(s[4].second)}, LumaOf(to).width);
+        Map rows;
+        if (s[7].second == "1")
+            rows = TensileRows({Number(s, 2), Number(s, 3), std::stod(s[5].second)}, LumaOf(to).height);
+        const auto place = PlacerOf(to, from);
+        for (unsigned y = 0; y < LumaOf(to).height; ++y)
+            for (unsigned x = 0; x < columns.size(); ++x) place(x, y, {columns[x], y < rows.size() ? rows[y] : y});
+    });
 }
 
 }  // namespace
