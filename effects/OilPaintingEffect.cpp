@@ -118,7 +118,7 @@ class PlanarOilPicture final : public OilPicture {
 
 void Paint(OilPicture& picture, const OilPaintingSettings& settings, InstructionSet set) {
     if (set == InstructionSet::Avx2 && PaintByVectors(picture, settings)) return;
-    PaintBySliding(picture, settings);
+    PaintBySliding(picture, settings, set);
 }
 
 void OilPaintingRgba32Effect(const PackedView& view, const OilPaintingSettings& settings, InstructionSet set) {

@@ -27,7 +27,7 @@ constexpr std::uint8_t OilClass(std::uint8_t level, std::uint32_t coarseness) {
 }
 
 /// Paints with one histogram that slides along each row.
-void PaintBySliding(OilPicture& picture, const OilPaintingSettings& settings);
+void PaintBySliding(OilPicture& picture, const OilPaintingSettings& settings, InstructionSet set);
 
 /// Paints many pixels at once. Needs AVX2; false, with nothing done, for settings that it does not serve.
 bool PaintByVectors(OilPicture& picture, const OilPaintingSettings& settings);

@@ -7,23 +7,34 @@
 namespace AVBased {
 namespace {
 
-constexpr unsigned mostClasses = 256;
+constexpr unsigned mostClasses = 256, blockClasses = 16;
 
 // Counts and channel sums of the brush, by class. Wraps like the 32-bit counters that it is made of.
 struct Histogram {
     std::uint32_t count[mostClasses] = {};
     std::uint32_t sum[mostClasses][4] = {};
 
-    void Add(std::uint32_t pixel, std::uint32_t times) {
+    void Add(std::uint32_t pixel) {
         const unsigned group = pixel >> 24;
-        count[group] += times;
-        for (unsigned k = 0; k < 4; ++k) sum[group][k] += (pixel >> 8 * k & 255) * times;
+        ++count[group];
+        for (unsigned k = 0; k < 4; ++k) sum[group][k] += pixel >> 8 * k & 255;
+    }
+    void Remove(std::uint32_t pixel) {
+        const unsigned group = pixel >> 24;
+        --count[group];
+        for (unsigned k = 0; k < 4; ++k) sum[group][k] -= pixel >> 8 * k & 255;
     }
     // The lowest of the most frequent classes.
     unsigned Mode(unsigned classes) const {
         std::uint32_t most = 0;
-        for (unsigned c = 0; c < classes; ++c) most = std::max(most, count[c]);
         unsigned mode = 0;
+        for (unsigned block = 0; block < classes; block += blockClasses) {
+            std::uint32_t highest = 0;
+            for (unsigned c = block; c < block + blockClasses; ++c) highest = std::max(highest, count[c]);
+            if (highest <= most) continue;
+            most = highest;
+            mode = block;
+        }
         while (count[mode] != most) ++mode;
         return mode;
     }
@@ -60,9 +71,7 @@ class Rows {
     std::vector<std::uint8_t> m_channels;
 };
 
-}  // namespace
-
-void PaintBySliding(OilPicture& picture, const OilPaintingSettings& settings) {
+void Slide(OilPicture& picture, const OilPaintingSettings& settings) {
     const std::size_t width = picture.width, height = picture.height;
     if (width == 0 || height == 0) return;
     // A brush that reaches past every edge is no different for reaching further.
@@ -70,24 +79,36 @@ void PaintBySliding(OilPicture& picture, const OilPaintingSettings& settings) {
                       across = std::min<std::size_t>(settings.radius, width);
     const unsigned classes = OilClass(255, settings.coarseness) + 1u;
     Rows rows(picture, settings, std::min(2 * down + 1, height));
+    std::vector<const std::uint32_t*> brush;
     for (std::size_t y = 0; y < height; ++y) {
         const std::size_t top = y - std::min(y, down), bottom = std::min(y + down + 1, height);
         rows.ReadUpTo(bottom);
         Histogram histogram;
-        const auto addColumn = [&](std::size_t x, std::uint32_t times) {
-            for (std::size_t row = top; row < bottom; ++row) histogram.Add(rows.Row(row)[x], times);
+        brush.clear();
+        for (std::size_t row = top; row < bottom; ++row) brush.push_back(rows.Row(row));
+        const auto addColumn = [&](std::size_t x) {
+            for (const std::uint32_t* row : brush) histogram.Add(row[x]);
         };
-        for (std::size_t x = 0; x < std::min(across, width); ++x) addColumn(x, 1);
+        const auto removeColumn = [&](std::size_t x) {
+            for (const std::uint32_t* row : brush) histogram.Remove(row[x]);
+        };
+        for (std::size_t x = 0; x < across; ++x) addColumn(x);
         std::uint8_t* const channel[3] = {rows.Channel(0), rows.Channel(1), rows.Channel(2)};
         for (std::size_t x = 0; x < width; ++x) {
-            if (x + across < width) addColumn(x + across, 1);
+            if (x + across < width) addColumn(x + across);
             const unsigned mode = histogram.Mode(classes);
             for (unsigned k = 0; k < 3; ++k)
                 channel[k][x] = std::uint8_t(histogram.sum[mode][k] / histogram.count[mode]);
-            if (x >= across) addColumn(x - across, std::uint32_t(-1));
+            if (x >= across) removeColumn(x - across);
         }
         picture.Write(unsigned(y), channel);
     }
+}
+
+}  // namespace
+
+void PaintBySliding(OilPicture& picture, const OilPaintingSettings& settings, InstructionSet set) {
+    variantsOf<Slide>.For(set)(picture, settings);
 }
 
 }  // namespace AVBased
