@@ -1,5 +1,6 @@
 #include "effects/ReliefEffect.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <vector>
@@ -7,7 +8,6 @@
 #include "effects/fixed_point.h"
 #include "effects/frame_views.h"
 #include "effects/property_table.h"
-#include "effects/row_loops.h"
 
 namespace AVBased {
 namespace {
@@ -16,64 +16,71 @@ constexpr Property<CReliefVideoImageEffect::Settings> properties[] = {
     {"relief_angle", "40", &CReliefVideoImageEffect::Settings::angle},
 };
 
-// In 16 bits: of a sample times 128 by twice a weight, the high half is floor(sample x weight / 256).
-std::int16_t Share(std::int16_t sample128, std::int16_t weight2) { return std::int16_t(sample128 * weight2 >> 16); }
+// A row in work, byte by byte with its neighbours, and the sums of the two rows that it completes and continues.
+struct Lines {
+    const std::uint8_t *left, *middle, *right;
+    std::int16_t *above, *here;
+};
 
-void AddRow(const ReliefLines& lines, unsigned bytes, unsigned char* finished) {
-    const std::array<std::int16_t, 9> k = lines.weights;
+// Adds the shares of a row to the row above, to itself and to the row below, whose sums replace its own, and writes the
+// row above. In 16 bits: of a sample times 128 by twice a weight, the high half is floor(sample x weight / 256).
+void AddRow(const Lines& lines, unsigned bytes, const std::array<std::int16_t, 9>& weights2, std::uint8_t* finished) {
+    const auto share = [](std::int16_t sample128, std::int16_t weight2) {
+        return std::int16_t(sample128 * weight2 >> 16);
+    };
+    const std::array<std::int16_t, 9> k = weights2;
     std::int16_t* const __restrict above = lines.above;
     std::int16_t* const __restrict here = lines.here;
     std::uint8_t* const __restrict out = finished;
     for (unsigned x = 0; x < bytes; ++x) {
         const auto l = std::int16_t(lines.left[x] << 7), m = std::int16_t(lines.middle[x] << 7),
                    r = std::int16_t(lines.right[x] << 7);
-        out[x] = ClampToByte(above[x] + Share(l, k[6]) + Share(m, k[7]) + Share(r, k[8]));
-        above[x] = std::int16_t(here[x] + Share(l, k[3]) + Share(m, k[4]) + Share(r, k[5]));
-        here[x] = std::int16_t(Share(l, k[0]) + Share(m, k[1]) + Share(r, k[2]));
+        out[x] = ClampToByte(above[x] + share(l, k[6]) + share(m, k[7]) + share(r, k[8]));
+        above[x] = std::int16_t(here[x] + share(l, k[3]) + share(m, k[4]) + share(r, k[5]));
+        here[x] = std::int16_t(share(l, k[0]) + share(m, k[1]) + share(r, k[2]));
     }
 }
 
 // Filters a plane in one walk downwards and writes one row behind, so that it needs no copy of the frame: only the row
-// in work as it came, with black at both ends for the terms that are missing there, and two rows of sums.
-template <class Sample>
-void Relief(const PlaneView<Sample>& plane, const ReliefKernel& kernel, ReliefRow* addRow) {
+// in work as it came, with black at both ends for the terms that are missing there, and two rows of sums. Calls
+// finish(row, line) for each row written, with the row in work.
+template <class Sample, class Finish>
+void Relief(const PlaneView<Sample>& plane, const ReliefKernel& kernel, Finish finish) {
     constexpr unsigned step = sizeof(Sample);
     const unsigned bytes = plane.width * step;
     if (bytes == 0 || plane.height == 0) return;
     std::vector<std::uint8_t> line(bytes + 2 * step);
     std::vector<std::int16_t> sums(std::size_t(bytes) * 2);
-    ReliefLines lines{line.data(), line.data() + step, line.data() + 2 * step, sums.data(), sums.data() + bytes, {}};
-    for (unsigned i = 0; i < kernel.size(); ++i) lines.weights[i] = std::int16_t(2 * kernel[i]);
+    const Lines lines{line.data(), line.data() + step, line.data() + 2 * step, sums.data(), sums.data() + bytes};
+    std::array<std::int16_t, 9> weights2;
+    for (unsigned i = 0; i < kernel.size(); ++i) weights2[i] = std::int16_t(2 * kernel[i]);
 
     const ComponentView rows{plane.data, bytes, plane.pitch, plane.height};
     for (unsigned y = 0; y < rows.height; ++y) {
-        for (unsigned x = 0; x < bytes; x += cacheLine)
-            PrefetchToWrite(rows.Row(y) + x, 2 * std::ptrdiff_t(rows.pitch));
         std::copy_n(rows.Row(y), bytes, line.data() + step);
-        if constexpr (step == sizeof(Rgba32)) line[bytes + 2 * step - 1] = line[bytes + step - 1];
-        // Above the first row there is none to write; the row itself, safe in the line by now, is written once more
-        // later.
-        addRow(lines, bytes, rows.Row(y == 0 ? 0 : y - 1));
+        // Above the first row there is none: that row itself, safe in the line by now, is written twice.
+        const unsigned above = y == 0 ? 0 : y - 1;
+        AddRow(lines, bytes, weights2, rows.Row(above));
+        finish(plane.Row(above), lines.middle);
     }
-    // Below the last row everything is black, but for the fourth bytes of the nearest pixels, its own.
-    for (std::size_t i = 0; i < line.size(); ++i)
-        if (step == 1 || i % step != step - 1) line[i] = 0;
-    addRow(lines, bytes, rows.Row(rows.height - 1));
+    const std::vector<std::uint8_t> black(line.size());
+    AddRow({black.data(), black.data(), black.data(), lines.above, lines.here}, bytes, weights2,
+           rows.Row(rows.height - 1));
+    finish(plane.Row(rows.height - 1), lines.middle);
 }
 
 }  // namespace
 
-void ReliefComponentRow(const ReliefLines& lines, unsigned bytes, unsigned char* finished) {
-    AddRow(lines, bytes, finished);
+void ReliefRgba32Effect(PackedView picture, const ReliefKernel& kernel) {
+    // Deliberate: the fourth byte is that of the last neighbour, below and to the right.
+    Relief(picture, kernel, [width = picture.width](Rgba32* row, const std::uint8_t* line) {
+        const auto* const pixels = reinterpret_cast<const Rgba32*>(line);
+        for (unsigned x = 0; x < width; ++x) row[x].alpha = pixels[std::min(x + 1, width - 1)].alpha;
+    });
 }
 
-void ReliefRgba32Row(const ReliefLines& lines, unsigned bytes, unsigned char* finished) {
-    AddRow(lines, bytes, finished);
-    auto* const pixels = reinterpret_cast<Rgba32*>(finished);
-    const auto* const right = reinterpret_cast<const Rgba32*>(lines.right);
-    // Deliberate: the fourth byte is that of the last neighbour, below and to the right.
-    for (unsigned x = 0; x < bytes / sizeof(Rgba32); ++x)
-        StoreWord(pixels + x, (LoadWord(pixels + x) & ~alphaMask) | (LoadWord(right + x) & alphaMask));
+void ReliefComponentEffect(ComponentView plane, const ReliefKernel& kernel) {
+    Relief(plane, kernel, [](std::uint8_t*, const std::uint8_t*) {});
 }
 
 CReliefVideoImageEffect::CReliefVideoImageEffect()
@@ -99,10 +106,10 @@ void CReliefVideoImageEffect::OnSetProperty(const std::string& name, PropertyNod
 }
 
 void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame([this](const PackedView& picture) { Relief(picture, m_kernel, reliefRgba32Rows.For(Instructions())); },
+    ForFrame([this](const PackedView& picture) { reliefRgba32Variants.For(Instructions())(picture, m_kernel); },
              [this](const PlanarView& picture) {
                  for (unsigned p = 0; p < 3; ++p)
-                     Relief(picture.plane[p], m_kernel, reliefComponentRows.For(Instructions()));
+                     reliefComponentVariants.For(Instructions())(picture.plane[p], m_kernel);
              },
              *frame);
 }
