@@ -9,7 +9,7 @@
 namespace AVBased {
 namespace {
 
-constexpr unsigned highestExactLevel = 11;
+constexpr unsigned highestSingleLevel = 11, highestCorrectedLevel = 8192;
 
 // The low bytes of the truncated lengths, in 32 bits each, of squares of lengths.
 //
@@ -25,6 +25,28 @@ class SingleRoots {
 
  private:
     __m256 m_level2;
+};
+
+// In single precision, then put right: up to this level the lengths stay below 2^22 and are at most one off, and the
+// remainder level^2 x square - length^2, small as it is, comes out right modulo 2^32.
+class CorrectedRoots {
+ public:
+    explicit CorrectedRoots(unsigned level)
+        : m_level(_mm256_set1_ps(float(level))), m_level2(_mm256_set1_epi32(int(level * level))) {}
+    __m256i operator()(__m256i squares) const {
+        const __m256 roots = _mm256_mul_ps(_mm256_sqrt_ps(_mm256_cvtepi32_ps(squares)), m_level);
+        const __m256i lengths = _mm256_cvttps_epi32(roots);
+        const __m256i remainders =
+            _mm256_sub_epi32(_mm256_mullo_epi32(squares, m_level2), _mm256_mullo_epi32(lengths, lengths));
+        const __m256i tooLong = _mm256_cmpgt_epi32(_mm256_setzero_si256(), remainders);
+        const __m256i tooShort = _mm256_cmpgt_epi32(remainders, _mm256_add_epi32(lengths, lengths));
+        const __m256i exact = _mm256_sub_epi32(_mm256_add_epi32(lengths, tooLong), tooShort);
+        return _mm256_and_si256(exact, _mm256_set1_epi32(255));
+    }
+
+ private:
+    __m256 m_level;
+    __m256i m_level2;
 };
 
 class DoubleRoots {
@@ -98,16 +120,20 @@ void Rgba32Row(unsigned char* row, unsigned bytes, unsigned pitch, Roots roots) 
 
 void ComponentRowAvx2(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias) {
     if (bytes < vectorBytes) return GradientComponentRow(row, bytes, pitch, level, bias);
-    if (level <= highestExactLevel)
+    if (level <= highestSingleLevel)
         ComponentRow(row, bytes, pitch, bias, SingleRoots(level));
+    else if (level <= highestCorrectedLevel)
+        ComponentRow(row, bytes, pitch, bias, CorrectedRoots(level));
     else
         ComponentRow(row, bytes, pitch, bias, DoubleRoots(level));
 }
 
 void Rgba32RowAvx2(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias) {
     if (bytes < vectorBytes) return GradientRgba32Row(row, bytes, pitch, level, bias);
-    if (level <= highestExactLevel)
+    if (level <= highestSingleLevel)
         Rgba32Row(row, bytes, pitch, SingleRoots(level));
+    else if (level <= highestCorrectedLevel)
+        Rgba32Row(row, bytes, pitch, CorrectedRoots(level));
     else
         Rgba32Row(row, bytes, pitch, DoubleRoots(level));
 }

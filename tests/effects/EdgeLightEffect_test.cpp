@@ -60,5 +60,27 @@ TEST(EdgeLight, IsTheGradientTimesTheLevelOnEveryPlane) {
             });
 }
 
+TEST(EdgeLight, RootsAreExactForEveryPairOfDifferences) {
+    if (!IsUsable(InstructionSet::Avx2)) GTEST_SKIP() << "this processor has one variant only";
+    constexpr unsigned pitch = 513;
+    std::mt19937 random(3);
+    std::vector<unsigned> levels{12, 8192, 8193, 1u << 31};
+    for (unsigned level = 0; level <= 11; ++level) levels.push_back(level);
+    for (unsigned i = 0; i < 20; ++i) levels.push_back(13 + random() % 8180);
+    for (const unsigned level : levels)
+        for (unsigned below = 0; below < 256; ++below) {
+            // Every second sample is 0, between neighbours of every value.
+            GuardedPlane expected(pitch, 2, Content::Random, random);
+            for (unsigned x = 0; x < pitch; ++x) {
+                expected.data()[x] = static_cast<unsigned char>(x % 2 * (x / 2));
+                expected.data()[pitch + x] = static_cast<unsigned char>(below);
+            }
+            GuardedPlane actual = expected;
+            gradientComponentRows.baseline(expected.data(), pitch - 1, pitch, level, 0);
+            gradientComponentRows.avx2(actual.data(), pitch - 1, pitch, level, 0);
+            ASSERT_EQ(expected, actual) << "level " << level << " below " << below;
+        }
+}
+
 }  // namespace
 }  // namespace AVBased::Testing
