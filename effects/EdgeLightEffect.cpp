@@ -60,7 +60,7 @@ void CEdgeLightVideoImageEffect::EdgeLightCompUVEffect(unsigned char* data, unsi
     EdgeLightComponent(data, width, pitch, height, 128);
 }
 
-CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect() : CBasedVideoImageEffect("edgelight") {
+CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect() : CBasedVideoImageEffect(effectNameEdgeLight) {
     DeclareProperties(*this, properties);
 }
 

@@ -82,7 +82,7 @@ void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitc
     });
 }
 
-CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CBasedVideoImageEffect("emboss") {
+CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CBasedVideoImageEffect(effectNameEmboss) {
     DeclareProperties(*this, properties);
     if (HasVectorUnit(AVBasedGetCPUFeatures())) {
         emboss_effect_component = emboss_effect_component_mmx;

@@ -6,6 +6,8 @@
 
 namespace AVBased {
 
+inline constexpr char effectNameEmboss[] = "emboss";
+
 /// Embosses `height` rows in place; `width` counts samples (pixels of a packed picture), `pitch` bytes.
 using EmbossRoutine = void (*)(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
 

@@ -84,7 +84,7 @@ void ReliefComponentEffect(ComponentView plane, const ReliefKernel& kernel) {
 }
 
 CReliefVideoImageEffect::CReliefVideoImageEffect()
-    : CBasedVideoImageEffect("relief"), m_kernel(Kernel(m_settings.angle)) {
+    : CBasedVideoImageEffect(effectNameRelief), m_kernel(Kernel(m_settings.angle)) {
     DeclareProperties(*this, properties);
 }
 

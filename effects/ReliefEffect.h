@@ -7,6 +7,8 @@
 
 namespace AVBased {
 
+inline constexpr char effectNameRelief[] = "relief";
+
 /// The weights of a 3x3 block in 256ths, row by row.
 using ReliefKernel = std::array<std::int32_t, 9>;
 
