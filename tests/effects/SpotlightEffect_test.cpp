@@ -1,3 +1,5 @@
+#include "effects/SpotlightEffect.h"
+
 #include <gtest/gtest.h>
 
 #include "tests/support/test_frames.h"
@@ -43,6 +45,36 @@ TEST(Spotlight, ConvertsItsColourAndItsBrightness) {
     EXPECT_EQ(frame.Samples(1)[2][2], 90u);
     EXPECT_EQ(frame.Samples(2)[2][2], 239u);
     EXPECT_EQ(frame.Samples(3)[2][2], 0u);
+}
+
+TEST(Spotlight, RowsAgreeWithPixelsByThemselves) {
+    std::mt19937 random(12);
+    for (unsigned format : {30u, 0u, 4u, 6u, 7u, 60u})
+        for (int radius : {2, 9, 40, 700, 2047, 2048}) {
+            const SpotlightSettings settings{
+                .x = unsigned(random() % 70), .y = unsigned(random() % 24), .radius = unsigned(radius)};
+            TestFrame rows(format, 67, 23, {{}, random() % 2 == 0});
+            rows.Randomise(random);
+            TestFrame pixels = rows;
+            Apply(*MakeEffect("spotlight", Spot(std::to_string(settings.x).c_str(), std::to_string(settings.y).c_str(),
+                                                std::to_string(radius).c_str())),
+                  rows);
+            ForFrame([&](const PackedView& view) { SpotlightRgba32Effect(settings, view); },
+                     [&](const PlanarView& view) { SpotlightComponentEffect(settings, view); }, pixels);
+            ASSERT_EQ(rows, pixels) << "format " << format << " radius " << radius;
+        }
+}
+
+TEST(Spotlight, FadesADarkeningTowardsTheRimToo) {
+    TestFrame frame(30, 17, 17);
+    frame.Fill(0, 200);
+    Settings settings = Spot("8", "8", "8");
+    settings.insert(settings.end(), {{"spotlight_density", "0"}, {"spotlight_brightness", "-30"}});
+    Apply(*MakeEffect("spotlight", settings), frame);
+    // -30 per cent is -76 in the core and a sixth of that for each pixel inwards from the rim, rounded down.
+    std::vector<unsigned> blue;
+    for (unsigned x = 0; x < 9; ++x) blue.push_back(frame.Samples()[8][x] & 255);
+    EXPECT_EQ(blue, (std::vector<unsigned>{200, 187, 174, 162, 149, 136, 124, 124, 124}));
 }
 
 TEST(Spotlight, TheRadiusDecidesWhetherThereIsLight) {
