@@ -1,10 +1,14 @@
 #include "effects/VideoWallEffect.h"
 
 #include <cmath>
+#include <numeric>
+#include <optional>
+#include <utility>
+#include <vector>
 
-#include "effects/coordinate_table.h"
 #include "effects/fixed_point.h"
 #include "effects/property_table.h"
+#include "effects/row_sampler.h"
 
 namespace AVBased {
 namespace {
@@ -25,21 +29,81 @@ struct TileAxis {
     unsigned Shrunk(unsigned i) const { return i * step >> 8; }
 };
 
-// In place, in scan order. Chroma is shared: positions of an odd tile read samples that their neighbours have written.
-template <class Place>
-void BuildWall(const TileAxis& across, const TileAxis& down, Place place) {
-    for (unsigned y = 0; y < down.tile; ++y)
-        for (unsigned x = 0; x < across.tile; ++x) place(x, y, {across.Shrunk(x), down.Shrunk(y)});
-    for (unsigned y = 0; y < down.tile; ++y)
-        // Deliberate: after the first tile the count runs from 1 to the tile width, where column 0 has its copy.
-        for (unsigned x = across.tile, from = 0; x < across.size; ++x) {
-            place(x, y, {from, y});
-            from = from == across.tile ? 1 : from + 1;
-        }
-    for (unsigned y = down.tile, from = 0; y < down.size; ++y) {
-        for (unsigned x = 0; x < across.size; ++x) place(x, y, {x, from});
-        if (++from == down.tile) from = 0;
+// What the samples of one axis of a plane hold while positions are copied to positions: the sample that each showed at
+// first. Shared samples make copies meet what earlier ones have left.
+class Shown {
+ public:
+    explicit Shown(const SharedAxis& axis) : m_axis(axis), m_sample(axis.size) {
+        std::iota(m_sample.begin(), m_sample.end(), 0u);
     }
+    void Copy(unsigned position, unsigned from) {
+        const unsigned sample = position >> m_axis.shift;
+        if (sample < m_axis.size) m_sample[sample] = m_sample[Near(from)];
+    }
+    /// The sample nearest to the one that serves a position.
+    unsigned Near(unsigned position) const { return std::min(position >> m_axis.shift, m_axis.size - 1); }
+    void Shrink(const TileAxis& tiles) {
+        for (unsigned i = 0; i < tiles.tile; ++i) Copy(i, tiles.Shrunk(i));
+    }
+    // Deliberate: after the first tile the count runs from 1 to the tile width, where position 0 has its copy.
+    void RepeatAcross(const TileAxis& tiles) {
+        for (unsigned x = tiles.tile, from = 0; x < tiles.size; ++x) {
+            Copy(x, from);
+            from = from == tiles.tile ? 1 : from + 1;
+        }
+    }
+    void RepeatDown(const TileAxis& tiles) {
+        for (unsigned y = tiles.tile, from = 0; y < tiles.size; ++y) {
+            Copy(y, from);
+            if (++from == tiles.tile) from = 0;
+        }
+    }
+    const AxisMap& Map() const { return m_sample; }
+
+ private:
+    SharedAxis m_axis;
+    AxisMap m_sample;
+};
+
+// Columns of a finished row of tiles as columns of the row that it is made from. Each of the `times` luma rows that
+// share the row repeats the tile; `inPlace` each of them has shrunk it as well, otherwise the last has, from elsewhere.
+AxisMap RowOfTiles(const SharedAxis& axis, const TileAxis& across, unsigned times, bool inPlace) {
+    Shown shrunk(axis), repeated(axis);
+    for (unsigned n = 0; n < times; ++n) {
+        if (inPlace) shrunk.Shrink(across);
+        repeated.RepeatAcross(across);
+    }
+    AxisMap map = shrunk.Map();
+    if (!inPlace)
+        for (unsigned i = 0; i < across.tile && i >> axis.shift < axis.size; ++i)
+            map[i >> axis.shift] = shrunk.Near(across.Shrunk(i));
+    AxisMap result = repeated.Map();
+    for (unsigned& column : result) column = map[column];
+    return result;
+}
+
+template <class Sample>
+void BuildWall(const TileAxis& across, const TileAxis& down, const SharedAxis& columns, const SharedAxis& rows,
+               const PlaneView<Sample>& plane, InstructionSet set) {
+    if (columns.size == 0 || rows.size == 0) return;
+    Shown shown(rows);
+    std::vector<Sample> own(columns.size);
+    std::optional<RowSampler<Sample>> sampler;
+    std::pair<unsigned, bool> kind{0, false};
+    for (unsigned y = 0; across.tile && y < rows.size && rows.First(y) < down.tile; ++y) {
+        const unsigned last = std::min(rows.Last(y), down.tile - 1);
+        const unsigned source = shown.Near(down.Shrunk(last));
+        const std::pair needed{last - rows.First(y) + 1, source == y};
+        if (!sampler || kind != needed) {
+            sampler.emplace(RowOfTiles(columns, across, needed.first, needed.second), columns.size, set);
+            kind = needed;
+        }
+        if (source == y) std::copy_n(plane.Row(y), columns.size, own.begin());
+        (*sampler)(plane.Row(y), source == y ? own.data() : plane.Row(source), 2 * std::ptrdiff_t(plane.pitch));
+    }
+    shown.RepeatDown(down);
+    for (unsigned y = 0; y < rows.size; ++y)
+        if (shown.Map()[y] != y) std::copy_n(plane.Row(shown.Map()[y]), columns.size, plane.Row(y));
 }
 
 }  // namespace
@@ -58,10 +122,13 @@ void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* f
     if (!(across >= 1 && down >= 1 && std::isfinite(across) && std::isfinite(down))) return;
     ForFrame(
         [&](const PackedView& picture) {
-            BuildWall({picture.width, across}, {picture.height, down}, PlacePacked{picture, picture});
+            BuildWall({picture.width, across}, {picture.height, down}, ColumnsOf(picture), RowsOf(picture), picture,
+                      Instructions());
         },
         [&](const PlanarView& picture) {
-            BuildWall({picture.plane[0].width, across}, {picture.plane[0].height, down}, PlacePlanar{picture, picture});
+            for (unsigned p = 0; p < 3; ++p)
+                BuildWall({picture.plane[0].width, across}, {picture.plane[0].height, down}, ColumnsOf(picture, p),
+                          RowsOf(picture, p), picture.plane[p], Instructions());
         },
         *frame);
 }

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_frames.h"
+#include <algorithm>
+#include <cmath>
+
+#include "tests/support/random_frames.h"
 
 namespace AVBased::Testing {
 namespace {
@@ -90,6 +93,45 @@ TEST(Spotlight, TheRadiusDecidesWhetherThereIsLight) {
     EXPECT_EQ(frame, before);
     Apply(*MakeEffect("spotlight", Spot("9", "4", "5")), frame);
     EXPECT_NE(frame.Samples()[4][8], before.Samples()[4][8]);
+}
+
+std::uint8_t Lit(unsigned channel, unsigned colour, unsigned weight, unsigned added) {
+    return std::uint8_t(std::min(((channel * (65536 - weight) + colour * weight) >> 16) + added, 255u));
+}
+void LightAt(const PackedView& to, unsigned x, unsigned y, unsigned weight, unsigned added) {
+    Rgba32& p = to.Row(y)[x];
+    p = {Lit(p.blue, 0x56, weight, added), Lit(p.green, 0x34, weight, added), Lit(p.red, 0x12, weight, added), p.alpha};
+}
+void LightAt(const PlanarView& to, unsigned x, unsigned y, unsigned weight, unsigned added) {
+    static constexpr unsigned yuv[] = {55, 147, 110};  // of 0x123456
+    for (unsigned p = 0; p < 3; ++p)
+        if (std::uint8_t* const sample = to.At(p, x, y)) *sample = Lit(*sample, yuv[p], weight, p ? 0 : added);
+}
+
+TEST(Spotlight, LightsPositionByPosition) {
+    const auto settings = [](unsigned width, unsigned height, std::mt19937& random) {
+        Settings spot = Spot(Between(0, int(width), random).c_str(), Between(0, int(height), random).c_str(),
+                             Between(2, random() % 8 ? 120 : 3000, random).c_str());
+        spot.insert(spot.end(), {{"spotlight_color", std::to_string(0x123456)},
+                                 {"spotlight_density", Between(0, random() % 4 ? 100 : 300, random)},
+                                 {"spotlight_brightness", Between(random() % 4 ? 0 : -40, 150, random)}});
+        return spot;
+    };
+    CompareOnRandomFrames("spotlight", 400, settings, [](const auto& to, const auto&, const Settings& s) {
+        const unsigned cx = Number(s, 0), cy = Number(s, 1), r = Number(s, 2), ring = 3 * r / 4;
+        const unsigned weight = Number(s, 4) * 65536 / 100;
+        const int added = std::stoi(s[5].second) * 256 / 100, step = added * 256 / int(ring);
+        for (unsigned y = cy > r ? cy - r : 0; y < std::min(LumaOf(to).height, cy + r); ++y)
+            for (unsigned x = cx > r ? cx - r : 0; x < std::min(LumaOf(to).width, cx + r); ++x) {
+                const unsigned square = (x - cx) * (x - cx) + (y - cy) * (y - cy);
+                const unsigned toRim = r - unsigned(std::sqrt(double(square)));
+                if (square > r * r) continue;
+                if (square > (r - ring) * (r - ring))
+                    LightAt(to, x, y, weight / ring * toRim, unsigned(int(toRim) * step >> 8));
+                else
+                    LightAt(to, x, y, weight, unsigned(added));
+            }
+    });
 }
 
 }  // namespace

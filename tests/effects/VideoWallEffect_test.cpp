@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/support/test_frames.h"
+#include "tests/support/random_frames.h"
 
 namespace AVBased::Testing {
 namespace {
@@ -50,6 +50,33 @@ TEST(VideoWall, LeavesTheFrameForCountsItCannotUse) {
         Apply(*MakeEffect("videowall", Tiles("1", count)), frame);
         EXPECT_EQ(frame, before) << count;
     }
+}
+
+TEST(VideoWall, CopiesPositionByPositionInTheFrameItself) {
+    const auto settings = [](unsigned, unsigned, std::mt19937& random) {
+        Settings tiles = Tiles("1", "1");
+        for (auto& [name, value] : tiles)
+            if (random() % 4) value = RealBetween(1, random() % 2 ? 2 : 6, random);
+        return tiles;
+    };
+    CompareOnRandomFrames("videowall", 300, settings, [](const auto& to, const auto&, const Settings& s) {
+        const double across = std::stod(s[0].second), down = std::stod(s[1].second);
+        const unsigned width = LumaOf(to).width, height = LumaOf(to).height;
+        const unsigned tileWidth = unsigned(width * 256 / across) >> 8, tileHeight = unsigned(height * 256 / down) >> 8;
+        const auto place = PlacerOf(to, to);
+        for (unsigned y = 0; y < tileHeight; ++y)
+            for (unsigned x = 0; x < tileWidth; ++x)
+                place(x, y, {x * unsigned(across * 256) >> 8, y * unsigned(down * 256) >> 8});
+        for (unsigned y = 0; y < tileHeight; ++y)
+            for (unsigned x = tileWidth, from = 0; x < width; ++x) {
+                place(x, y, {from, y});
+                from = from == tileWidth ? 1 : from + 1;
+            }
+        for (unsigned y = tileHeight, from = 0; y < height; ++y) {
+            for (unsigned x = 0; x < width; ++x) place(x, y, {x, from});
+            if (++from == tileHeight) from = 0;
+        }
+    });
 }
 
 }  // namespace
