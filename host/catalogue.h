@@ -32,6 +32,7 @@ enum EffectTraits : unsigned {
     plain = 0,
     variesWithTime = 1,  ///< reads the position: the number of frames must be known
     changesAlpha = 2,    ///< shows in the alpha channel alone
+    generator = 4,       ///< makes pictures of its own from what it opens through the host
 };
 
 struct EffectInfo {

@@ -5,6 +5,7 @@
 
 #include "host/apply.h"
 #include "host/errors.h"
+#include "host/gallery.h"
 #include "host/interruption.h"
 #include "host/listing.h"
 #include "host/log.h"
@@ -19,6 +20,7 @@ struct CommandLine {
     bool quiet = false, verbose = false, json = false;
     std::string effect;
     ApplyOptions apply;
+    GalleryOptions gallery;
 };
 
 // Settings that every subcommand shares.
@@ -65,11 +67,24 @@ CLI::App* AddApply(CLI::App& app, CommandLine& line) {
     return apply;
 }
 
+CLI::App* AddGallery(CLI::App& app, CommandLine& line) {
+    CLI::App* const gallery = app.add_subcommand("gallery", "show a photograph under every effect on a web page");
+    gallery->add_option("PHOTO", line.gallery.photograph, "a picture, or a video, of which the first frame is taken")
+        ->required();
+    gallery->add_option("-o,--output", line.gallery.page, "the page; its pictures go to a folder beside it")
+        ->required();
+    gallery->add_flag("-y,--overwrite", line.gallery.overwrite, "overwrite an existing page and its pictures");
+    gallery->add_flag("-q,--quiet", line.quiet, "errors only");
+    AddCommonOptions(*gallery, line);
+    return gallery;
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("nifikral: video effects on pictures and videos");
     app.require_subcommand(1);
     CommandLine line;
     const CLI::App* const apply = AddApply(app, line);
+    const CLI::App* const gallery = AddGallery(app, line);
     CLI::App* const list = app.add_subcommand("list", "list the effects");
     CLI::App* const info = app.add_subcommand("info", "tell an effect's parameters");
     info->add_option("EFFECT", line.effect, "its name")->required();
@@ -90,6 +105,8 @@ int Run(int argc, char** argv) {
     const EffectModule module(line.module);
     if (apply->parsed())
         Apply(line.apply, module);
+    else if (gallery->parsed())
+        MakeGallery(line.gallery, module);
     else
         std::fputs(
             (list->parsed() ? ListEffects(module, line.json) : DescribeEffect(module, line.effect, line.json)).c_str(),

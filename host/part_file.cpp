@@ -50,6 +50,14 @@ PartFile::~PartFile() {
     if (!m_committed && !m_direct) std::remove(m_part.c_str());
 }
 
+void PartFile::Write(std::string_view bytes) const {
+    errno = 0;
+    std::FILE* const stream = std::fopen(m_part.c_str(), "wb");
+    bool good = stream && std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+    if (stream && std::fclose(stream) != 0) good = false;
+    if (!good) ThrowWriteError(m_final, AVERROR(errno ? errno : EIO));
+}
+
 void PartFile::Commit() {
     if (m_direct) return;
     const unsigned flags = m_overwrite ? 0 : RENAME_NOREPLACE;

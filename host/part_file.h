@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace Nifikral {
 
@@ -22,6 +23,8 @@ class PartFile {
 
     const std::string& Path() const { return m_part; }
     const std::string& FinalPath() const { return m_final; }
+    /// Makes `bytes` the whole content. Throws an output error.
+    void Write(std::string_view bytes) const;
     void Commit();
 
  private:

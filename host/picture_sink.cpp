@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
 
 #include "host/encoder.h"
@@ -12,14 +10,6 @@ namespace Nifikral {
 namespace {
 
 namespace fs = std::filesystem;
-
-void WriteWhole(const PartFile& file, const AVPacket& packet) {
-    errno = 0;
-    std::FILE* const stream = std::fopen(file.Path().c_str(), "wb");
-    bool good = stream && std::fwrite(packet.data, 1, std::size_t(packet.size), stream) == std::size_t(packet.size);
-    if (stream && std::fclose(stream) != 0) good = false;
-    if (!good) ThrowWriteError(file.FinalPath(), AVERROR(errno ? errno : EIO));
-}
 
 // One picture file a frame; or a single one, which stands under its name when the run has ended well.
 class PictureSink final : public MediaSink {
@@ -54,7 +44,7 @@ class PictureSink final : public MediaSink {
         if (m_sequence && av_get_frame_filename(name, sizeof name, m_options.path.c_str(), int(packet.pts)) < 0)
             throw HostError(ExitCode::Usage, m_options.path + " is no pattern for names; use one %06d");
         auto file = std::make_unique<PartFile>(m_sequence ? name : m_options.path, m_options.overwrite);
-        WriteWhole(*file, packet);
+        file->Write({reinterpret_cast<const char*>(packet.data), std::size_t(packet.size)});
         if (m_sequence)
             file->Commit();
         else
