@@ -1,5 +1,6 @@
 #!/bin/bash
-# Puts every effect that the command lists on the sample clip and the sample photograph.
+# Puts every effect that the command lists on the sample clip and the sample photograph, and shows the photograph under
+# all of them on one page.
 # Usage: scripts/demo.sh COMMAND OUTPUT_FOLDER
 set -euo pipefail
 command=$1 folder=$2
@@ -13,6 +14,8 @@ echo "making the sample clip and photograph (once)"
     "$command" apply -q -y --encoder-option preset=veryfast "$folder/input/clip.mp4" "$folder/$effect.mp4" "$request" </dev/null
     "$command" apply -q -y "$folder/input/photo.jpg" "$folder/$effect.png" "$request" </dev/null
 done
+"$command" gallery -q -y "$folder/input/photo.jpg" -o "$folder/gallery.html"
 
 echo
 echo "The results lie in $(realpath "$folder"): EFFECT.mp4 from input/clip.mp4, EFFECT.png from input/photo.jpg."
+echo "The photograph under every effect: $(realpath "$folder/gallery.html")"

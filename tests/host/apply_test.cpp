@@ -162,7 +162,6 @@ TEST_F(Apply, TakesARangeWithItsSoundAndCountsFilesAbsolutely) {
 
 TEST_F(Apply, ChangesValuesOverTheRun) {
     Ffmpeg("-f lavfi -i testsrc2=size=64x48:rate=10:duration=0.5,format=yuv420p -c:v ffv1 in.mkv");
-    ASSERT_EQ(Nifikral("apply in.mkv out.mkv rotate:r=20:y=24:scale=3:x=20..40 --encoder ffv1").exitCode, 0);
     const std::string before = RawPictures("in.mkv", "yuv420p");
     constexpr std::size_t size = 64 * 48 * 3 / 2;
     std::string expected;
@@ -170,7 +169,10 @@ TEST_F(Apply, ChangesValuesOverTheRun) {
         expected += ThroughModule(
             before.substr(i * size, size), 0, 64, 48, "rotate",
             {{"rotate_r", "20"}, {"rotate_x", std::to_string(20 + 5 * i)}, {"rotate_y", "24"}, {"rotate_scale", "3"}});
-    EXPECT_EQ(RawPictures("out.mkv", "yuv420p"), expected);
+    for (const std::string x : {"20..40 --threads 1", "20..40 --threads 4", "@0:20,2:30,4:40 --threads 4"}) {
+        ASSERT_EQ(Nifikral("apply in.mkv out.mkv -y --encoder ffv1 rotate:r=20:y=24:scale=3:x=" + x).exitCode, 0);
+        EXPECT_EQ(RawPictures("out.mkv", "yuv420p"), expected) << x;
+    }
 }
 
 TEST_F(Apply, WorksInPipesAndOnPhotographs) {
