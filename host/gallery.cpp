@@ -157,6 +157,7 @@ void MakeGallery(const GalleryOptions& options, const EffectModule& module) {
         std::string command = "nifikral apply " + ShellWord(page.photographFile) + " " + file;
         for (const std::string& effect : apply.effects) command += " " + effect;
         page.pictures.push_back({info.name, info.summary, folder + file, settings.times,
+                                 (info.traits & changesAlpha) != 0,
                                  Parameters(ParseEffectRequest(request, module), module), command});
     }
     PartFile html(options.page, options.overwrite);

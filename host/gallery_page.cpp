@@ -16,10 +16,11 @@ main { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 
 article { padding: 1rem; border: 1px solid var(--line); border-radius: .5rem; min-width: 0; }
 figure { margin: 0; }
 img { display: block; width: auto; max-width: 100%; height: auto; margin: 0 auto .75rem; }
-table { border-collapse: collapse; margin-bottom: .75rem; }
+table { display: block; overflow-x: auto; border-collapse: collapse; margin-bottom: .75rem; }
 th, td { padding: .1rem .75rem .1rem 0; text-align: left; vertical-align: top; font-weight: normal; }
-pre { margin: 0; padding: .5rem; border-radius: .25rem; background: var(--quiet); white-space: pre-wrap; }
-code { font-family: ui-monospace, monospace; overflow-wrap: anywhere; }
+pre { margin: 0; padding: .5rem; border-radius: .25rem; background: var(--quiet); white-space: pre-wrap; overflow-wrap: anywhere; }
+code { font-family: ui-monospace, monospace; }
+th, td:nth-child(2) { white-space: nowrap; }
 )";
 
 std::string Html(const std::string& text) {
@@ -91,7 +92,8 @@ class Page {
     void Article(const GalleryPicture& picture) {
         m_out << "<article id=\"" << Html(picture.effect) << "\">\n<h2>" << Html(picture.effect) << "</h2>\n<p>"
               << Html(picture.summary)
-              << (picture.times > 1 ? ", here " + std::to_string(picture.times) + " times" : "") << "</p>\n";
+              << (picture.times > 1 ? ", here " + std::to_string(picture.times) + " times" : "")
+              << (picture.overBlack ? ", here over black" : "") << "</p>\n";
         Image(picture.file, "the photograph under " + picture.effect + ": " + picture.summary, true);
         if (picture.parameters.empty())
             m_out << "<p>It has no parameters.</p>\n";

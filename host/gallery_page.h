@@ -11,8 +11,9 @@ struct GalleryParameter {
 
 struct GalleryPicture {
     std::string effect, summary;
-    std::string file;  ///< seen from the page
-    int times = 1;     ///< how often the effect was applied
+    std::string file;        ///< seen from the page
+    int times = 1;           ///< how often the effect was applied
+    bool overBlack = false;  ///< what the effect makes transparent shows black
     std::vector<GalleryParameter> parameters;
     std::string command;
 };
