@@ -246,10 +246,10 @@ class GlassPlane {
         m_sampler(line.own.data(), m_shown.Row(row));
         m_rightSampler(line.right.data(), m_shown.Row(row));
         if (m_mixing == Mixing::TwoSteps) {
-            std::vector<Sample> mixed(count);
-            variantsOf<MixColumns>.For(m_set)(Bytes(mixed.data()), Bytes(line.own.data()), Bytes(line.right.data()),
+            m_mixed.resize(count);
+            variantsOf<MixColumns>.For(m_set)(Bytes(m_mixed.data()), Bytes(line.own.data()), Bytes(line.right.data()),
                                               m_shares.data(), unsigned(count * sizeof(Sample)));
-            line.own.swap(mixed);
+            line.own.swap(m_mixed);
         }
         return line;
     }
@@ -279,6 +279,7 @@ class GlassPlane {
     RowSampler<Sample> m_sampler, m_rightSampler;
     std::vector<std::uint8_t> m_shares;
     Line m_lines[2];
+    std::vector<Sample> m_mixed;
 };
 
 template <class Sample>

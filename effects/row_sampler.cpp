@@ -82,15 +82,18 @@ inline void PrefetchToRead(const void* address, std::ptrdiff_t ahead) {
 template <>
 [[NIFIKRAL_AVX2]] void RowSampler<std::uint8_t>::Blocks(std::uint8_t* to, const std::uint8_t* from, unsigned first,
                                                         unsigned last, std::ptrdiff_t ahead) const {
+    // Held here, where the stores below cannot change them.
+    const Block* const blocks = m_blocks.data();
+    const std::uint8_t* const allLanes = m_lanes.data();
     for (unsigned b = first; b < last; ++b) {
-        const Block& block = m_blocks[b];
+        const Block block = blocks[b];
         if (b % 2 == 0) PrefetchToRead(from + b * blockSamples, ahead);
         if (block.loads == 0) {
             Each(to, from, b * blockSamples, (b + 1) * blockSamples);
             continue;
         }
         const std::uint8_t *lower = from + block.base[0], *upper = from + block.base[1];
-        const std::uint8_t* lanes = &m_lanes[block.lanes];
+        const std::uint8_t* lanes = allLanes + block.lanes;
         __m256i picked = Pick(lower, upper, lanes);
         for (unsigned load = 1; load < block.loads; ++load)
             picked = _mm256_or_si256(picked, Pick(lower + 16 * load, upper + 16 * load, lanes + 32 * load));
@@ -101,15 +104,18 @@ template <>
 template <>
 [[NIFIKRAL_AVX2]] void RowSampler<Rgba32>::Blocks(Rgba32* to, const Rgba32* from, unsigned first, unsigned last,
                                                   std::ptrdiff_t ahead) const {
+    // Held here, where the stores below cannot change them.
+    const Block* const blocks = m_blocks.data();
+    const std::uint8_t* const allLanes = m_lanes.data();
     for (unsigned b = first; b < last; ++b) {
-        const Block& block = m_blocks[b];
+        const Block block = blocks[b];
         if (b % 2 == 0) PrefetchToRead(from + b * blockSamples, ahead);
         if (block.loads == 0) {
             Each(to, from, b * blockSamples, (b + 1) * blockSamples);
             continue;
         }
         const Rgba32* const base = from + block.base[0];
-        const __m256i lanes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(&m_lanes[block.lanes]));
+        const __m256i lanes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(allLanes + block.lanes));
         __m256i picked = _mm256_permutevar8x32_epi32(Words(base), lanes);
         for (unsigned load = 1; load < block.loads; ++load) {
             const __m256i here = _mm256_cmpgt_epi32(lanes, _mm256_set1_epi32(int(8 * load - 1)));
