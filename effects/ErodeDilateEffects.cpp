@@ -22,18 +22,18 @@ void FilterRow(std::uint8_t* row, const std::uint8_t* second, const std::uint8_t
     std::uint8_t columns[stretch + 2 * step];
     for (unsigned begin = 0; begin < bytes; begin += stretch) {
         const unsigned count = std::min(bytes - begin, stretch);
-        for (unsigned i = 0; i < count + 2 * step; ++i)
-            columns[i] = Extreme::Of(Extreme::Of(row[begin + i], second[begin + i]), third[begin + i]);
+        std::uint8_t* const a = row + begin;
+        const std::uint8_t *const b = second + begin, *const c = third + begin;
+        for (unsigned i = 0; i < count + 2 * step; ++i) columns[i] = Extreme::Of(Extreme::Of(a[i], b[i]), c[i]);
         for (unsigned i = 0; i < count; ++i)
             columns[i] = Extreme::Of(Extreme::Of(columns[i], columns[i + step]), columns[i + 2 * step]);
-        for (unsigned i = 0; i < count; i += step)
-            if constexpr (step == 1) {
-                row[begin + i] = columns[i];
-            } else {
-                auto* const pixel = reinterpret_cast<Rgba32*>(row + begin + i);
-                const std::uint32_t colours = LoadWord(reinterpret_cast<const Rgba32*>(columns + i));
-                StoreWord(pixel, (LoadWord(pixel) & alphaMask) | (colours & ~alphaMask));
-            }
+        auto* const samples = reinterpret_cast<Sample*>(a);
+        const auto* const extremes = reinterpret_cast<const Sample*>(columns);
+        for (unsigned x = 0; x < count / step; ++x)
+            if constexpr (step == 1)
+                samples[x] = extremes[x];
+            else
+                StoreWord(samples + x, (LoadWord(samples + x) & alphaMask) | (LoadWord(extremes + x) & ~alphaMask));
     }
 }
 
