@@ -5,7 +5,6 @@
 #include <numbers>
 #include <vector>
 
-#include "effects/fixed_point.h"
 #include "effects/frame_views.h"
 #include "effects/property_table.h"
 
@@ -22,22 +21,33 @@ struct Lines {
     std::int16_t *above, *here;
 };
 
+// floor(sample x weight / 256) within 16 bits: half the weight fits a product, and an odd weight adds half the sample.
+struct Weight {
+    std::int16_t half, odd;  // odd: all bits set, or none
+
+    Weight() = default;
+    explicit Weight(std::int32_t weight) : half(std::int16_t(weight >> 1)), odd(std::int16_t(-(weight & 1))) {}
+    std::int16_t Of(std::int16_t sample) const {
+        const auto product = std::int16_t(sample * half), rest = std::int16_t((sample >> 1) & odd);
+        return std::int16_t(std::int16_t(product + rest) >> 7);
+    }
+};
+using Weights = std::array<Weight, 9>;
+
 // Adds the shares of a row to the row above, to itself and to the row below, whose sums replace its own, and writes the
-// row above. In 16 bits: of a sample times 128 by twice a weight, the high half is floor(sample x weight / 256).
-void AddRow(const Lines& lines, unsigned bytes, const std::array<std::int16_t, 9>& weights2, std::uint8_t* finished) {
-    const auto share = [](std::int16_t sample128, std::int16_t weight2) {
-        return std::int16_t(sample128 * weight2 >> 16);
-    };
-    const std::array<std::int16_t, 9> k = weights2;
-    std::int16_t* const __restrict above = lines.above;
-    std::int16_t* const __restrict here = lines.here;
-    std::uint8_t* const __restrict out = finished;
+// row above.
+void AddRow(const Lines& lines, unsigned bytes, const Weights& weights, std::uint8_t* finished) {
+    const Weights k = weights;
+    const std::uint8_t *const left = lines.left, *const middle = lines.middle, *const right = lines.right;
+    std::int16_t *const above = lines.above, *const here = lines.here;
+#pragma GCC ivdep  // the lines and the row share no memory
     for (unsigned x = 0; x < bytes; ++x) {
-        const auto l = std::int16_t(lines.left[x] << 7), m = std::int16_t(lines.middle[x] << 7),
-                   r = std::int16_t(lines.right[x] << 7);
-        out[x] = ClampToByte(above[x] + share(l, k[6]) + share(m, k[7]) + share(r, k[8]));
-        above[x] = std::int16_t(here[x] + share(l, k[3]) + share(m, k[4]) + share(r, k[5]));
-        here[x] = std::int16_t(share(l, k[0]) + share(m, k[1]) + share(r, k[2]));
+        const std::int16_t l = left[x], m = middle[x], r = right[x];
+        const auto sum = std::int16_t(above[x] + k[6].Of(l) + k[7].Of(m) + k[8].Of(r));
+        above[x] = std::int16_t(here[x] + k[3].Of(l) + k[4].Of(m) + k[5].Of(r));
+        here[x] = std::int16_t(k[0].Of(l) + k[1].Of(m) + k[2].Of(r));
+        const std::int16_t notBlack = sum < 0 ? 0 : sum;
+        finished[x] = std::uint8_t(notBlack > 255 ? 255 : notBlack);
     }
 }
 
@@ -52,19 +62,19 @@ void Relief(const PlaneView<Sample>& plane, const ReliefKernel& kernel, Finish f
     std::vector<std::uint8_t> line(bytes + 2 * step);
     std::vector<std::int16_t> sums(std::size_t(bytes) * 2);
     const Lines lines{line.data(), line.data() + step, line.data() + 2 * step, sums.data(), sums.data() + bytes};
-    std::array<std::int16_t, 9> weights2;
-    for (unsigned i = 0; i < kernel.size(); ++i) weights2[i] = std::int16_t(2 * kernel[i]);
+    Weights weights;
+    std::transform(kernel.begin(), kernel.end(), weights.begin(), [](std::int32_t weight) { return Weight(weight); });
 
     const ComponentView rows{plane.data, bytes, plane.pitch, plane.height};
     for (unsigned y = 0; y < rows.height; ++y) {
         std::copy_n(rows.Row(y), bytes, line.data() + step);
         // Above the first row there is none: that row itself, safe in the line by now, is written twice.
         const unsigned above = y == 0 ? 0 : y - 1;
-        AddRow(lines, bytes, weights2, rows.Row(above));
+        AddRow(lines, bytes, weights, rows.Row(above));
         finish(plane.Row(above), lines.middle);
     }
     const std::vector<std::uint8_t> black(line.size());
-    AddRow({black.data(), black.data(), black.data(), lines.above, lines.here}, bytes, weights2,
+    AddRow({black.data(), black.data(), black.data(), lines.above, lines.here}, bytes, weights,
            rows.Row(rows.height - 1));
     finish(plane.Row(rows.height - 1), lines.middle);
 }
