@@ -59,43 +59,77 @@ const std::array<std::int32_t, 181>& TangentMap() {
     return map;
 }
 
+// The two divisions below are written for vectors: as doubles, whose truncated quotient of two 32-bit integers is the
+// integers' own, and with masks in place of branches.
+
+constexpr std::int32_t MaskOf(bool condition) { return -std::int32_t(condition); }
+
 // The squared distance in a huge picture may wrap around to anything.
 std::int32_t Divided(std::int32_t dividend, std::int32_t divisor) {
-    if (divisor == 0) return 0;
-    return divisor == -1 ? WrappingDifference(0, dividend) : dividend / divisor;
+    const std::int32_t mask = MaskOf(divisor != 0) & MaskOf(divisor != -1);
+    const std::int32_t quotient = std::int32_t(double(dividend) / double((divisor & mask) | (1 & ~mask)));
+    return (quotient & mask) | (WrappingProduct(dividend, divisor) & ~mask);
 }
 
 // The remainder of a division by a picture's size, with the size added when it is negative.
 std::uint32_t Wrapped(std::int32_t position, unsigned size) {
-    if (position >= 0) return std::uint32_t(position) < size ? std::uint32_t(position) : std::uint32_t(position) % size;
-    const std::uint32_t remainder = (0u - std::uint32_t(position)) % size;
-    return remainder == 0 ? 0 : size - remainder;
+    const std::int32_t quotient = std::int32_t(double(position) / double(size));
+    const std::uint32_t remainder = std::uint32_t(position) - std::uint32_t(quotient) * size;
+    return remainder + (size & std::uint32_t(MaskOf(position < 0) & MaskOf(remainder != 0)));
 }
 
-// The lens of a tile, along one of its axes.
-std::int32_t ThroughLens(std::int32_t position, const TileReflectSettings& settings) {
-    std::int32_t angle = WrappingProduct(position, settings.sizeFactor) >> 23;
+// What the lens of a tile adds along one of its axes.
+std::int32_t LensAt(std::int32_t angle, const TileReflectSettings& settings) {
     while (angle < -90) angle += 180;
     while (angle > 90) angle -= 180;
-    const std::int32_t curvature2 = WrappingProduct(settings.curvature, settings.curvature);
-    return WrappingSum(WrappingProduct(TangentMap()[angle + 90], curvature2), position) >> 15;
+    return WrappingProduct(TangentMap()[angle + 90], WrappingProduct(settings.curvature, settings.curvature));
 }
+
+// The lens for every angle that a position can have: the upper nine bits of a 32-bit number.
+class LensTable {
+ public:
+    explicit LensTable(const TileReflectSettings& settings) {
+        for (int i = 0; i < 512; ++i) m_lens[i] = LensAt(i - 256, settings);
+    }
+    std::int32_t operator[](std::int32_t angle) const { return m_lens[angle + 256]; }
+
+ private:
+    std::int32_t m_lens[512];
+};
 
 Box Whole(unsigned width, unsigned height) { return {0, width, 0, height}; }
 
-}  // namespace
-
-std::optional<Source> MirrorInvertMap::operator()(unsigned x, unsigned y) const {
-    const std::int32_t centreX = std::int32_t(width >> 1), centreY = std::int32_t(height >> 1);
+Source MirrorInverted(const MirrorInvertMap& map, unsigned x, unsigned y) {
+    const std::int32_t centreX = std::int32_t(map.width >> 1), centreY = std::int32_t(map.height >> 1);
     const std::int32_t m = std::min(centreX, centreY), reference2 = WrappingProduct(m, m);
-    const std::int32_t strength = WrappingProduct(settings.amount, 256);
+    const std::int32_t strength = WrappingProduct(map.settings.amount, 256);
     const std::int32_t dx = std::int32_t(x) - centreX, dy = std::int32_t(y) - centreY;
     // Deliberate: the hundredth is taken early and truncated, except at the centre.
-    const std::int32_t k = dx == 0 && dy == 0 ? WrappingProduct(strength, reference2) / 100
-                                              : Divided(WrappingProduct(strength, reference2 / 100),
-                                                        WrappingSum(WrappingProduct(dx, dx), WrappingProduct(dy, dy)));
-    return Source{Wrapped(WrappingSum(WrappingProduct(k, dx) >> 8, centreX), width),
-                  Wrapped(WrappingSum(WrappingProduct(k, dy) >> 8, centreY), height)};
+    const std::int32_t atCentre = WrappingProduct(strength, reference2) / 100;
+    const std::int32_t elsewhere = Divided(WrappingProduct(strength, reference2 / 100),
+                                           WrappingSum(WrappingProduct(dx, dx), WrappingProduct(dy, dy)));
+    const std::int32_t mask = MaskOf((dx | dy) == 0), k = (atCentre & mask) | (elsewhere & ~mask);
+    return {Wrapped(WrappingSum(WrappingProduct(k, dx) >> 8, centreX), map.width),
+            Wrapped(WrappingSum(WrappingProduct(k, dy) >> 8, centreY), map.height)};
+}
+
+void MirrorInvertRow(const MirrorInvertMap& map, unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns,
+                     std::uint32_t* rows) {
+    const MirrorInvertMap own = map;
+    for (unsigned i = 0; i < count; ++i) {
+        const Source source = MirrorInverted(own, xBegin + i, y);
+        columns[i] = source.x;
+        rows[i] = source.y;
+    }
+}
+
+}  // namespace
+
+std::optional<Source> MirrorInvertMap::operator()(unsigned x, unsigned y) const { return MirrorInverted(*this, x, y); }
+
+void MirrorInvertMap::FillRow(unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns,
+                              std::uint32_t* rows) const {
+    variantsOf<MirrorInvertRow>.For(BestInstructionSet())(*this, xBegin, y, count, columns, rows);
 }
 
 void TileReflectSettings::SetAngle(std::int32_t a) {
@@ -118,16 +152,51 @@ void TileReflectSettings::SetAngle(std::int32_t a) {
 
 void TileReflectSettings::SetSize(std::int32_t size) { sizeFactor = 46080 / size; }
 
-std::optional<Source> TileReflectMap::operator()(unsigned x, unsigned y) const {
-    const std::int32_t s = settings.sine, c = settings.cosine;
-    const std::int32_t centreX = std::int32_t(width >> 1), centreY = std::int32_t(height >> 1);
+namespace {
+
+// `lensAt` answers what the lens adds at an angle.
+template <class LensOf>
+Source TileReflected(const TileReflectMap& map, unsigned x, unsigned y, const LensOf& lensAt) {
+    const std::int32_t s = map.settings.sine, c = map.settings.cosine;
+    const std::int32_t centreX = std::int32_t(map.width >> 1), centreY = std::int32_t(map.height >> 1);
     const std::int32_t dx = std::int32_t(x) - centreX, dy = std::int32_t(y) - centreY;
-    const std::int32_t u = ThroughLens(WrappingSum(WrappingProduct(c, dx), WrappingProduct(s, dy)), settings);
-    const std::int32_t v = ThroughLens(WrappingDifference(WrappingProduct(c, dy), WrappingProduct(s, dx)), settings);
+    const auto throughLens = [&](std::int32_t position) {
+        return WrappingSum(lensAt(WrappingProduct(position, map.settings.sizeFactor) >> 23), position) >> 15;
+    };
+    const std::int32_t u = throughLens(WrappingSum(WrappingProduct(c, dx), WrappingProduct(s, dy)));
+    const std::int32_t v = throughLens(WrappingDifference(WrappingProduct(c, dy), WrappingProduct(s, dx)));
     const std::int32_t backX = WrappingDifference(WrappingProduct(c, u), WrappingProduct(s, v)) >> 15;
     const std::int32_t backY = WrappingSum(WrappingProduct(c, v), WrappingProduct(s, u)) >> 15;
-    return Source{Wrapped(WrappingSum(WrappingSum(backX, centreX), std::int32_t(width)), width),
-                  Wrapped(WrappingSum(WrappingSum(backY, centreY), std::int32_t(height)), height)};
+    return {Wrapped(WrappingSum(WrappingSum(backX, centreX), std::int32_t(map.width)), map.width),
+            Wrapped(WrappingSum(WrappingSum(backY, centreY), std::int32_t(map.height)), map.height)};
+}
+
+void TileReflectRow(const TileReflectMap& map, const LensTable& lens, unsigned xBegin, unsigned y, unsigned count,
+                    std::uint32_t* columns, std::uint32_t* rows) {
+    const TileReflectMap own = map;
+    const LensTable ownLens = lens;
+    for (unsigned i = 0; i < count; ++i) {
+        const Source source = TileReflected(own, xBegin + i, y, [&](std::int32_t angle) { return ownLens[angle]; });
+        columns[i] = source.x;
+        rows[i] = source.y;
+    }
+}
+
+// The map with its lens at hand for every angle.
+struct TileReflectRows {
+    TileReflectMap map;
+    LensTable lens{map.settings};
+
+    std::optional<Source> operator()(unsigned x, unsigned y) const { return map(x, y); }
+    void FillRow(unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns, std::uint32_t* rows) const {
+        variantsOf<TileReflectRow>.For(BestInstructionSet())(map, lens, xBegin, y, count, columns, rows);
+    }
+};
+
+}  // namespace
+
+std::optional<Source> TileReflectMap::operator()(unsigned x, unsigned y) const {
+    return TileReflected(*this, x, y, [&](std::int32_t angle) { return LensAt(angle, settings); });
 }
 
 CMirrorInvertVideoImageEffect::CMirrorInvertVideoImageEffect() : CBasedVideoImageEffect(effectNameMirrorInvert) {
@@ -197,13 +266,13 @@ void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoF
 }
 
 void CTileReflectVideoImageEffect::TileReflectRgba32EffectFirst(const PackedView& picture) {
-    m_table.Build(Whole(picture.width, picture.height), TileReflectMap{m_settings, picture.width, picture.height},
+    m_table.Build(Whole(picture.width, picture.height), TileReflectRows{{m_settings, picture.width, picture.height}},
                   picture, Outside::Nearest);
 }
 
 void CTileReflectVideoImageEffect::TileReflectComponentEffectFirst(const PlanarView& picture) {
     const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
-    m_table.Build(Whole(width, height), TileReflectMap{m_settings, width, height}, picture, Outside::Nearest);
+    m_table.Build(Whole(width, height), TileReflectRows{{m_settings, width, height}}, picture, Outside::Nearest);
 }
 
 void CTileReflectVideoImageEffect::TileReflectRgba32Effect(const PackedView& picture) {

@@ -21,6 +21,7 @@ struct MirrorInvertMap {
     MirrorInvertSettings settings;
     unsigned width, height;
     std::optional<Source> operator()(unsigned x, unsigned y) const;
+    void FillRow(unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns, std::uint32_t* rows) const;
 };
 
 /// What the three properties come to. These initial members belong to no setting of the properties.

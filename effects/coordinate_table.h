@@ -105,7 +105,8 @@ class CoordinateTable {
 
     /// Fills the table from map(x, y), which answers std::optional<Source>, and changes the picture accordingly. A
     /// pixel without an answer is stored as its own source but not written: a replay will copy it onto itself, which
-    /// differs in the chroma that it shares with its neighbours.
+    /// differs in the chroma that it shares with its neighbours. A map that answers for every pixel may offer
+    /// FillRow(xBegin, y, count, columns, rows), which is then asked for whole rows.
     template <class Map, class Picture>
     void Build(const Box& box, const Map& map, const Picture& picture, Outside outside) {
         const Stays stays = Fill(box, map);
@@ -133,7 +134,12 @@ class CoordinateTable {
         auto rows = std::make_unique_for_overwrite<std::uint32_t[]>(count);
         Stays stays;
         std::size_t i = 0;
-        for (unsigned y = box.yBegin; y < box.yEnd; ++y)
+        for (unsigned y = box.yBegin; y < box.yEnd; ++y) {
+            if constexpr (requires { map.FillRow(box.xBegin, y, 0u, &columns[i], &rows[i]); }) {
+                map.FillRow(box.xBegin, y, unsigned(box.Width()), &columns[i], &rows[i]);
+                i += box.Width();
+                continue;
+            }
             for (unsigned x = box.xBegin; x < box.xEnd; ++x, ++i) {
                 const std::optional<Source> source = map(x, y);
                 columns[i] = source ? source->x : x;
@@ -142,6 +148,7 @@ class CoordinateTable {
                 if (!stays) stays = std::make_unique<bool[]>(count);
                 stays[i] = true;
             }
+        }
         m_columns = std::move(columns);
         m_rows = std::move(rows);
         m_box = box;
