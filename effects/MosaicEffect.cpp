@@ -2,13 +2,10 @@
 
 #include <optional>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 #include "effects/frame_views.h"
 #include "effects/property_table.h"
 #include "effects/row_loops.h"
+#include "effects/streaming_stores.h"
 
 namespace AVBased {
 namespace {
@@ -50,29 +47,6 @@ void PrefetchStretch(const unsigned char* begin, std::size_t size) {
     for (std::size_t at = 0; at < size; at += cacheLine) PrefetchToWrite(begin + at, 0);
 }
 
-// Copies bytes that are not read again soon: past the caches where that is possible, so that the lines written need not
-// be fetched first.
-void StreamCopy(unsigned char* to, const unsigned char* from, std::size_t size) {
-#if defined(__SSE2__)
-    std::size_t at = std::min<std::size_t>(-reinterpret_cast<std::uintptr_t>(to) % cacheLine, size);
-    std::memcpy(to, from, at);
-    for (; at + cacheLine <= size; at += cacheLine)
-        for (std::size_t part = at; part < at + cacheLine; part += sizeof(__m128i))
-            _mm_stream_si128(reinterpret_cast<__m128i*>(to + part),
-                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + part)));
-    std::memcpy(to + at, from + at, size - at);
-#else
-    std::memcpy(to, from, size);
-#endif
-}
-
-// Makes what has been streamed visible to other threads in the usual order.
-void EndStream() {
-#if defined(__SSE2__)
-    _mm_sfence();
-#endif
-}
-
 // A word whose first byte in memory is 255, and every one `distance` bytes further.
 template <class Word>
 Word EveryByte(std::size_t distance) {
@@ -108,6 +82,7 @@ template <class Sample>
 void Pixelate(const PlaneView<Sample>& plane, const Blocks& blocks) {
     const std::size_t last = blocks.LastStart(), size = (last - blocks.left) * sizeof(Sample);
     const std::size_t part = (size + blocks.side - 1) / blocks.side;
+    const StreamingStores stores;
     for (std::size_t bandTop = blocks.top; bandTop < blocks.bottom; bandTop += blocks.side) {
         Sample* const first = plane.Row(bandTop);
         SpreadRow(first, blocks, last);
@@ -115,7 +90,7 @@ void Pixelate(const PlaneView<Sample>& plane, const Blocks& blocks) {
         for (std::size_t y = bandTop; y < blocks.BandEnd(bandTop); ++y) {
             Sample* const row = plane.Row(y);
             auto* const bytes = reinterpret_cast<unsigned char*>(row + blocks.left);
-            if (row != first) StreamCopy(bytes, reinterpret_cast<const unsigned char*>(first + blocks.left), size);
+            if (row != first) stores.Copy(bytes, reinterpret_cast<const unsigned char*>(first + blocks.left), size);
             // A part of the row that the next band starts with.
             PrefetchStretch(bytes + (blocks.side - (y - bandTop)) * plane.pitch + (y - bandTop) * part, part);
             // Deliberate: the last block keeps its width even past the row's end, so it may change the start of the
@@ -123,7 +98,6 @@ void Pixelate(const PlaneView<Sample>& plane, const Blocks& blocks) {
             std::fill_n(row + last, std::min(blocks.side, SamplesFrom(plane, last, y)), lastColour);
         }
     }
-    EndStream();
 }
 
 // Copies the bytes under `mask` of each word of a row.

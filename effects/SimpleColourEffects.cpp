@@ -3,11 +3,8 @@
 #include <cstring>
 #include <utility>
 
-#if defined(__x86_64__)
-#include <emmintrin.h>
-#endif
-
 #include "effects/row_loops.h"
+#include "effects/streaming_stores.h"
 
 namespace AVBased {
 namespace {
@@ -17,35 +14,15 @@ std::uint32_t Mean(std::uint32_t pixel) {
     return sum * 21846 >> 16;  // exactly sum / 3 for every sum up to 765
 }
 
-#if defined(__x86_64__)
-// Fills whole cache lines around the cache: ordinary stores would first read every line that they overwrite.
-void StreamFill(unsigned char* lines, std::size_t count, std::uint8_t value) {
-    const __m128i vector = _mm_set1_epi8(static_cast<char>(value));
-    auto* const out = reinterpret_cast<__m128i*>(lines);
-    for (std::size_t i = 0; i < count * (cacheLine / sizeof vector); ++i) _mm_stream_si128(out + i, vector);
-    _mm_sfence();
-}
-#else
-void StreamFill(unsigned char* lines, std::size_t count, std::uint8_t value) {
-    std::memset(lines, value, count * cacheLine);
-}
-#endif
-
 // Deliberate: the whole plane, padding included.
 void Fill(const ComponentView& plane, std::uint8_t value) {
     if (!plane.data) return;
-    const std::size_t bytes = plane.ByteCount();
     // A smaller plane is likely to be in the cache, and to be wanted there.
     constexpr std::size_t streamedFrom = 1 << 18;
-    if (bytes < streamedFrom) {
-        std::memset(plane.data, value, bytes);
-        return;
-    }
-    const std::size_t head = -reinterpret_cast<std::uintptr_t>(plane.data) % cacheLine;
-    const std::size_t lines = (bytes - head) / cacheLine;
-    std::memset(plane.data, value, head);
-    StreamFill(plane.data + head, lines, value);
-    std::memset(plane.data + head + lines * cacheLine, value, bytes - head - lines * cacheLine);
+    if (plane.ByteCount() < streamedFrom)
+        std::memset(plane.data, value, plane.ByteCount());
+    else
+        StreamingStores().Fill(plane.data, value, plane.ByteCount());
 }
 
 void GrayRgba32Effect(PackedView picture) {

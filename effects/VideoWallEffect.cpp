@@ -9,6 +9,7 @@
 #include "effects/fixed_point.h"
 #include "effects/property_table.h"
 #include "effects/row_sampler.h"
+#include "effects/streaming_stores.h"
 
 namespace AVBased {
 namespace {
@@ -102,8 +103,11 @@ void BuildWall(const TileAxis& across, const TileAxis& down, const SharedAxis& c
         (*sampler)(plane.Row(y), source == y ? own.data() : plane.Row(source), 2 * std::ptrdiff_t(plane.pitch));
     }
     shown.RepeatDown(down);
+    const StreamingStores stores;
     for (unsigned y = 0; y < rows.size; ++y)
-        if (shown.Map()[y] != y) std::copy_n(plane.Row(shown.Map()[y]), columns.size, plane.Row(y));
+        if (shown.Map()[y] != y)
+            stores.Copy(plane.data + std::size_t(y) * plane.pitch,
+                        plane.data + std::size_t(shown.Map()[y]) * plane.pitch, columns.size * sizeof(Sample));
 }
 
 }  // namespace
