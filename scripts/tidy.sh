@@ -2,6 +2,6 @@
 # Runs clang-tidy over the sources of the module and the command.
 # Usage: scripts/tidy.sh BUILD_FOLDER
 set -euo pipefail
-git ls-files 'TarvoBased/*.cpp' 'avbase/*.cpp' 'effects/*.cpp' 'host/*.cpp' |
+git ls-files 'TarvoBased/*.cpp' 'avbase/*.cpp' 'effects/*.cpp' 'dvd_effects/*.cpp' 'host/*.cpp' |
     xargs -P "$(nproc)" -n 1 clang-tidy-14 --quiet -p "$1" 2>&1 |
     { grep -v ' warnings\? generated\.$' || true; }
