@@ -54,7 +54,7 @@ void CRadiateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNo
 }
 
 void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const auto [x, y, level] = m_settings;
+    const auto x = m_settings.x, y = m_settings.y, level = m_settings.level;
     const std::uint32_t bias = std::uint32_t(level >> 3);
     const FrameCopy source(*frame);
     ForFrame(

@@ -122,7 +122,7 @@ void CWallVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode&
 }
 
 void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const auto [across, down] = m_settings;
+    const double across = m_settings.horiTiles, down = m_settings.verTiles;
     if (!(across >= 1 && down >= 1 && std::isfinite(across) && std::isfinite(down))) return;
     ForFrame(
         [&](const PackedView& picture) {

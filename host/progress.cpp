@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 
 #include "host/log.h"
@@ -22,7 +23,7 @@ void Progress::Advance() {
     m_drawn = now;
     const double seconds = std::chrono::duration<double>(now - m_begin).count(), rate = double(m_done) / seconds;
     if (m_total >= m_done) {
-        const long long left = (long long)(double(m_total - m_done) / rate + 0.5);
+        const long long left = std::llround(double(m_total - m_done) / rate);
         std::fprintf(stderr, "\r\033[Kframe %lld of %lld, %.1f fps, %lld:%02lld left", m_done, m_total, rate, left / 60,
                      left % 60);
     } else {
