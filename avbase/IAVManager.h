@@ -20,6 +20,8 @@ class IAVSource {
     /// The current frame, and a step to the next one: a video starts over behind its last frame, a picture or a text
     /// stays. The caller releases the frame with Free(); it may outlive the source. Null on failure.
     virtual IRawVideoFrame* ReadFrame() = 0;
+    /// Whether every frame is the same: a reader may keep the first one and release the source.
+    virtual bool IsStill() = 0;
     /// Releases the source.
     virtual void Free() = 0;
 
