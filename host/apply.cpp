@@ -5,37 +5,17 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <sstream>
-#include <thread>
 
 #include "host/catalogue.h"
+#include "host/effect_workers.h"
 #include "host/errors.h"
 #include "host/log.h"
 #include "host/pipeline.h"
 
 namespace Nifikral {
 namespace {
-
-FrameRange ParseRange(const std::string& text) {
-    FrameRange range;
-    if (text.empty()) return range;
-    const char* const end = text.data() + text.size();
-    const auto [dash, firstError] = std::from_chars(text.data(), end, range.first);
-    bool good = firstError == std::errc() && range.first >= 0;
-    if (good && dash == end) {
-        range.last = range.first;
-    } else if (good && *dash == '-' && dash + 1 != end) {
-        const auto [rest, lastError] = std::from_chars(dash + 1, end, range.last);
-        good = lastError == std::errc() && rest == end && range.last >= range.first;
-    } else {
-        good = good && *dash == '-';
-    }
-    if (!good)
-        throw HostError(ExitCode::Usage, "--frames " + text + " is no range; give A-B with A up to B, counted from 0");
-    return range;
-}
 
 bool HasTrait(const EffectRequest& request, EffectTraits trait) {
     const EffectInfo* const info = FindEffect(request.effect);
@@ -107,14 +87,14 @@ void Apply(const ApplyOptions& options, const EffectModule& module) {
     std::vector<EffectRequest> requests;
     for (const std::string& text : options.effects) requests.push_back(ParseEffectRequest(text, module));
     const FrameRange range = ParseRange(options.frames);
-    const int threads = options.threads > 0 ? options.threads : std::max(1, int(std::thread::hardware_concurrency()));
+    const int threads = ThreadCount(options.threads);
     RefuseToOverwriteInput(options);
 
     MediaSource source(options.input, {range, threads, options.keepGoing});
     const PictureShape shape = ShapeOf(source.FirstFrame());
     PicturePath path = ChoosePath(shape, options, requests);
     const bool keepsForced = !options.pixelFormat.empty();
-    const OutputTraits traits(source, keepsForced ? path.effectShape.format : OutputFormat(shape.format));
+    const OutputTraits traits = TraitsOf(source, keepsForced ? path.effectShape.format : OutputFormat(shape.format));
     OutputOptions output = options.output;
     output.threads = threads;
     const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.dryRun);
@@ -127,15 +107,17 @@ void Apply(const ApplyOptions& options, const EffectModule& module) {
     }
     PrintDetail(summary);
 
-    long long frames = 0;
-    StageTimes times;
+    EffectWorkers effects(path, sink->Shape(), module, requests, frameCount);
+    const Stages stages{[&] { return source.Next(); },
+                        [&](SourceStep& step) { effects.Process(step.frame, step.number - range.first); }};
+    RunReport report;
     {
         Progress progress(source.EstimatedFrameCount());
-        times = RunPipeline(source, *sink, path, module, requests, frameCount, threads, progress, frames);
+        report = RunPipeline(stages, *sink, threads, progress);
     }
     std::ostringstream spent;
-    spent << frames << " frames; seconds of work: decoding " << times.decode << ", effects " << times.effects
-          << ", encoding " << times.encode;
+    spent << report.frames << " frames; seconds of work: decoding " << report.nextSeconds << ", effects "
+          << effects.EffectSeconds() << ", encoding " << report.encodeSeconds;
     PrintDetail(spent.str());
 }
 

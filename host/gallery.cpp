@@ -90,7 +90,7 @@ PictureShape PageShape(PictureShape shape) {
 
 PictureShape WritePhotograph(const std::string& from, const std::string& to) {
     MediaSource source(from, {.range = {0, 0}, .audio = false});
-    OutputTraits traits(source, AV_PIX_FMT_RGB24);
+    OutputTraits traits = TraitsOf(source, AV_PIX_FMT_RGB24);
     traits.source = PageShape(traits.source);
     traits.metadata = nullptr;
     OutputOptions output;

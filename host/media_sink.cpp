@@ -23,33 +23,53 @@ const AVOutputFormat* FindFormat(const OutputOptions& options) {
 
 }  // namespace
 
-OutputTraits::OutputTraits(const MediaSource& input, AVPixelFormat preferredFormat)
-    : source(ShapeOf(input.FirstFrame())),
-      preferred(preferredFormat),
-      frameRate(input.FrameRate()),
-      timeBase(input.VideoStream().time_base),
-      audio(input.AudioStreams()),
-      metadata(input.Metadata()) {
+OutputTraits TraitsOf(const MediaSource& input, AVPixelFormat preferred) {
     const AVFrame& first = input.FirstFrame();
-    primaries = first.color_primaries;
-    transfer = first.color_trc;
-    range = first.color_range;
-    chromaLocation = first.chroma_location;
-    pixelAspect = first.sample_aspect_ratio;
+    const AVStream& stream = input.VideoStream();
+    OutputTraits traits;
+    traits.source = ShapeOf(first);
+    traits.preferred = preferred;
+    traits.primaries = first.color_primaries;
+    traits.transfer = first.color_trc;
+    traits.range = first.color_range;
+    traits.chromaLocation = first.chroma_location;
+    // Containers may know the pixels' shape where the pictures do not.
+    traits.pixelAspect = first.sample_aspect_ratio.num ? first.sample_aspect_ratio : stream.sample_aspect_ratio;
+    traits.frameRate = input.FrameRate();
+    traits.timeBase = stream.time_base;
     if (first.interlaced_frame) {
         // The container may know how the fields are stored, the picture only which is shown first.
-        fieldOrder = input.VideoStream().codecpar->field_order;
-        if (fieldOrder == AV_FIELD_UNKNOWN || fieldOrder == AV_FIELD_PROGRESSIVE)
-            fieldOrder = first.top_field_first ? AV_FIELD_TB : AV_FIELD_BT;
+        traits.fieldOrder = stream.codecpar->field_order;
+        if (traits.fieldOrder == AV_FIELD_UNKNOWN || traits.fieldOrder == AV_FIELD_PROGRESSIVE)
+            traits.fieldOrder = first.top_field_first ? AV_FIELD_TB : AV_FIELD_BT;
     }
-    // Containers may know the pixels' shape where the pictures do not.
-    if (pixelAspect.num == 0) pixelAspect = input.VideoStream().sample_aspect_ratio;
+    traits.audio = input.AudioStreams();
+    traits.metadata = input.Metadata();
+    return traits;
+}
+
+OutputTraits TraitsOfFilm(int width, int height, AVRational frameRate, AVPixelFormat preferred) {
+    const bool highDefinition = UsualMatrix(height) == AVCOL_SPC_BT709;
+    OutputTraits traits;
+    traits.source = {preferred, width, height, UsualMatrix(height), false};
+    traits.preferred = preferred;
+    traits.primaries = highDefinition ? AVCOL_PRI_BT709 : height == 576 ? AVCOL_PRI_BT470BG : AVCOL_PRI_SMPTE170M;
+    traits.transfer = highDefinition ? AVCOL_TRC_BT709 : AVCOL_TRC_SMPTE170M;
+    traits.range = AVCOL_RANGE_MPEG;
+    traits.chromaLocation = AVCHROMA_LOC_LEFT;
+    traits.pixelAspect = {1, 1};
+    traits.frameRate = frameRate;
+    traits.timeBase = av_inv_q(frameRate);
+    return traits;
+}
+
+bool IsPictureOutput(const OutputOptions& options) {
+    return options.format.empty() && options.path != "-" && IsPictureFile(options.path, FindFormat(options));
 }
 
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly) {
+    if (IsPictureOutput(options)) return OpenPictureSink(options, traits, tryOnly);
     const AVOutputFormat* const format = FindFormat(options);
-    if (options.format.empty() && options.path != "-" && IsPictureFile(options.path, format))
-        return OpenPictureSink(options, traits, tryOnly);
     if (format && !(format->flags & AVFMT_NOFILE)) return OpenVideoSink(options, traits, *format, tryOnly);
     if (!options.format.empty())
         throw HostError(ExitCode::Usage, "-f " + options.format + " names no format; try nut, y4m, matroska or mp4");

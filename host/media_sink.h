@@ -19,7 +19,7 @@ struct OutputOptions {
     int threads = 1;
 };
 
-/// What the output inherits from the input.
+/// What the output inherits from where its pictures come from.
 struct OutputTraits {
     PictureShape source;
     AVPixelFormat preferred = AV_PIX_FMT_NONE;  ///< taken when the encoder can
@@ -31,9 +31,13 @@ struct OutputTraits {
     AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
     std::vector<const AVStream*> audio;
     const AVDictionary* metadata = nullptr;
-
-    OutputTraits(const MediaSource& source, AVPixelFormat preferred);
 };
+
+/// The traits of an input, whose streams they borrow.
+OutputTraits TraitsOf(const MediaSource& input, AVPixelFormat preferred);
+/// The traits of a film that is made here: progressive, square pixels, limited range and the usual colours for its
+/// height. Times count frames.
+OutputTraits TraitsOfFilm(int width, int height, AVRational frameRate, AVPixelFormat preferred);
 
 /// Encodes pictures and stores them. What it has begun and not finished leaves nothing under a final name. Throws
 /// output errors that name the file and the remedy. Threads: one at a time.
@@ -49,6 +53,8 @@ class MediaSink {
     virtual void Finish() = 0;
 };
 
+/// Whether OpenSink makes a sink for stills of this.
+bool IsPictureOutput(const OutputOptions& options);
 /// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 
 #include "host/errors.h"
 #include "host/interruption.h"
@@ -161,7 +162,7 @@ std::optional<SourceStep> MediaSource::Next() {
                 m_name + " has " + std::to_string(m_decoded) + " frames, 0 to " + std::to_string(m_decoded - 1);
             if (m_decoded <= m_options.range.first)
                 throw HostError(ExitCode::Usage, "--frames lies past the end: " + has + "; choose among these");
-            if (m_options.range.last != FrameRange().last) PrintWarning("--frames ends earlier: " + has);
+            if (m_options.range.last != FrameRange::noEnd) PrintWarning("--frames ends earlier: " + has);
             m_finished = true;
             m_endTime = std::numeric_limits<double>::infinity();
             return SourceStep{nullptr, 0, TakeAudio(true)};
@@ -281,7 +282,7 @@ void MediaSource::ReadTrailingAudio() {
 std::vector<PacketPtr> MediaSource::TakeAudio(bool atEnd) {
     std::size_t count = m_audio.size();
     // A range that ends takes no audio from behind it, and where that is, is known when its last frame comes.
-    if (m_options.range.last != FrameRange().last) {
+    if (m_options.range.last != FrameRange::noEnd) {
         const auto isLater = [&](const PacketPtr& packet) {
             return Seconds(packet->pts, m_input->streams[packet->stream_index]->time_base) >= m_endTime;
         };

@@ -1,21 +1,16 @@
 #pragma once
 
 #include <deque>
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "host/ffmpeg_handles.h"
 #include "host/orientation.h"
+#include "host/run_options.h"
 #include "host/standard_input.h"
 
 namespace Nifikral {
-
-/// Frames of the input to take, counted from 0, both ends included.
-struct FrameRange {
-    long long first = 0, last = std::numeric_limits<long long>::max();
-};
 
 /// One step of the input: a picture, or at the end none, with the audio that was read on the way to it.
 struct SourceStep {

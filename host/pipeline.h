@@ -1,28 +1,44 @@
 #pragma once
 
-#include "host/effect_chain.h"
+#include <chrono>
+#include <functional>
+
 #include "host/media_sink.h"
 #include "host/media_source.h"
 #include "host/progress.h"
 
 namespace Nifikral {
 
-/// How pictures look between decoder and encoder.
-struct PicturePath {
-    unsigned effectFormat = 0;  ///< code of the layout that effects see
-    PictureShape effectShape;
-    bool overBlack = false;  ///< what effects did to the alpha has to show in an output without alpha
+/// What makes the pictures of a run.
+struct Stages {
+    /// The next picture, and behind the last one nothing. Called in order, one call at a time.
+    std::function<std::optional<SourceStep>()> next;
+    /// What is left to do on a picture until it is as the sink takes it; several at once, on any thread.
+    std::function<void(SourceStep&)> work;
 };
 
-/// Seconds of work in each stage, summed over all workers.
-struct StageTimes {
-    double decode = 0, effects = 0, encode = 0;
+struct RunReport {
+    long long frames = 0;
+    double nextSeconds = 0, encodeSeconds = 0;
 };
 
-/// Decodes in order, runs the effects in parallel and encodes in order, with a bounded number of pictures in flight.
-/// Throws the first error of any stage. Answers the times; `frames` counts the pictures.
-StageTimes RunPipeline(MediaSource& source, MediaSink& sink, const PicturePath& path, const EffectModule& module,
-                       const std::vector<EffectRequest>& requests, long long frameCount, int threads,
-                       Progress& progress, long long& frames);
+/// Takes pictures through both stages into the sink, in order, with a bounded number of them in flight. Throws the
+/// first error of any stage.
+RunReport RunPipeline(const Stages& stages, MediaSink& sink, int threads, Progress& progress);
+
+/// Adds the time from its making to its end to a sum.
+class Stopwatch {
+ public:
+    explicit Stopwatch(double& sum) : m_sum(sum) {}
+    ~Stopwatch() { m_sum += std::chrono::duration<double>(Clock::now() - m_begin).count(); }
+    Stopwatch(const Stopwatch&) = delete;
+    Stopwatch& operator=(const Stopwatch&) = delete;
+
+ private:
+    using Clock = std::chrono::steady_clock;
+
+    double& m_sum;
+    Clock::time_point m_begin = Clock::now();
+};
 
 }  // namespace Nifikral

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <limits>
+#include <string>
+
+namespace Nifikral {
+
+/// Frames of a run to take, counted from 0, both ends included.
+struct FrameRange {
+    static constexpr long long noEnd = std::numeric_limits<long long>::max();
+
+    long long first = 0, last = noEnd;
+};
+
+/// Reads "A-B", "A-" or "A"; "" means all. Throws a usage error for anything else.
+FrameRange ParseRange(const std::string& text);
+
+/// The threads to use when `wanted` were asked for; 0: as many as there are processor cores.
+int ThreadCount(int wanted);
+
+}  // namespace Nifikral
