@@ -1,5 +1,4 @@
 #include <cstring>
-#include <type_traits>
 
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
@@ -36,17 +35,6 @@ constexpr char sourceName[] = "ImageEffects";
 // Lines that the host reads beside an error of the factory.
 enum Line : int { lineNullName = 53, lineNotFound = 183, lineBoundary = 186 };
 
-// A generator takes the manager; a frame effect knows its name, or is plain enough to be told it.
-template <class Effect>
-IVideoProc* Create(const char* name, IAVManager* manager) {
-    if constexpr (std::is_constructible_v<Effect, IAVManager*>)
-        return new Effect(manager);
-    else if constexpr (std::is_default_constructible_v<Effect>)
-        return new Effect;
-    else
-        return new Effect(name);
-}
-
 constexpr EffectEntry effectTable[] = {
     {effectNameSimpleGaussBlur, Create<CSimpleGaussBlurEffect>},
     {effectNameSimpleLaplacianSharpen, Create<CSimpleLaplacianSharpenEffect>},
@@ -81,11 +69,12 @@ constexpr EffectEntry effectTable[] = {
 
 std::span<const EffectEntry> EffectTable() { return effectTable; }
 
-IVideoProc* CreateEffect(IAVManager* manager, const char* name) noexcept {
+IVideoProc* CreateEffect(IAVManager* manager, const char* name, std::span<const EffectEntry> generators) noexcept {
     return AtBoundary(lineBoundary, sourceName, [&] {
         RequirePointer(name, lineNullName, sourceName);
-        for (const EffectEntry& entry : effectTable)
-            if (std::strcmp(entry.name, name) == 0) return entry.create(name, manager);
+        for (const std::span<const EffectEntry> rows : {EffectTable(), generators})
+            for (const EffectEntry& entry : rows)
+                if (std::strcmp(entry.name, name) == 0) return entry.create(name, manager);
         throw CBaseException(errorNotFound, textEffectNotFound, lineNotFound, sourceName);
     });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <type_traits>
 
 #include "avbase/IVideoProc.h"
 
@@ -12,10 +13,23 @@ struct EffectEntry {
     IVideoProc* (*create)(const char* name, IAVManager* manager);
 };
 
-/// Every effect in the order in which names are compared.
+/// How a row makes its object. A generator takes the manager; a frame effect knows its name, or is plain enough to be
+/// told it.
+template <class Effect>
+IVideoProc* Create(const char* name, IAVManager* manager) {
+    if constexpr (std::is_constructible_v<Effect, IAVManager*>)
+        return new Effect(manager);
+    else if constexpr (std::is_default_constructible_v<Effect>)
+        return new Effect;
+    else
+        return new Effect(name);
+}
+
+/// Every frame effect in the order in which names are compared.
 std::span<const EffectEntry> EffectTable();
 
-/// What the exported function does; see CreateVideoProcFunction.
-IVideoProc* CreateEffect(IAVManager* manager, const char* name) noexcept;
+/// What the exported function does, with the effect table and the rows of `generators` behind it; see
+/// CreateVideoProcFunction.
+IVideoProc* CreateEffect(IAVManager* manager, const char* name, std::span<const EffectEntry> generators = {}) noexcept;
 
 }  // namespace AVBased
