@@ -87,6 +87,7 @@ constexpr Peer peers[] = {
     {"aged_film FFmpeg", "colorchannelmixer=.393:.769:.189:0:.349:.686:.168:0:.272:.534:.131", "lutyuv=u=117:v=136"},
     {"brightness_contrast FFmpeg", "lutrgb=r=val*1.3+13:g=val*1.3+13:b=val*1.3+13", "eq=contrast=1.3:brightness=0.2"},
     {"brightness_contrast saturation FFmpeg", "", "eq=contrast=1.3:brightness=0.2:saturation=1.4"},
+    {"directfadein FFmpeg", "fade=in:start_frame=0:nb_frames=100000", "fade=in:start_frame=0:nb_frames=100000"},
     {"simple_gauss_blur FFmpeg", "convolution=1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1",
      "convolution=1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1"},
     {"simple_laplacian_sharpen FFmpeg",
@@ -110,6 +111,8 @@ void RegisterFfmpeg() {
     const char fade[] = "fade=in:start_frame=0:nb_frames=100000000:alpha=1";
     RegisterPeer("fadein FFmpeg", WorkOf(fade, AV_PIX_FMT_BGRA), WorkOf(fade, AV_PIX_FMT_YUVA420P), formatPlanarAlpha,
                  alphaPlane);
+    RegisterPeer("transparency FFmpeg", WorkOf("colorchannelmixer=aa=0.5", AV_PIX_FMT_BGRA),
+                 WorkOf("lutyuv=a=val/2", AV_PIX_FMT_YUVA420P), formatPlanarAlpha, alphaPlane);
 }
 
 }  // namespace Bench

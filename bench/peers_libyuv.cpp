@@ -76,6 +76,9 @@ void RegisterLibyuv() {
     RegisterPeer(
         "fadein libyuv",
         [](CRawVideoFrame& f) { ARGBShade(Pixels(f), pitch, Pixels(f), pitch, width, height, 0x66FFFFFF); }, nullptr);
+    RegisterPeer(
+        "directfadein libyuv",
+        [](CRawVideoFrame& f) { ARGBShade(Pixels(f), pitch, Pixels(f), pitch, width, height, 0xFF666666); }, nullptr);
     RegisterPeer("tensile libyuv", WithScratch([](std::uint8_t* pixels, std::uint8_t* out) {
                      const int left = width / 6, top = height / 6;
                      ARGBScale(pixels + top * pitch + left * 4, pitch, width * 2 / 3, height * 2 / 3, out, pitch, width,

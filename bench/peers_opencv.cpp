@@ -162,6 +162,16 @@ void RegisterOpenCv() {
     };
     RegisterPeer("fadein OpenCV", EachPlane([](Mat& m, Mat&) { cv::multiply(m, cv::Scalar(1, 1, 1, 0.4), m); }), fade,
                  formatPlanarAlpha, alphaPlane);
+    RegisterPeer("transparency OpenCV", EachPlane([](Mat& m, Mat&) { cv::multiply(m, cv::Scalar(1, 1, 1, 0.4), m); }),
+                 fade, formatPlanarAlpha, alphaPlane);
+    RegisterPeer("directfadein OpenCV",
+                 EachPlane([](Mat& m, Mat&) { cv::multiply(m, cv::Scalar(0.4, 0.4, 0.4, 1), m); }),
+                 [](CRawVideoFrame& frame) {
+                     for (unsigned p = 0; p < 3; ++p) {
+                         Mat plane = PlaneOf(frame, p);
+                         plane.convertTo(plane, -1, 0.4, p == 0 ? 9.6 : 76.8);
+                     }
+                 });
     RegisterBoth("simple_gauss_blur OpenCV", [](Mat& m, Mat& out) { cv::GaussianBlur(m, out, {3, 3}, 0); });
     const Work sharpen = Convolve({-1, -1, -1, -1, 9, -1, -1, -1, -1}, 0);
     RegisterPeer("simple_laplacian_sharpen OpenCV", sharpen, sharpen);

@@ -26,7 +26,43 @@ void FadeComponentEffect(PlanarView picture, std::uint32_t level) {
     });
 }
 
+void ScaleOpacity(IRawVideoFrame& frame, std::uint32_t level, InstructionSet set) {
+    ForFrame([&](PackedView picture) { variantsOf<FadeRgba32Effect>.For(set)(picture, level); },
+             [&](PlanarView picture) { variantsOf<FadeComponentEffect>.For(set)(picture, level); }, frame);
+}
+
+constexpr std::uint32_t wholeLevel = 256;
+
+void DirectFadeRgba32Effect(PackedView picture, std::uint32_t level) {
+    ForEachPixel(picture, [factor = std::min(level, wholeLevel)](std::uint32_t p) {
+        constexpr std::uint32_t blueAndRed = 0xFF00FF, green = 0xFF00;
+        return (p & alphaMask) | ((p & blueAndRed) * factor >> 8 & blueAndRed) | ((p & green) * factor >> 8 & green);
+    });
+}
+
+void DirectFadeComponentEffect(ComponentView plane, std::uint32_t level, std::uint8_t rest) {
+    // All in 16 bits: the sum stays below 2^16.
+    const auto factor = std::uint16_t(std::min(level, wholeLevel));
+    const auto base = std::uint16_t(rest * (wholeLevel - factor) + wholeLevel / 2);
+    ForEachSample(plane, [=](std::uint8_t sample) {
+        return std::uint8_t(std::uint16_t(std::uint16_t(sample * std::uint32_t(factor)) + base) >> 8);
+    });
+}
+
+constexpr Property<CTransparencyAjustEffect::Settings> transparencyProperties[] = {
+    {"transparency_opacity", "50", &CTransparencyAjustEffect::Settings::opacity},
+};
+
 }  // namespace
+
+void fade_in_out_direct_rgba32_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
+    DirectFadeRgba32Effect({data, width / unsigned(sizeof(Rgba32)), pitch, height}, level);
+}
+
+void fade_in_out_direct_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height,
+                                    unsigned level, unsigned rest) {
+    DirectFadeComponentEffect({data, width, pitch, height}, level, std::uint8_t(rest));
+}
 
 CFadeVideoImageEffect::CFadeVideoImageEffect(const char* name, Direction direction)
     : CBasedVideoImageEffect(name), m_direction(direction) {
@@ -52,8 +88,34 @@ void CFadeVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRawVide
     const std::uint32_t place = std::uint32_t(position), duration = std::uint32_t(GetDuration());
     if (place > duration || duration == 0) return;
     const std::uint32_t level = Level(place, duration);
-    ForFrame([&](PackedView picture) { Pick<FadeRgba32Effect>()(picture, level); },
-             [&](PlanarView picture) { Pick<FadeComponentEffect>()(picture, level); }, *frame);
+    Scale(*frame, level);
+}
+
+void CFadeVideoImageEffect::Scale(IRawVideoFrame& frame, std::uint32_t level) {
+    ScaleOpacity(frame, level, Instructions());
+}
+
+void CDirectFadeEffect::Scale(IRawVideoFrame& frame, std::uint32_t level) {
+    ForFrame([&](PackedView picture) { Pick<DirectFadeRgba32Effect>()(picture, level); },
+             [&](const PlanarView& picture) {
+                 for (unsigned p = 0; p < 3; ++p)
+                     Pick<DirectFadeComponentEffect>()(picture.plane[p], level, p == 0 ? 16 : 128);
+             },
+             frame);
+}
+
+CTransparencyAjustEffect::CTransparencyAjustEffect() : CBasedVideoImageEffect(effectNameTransparency) {
+    DeclareProperties(*this, transparencyProperties);
+}
+
+void CTransparencyAjustEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    StoreProperty(m_settings, transparencyProperties, name, node);
+}
+
+void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    const std::uint32_t opacity = std::uint32_t(std::clamp(m_settings.opacity, 0, 100));
+    ScaleOpacity(*frame, opacity * 256 / 100, Instructions());
 }
 
 }  // namespace AVBased

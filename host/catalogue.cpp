@@ -23,6 +23,13 @@ constexpr ParameterInfo fade[] = {
     {"FadeMin", "lowest opacity that the fade may use", "1/256", {0, 256}},
     {"FadeMax", "highest opacity that the fade may use", "1/256", {0, 256}},
 };
+constexpr ParameterInfo directFade[] = {
+    {"FadeMin", "lowest level of the colours that the fade may use", "1/256", {0, 256}},
+    {"FadeMax", "highest level of the colours that the fade may use", "1/256", {0, 256}},
+};
+constexpr ParameterInfo transparency[] = {
+    {"transparency_opacity", "opacity of the whole picture", "%", {0, 100}},
+};
 constexpr ParameterInfo reverse[] = {
     {"mirror", "flip left to right", "", {0, 1}, offOn},
     {"vertical", "flip top to bottom", "", {0, 1}, offOn},
@@ -115,8 +122,8 @@ constexpr EffectInfo catalogue[] = {
     {"brightness_contrast", "brightness, contrast and saturation", plain, brightnessContrast},
     {"fadein", "fades the picture in", variesWithTime | changesAlpha, fade},
     {"fadeout", "fades the picture out", variesWithTime | changesAlpha, fade},
-    {"directfadein", "fades the picture in", variesWithTime},
-    {"directfadeout", "fades the picture out", variesWithTime},
+    {"directfadein", "fades the picture in from black", variesWithTime, directFade},
+    {"directfadeout", "fades the picture out to black", variesWithTime, directFade},
     {"reverse", "flips the picture", plain, reverse},
     {"spherize", "a lens that bulges or pinches", plain, spherize},
     {"magnifier", "a magnifying glass", plain, magnifier},
@@ -127,7 +134,7 @@ constexpr EffectInfo catalogue[] = {
     {"portrait", "a portrait"},
     {"mirage", "a soft double image", plain, mirage},
     {"stroke", "drawn strokes"},
-    {"transparency", "changes the opacity", changesAlpha},
+    {"transparency", "makes the whole picture translucent", changesAlpha, transparency},
     {"colorfilter", "keeps or changes chosen colours"},
     {"atomize", "scatters the pixels"},
     {"popstyle", "flat poster colours"},

@@ -20,6 +20,8 @@ constexpr Row rows[] = {
     {"brightness_contrast", "brightness=10:contrast=30:saturation=15"},
     {"fadein", "FadeMin=80"},
     {"fadeout", "FadeMax=144"},
+    {"directfadein", "FadeMin=80"},
+    {"directfadeout", "FadeMax=144"},
     {"reverse", "mirror=1:vertical=1"},
     {"spherize", "spherize_x=50%w:spherize_y=50%h:spherize_r=45%s:spherize_scale=0.5"},
     {"magnifier", "magnifier_x=50%w:magnifier_y=50%h:magnifier_r=28%s:magnifier_scale=2"},

@@ -84,5 +84,64 @@ TEST(FadeEffects, ChangeThePlaneOfAlphaAndNoOther) {
     }
 }
 
+TEST(FadeEffects, DirectFadesScaleColoursInsteadOfAlpha) {
+    struct DirectFade {
+        const char* effect;
+        int position;
+        Settings limits;
+        unsigned pixel;
+        Grid luma, chroma;
+    };
+    const DirectFade fades[] = {
+        // Level 64: distances of -16, -1, 0, 239 from 16, and of -128, -3, 5, 127 from 128.
+        {"directfadein", 25, {}, 0x8020033F, {{12, 16, 16, 76}}, {{96, 127, 129, 160}}},
+        {"directfadeout", 75, {}, 0x8020033F, {{12, 16, 16, 76}}, {{96, 127, 129, 160}}},
+        {"directfadein", 0, {}, 0x80000000, {{16, 16, 16, 16}}, {{128, 128, 128, 128}}},
+        // The highest level is 255 unless told otherwise; from 256 on everything stays.
+        {"directfadeout", 0, {}, 0x807F0DFE, {{0, 15, 16, 254}}, {{1, 125, 133, 255}}},
+        {"directfadein", 100, {{"FadeMax", "256"}}, 0x80800EFF, {{0, 15, 16, 255}}, {{0, 125, 133, 255}}},
+        {"directfadein", 0, {{"FadeMin", "-1"}}, 0x80800EFF, {{0, 15, 16, 255}}, {{0, 125, 133, 255}}},
+        {"directfadein", 101, {}, 0x80800EFF, {{0, 15, 16, 255}}, {{0, 125, 133, 255}}},
+    };
+    for (const DirectFade& fade : fades) {
+        const EffectOwner effect = MakeEffect(fade.effect, fade.limits);
+        effect->SetProperty("duration", "100");
+        TestFrame packed(30, 1, 1), planar(60, 4, 1);
+        packed.SetSamples(0, {{0x80800EFF}});
+        planar.SetSamples(0, {{0, 15, 16, 255}});
+        for (unsigned p : {1u, 2u}) planar.SetSamples(p, {{0, 125, 133, 255}});
+        Apply(*effect, packed, fade.position);
+        Apply(*effect, planar, fade.position);
+        const testing::Message where = testing::Message() << fade.effect << " " << fade.position;
+        EXPECT_EQ(packed.Samples(), (Grid{{fade.pixel}})) << where;
+        EXPECT_EQ(planar.Samples(0), fade.luma) << where;
+        for (unsigned p : {1u, 2u}) EXPECT_EQ(planar.Samples(p), fade.chroma) << where;
+    }
+}
+
+TEST(FadeEffects, TransparencyScalesAlphaByPerCents) {
+    struct Opacity {
+        Settings settings;
+        unsigned expected;
+    };
+    const Opacity opacities[] = {
+        {{}, 100},
+        {{{"transparency_opacity", "0"}}, 0},
+        {{{"transparency_opacity", "-5"}}, 0},
+        {{{"transparency_opacity", "33"}}, 65},
+        {{{"transparency_opacity", "100"}}, 200},
+        {{{"transparency_opacity", "2147483647"}}, 200},
+    };
+    for (const auto& [settings, expected] : opacities) {
+        TestFrame packed(30, 1, 1), planar(35, 1, 1);
+        packed.SetSamples(0, {{200u << 24 | 0x80FF01}});
+        planar.SetSamples(3, {{200}});
+        Apply(*MakeEffect("transparency", settings), packed);
+        Apply(*MakeEffect("transparency", settings), planar);
+        EXPECT_EQ(packed.Samples(), (Grid{{expected << 24 | 0x80FF01}}));
+        EXPECT_EQ(planar.Samples(3), (Grid{{expected}}));
+    }
+}
+
 }  // namespace
 }  // namespace AVBased::Testing
