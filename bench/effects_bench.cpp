@@ -62,6 +62,8 @@ constexpr Job jobs[] = {
     {"spotlight", "spotlight_r=540 spotlight_x=960 spotlight_y=540", 1.2, 1.6},
     {"reverse mirror", "mirror=1", 1.0, 1.05},
     {"reverse vertical", "vertical=1", 0.9, 1.05},
+    {"addnoise", "", 4.0, 4.5},
+    {"addnoise colour", "addnoise_color=1", 6.0, 9.0},
     {"videowall", "videowall_horiTiles=3 videowall_verTiles=3", 1.2, 1.3},
 };
 

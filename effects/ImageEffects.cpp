@@ -3,6 +3,7 @@
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
+#include "effects/AddNoiseEffect.h"
 #include "effects/BlurSharpenEffects.h"
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
@@ -61,6 +62,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameEdgeLight, Create<CEdgeLightVideoImageEffect>},
     {effectNameRelief, Create<CReliefVideoImageEffect>},
     {effectNameVideoWall, Create<CWallVideoImageEffect>},
+    {effectNameAddNoise, Create<CAddNoiseVideoImageEffect>},
     {effectNameSpotlight, Create<CSpotlightVideoImageEffect>},
     {effectNameRadiate, Create<CRadiateVideoImageEffect>},
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},

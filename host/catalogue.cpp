@@ -112,6 +112,12 @@ constexpr ParameterInfo oilpainting[] = {
     {"oilpainting_coarseness", "number of brightness classes less one", "", {0, 255}, {}, {0, 1 << 20}},
 };
 
+constexpr ParameterInfo addnoise[] = {
+    {"addnoise_strength", "how far the grain goes in middle tones (standard deviation)", "levels", {0, 255}},
+    {"addnoise_color", "a grain of its own for each colour", "", {0, 1}, offOn},
+    {"addnoise_seed", "another number, another grain", "", {}},
+};
+
 constexpr EffectInfo catalogue[] = {
     {"simple_gauss_blur", "a soft blur", plain, gaussBlur},
     {"simple_laplacian_sharpen", "sharper contours", plain, laplacianSharpen},
@@ -143,7 +149,7 @@ constexpr EffectInfo catalogue[] = {
     {"edgelight", "glowing edges", plain, edgelight},
     {"relief", "a relief lit from a side", plain, relief},
     {"videowall", "the picture repeated in tiles", plain, videowall},
-    {"addnoise", "adds noise"},
+    {"addnoise", "film grain", plain, addnoise},
     {"spotlight", "a spot of coloured light", plain, spotlight},
     {"radiate", "rays from a point", plain, radiate},
     {"tilereflect", "seen through rotated glass tiles", plain, tilereflect},

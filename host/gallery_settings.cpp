@@ -36,6 +36,7 @@ constexpr Row rows[] = {
     {"edgelight", "edgelight_level=3"},
     {"relief", "relief_angle=45"},
     {"videowall", "videowall_horiTiles=3:videowall_verTiles=3"},
+    {"addnoise", "addnoise_strength=25"},
     {"spotlight",
      "spotlight_x=50%w:spotlight_y=50%h:spotlight_r=40%s:spotlight_brightness=50:spotlight_color=0xFFD060:"
      "spotlight_density=30"},
