@@ -10,6 +10,7 @@
 #include "TarvoBased/error_codes.h"
 #include "avbase/avbase.h"
 #include "host/errors.h"
+#include "host/media_manager.h"
 
 namespace Nifikral {
 namespace {
@@ -22,6 +23,12 @@ std::string FindModule() {
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
     const std::filesystem::path beside = program.parent_path().parent_path() / "lib" / moduleFile;
     return !error && std::filesystem::exists(beside, error) ? beside.string() : moduleFile;
+}
+
+// Outlives every effect.
+MediaManager& Manager() {
+    static MediaManager manager;
+    return manager;
 }
 
 std::optional<unsigned> cpuFeatures;
@@ -43,7 +50,7 @@ EffectModule::EffectModule(const std::string& path) : m_path(path.empty() ? Find
 EffectPtr EffectModule::Create(const std::string& name) const {
     TarvoBased::ITarvoException* const current = TarvoBased::GetTarvoException();
     current->Clear();
-    EffectPtr effect(m_create(nullptr, name.c_str()));
+    EffectPtr effect(m_create(&Manager(), name.c_str()));
     const int code = current->GetExceptionCode();
     const std::optional<std::string> error = TakeModuleError();
     if (!effect && code != TarvoBased::errorNotFound)

@@ -66,6 +66,12 @@ FramePtr DeepCopy(const AVFrame& frame) {
 FrameAdapter::FrameAdapter(AVFrame& frame, unsigned formatCode, int timeStamp)
     : m_frame(&frame), m_formatCode(formatCode), m_timeStamp(timeStamp) {}
 
+FrameAdapter::FrameAdapter(FramePtr frame, unsigned formatCode, int timeStamp)
+    : m_owned(std::move(frame)), m_formatCode(formatCode), m_timeStamp(timeStamp) {
+    PrepareForEffects(m_owned);
+    m_frame = m_owned.get();
+}
+
 void FrameAdapter::GetDimension(unsigned* width, unsigned* height) {
     if (width) *width = unsigned(m_frame->width) - m_cropRight;
     if (height) *height = unsigned(m_frame->height) - m_cropBottom;
@@ -126,8 +132,7 @@ AVBased::IRawVideoFrame* FrameAdapter::Clone() {
         } catch (const std::bad_alloc&) {
             TarvoBased::RaiseNoMemory(lineClone);
         }
-        auto clone = std::make_unique<FrameAdapter>(*copy, m_formatCode, m_timeStamp);
-        clone->m_owned = std::move(copy);
+        auto clone = std::make_unique<FrameAdapter>(std::move(copy), m_formatCode, m_timeStamp);
         clone->m_duration = m_duration;
         clone->SetDuplicatedCount(m_duplicatedCount, m_duplicatedTotal);
         clone->CropRightAndBottom(m_cropRight, m_cropBottom);

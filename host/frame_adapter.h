@@ -11,6 +11,8 @@ class FrameAdapter final : public AVBased::IRawVideoFrame {
  public:
     /// Borrows `frame`, which must be in a state that PrepareForEffects leaves, for this object's life.
     FrameAdapter(AVFrame& frame, unsigned formatCode, int timeStamp);
+    /// Owns `frame`, and copies it first where it must not be changed in place.
+    FrameAdapter(FramePtr frame, unsigned formatCode, int timeStamp);
 
     unsigned GetPixelFormat() override { return m_formatCode; }
     void GetDimension(unsigned* width, unsigned* height) override;
@@ -40,7 +42,7 @@ class FrameAdapter final : public AVBased::IRawVideoFrame {
     void GetBorderData(void** data, int* size) override;
 
  private:
-    FramePtr m_owned;  // of a clone only
+    FramePtr m_owned;
     AVFrame* m_frame;
     unsigned m_formatCode;
     int m_timeStamp;

@@ -16,7 +16,7 @@ namespace Nifikral {
 namespace {
 
 std::atomic<Verbosity> currentVerbosity = Verbosity::Normal;
-std::atomic<bool> endedEarly = false;
+std::atomic<unsigned> earlyEnds = 0;
 std::mutex complaintMutex;
 std::string complaint;
 
@@ -38,7 +38,7 @@ void Capture(void* object, int level, const char* format, va_list arguments) {
         if (const std::size_t end = text.find("] "); end != std::string::npos) text.erase(0, end + 2);
     if (text.empty()) return;
     for (const char* const phrase : {"prematurely", "EOI missing", "truncated", "partial file"})
-        if (text.find(phrase) != std::string::npos) endedEarly = true;
+        if (text.find(phrase) != std::string::npos) ++earlyEnds;
     if (currentVerbosity == Verbosity::Verbose) Print("ffmpeg: ", text);
     if (level > AV_LOG_ERROR) return;
     const std::lock_guard lock(complaintMutex);
@@ -67,6 +67,6 @@ std::string TakeFfmpegComplaint() {
     return std::exchange(complaint, {});
 }
 
-bool InputEndedEarly() { return endedEarly; }
+unsigned EarlyEnds() { return earlyEnds; }
 
 }  // namespace Nifikral

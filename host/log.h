@@ -20,7 +20,7 @@ void PrintDetail(const std::string& line);
 void CaptureFfmpegMessages();
 /// FFmpeg's last complaint since the previous call, "" without one.
 std::string TakeFfmpegComplaint();
-/// Whether FFmpeg has said since the start that the input ends before its end.
-bool InputEndedEarly();
+/// How often FFmpeg has said since the start that an input ends before its end.
+unsigned EarlyEnds();
 
 }  // namespace Nifikral

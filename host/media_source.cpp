@@ -81,6 +81,7 @@ double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2
 MediaSource::MediaSource(const std::string& path, const Options& options)
     : m_path(path), m_name(IsPipe(path) ? "the input from stdin" : path), m_options(options) {
     CheckLocalFile(path);
+    m_earlyEnds = EarlyEnds();
     if (IsPipe(path)) m_standardInput = OpenStandardInput();
     m_input = Open(path, m_standardInput.get());
     const AVCodec* codec = nullptr;
@@ -88,6 +89,7 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     if (index == AVERROR_DECODER_NOT_FOUND) Refuse(m_name + ": there is no decoder for its pictures; convert it first");
     if (index < 0) Refuse(m_name + " holds no picture and no video; give a file that does");
     m_video = m_input->streams[index];
+    RefuseHugePictures();
     for (unsigned i = 0; i < m_input->nb_streams; ++i) {
         AVStream* const stream = m_input->streams[i];
         const bool audio = m_options.audio && stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
@@ -105,6 +107,13 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     if (!m_pending) Refuse(m_name + " holds no picture that can be decoded; it is damaged or cut short");
     m_orientation.Prepare(*m_pending, *m_video);
     m_orientation.Apply(m_pending);
+}
+
+void MediaSource::RefuseHugePictures() const {
+    const int width = m_video->codecpar->width, height = m_video->codecpar->height, most = m_options.largestSide;
+    if (width > most || height > most)
+        Refuse(m_name + " is " + std::to_string(width) + "x" + std::to_string(height) + " pixels large; scale it to " +
+               std::to_string(most) + "x" + std::to_string(most) + " at most");
 }
 
 std::vector<const AVStream*> MediaSource::AudioStreams() const {
@@ -202,7 +211,7 @@ FramePtr MediaSource::ReceiveFrame() {
     do error = avcodec_receive_frame(m_decoder.get(), frame.get());
     while (m_inputEnded && error < 0 && error != AVERROR_EOF && error != AVERROR(EAGAIN) &&
            (ReportDamage(ErrorText(error)), true));
-    if (error == AVERROR_EOF && InputEndedEarly()) ReportDamage("the file ends before its end");
+    if (error == AVERROR_EOF && EarlyEnds() > m_earlyEnds) ReportDamage("the file ends before its end");
     if (error < 0 && error != AVERROR_EOF && error != AVERROR(EAGAIN)) ReportDamage(ErrorText(error));
     if (error < 0) return nullptr;
     if (frame->decode_error_flags || (frame->flags & AV_FRAME_FLAG_CORRUPT)) ReportDamage("a picture is incomplete");
@@ -245,7 +254,7 @@ bool MediaSource::ReadPacket() {
 void MediaSource::ReportDamage(const std::string& what) {
     const std::string line =
         m_name + " is damaged or cut short at frame " + std::to_string(m_decoded) + " (" + what + ")";
-    if (!m_options.keepGoing) Refuse(line + "; --keep-going takes what is readable");
+    if (!m_options.keepGoing) Refuse(line + "; " + m_options.damageRemedy);
     if (!m_damageTold) PrintWarning(line + "; going on with what is readable");
     m_damageTold = true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +29,9 @@ class MediaSource {
         int threads = 1;
         bool keepGoing = false;  ///< go on with what is readable of a damaged input
         bool audio = true;
+        int largestSide = std::numeric_limits<int>::max();  ///< pictures with a longer one are refused
+        /// What a message about a damaged input advises.
+        const char* damageRemedy = "--keep-going takes what is readable";
     };
 
     MediaSource(const std::string& path, const Options& options);
@@ -47,6 +51,7 @@ class MediaSource {
     long long CountFrames() const;
 
  private:
+    void RefuseHugePictures() const;
     FramePtr DecodeNext();
     FramePtr ReceiveFrame();
     bool ReadPacket();
@@ -69,6 +74,7 @@ class MediaSource {
     long long m_decoded = 0, m_packets = 0;
     std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE;
     double m_endTime = 0;
+    unsigned m_earlyEnds = 0;  // of all inputs, when this one was opened
     bool m_inputEnded = false, m_finished = false, m_damageTold = false;
 };
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "avbase/IAVManager.h"
+
+namespace Nifikral {
+
+/// What this host gives to generators: files through FFmpeg and text through Pango.
+///
+/// Pictures come upright in format 30. Videos come upright, frame by frame, in their own layout where effects know it
+/// and else in the nearest; behind the last frame they start over. Colours are the usual ones for the frame's height,
+/// in limited range. A file opened under the empty importer name is a picture when it holds a single frame. Sides of
+/// more than 16384 are refused. Threads: any; each source by one at a time.
+class MediaManager final : public AVBased::IAVManager {
+ public:
+    AVBased::IAVImporter* GetImporter(const char* importerName) override;
+    AVBased::IAVSource* OpenSource(const char* path, const char* importerName) override;
+};
+
+}  // namespace Nifikral

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Nifikral {
+
+struct TextStyle {
+    bool bold = false, italic = false, underline = false, outline = false, shadow = false;
+};
+
+/// A text and how it looks.
+struct StyledText {
+    std::string text;  ///< UTF-8, lines apart by line feeds
+    std::string face;  ///< a font family; empty: the usual one
+    TextStyle style;
+    int size = 0;  ///< of the font, in pixels
+    std::uint8_t red = 0, green = 0, blue = 0;
+};
+
+/// The style that blank-separated words name; other words go to `unknown`.
+TextStyle ParseStyle(std::string_view words, std::vector<std::string>& unknown);
+
+/// Reads <font color='#rrggbb' size='pixels' face='family' fontstyle='words'>text</font>, the text as written up to the
+/// last </font>. Nothing for a text of another form; unknown style words are told and left out.
+std::optional<StyledText> ParseFontElement(std::string_view html);
+
+}  // namespace Nifikral
