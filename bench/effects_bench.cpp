@@ -64,6 +64,7 @@ constexpr Job jobs[] = {
     {"reverse vertical", "vertical=1", 0.9, 1.05},
     {"addnoise", "", 4.0, 4.5},
     {"addnoise colour", "addnoise_color=1", 6.0, 9.0},
+    {"atomize", "", 10, 24},
     {"videowall", "videowall_horiTiles=3 videowall_verTiles=3", 1.2, 1.3},
 };
 

@@ -40,10 +40,18 @@ Work Convolve(std::initializer_list<float> weights, double offset) {
     return EachPlane([=](Mat& picture, Mat& out) { cv::filter2D(picture, out, -1, kernel, {-1, -1}, offset); });
 }
 
-// A table of sources for a plane of this size, as cv::remap likes it best. `swirl` turns each pixel about the centre,
-// else the picture is turned inside out.
-Mat SourceMap(cv::Size size, bool swirl) {
+enum class Move { Swirl, InsideOut, Scatter };
+
+// A table of sources for a plane of this size, as cv::remap likes it best.
+Mat SourceMap(cv::Size size, Move move) {
     Mat map(size, CV_16SC2);
+    if (move == Move::Scatter) {
+        cv::randu(map, cv::Scalar::all(-6), cv::Scalar::all(7));
+        for (int y = 0; y < size.height; ++y)
+            for (int x = 0; x < size.width; ++x) map.at<cv::Vec2s>(y, x) += cv::Vec2s(short(x), short(y));
+        return map;
+    }
+    const bool swirl = move == Move::Swirl;
     const double cx = size.width / 2.0, cy = size.height / 2.0, radius = std::hypot(cx, cy);
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) {
@@ -56,10 +64,10 @@ Mat SourceMap(cv::Size size, bool swirl) {
     return map;
 }
 
-void RegisterRemap(const char* row, bool swirl) {
-    const auto remap = [swirl] {
-        return [swirl, map = Mat()](Mat& picture, Mat& out) mutable {
-            if (map.size() != picture.size()) map = SourceMap(picture.size(), swirl);
+void RegisterRemap(const char* row, Move move) {
+    const auto remap = [move] {
+        return [move, map = Mat()](Mat& picture, Mat& out) mutable {
+            if (map.size() != picture.size()) map = SourceMap(picture.size(), move);
             cv::remap(picture, out, map, Mat(), cv::INTER_NEAREST, cv::BORDER_REPLICATE);
         };
     };
@@ -183,8 +191,9 @@ void RegisterOpenCv() {
     RegisterBoth("dilate OpenCV", [](Mat& m, Mat& out) { cv::dilate(m, out, Mat()); });
     RegisterBoth("mosaic OpenCV", Mosaic);
     RegisterBoth("edgelight OpenCV", Edges);
-    RegisterRemap("rotate OpenCV", true);
-    RegisterRemap("mirrorinvert OpenCV", false);
+    RegisterRemap("rotate OpenCV", Move::Swirl);
+    RegisterRemap("mirrorinvert OpenCV", Move::InsideOut);
+    RegisterRemap("atomize OpenCV", Move::Scatter);
     RegisterBoth("magnifier OpenCV", Magnify);
     RegisterBoth("tensile OpenCV", Stretch);
     RegisterBoth("mirage OpenCV", Mirage);

@@ -4,6 +4,7 @@
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
 #include "effects/AddNoiseEffect.h"
+#include "effects/AtomizeEffect.h"
 #include "effects/BlurSharpenEffects.h"
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
@@ -57,6 +58,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameTransparency, Create<CTransparencyAjustEffect>},
+    {effectNameAtomize, Create<CAtomizeVideoImageEffect>},
     {effectNameDilate, Create<CDilateVideoImageEffect>},
     {effectNameErode, Create<CErodeVideoImageEffect>},
     {effectNameEdgeLight, Create<CEdgeLightVideoImageEffect>},

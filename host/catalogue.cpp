@@ -117,6 +117,10 @@ constexpr ParameterInfo addnoise[] = {
     {"addnoise_color", "a grain of its own for each colour", "", {0, 1}, offOn},
     {"addnoise_seed", "another number, another grain", "", {}},
 };
+constexpr ParameterInfo atomize[] = {
+    {"atomize_radius", "how far a pixel may come from", "pixels", {0, 255}},
+    {"atomize_seed", "another number, another spray", "", {}},
+};
 
 constexpr EffectInfo catalogue[] = {
     {"simple_gauss_blur", "a soft blur", plain, gaussBlur},
@@ -142,7 +146,7 @@ constexpr EffectInfo catalogue[] = {
     {"stroke", "drawn strokes"},
     {"transparency", "makes the whole picture translucent", changesAlpha, transparency},
     {"colorfilter", "keeps or changes chosen colours"},
-    {"atomize", "scatters the pixels"},
+    {"atomize", "the picture as spray", plain, atomize},
     {"popstyle", "flat poster colours"},
     {"dilate", "bright areas grow"},
     {"erode", "dark areas grow"},

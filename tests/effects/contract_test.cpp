@@ -44,6 +44,7 @@ constexpr Exception exceptions[] = {
     {.effect = "tensile", .changesPadding = true, .changesAlpha = true},
     {.effect = "mirage", .changesAlpha = true},
     {.effect = "magnifier", .changesAlpha = true},
+    {.effect = "atomize", .changesAlpha = true},
     {.effect = "relief", .changesAlpha = true},
 };
 
