@@ -79,6 +79,9 @@ void RegisterLibyuv() {
     RegisterPeer(
         "directfadein libyuv",
         [](CRawVideoFrame& f) { ARGBShade(Pixels(f), pitch, Pixels(f), pitch, width, height, 0xFF666666); }, nullptr);
+    RegisterPeer(
+        "colorfilter libyuv",
+        [](CRawVideoFrame& f) { ARGBShade(Pixels(f), pitch, Pixels(f), pitch, width, height, 0xFFFFC284); }, nullptr);
     RegisterPeer("tensile libyuv", WithScratch([](std::uint8_t* pixels, std::uint8_t* out) {
                      const int left = width / 6, top = height / 6;
                      ARGBScale(pixels + top * pitch + left * 4, pitch, width * 2 / 3, height * 2 / 3, out, pitch, width,

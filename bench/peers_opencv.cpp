@@ -180,6 +180,8 @@ void RegisterOpenCv() {
                          plane.convertTo(plane, -1, 0.4, p == 0 ? 9.6 : 76.8);
                      }
                  });
+    RegisterPeer("colorfilter OpenCV",
+                 EachPlane([](Mat& m, Mat&) { cv::multiply(m, cv::Scalar(0.52, 0.76, 1, 1), m); }), nullptr);
     RegisterBoth("simple_gauss_blur OpenCV", [](Mat& m, Mat& out) { cv::GaussianBlur(m, out, {3, 3}, 0); });
     const Work sharpen = Convolve({-1, -1, -1, -1, 9, -1, -1, -1, -1}, 0);
     RegisterPeer("simple_laplacian_sharpen OpenCV", sharpen, sharpen);

@@ -8,6 +8,7 @@
 #include "effects/BlurSharpenEffects.h"
 #include "effects/BrightnessContrastEffect.h"
 #include "effects/CircleEffects.h"
+#include "effects/ColorFilterEffect.h"
 #include "effects/EdgeLightEffect.h"
 #include "effects/EmbossEffect.h"
 #include "effects/ErodeDilateEffects.h"
@@ -58,6 +59,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameTransparency, Create<CTransparencyAjustEffect>},
+    {effectNameColorFilter, Create<CColorFilterEffect>},
     {effectNameAtomize, Create<CAtomizeVideoImageEffect>},
     {effectNameDilate, Create<CDilateVideoImageEffect>},
     {effectNameErode, Create<CErodeVideoImageEffect>},

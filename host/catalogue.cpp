@@ -94,6 +94,10 @@ constexpr ParameterInfo spotlight[] = {
     {"spotlight_color", "colour of the light, 0xRRGGBB", "colour", {0, 0xFFFFFF}},
     {"spotlight_density", "opacity of the colour in the core", "%", {0, 100}},
 };
+constexpr ParameterInfo colorfilter[] = {
+    {"colorfilter_color", "colour of the glass, 0xRRGGBB", "colour", {0, 0xFFFFFF}},
+    {"colorfilter_density", "how much of the light of other colours the glass absorbs", "%", {0, 100}},
+};
 constexpr ParameterInfo radiate[] = {
     {"radiate_x", "column of the rays' centre", "pixels", {0, 16384}},
     {"radiate_y", "row of the rays' centre", "pixels", {0, 16384}},
@@ -145,7 +149,7 @@ constexpr EffectInfo catalogue[] = {
     {"mirage", "a soft double image", plain, mirage},
     {"stroke", "drawn strokes"},
     {"transparency", "makes the whole picture translucent", changesAlpha, transparency},
-    {"colorfilter", "keeps or changes chosen colours"},
+    {"colorfilter", "seen through a coloured glass", plain, colorfilter},
     {"atomize", "the picture as spray", plain, atomize},
     {"popstyle", "flat poster colours"},
     {"dilate", "bright areas grow"},
