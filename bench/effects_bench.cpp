@@ -66,6 +66,7 @@ constexpr Job jobs[] = {
     {"addnoise", "", 4.0, 4.5},
     {"addnoise colour", "addnoise_color=1", 6.0, 9.0},
     {"atomize", "", 10, 24},
+    {"stroke", "", 5.5, 9.0},
     {"videowall", "videowall_horiTiles=3 videowall_verTiles=3", 1.2, 1.3},
 };
 

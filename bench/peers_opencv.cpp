@@ -203,6 +203,10 @@ void RegisterOpenCv() {
     RegisterBoth("reverse mirror OpenCV", [](Mat& m, Mat&) { cv::flip(m, m, 1); });
     RegisterBoth("reverse vertical OpenCV", [](Mat& m, Mat&) { cv::flip(m, m, 0); });
     RegisterBoth("videowall OpenCV", Wall);
+    RegisterBoth("stroke OpenCV", [](Mat& m, Mat& mean) {
+        cv::blur(m, mean, {7, 7});
+        cv::divide(m, mean, m, 255);
+    });
     RegisterBoth("addnoise OpenCV", [](Mat& m, Mat& n) {
         if (n.empty()) n = Mat(m.size(), CV_MAKETYPE(CV_16S, m.channels()));
         cv::randn(n, cv::Scalar::all(0), cv::Scalar(15, 15, 15, 0));

@@ -22,6 +22,7 @@
 #include "effects/ReverseEffect.h"
 #include "effects/SimpleColourEffects.h"
 #include "effects/SpotlightEffect.h"
+#include "effects/StrokeEffect.h"
 #include "effects/TensileEffect.h"
 #include "effects/VideoWallEffect.h"
 #include "effects/WrapEffects.h"
@@ -58,6 +59,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameEmboss, Create<CEmbossVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
+    {effectNameStroke, Create<CStrokeVideoImageEffect>},
     {effectNameTransparency, Create<CTransparencyAjustEffect>},
     {effectNameColorFilter, Create<CColorFilterEffect>},
     {effectNameAtomize, Create<CAtomizeVideoImageEffect>},

@@ -125,6 +125,10 @@ constexpr ParameterInfo atomize[] = {
     {"atomize_radius", "how far a pixel may come from", "pixels", {0, 255}},
     {"atomize_seed", "another number, another spray", "", {}},
 };
+constexpr ParameterInfo stroke[] = {
+    {"stroke_strength", "pressure of the pencil", "%", {0, 100}},
+    {"stroke_color", "how much of the picture's colours stays", "%", {0, 100}},
+};
 
 constexpr EffectInfo catalogue[] = {
     {"simple_gauss_blur", "a soft blur", plain, gaussBlur},
@@ -147,7 +151,7 @@ constexpr EffectInfo catalogue[] = {
     {"mosaic", "hides a rectangle behind large blocks", plain, mosaic},
     {"portrait", "a portrait"},
     {"mirage", "a soft double image", plain, mirage},
-    {"stroke", "drawn strokes"},
+    {"stroke", "a pencil drawing", plain, stroke},
     {"transparency", "makes the whole picture translucent", changesAlpha, transparency},
     {"colorfilter", "seen through a coloured glass", plain, colorfilter},
     {"atomize", "the picture as spray", plain, atomize},
