@@ -43,6 +43,8 @@ constexpr Job jobs[] = {
     {"directfadeout", "duration=100", 1.1, 1.1, 40},
     {"transparency", "", 1.05, 1.05, 0, formatPlanarAlpha, alphaPlane},
     {"colorfilter", "", 1.05, 3.0},
+    {"popstyle", "", 1.8, 3.6},
+    {"popstyle panels", "popstyle_panels=1", 4.6, 6.0},
     {"simple_gauss_blur", "blur_count=1", 1.7, 1.6},
     {"simple_laplacian_sharpen", "sharpen_count=1", 2.0, 2.2},
     {"emboss", "emboss_level=3", 1.1, 1.15},

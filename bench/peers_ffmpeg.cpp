@@ -89,6 +89,7 @@ constexpr Peer peers[] = {
     {"brightness_contrast saturation FFmpeg", "", "eq=contrast=1.3:brightness=0.2:saturation=1.4"},
     {"directfadein FFmpeg", "fade=in:start_frame=0:nb_frames=100000", "fade=in:start_frame=0:nb_frames=100000"},
     {"colorfilter FFmpeg", "colorchannelmixer=rr=1:gg=.76:bb=.52", "colorize=hue=30:saturation=0.5:mix=0.6"},
+    {"popstyle FFmpeg", "", "pseudocolor=c0=trunc(val/64)*64:c1=trunc(val/64)*64:c2=256-trunc(val/64)*64"},
     {"simple_gauss_blur FFmpeg", "convolution=1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1",
      "convolution=1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1:1 2 1 2 4 2 1 2 1"},
     {"simple_laplacian_sharpen FFmpeg",

@@ -182,6 +182,12 @@ void RegisterOpenCv() {
                  });
     RegisterPeer("colorfilter OpenCV",
                  EachPlane([](Mat& m, Mat&) { cv::multiply(m, cv::Scalar(0.52, 0.76, 1, 1), m); }), nullptr);
+    RegisterPeer("popstyle OpenCV", EachPlane([table = ToneTable(true)](Mat& m, Mat& gray) {
+                     cv::cvtColor(m, gray, cv::COLOR_BGRA2GRAY);
+                     cv::cvtColor(gray, m, cv::COLOR_GRAY2BGRA);
+                     cv::LUT(m, table, m);
+                 }),
+                 nullptr);
     RegisterBoth("simple_gauss_blur OpenCV", [](Mat& m, Mat& out) { cv::GaussianBlur(m, out, {3, 3}, 0); });
     const Work sharpen = Convolve({-1, -1, -1, -1, 9, -1, -1, -1, -1}, 0);
     RegisterPeer("simple_laplacian_sharpen OpenCV", sharpen, sharpen);

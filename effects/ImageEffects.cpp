@@ -17,6 +17,7 @@
 #include "effects/MirageEffect.h"
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
+#include "effects/PopStyleEffect.h"
 #include "effects/RadiateEffect.h"
 #include "effects/ReliefEffect.h"
 #include "effects/ReverseEffect.h"
@@ -63,6 +64,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameTransparency, Create<CTransparencyAjustEffect>},
     {effectNameColorFilter, Create<CColorFilterEffect>},
     {effectNameAtomize, Create<CAtomizeVideoImageEffect>},
+    {effectNamePopStyle, Create<CPopStyleVideoImageEffect>},
     {effectNameDilate, Create<CDilateVideoImageEffect>},
     {effectNameErode, Create<CErodeVideoImageEffect>},
     {effectNameEdgeLight, Create<CEdgeLightVideoImageEffect>},

@@ -98,6 +98,11 @@ constexpr ParameterInfo colorfilter[] = {
     {"colorfilter_color", "colour of the glass, 0xRRGGBB", "colour", {0, 0xFFFFFF}},
     {"colorfilter_density", "how much of the light of other colours the glass absorbs", "%", {0, 100}},
 };
+constexpr ParameterInfo popstyle[] = {
+    {"popstyle_colors", "number of colours", "", {2, 5}},
+    {"popstyle_palette", "which colours, or those of the first panel", "", {0, 3}},
+    {"popstyle_panels", "four panels in four palettes", "", {0, 1}, offOn},
+};
 constexpr ParameterInfo radiate[] = {
     {"radiate_x", "column of the rays' centre", "pixels", {0, 16384}},
     {"radiate_y", "row of the rays' centre", "pixels", {0, 16384}},
@@ -155,7 +160,7 @@ constexpr EffectInfo catalogue[] = {
     {"transparency", "makes the whole picture translucent", changesAlpha, transparency},
     {"colorfilter", "seen through a coloured glass", plain, colorfilter},
     {"atomize", "the picture as spray", plain, atomize},
-    {"popstyle", "flat poster colours"},
+    {"popstyle", "pop art in a few flat colours", plain, popstyle},
     {"dilate", "bright areas grow"},
     {"erode", "dark areas grow"},
     {"edgelight", "glowing edges", plain, edgelight},

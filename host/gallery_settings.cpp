@@ -31,6 +31,7 @@ constexpr Row rows[] = {
     {"emboss", "emboss_level=2"},
     {"mosaic", "mosaic_x1=30%w:mosaic_y1=25%h:mosaic_x2=70%w:mosaic_y2=75%h:mosaic_step=5"},
     {"mirage", "mirage_width=40:mirage_alpha=60"},
+    {"popstyle", "popstyle_panels=1"},
     {"dilate", "", 3},
     {"erode", "", 3},
     {"edgelight", "edgelight_level=3"},

@@ -35,6 +35,7 @@ constexpr Exception exceptions[] = {
     {.effect = "directfadein", .name = "fadein"},
     {.effect = "directfadeout", .name = "fadeout"},
     {.effect = "transparency", .changesAlpha = true},
+    {.effect = "popstyle", .changesAlpha = true},
     {.effect = "simple_gauss_blur", .changesAlpha = true},
     {.effect = "simple_laplacian_sharpen", .changesAlpha = true},
     {.effect = "mosaic", .changesPadding = true, .changesAlpha = true},
