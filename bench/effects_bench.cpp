@@ -69,6 +69,8 @@ constexpr Job jobs[] = {
     {"addnoise colour", "addnoise_color=1", 6.0, 9.0},
     {"atomize", "", 10, 24},
     {"stroke", "", 5.5, 9.0},
+    {"EffectNameRotate90X", "", 5.5, 6.5},
+    {"EffectNameRotate90X half", "EffectNameRotate90X_turns=2", 1.0, 1.05},
     {"videowall", "videowall_horiTiles=3 videowall_verTiles=3", 1.2, 1.3},
 };
 

@@ -103,6 +103,8 @@ constexpr Peer peers[] = {
     {"addnoise FFmpeg", "", "noise=c0s=20:c0f=t"},
     {"addnoise colour FFmpeg", "", "noise=alls=20:allf=t"},
     {"reverse mirror FFmpeg", "hflip", "hflip"},
+    {"EffectNameRotate90X FFmpeg", "transpose=1,scale=608:1080:flags=bilinear,pad=1920:1080:-1:-1",
+     "transpose=1,scale=608:1080:flags=bilinear,pad=1920:1080:-1:-1"},
     {"spotlight FFmpeg", "vignette", "vignette"},
 };
 

@@ -106,6 +106,13 @@ void RegisterLibyuv() {
                      ARGBCopy(pixels, pitch, out, pitch, width, -height);
                  }),
                  nullptr);
+    RegisterPeer("EffectNameRotate90X libyuv", WithScratch([](std::uint8_t* pixels, std::uint8_t* out) {
+                     // Scaled and turned; the black beside is not counted.
+                     constexpr int scaled = height * height / width;
+                     ARGBScale(pixels, pitch, width, height, out, pitch, height, scaled, kFilterBox);
+                     ARGBRotate(out, pitch, pixels, pitch, height, scaled, kRotate90);
+                 }),
+                 nullptr);
 }
 
 }  // namespace Bench

@@ -137,6 +137,16 @@ void Wall(Mat& picture, Mat& tile) {
         for (int x = 0; x < 3; ++x) tile.copyTo(picture(cv::Rect({x * tile.cols, y * tile.rows}, tile.size())));
 }
 
+// A quarter turn, as high as the picture, in the middle of black.
+void Turn(Mat& picture, Mat& scratch) {
+    const int width = picture.rows * picture.rows / picture.cols, left = (picture.cols - width) / 2;
+    Mat turned;
+    cv::rotate(picture, turned, cv::ROTATE_90_CLOCKWISE);
+    cv::resize(turned, scratch, {width, picture.rows}, 0, 0, cv::INTER_AREA);
+    picture.setTo(0);
+    scratch.copyTo(picture(cv::Rect(left, 0, width, picture.rows)));
+}
+
 Mat ToneTable(bool packed) {
     Mat table(1, 256, packed ? CV_8UC4 : CV_8UC1);
     for (int i = 0; i < 256; ++i) {
@@ -208,6 +218,7 @@ void RegisterOpenCv() {
     RegisterBoth("spotlight OpenCV", Spotlight);
     RegisterBoth("reverse mirror OpenCV", [](Mat& m, Mat&) { cv::flip(m, m, 1); });
     RegisterBoth("reverse vertical OpenCV", [](Mat& m, Mat&) { cv::flip(m, m, 0); });
+    RegisterBoth("EffectNameRotate90X OpenCV", Turn);
     RegisterBoth("videowall OpenCV", Wall);
     RegisterBoth("stroke OpenCV", [](Mat& m, Mat& mean) {
         cv::blur(m, mean, {7, 7});

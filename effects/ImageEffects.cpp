@@ -21,6 +21,7 @@
 #include "effects/RadiateEffect.h"
 #include "effects/ReliefEffect.h"
 #include "effects/ReverseEffect.h"
+#include "effects/Rotate90XEffect.h"
 #include "effects/SimpleColourEffects.h"
 #include "effects/SpotlightEffect.h"
 #include "effects/StrokeEffect.h"
@@ -76,6 +77,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
     {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},
     {effectNameOilPainting, Create<COilPaintingVideoImageEffect>},
+    {effectNameRotate90X, Create<CRotate90X>},
 };
 
 }  // namespace

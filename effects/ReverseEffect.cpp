@@ -125,6 +125,14 @@ void Reverse(const PlaneView<Sample>& plane, bool mirror, bool vertical, Instruc
 
 }  // namespace
 
+void ReverseFrame(IRawVideoFrame& frame, bool mirror, bool vertical, InstructionSet set) {
+    ForFrame([&](const PackedView& picture) { Reverse(picture, mirror, vertical, set); },
+             [&](const PlanarView& picture) {
+                 for (unsigned p = 0; p < picture.planes; ++p) Reverse(picture.plane[p], mirror, vertical, set);
+             },
+             frame);
+}
+
 CReverseVideoImageEffect::CReverseVideoImageEffect() : CBasedVideoImageEffect(effectNameReverse) {
     DeclareProperties(*this, reverseProperties);
 }
@@ -136,13 +144,7 @@ void CReverseVideoImageEffect::OnSetProperty(const std::string& name, PropertyNo
 
 void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const bool mirror = m_settings.mirror == 1, vertical = m_settings.vertical == 1;
-    if (!mirror && !vertical) return;
-    ForFrame([&](const PackedView& picture) { Reverse(picture, mirror, vertical, Instructions()); },
-             [&](const PlanarView& picture) {
-                 for (unsigned p = 0; p < picture.planes; ++p)
-                     Reverse(picture.plane[p], mirror, vertical, Instructions());
-             },
-             *frame);
+    if (mirror || vertical) ReverseFrame(*frame, mirror, vertical, Instructions());
 }
 
 }  // namespace AVBased

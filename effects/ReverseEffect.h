@@ -10,6 +10,9 @@ struct ReverseSettings {
     std::int32_t mirror = 0, vertical = 0;
 };
 
+/// Exchanges left and right, or top and bottom, or both, in every plane.
+void ReverseFrame(IRawVideoFrame& frame, bool mirror, bool vertical, InstructionSet set);
+
 /// The picture left to right, top to bottom or both. Every plane turns, alpha included; padding stays.
 class CReverseVideoImageEffect : public CBasedVideoImageEffect {
  public:

@@ -103,6 +103,9 @@ constexpr ParameterInfo popstyle[] = {
     {"popstyle_palette", "which colours, or those of the first panel", "", {0, 3}},
     {"popstyle_panels", "four panels in four palettes", "", {0, 1}, offOn},
 };
+constexpr ParameterInfo rotate90X[] = {
+    {"EffectNameRotate90X_turns", "clockwise quarter turns; below 0 the other way", "", {-3, 3}},
+};
 constexpr ParameterInfo radiate[] = {
     {"radiate_x", "column of the rays' centre", "pixels", {0, 16384}},
     {"radiate_y", "row of the rays' centre", "pixels", {0, 16384}},
@@ -191,7 +194,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_videowall", "an animated disc menu", generator},
     {"slide", "a slideshow with transitions", generator},
     {"title", "a title", generator},
-    {"EffectNameRotate90X", "quarter turns"},
+    {"EffectNameRotate90X", "quarter turns inside the frame", plain, rotate90X},
     {"menu_festival", "an animated disc menu", generator},
     {"submenu_festival", "an animated disc submenu", generator},
     {"instructionmenu_festival", "an instruction menu", generator},

@@ -36,6 +36,7 @@ constexpr Exception exceptions[] = {
     {.effect = "directfadeout", .name = "fadeout"},
     {.effect = "transparency", .changesAlpha = true},
     {.effect = "popstyle", .changesAlpha = true},
+    {.effect = "EffectNameRotate90X", .changesAlpha = true},
     {.effect = "simple_gauss_blur", .changesAlpha = true},
     {.effect = "simple_laplacian_sharpen", .changesAlpha = true},
     {.effect = "mosaic", .changesPadding = true, .changesAlpha = true},
