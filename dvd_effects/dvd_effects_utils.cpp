@@ -5,9 +5,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "TarvoBased/CBaseException.h"
-#include "TarvoBased/boundary.h"
-#include "TarvoBased/error_codes.h"
+#include "dvd_effects/menu_errors.h"
 
 namespace AVBased {
 
@@ -19,10 +17,6 @@ namespace {
 enum Line : int { lineList = 40, lineText = 90 };
 
 constexpr std::size_t leastTextItems = 12, movingTextItems = 18, stillTextItems = 15;
-
-void Require(bool condition, const char* message, int line) {
-    if (!condition) throw CBaseException(errorGeneral, message, line, dvdEffectsUtilsName);
-}
 
 // Splits a list of `perSource` items for each source and hands take(source, items) the items of one source after
 // another.

@@ -12,9 +12,6 @@
 /// number of items is not the required one is an "Invalid Param Value". Threads: any, on different records.
 namespace AVBased {
 
-/// The unit's name beside an error that the host reads.
-inline constexpr char dvdEffectsUtilsName[] = "dvd_effects_utils";
-
 /// The items between the separators, untrimmed; an empty text has none.
 std::vector<std::string> SplitList(const std::string& list, char separator);
 /// The decimal integer that a text starts with: 0 without one, the nearest limit beyond 32 bits.

@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "TarvoBased/CBaseException.h"
-#include "TarvoBased/boundary.h"
-#include "TarvoBased/error_codes.h"
-#include "dvd_effects/dvd_effects_utils.h"
+#include "dvd_effects/menu_errors.h"
 #include "effects/fixed_point.h"
 
 namespace AVBased {
@@ -120,8 +117,7 @@ int CondinateChange(unsigned char* coverage, unsigned char* side, int* sourceCol
                     const position_t& corners, const position_t& limits, const formula_t* edges, unsigned width,
                     unsigned height) {
     return AtBoundary(lineWarp, dvdEffectsUtilsName, [&] {
-        if (!coverage || !side || !sourceColumns || !sourceRows || !edges)
-            throw CBaseException(errorGeneral, textNullPointer, lineWarp, dvdEffectsUtilsName);
+        Require(coverage && side && sourceColumns && sourceRows && edges, textNullPointer, lineWarp);
         const WarpMap map{coverage, side, sourceColumns, sourceRows, int(width), int(height)};
         // Deliberate: so many bytes of every plane, which is a quarter of the wider ones.
         for (void* plane : {static_cast<void*>(coverage), static_cast<void*>(side), static_cast<void*>(sourceColumns),
