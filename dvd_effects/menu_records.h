@@ -5,6 +5,7 @@
 #include <string>
 
 #include "avbase/IAVManager.h"
+#include "effects/fixed_point.h"
 #include "effects/frame_copy.h"
 
 /// What the list properties of a menu describe.
@@ -24,6 +25,10 @@ struct formula_t {
 struct point_t {
     std::int32_t x = 0, y = 0;
     bool operator==(const point_t&) const = default;
+    /// Stops at the limits of 32 bits.
+    point_t operator+(const point_t& other) const {
+        return {TruncateToInt32(double(x) + other.x), TruncateToInt32(double(y) + other.y)};
+    }
 };
 
 /// Eight numbers: the ends of a panel's top edge and then of its bottom edge; or the bounds of its four soft borders.
@@ -47,7 +52,8 @@ struct text_t {
     std::int32_t stillTail[2] = {};
 };
 
-/// One picture or video that a menu shows. Of a picture the frame is kept, of a video the source stays open.
+/// One picture or video that a menu shows. A picture's sources are released as soon as it is read, those of a video
+/// stay open; the frames are the ones read last, until they have been made a layer.
 struct additionsource_t {
     bool isImage = false;
     SourceOwner source;

@@ -1,7 +1,7 @@
-#include "effects/effect_table.h"
+#include "dvd_effects/generator_table.h"
 
 /// The module's one exported function; see AVBased::CreateVideoProcFunction.
 extern "C" [[gnu::visibility("default")]] AVBased::IVideoProc* CreateVideoProc(AVBased::IAVManager* manager,
                                                                                const char* name) {
-    return AVBased::CreateEffect(manager, name);
+    return AVBased::CreateEffect(manager, name, AVBased::GeneratorTable());
 }

@@ -138,6 +138,28 @@ constexpr ParameterInfo stroke[] = {
     {"stroke_color", "how much of the picture's colours stays", "%", {0, 100}},
 };
 
+// Lists as the module takes them: items joined by ";", texts by "\\".
+constexpr ParameterInfo menu[] = {
+    {"width", "width of the menu; 0: the frame's", "pixels", {0, 16384}},
+    {"height", "height of the menu; 0: the frame's", "pixels", {0, 16384}},
+    {"sourcePath", "background: a picture or a video", ""},
+    {"backgroundMask", "picture that is white where the background shows", ""},
+    {"textNumber", "how many texts there are", "", {0, 1000}},
+    {"textInfos", "the texts, each with its font, colour, place and motion", ""},
+    {"additionSourceNumber", "how many pictures and videos there are; set before their lists", "", {0, 4096}},
+    {"isAdditionSourceImages", "for each one: true for a picture, false for a video", ""},
+    {"additionSourcePaths", "for each one: its file", ""},
+    {"additionSourceSizes", "for each one: width and height of the box that it fits into", "pixels"},
+    {"maskPaths", "for each one: a picture that is white where it shows", ""},
+    {"startPositions", "for each one: where its top-left corner starts, x and y", "pixels"},
+    {"endPositions", "for each one: where it stops, x and y", "pixels"},
+    {"moveFormulas", "for each one: slope and intercept of its way", ""},
+    {"moveSpeeds", "for each one: how far it moves to the right", "pixels/frame"},
+    {"startTrans", "for each one: opacity on the first frame", "1/255"},
+    {"endTrans", "for each one: opacity at the end of its fade", "1/255"},
+    {"fadeSpeeds", "for each one: how far its opacity changes", "1/255 a frame"},
+};
+
 constexpr EffectInfo catalogue[] = {
     {"simple_gauss_blur", "a soft blur", plain, gaussBlur},
     {"simple_laplacian_sharpen", "sharper contours", plain, laplacianSharpen},
@@ -200,7 +222,7 @@ constexpr EffectInfo catalogue[] = {
     {"instructionmenu_festival", "an instruction menu", generator},
     {"submenu_common", "an animated disc submenu", generator},
     {"instructionmenu_common", "an instruction menu", generator},
-    {"menu_common", "an animated disc menu", generator},
+    {"menu_common", "pictures that travel and fade over a background", generator, menu},
     {"menu_memories2", "an animated disc menu", generator},
 };
 

@@ -23,7 +23,7 @@ struct ParameterInfo {
     const char* name;
     const char* meaning;
     const char* unit;
-    ValueRange sensible;  ///< outside: the command warns
+    ValueRange sensible = {};  ///< outside: the command warns
     std::span<const Choice> choices = {};
     ValueRange bearable = {};  ///< outside: the command refuses, since the run would not end
 };

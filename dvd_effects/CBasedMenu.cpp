@@ -1,0 +1,359 @@
+#include "dvd_effects/CBasedMenu.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "dvd_effects/dvd_effects_utils.h"
+#include "dvd_effects/menu_errors.h"
+#include "dvd_effects/menu_motion.h"
+#include "dvd_effects/menu_sources.h"
+#include "effects/fixed_point.h"
+
+namespace AVBased {
+
+using namespace TarvoBased;
+
+namespace {
+
+constexpr char unitName[] = "CBasedMenu";
+
+// Lines that the host reads beside an error of a menu.
+enum Line : int {
+    lineProperty = 40,
+    lineBackground = 100,
+    lineSource = 140,
+    lineDrawSource = 180,
+    lineText = 200,
+    lineDrawText = 220
+};
+
+constexpr std::int32_t mostSources = 4096;
+
+// A step of a menu's frame: what fails is filed, and the frame goes on without it.
+template <class Work>
+void Attempt(int line, Work&& work) {
+    AtBoundary(line, unitName, std::forward<Work>(work));
+}
+
+bool HasAlpha(IRawVideoFrame& frame) {
+    const FormatInfo* const info = FindFormat(frame.GetPixelFormat());
+    return info && info->components == 4;
+}
+
+// Refuses a property whose parser has filed why.
+void RequireParsed(int result) {
+    if (!result) RaiseHostFailure(textInvalidParamValue, lineProperty, unitName);
+}
+
+}  // namespace
+
+struct CBasedMenu::Property {
+    const char* name;
+    std::int32_t type;
+    void (*set)(CBasedMenu&, const PropertyNode&);
+
+    // A list that one of the parsers takes apart.
+    template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
+    static void Parse(CBasedMenu& menu, const PropertyNode& node) {
+        RequireParsed(parse(menu.m_sources.get(), node.text, menu.m_sourceCount));
+    }
+};
+
+const CBasedMenu::Property CBasedMenu::properties[18] = {
+    {"width", typeInt32,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         menu.m_width = node.Value<std::int32_t>();
+         menu.ForgetBackground();
+     }},
+    {"height", typeInt32,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         menu.m_height = node.Value<std::int32_t>();
+         menu.ForgetBackground();
+     }},
+    {"sourcePath", typeText, [](CBasedMenu& menu, const PropertyNode& node) { menu.OpenBackground(node.text); }},
+    {"backgroundMask", typeText,
+     [](CBasedMenu& menu, const PropertyNode& node) { menu.OpenBackgroundMask(node.text); }},
+    {"textNumber", typeInt32,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         menu.m_textNumber = node.Value<std::int32_t>();
+         menu.m_textsReady = false;
+     }},
+    {"textInfos", typeText,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         menu.m_textInfos = node.text;
+         menu.m_textsReady = false;
+     }},
+    {"additionSourceNumber", typeInt32,
+     [](CBasedMenu& menu, const PropertyNode& node) { menu.SetSourceCount(node.Value<std::int32_t>()); }},
+    {"isAdditionSourceImages", typeText,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         Property::Parse<GetAdditionSourceType>(menu, node);
+         menu.m_sourcesReady = false;
+     }},
+    {"additionSourcePaths", typeText,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         menu.m_sourcePaths = node.text;
+         menu.m_sourcesReady = false;
+     }},
+    {"additionSourceSizes", typeText,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         // Deliberate: a second list goes behind the first one, and the number of items is not checked.
+         for (const std::string& item : SplitList(node.text, ';')) menu.m_sourceSizes.push_back(ParseInteger(item));
+         menu.m_sourcesReady = false;
+     }},
+    {"maskPaths", typeText,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         menu.m_maskPaths = node.text;
+         menu.m_sourcesReady = false;
+     }},
+    {"startPositions", typeText, Property::Parse<GetStartPositions>},
+    {"endPositions", typeText, Property::Parse<GetEndPositions>},
+    {"moveFormulas", typeText, Property::Parse<GetMoveFormulas>},
+    {"moveSpeeds", typeText, Property::Parse<GetMoveSpeeds>},
+    {"startTrans", typeText, Property::Parse<GetStartTrans>},
+    {"endTrans", typeText, Property::Parse<GetEndTrans>},
+    {"fadeSpeeds", typeText, Property::Parse<GetFadeSpeeds>},
+};
+
+CBasedMenu::Picture::Picture(const FrameKind& kind)
+    : maker(kind.format == formatRgba32, kind.size.height), maskMaker(true, kind.size.height) {}
+
+CBasedMenu::CBasedMenu(const char* name, IAVManager* manager)
+    : CBasedVideoImageEffect(name),
+      m_manager(manager),
+      m_textImporter(manager ? manager->GetImporter(importerSimpleHtmlText) : nullptr) {
+    for (const Property& property : properties) {
+        PropertyNode node{property.type == typeText ? "" : "0", property.type};
+        node.Parse();
+        AddProperty(property.name, node);
+    }
+}
+
+void CBasedMenu::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    for (const Property& property : properties)
+        if (name == property.name) property.set(*this, node);
+}
+
+void CBasedMenu::OpenBackground(const std::string& path) {
+    m_backgroundSource = path.empty() ? nullptr : AVBased::OpenSource(m_manager, path, false);
+    ForgetBackground();
+}
+
+void CBasedMenu::OpenBackgroundMask(const std::string& path) {
+    m_backgroundMask = path.empty() ? nullptr : ReadFrame(*AVBased::OpenSource(m_manager, path, true));
+    ForgetBackground();
+}
+
+void CBasedMenu::SetSourceCount(std::int32_t count) {
+    Require(count >= 0 && count <= mostSources, textInvalidParamValue, lineProperty, unitName);
+    m_sources = std::make_unique<additionsource_t[]>(unsigned(count));
+    m_sourceCount = unsigned(count);
+    m_pictures.clear();
+    m_sourcesReady = false;
+}
+
+void CBasedMenu::ForgetBackground() {
+    m_background.reset();
+    m_backgroundPicture.reset();
+    m_backgroundConverter.reset();
+    m_backgroundReady = false;
+}
+
+void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    ++m_frameNumber;
+    if (!Canvas::Takes(*frame)) return;
+    Prepare({frame->GetPixelFormat(), SizeOf(*frame)});
+    Canvas canvas(*frame, Instructions());
+    DrawBackground(canvas);
+    DrawSources(canvas);
+    DrawTexts(canvas);
+}
+
+void CBasedMenu::Prepare(const FrameKind& kind) {
+    if (kind != m_kind) {
+        m_kind = kind;
+        ForgetBackground();
+        m_sourcesReady = m_textsReady = false;
+    }
+    if (!m_sourcesReady) OpenSources();
+    if (!m_textsReady) OpenTexts();
+}
+
+FrameSize CBasedMenu::MenuSize() const {
+    const auto side = [](std::int32_t set, unsigned own) { return set > 0 ? unsigned(set) : own; };
+    return {side(m_width, m_kind.size.width), side(m_height, m_kind.size.height)};
+}
+
+void CBasedMenu::DrawBackground(Canvas& canvas) {
+    if (m_backgroundSource && !m_backgroundReady) Attempt(lineBackground, [&] { AdvanceBackground(); });
+    const FrameSize menu = MenuSize();
+    if (!m_background || menu.width < m_kind.size.width || menu.height < m_kind.size.height) canvas.Clear();
+    if (m_background) canvas.Copy(*m_background);
+}
+
+void CBasedMenu::AdvanceBackground() {
+    const FrameSize menu = MenuSize();
+    m_backgroundReady = true;
+    Require(menu.width <= largestSide && menu.height <= largestSide, textInvalidParamValue, lineBackground, unitName);
+    m_backgroundReady = m_backgroundSource->IsStill();
+    const FrameOwner frame = ReadFrame(*m_backgroundSource);
+    if (!m_background) {
+        auto background = std::make_unique<CRawVideoFrame>(false, m_kind.format, menu.width, menu.height, true);
+        Canvas(*background).Clear();
+        m_background = std::move(background);
+    }
+    if (m_backgroundMask || HasAlpha(*frame))
+        LayBackground(*frame, menu);
+    else
+        PlaceBackground(*frame, menu);
+}
+
+void CBasedMenu::PlaceBackground(IRawVideoFrame& frame, FrameSize menu) {
+    IImageConverter* converter = m_backgroundConverter.release();
+    int width = 0, height = 0;
+    const int done = AddBlack(&frame, menu.width, menu.height, converter, width, height, m_background.get(), 1);
+    // A video whose frames change their size needs another converter.
+    m_backgroundConverter.reset(converter);
+    if (done) return;
+    m_backgroundConverter.reset();
+    RaiseHostFailure(textUnexpectedError, lineBackground, unitName);
+}
+
+void CBasedMenu::LayBackground(IRawVideoFrame& frame, FrameSize menu) {
+    if (!m_backgroundPicture) m_backgroundPicture = std::make_unique<Picture>(m_kind);
+    Picture& picture = *m_backgroundPicture;
+    const FrameSize size = FitInto(SizeOf(frame), menu);
+    const auto x = std::int32_t(menu.width - size.width) / 2, y = std::int32_t(menu.height - size.height) / 2;
+    if (m_backgroundMask && !picture.mask) picture.MakeMask(*m_backgroundMask, menu);
+    picture.Make(frame, size, x, y);
+    Canvas canvas(*m_background, Instructions());
+    canvas.Clear();
+    canvas.Lay(picture.layer, x, y);
+}
+
+void CBasedMenu::Picture::MakeMask(IRawVideoFrame& frame, FrameSize size) {
+    maskMaker.Make(frame, size, mask);
+    BrightnessToCoverage(mask);
+}
+
+void CBasedMenu::Picture::Make(IRawVideoFrame& frame, FrameSize size, std::int32_t xInMask, std::int32_t yInMask) {
+    maker.Make(frame, size, layer);
+    if (mask) MultiplyCoverage(layer, mask, xInMask, yInMask);
+}
+
+void CBasedMenu::OpenSources() {
+    m_sourcesReady = true;
+    m_pictures.clear();
+    for (unsigned i = 0; i < m_sourceCount; ++i) {
+        m_sources[i].source.reset();
+        m_sources[i].maskSource.reset();
+    }
+    const std::vector<std::string> paths = SplitList(m_sourcePaths, ';'), masks = SplitList(m_maskPaths, ';');
+    if (paths.size() != m_sourceCount) return;
+    m_pictures.reserve(m_sourceCount);
+    for (unsigned i = 0; i < m_sourceCount; ++i) {
+        m_pictures.emplace_back(m_kind);
+        Attempt(lineSource, [&] {
+            additionsource_t& source = m_sources[i];
+            SourceOwner opened = AVBased::OpenSource(m_manager, paths[i], source.isImage);
+            // A source without its mask is not shown, so it is not kept open either.
+            if (i < masks.size() && !masks[i].empty())
+                source.maskSource = AVBased::OpenSource(m_manager, masks[i], source.isImage);
+            source.source = std::move(opened);
+            if (source.isImage) AdvanceSource(i);
+        });
+    }
+}
+
+void CBasedMenu::AdvanceSource(unsigned index) {
+    additionsource_t& record = m_sources[index];
+    Picture& picture = m_pictures[index];
+    const bool stillMask = record.isImage || !record.maskSource || record.maskSource->IsStill();
+    // What needs to be read only once is released then, and also when it cannot be read.
+    SourceOwner lastUse, lastUseOfMask;
+    IAVSource& source = *record.source;
+    IAVSource* const maskSource = record.maskSource.get();
+    if (stillMask && (record.isImage || source.IsStill())) {
+        lastUse = std::move(record.source);
+        lastUseOfMask = std::move(record.maskSource);
+    }
+    record.frame = ReadFrame(source);
+    const FrameSize own = SizeOf(*record.frame), box = BoxOf(index, own), size = FitInto(own, box);
+    if (maskSource && !(picture.mask && stillMask && FrameSize{picture.mask.Width(), picture.mask.Height()} == size)) {
+        record.maskFrame = ReadFrame(*maskSource);
+        picture.MakeMask(*record.maskFrame, size);
+        record.maskFrame.reset();
+    }
+    picture.Make(*record.frame, size);
+    record.frame.reset();
+    picture.inBox = {std::int32_t(box.width - size.width) / 2, std::int32_t(box.height - size.height) / 2};
+}
+
+FrameSize CBasedMenu::BoxOf(unsigned index, FrameSize own) const {
+    const std::size_t at = std::size_t(index) * 2;
+    if (at + 1 >= m_sourceSizes.size()) return own;
+    const auto side = [](std::int32_t set) {
+        Require(set > 0 && unsigned(set) <= largestSide, textInvalidParamValue, lineSource, unitName);
+        return unsigned(set);
+    };
+    return {side(m_sourceSizes[at]), side(m_sourceSizes[at + 1])};
+}
+
+void CBasedMenu::DrawSources(Canvas& canvas) {
+    for (unsigned i = 0; i < m_pictures.size(); ++i) {
+        if (m_sources[i].source) Attempt(lineSource, [&] { AdvanceSource(i); });
+        const Picture& picture = m_pictures[i];
+        if (picture.layer)
+            Attempt(lineDrawSource, [&] { DrawSource(canvas, m_sources[i], picture.layer, picture.inBox); });
+    }
+}
+
+std::uint8_t CBasedMenu::OpacityOf(const additionsource_t& source) const {
+    const auto byte = [](std::int32_t value) { return std::int64_t(ClampToByte(value)); };
+    const std::int64_t start = byte(source.startTrans), end = byte(source.endTrans);
+    const std::int64_t step = std::min<std::int64_t>(std::abs(std::int64_t(source.fadeSpeed)), 255);
+    const std::int64_t way = step * (std::int64_t(m_frameNumber) - 1);
+    return std::uint8_t(start < end ? std::min(start + way, end) : std::max(start - way, end));
+}
+
+point_t CBasedMenu::PositionOf(const additionsource_t& source) const {
+    return MovedPosition(source.startPosition, source.endPosition, source.moveFormula, source.moveSpeed, FrameNumber());
+}
+
+void CBasedMenu::OpenTexts() {
+    m_textsReady = true;
+    m_texts.clear();
+    const std::vector<std::string> infos = SplitList(m_textInfos, '\\');
+    // Deliberate: without a word.
+    if (std::int64_t(infos.size()) != m_textNumber) return;
+    for (const std::string& info : infos) Attempt(lineText, [&] { OpenText(info); });
+}
+
+void CBasedMenu::OpenText(const std::string& info) {
+    Text text;
+    IAVSource* source = nullptr;
+    ISimpleHTMLRender* render = nullptr;
+    if (!ParseTextInfo(&text.item, info) || !CreateTextRender(m_textImporter, source, render, text.item)) return;
+    const SourceOwner owner(source);
+    const FrameOwner frame = ReadFrame(*owner);
+    Picture picture(m_kind);
+    picture.Make(*frame, FitText(SizeOf(*frame), text.item.boxSize));
+    text.layer = std::move(picture.layer);
+    m_texts.push_back(std::move(text));
+}
+
+void CBasedMenu::DrawTexts(Canvas& canvas) {
+    const std::int32_t n = FrameNumber();
+    for (const Text& text : m_texts) {
+        const text_t& item = text.item;
+        const std::int32_t first = item.stillTail[0], last = item.stillTail[1];
+        if (!item.moves && item.hasStillTail && ((first > 0 && n < first) || (last > 0 && n > last))) continue;
+        const point_t at = item.moves
+                               ? MovedPosition(item.boxPosition, item.endPosition, item.moveFormula, item.moveSpeed, n)
+                               : item.boxPosition;
+        canvas.Lay(text.layer, at.x, at.y);
+    }
+}
+
+}  // namespace AVBased

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "effects/effect_table.h"
+
+namespace AVBased {
+
+/// Every menu, slide and title generator in the order in which names are compared, behind the frame effects.
+std::span<const EffectEntry> GeneratorTable();
+
+}  // namespace AVBased
