@@ -68,6 +68,7 @@ constexpr Job jobs[] = {
     {"addnoise", "", 4.0, 4.5},
     {"addnoise colour", "addnoise_color=1", 6.0, 9.0},
     {"atomize", "", 10, 24},
+    {"portrait", "", 26, 70},
     {"stroke", "", 5.5, 9.0},
     {"EffectNameRotate90X", "", 5.5, 6.5},
     {"EffectNameRotate90X half", "EffectNameRotate90X_turns=2", 1.0, 1.05},

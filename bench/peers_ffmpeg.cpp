@@ -100,6 +100,7 @@ constexpr Peer peers[] = {
     {"mosaic FFmpeg", "pixelize=w=8:h=8", "pixelize=w=8:h=8"},
     {"edgelight FFmpeg", "sobel", "sobel"},
     {"spherize FFmpeg", "lenscorrection=k1=0.2:k2=0.1", "lenscorrection=k1=0.2:k2=0.1"},
+    {"portrait FFmpeg", "", "bilateral=sigmaS=4:sigmaR=0.1:planes=1"},
     {"addnoise FFmpeg", "", "noise=c0s=20:c0f=t"},
     {"addnoise colour FFmpeg", "", "noise=alls=20:allf=t"},
     {"reverse mirror FFmpeg", "hflip", "hflip"},

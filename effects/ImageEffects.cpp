@@ -18,6 +18,7 @@
 #include "effects/MosaicEffect.h"
 #include "effects/OilPaintingEffect.h"
 #include "effects/PopStyleEffect.h"
+#include "effects/PortraitEffect.h"
 #include "effects/RadiateEffect.h"
 #include "effects/ReliefEffect.h"
 #include "effects/ReverseEffect.h"
@@ -60,6 +61,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameTensile, Create<CTensileVideoImageEffect>},
     {effectNameEmboss, Create<CEmbossVideoImageEffect>},
     {effectNameMosaic, Create<CMosaicVideoImageEffect>},
+    {effectNamePortrait, Create<CPortraitVideoImageEffect>},
     {effectNameMirage, Create<CMirageVideoImageEffect>},
     {effectNameStroke, Create<CStrokeVideoImageEffect>},
     {effectNameTransparency, Create<CTransparencyAjustEffect>},

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "effects/fixed_point.h"
+#include "effects/pixel_tones.h"
 #include "effects/place_hash.h"
 #include "effects/property_table.h"
 #include "effects/row_loops.h"
@@ -57,24 +57,6 @@ void DrawRow(std::uint8_t* __restrict drawn, const std::uint8_t* __restrict tone
         const auto line = std::uint16_t(std::uint16_t(Excess(mean, std::uint16_t(tones[x] + 4)) * strength) >> 3);
         const auto shade = std::uint16_t(std::uint16_t(hatched * strength) >> 6);
         drawn[x] = std::uint8_t(255 - std::min<std::uint16_t>(std::uint16_t(line + shade), 225));
-    }
-}
-
-void TonesOfPixels(const Rgba32* row, std::uint8_t* __restrict tones, unsigned width) {
-    for (unsigned x = 0; x < width; ++x) {
-        const std::uint32_t p = LoadWord(row + x);
-        tones[x] = std::uint8_t((29 * Blue(p) + 150 * Green(p) + 77 * Red(p)) >> 8);
-    }
-}
-
-void DrawPixels(Rgba32* row, const std::uint8_t* __restrict drawn, const std::uint8_t* __restrict tones, unsigned width,
-                int colour) {
-    for (unsigned x = 0; x < width; ++x) {
-        const std::uint32_t p = LoadWord(row + x);
-        const auto tinted = [=](std::uint32_t c) {
-            return std::uint32_t(ClampToByte(drawn[x] + ((int(c) - tones[x]) * colour >> 8)));
-        };
-        StoreWord(row + x, WithAlphaOf(p, tinted(Blue(p)), tinted(Green(p)), tinted(Red(p))));
     }
 }
 
@@ -155,7 +137,7 @@ void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
                 picture.width, picture.height, m_paper, strength, Instructions(),
                 [&](unsigned y, std::uint8_t* tones) { Pick<TonesOfPixels>()(picture.Row(y), tones, picture.width); },
                 [&](unsigned y, const std::uint8_t* drawn, const std::uint8_t* tones) {
-                    Pick<DrawPixels>()(picture.Row(y), drawn, tones, picture.width, colour);
+                    Pick<ChangeTones>()(picture.Row(y), drawn, tones, picture.width, colour);
                 });
         },
         [&](const PlanarView& picture) {

@@ -137,6 +137,11 @@ constexpr ParameterInfo stroke[] = {
     {"stroke_strength", "pressure of the pencil", "%", {0, 100}},
     {"stroke_color", "how much of the picture's colours stays", "%", {0, 100}},
 };
+constexpr ParameterInfo portrait[] = {
+    {"portrait_strength", "contrast that still counts as small: 50 smooths up to about 15 levels", "%", {0, 100}},
+    {"portrait_radius", "how far a pixel is smoothed over", "pixels", {1, 64}},
+    {"portrait_glow", "light that bright parts shed around them", "%", {0, 100}},
+};
 
 // Lists as the module takes them: items joined by ";", texts by "\\".
 constexpr ParameterInfo menu[] = {
@@ -179,7 +184,7 @@ constexpr EffectInfo catalogue[] = {
     {"tensile", "stretches a band of the picture", plain, tensile},
     {"emboss", "a raised grey surface lit from above", plain, emboss},
     {"mosaic", "hides a rectangle behind large blocks", plain, mosaic},
-    {"portrait", "a portrait"},
+    {"portrait", "a flattering softness", plain, portrait},
     {"mirage", "a soft double image", plain, mirage},
     {"stroke", "a pencil drawing", plain, stroke},
     {"transparency", "makes the whole picture translucent", changesAlpha, transparency},

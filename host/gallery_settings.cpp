@@ -32,6 +32,7 @@ constexpr Row rows[] = {
     {"mosaic", "mosaic_x1=30%w:mosaic_y1=25%h:mosaic_x2=70%w:mosaic_y2=75%h:mosaic_step=5"},
     {"mirage", "mirage_width=40:mirage_alpha=60"},
     {"popstyle", "popstyle_panels=1"},
+    {"portrait", "portrait_strength=80:portrait_radius=12:portrait_glow=40"},
     {"dilate", "", 3},
     {"erode", "", 3},
     {"edgelight", "edgelight_level=3"},
