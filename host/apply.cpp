@@ -49,8 +49,8 @@ PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
                        const std::vector<EffectRequest>& requests) {
     const bool alphaShows = AnyHasTrait(requests, changesAlpha);
     PicturePath path;
-    path.effectFormat =
-        options.pixelFormat.empty() ? EffectFormat(source.format, alphaShows) : ParseFormat(options.pixelFormat);
+    path.effectFormat = options.run.pixelFormat.empty() ? EffectFormat(source.format, alphaShows)
+                                                        : ParseFormat(options.run.pixelFormat);
     path.effectShape = source;
     path.effectShape.format = FfmpegFormat(path.effectFormat);
     path.effectShape.matrix = AVCOL_SPC_UNSPECIFIED;
@@ -64,8 +64,8 @@ PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
 
 void RefuseToOverwriteInput(const ApplyOptions& options) {
     std::error_code error;
-    if (std::filesystem::equivalent(options.input, options.output.path, error))
-        throw HostError(ExitCode::Usage, options.output.path + " is the input itself; name another output");
+    if (std::filesystem::equivalent(options.input, options.run.output.path, error))
+        throw HostError(ExitCode::Usage, options.run.output.path + " is the input itself; name another output");
 }
 
 std::string Summary(const ApplyOptions& options, const MediaSource& source, const PicturePath& path,
@@ -77,7 +77,7 @@ std::string Summary(const ApplyOptions& options, const MediaSource& source, cons
          << ", frames: " << (frameCount > 0 ? std::to_string(frameCount) : "not known")
          << ", audio streams: " << source.AudioStreams().size() << "; effects on "
          << av_get_pix_fmt_name(path.effectShape.format) << " (code " << path.effectFormat << "); "
-         << options.output.path << ": " << sink.Description();
+         << options.run.output.path << ": " << sink.Description();
     return text.str();
 }
 
@@ -86,22 +86,22 @@ std::string Summary(const ApplyOptions& options, const MediaSource& source, cons
 void Apply(const ApplyOptions& options, const EffectModule& module) {
     std::vector<EffectRequest> requests;
     for (const std::string& text : options.effects) requests.push_back(ParseEffectRequest(text, module));
-    const FrameRange range = ParseRange(options.frames);
-    const int threads = ThreadCount(options.threads);
+    const FrameRange range = ParseRange(options.run.frames);
+    const int threads = options.run.ThreadCount();
     RefuseToOverwriteInput(options);
 
     MediaSource source(options.input, {range, threads, options.keepGoing});
     const PictureShape shape = ShapeOf(source.FirstFrame());
     PicturePath path = ChoosePath(shape, options, requests);
-    const bool keepsForced = !options.pixelFormat.empty();
+    const bool keepsForced = !options.run.pixelFormat.empty();
     const OutputTraits traits = TraitsOf(source, keepsForced ? path.effectShape.format : OutputFormat(shape.format));
-    OutputOptions output = options.output;
+    OutputOptions output = options.run.output;
     output.threads = threads;
-    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.dryRun);
+    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.run.dryRun);
     path.overBlack = path.overBlack && !HasAlpha(sink->Shape().format);
     const long long frameCount = FrameCount(source, requests);
     const std::string summary = Summary(options, source, path, *sink, frameCount);
-    if (options.dryRun) {
+    if (options.run.dryRun) {
         std::fprintf(stderr, "%s\n", summary.c_str());
         return;
     }

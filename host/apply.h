@@ -4,18 +4,15 @@
 #include <vector>
 
 #include "host/effect_module.h"
-#include "host/media_sink.h"
+#include "host/run_options.h"
 
 namespace Nifikral {
 
 struct ApplyOptions {
     std::string input;
     std::vector<std::string> effects;
-    OutputOptions output;
-    std::string frames;       ///< "A-B", "A-" or "A"; empty: all
-    std::string pixelFormat;  ///< of the pictures that effects see; empty: the nearest to the input's
-    int threads = 0;          ///< 0: all cores
-    bool keepGoing = false, dryRun = false;
+    RunOptions run;
+    bool keepGoing = false;
 };
 
 /// Takes the input through the effects into the output.

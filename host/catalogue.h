@@ -33,6 +33,7 @@ enum EffectTraits : unsigned {
     variesWithTime = 1,  ///< reads the position: the number of frames must be known
     changesAlpha = 2,    ///< shows in the alpha channel alone
     generator = 4,       ///< makes pictures of its own from what it opens through the host
+    menu = 8,            ///< a generator with the properties of a menu
 };
 
 struct EffectInfo {

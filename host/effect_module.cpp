@@ -72,12 +72,18 @@ std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect) {
     return properties;
 }
 
-std::optional<std::string> TakeModuleError() {
+std::optional<std::string> TakeFiledMessage() {
     TarvoBased::ITarvoException* const current = TarvoBased::GetTarvoException();
-    const int code = current->GetExceptionCode();
-    if (code == TarvoBased::noError) return std::nullopt;
-    const std::string text = current->GetExceptionMsg() + (" (code " + std::to_string(code)) + ")";
+    if (current->GetExceptionCode() == TarvoBased::noError) return std::nullopt;
+    const std::string text = current->GetExceptionMsg();
     current->Clear();
+    return text;
+}
+
+std::optional<std::string> TakeModuleError() {
+    const int code = TarvoBased::GetTarvoException()->GetExceptionCode();
+    std::optional<std::string> text = TakeFiledMessage();
+    if (text) text->append(" (code " + std::to_string(code) + ")");
     return text;
 }
 

@@ -41,7 +41,9 @@ class EffectModule {
 /// What the module tells of an effect's properties, in its own order.
 std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect);
 
-/// The calling thread's pending error of the module as words, and none left pending.
+/// The calling thread's pending error as words, and none left pending.
+std::optional<std::string> TakeFiledMessage();
+/// The same with the error's code.
 std::optional<std::string> TakeModuleError();
 
 /// From now on the feature word that the module reads; without this call it is the support library's own.

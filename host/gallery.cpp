@@ -152,7 +152,7 @@ void MakeGallery(const GalleryOptions& options, const EffectModule& module) {
         ApplyOptions apply;
         apply.input = part.File(photographFile);
         apply.effects.assign(std::size_t(settings.times), request);
-        apply.output.path = part.File(file);
+        apply.run.output.path = part.File(file);
         Apply(apply, module);
         std::string command = "nifikral apply " + ShellWord(page.photographFile) + " " + file;
         for (const std::string& effect : apply.effects) command += " " + effect;

@@ -10,6 +10,8 @@ extern "C" {
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <set>
+#include <sstream>
 #include <utility>
 
 namespace Nifikral {
@@ -50,10 +52,20 @@ void Capture(void* object, int level, const char* format, va_list arguments) {
 void SetVerbosity(Verbosity verbosity) { currentVerbosity = verbosity; }
 Verbosity GetVerbosity() { return currentVerbosity; }
 
-void PrintError(const std::string& line) { Print("error: ", line); }
+void PrintError(const std::string& lines) {
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) Print("error: ", line);
+}
 
 void PrintWarning(const std::string& line) {
     if (currentVerbosity != Verbosity::Quiet) Print("warning: ", line);
+}
+
+void PrintWarningOnce(const std::string& subject, const std::string& line) {
+    static std::mutex mutex;
+    static std::set<std::string> told;
+    const std::lock_guard lock(mutex);
+    if (told.insert(subject).second) PrintWarning(line);
 }
 
 void PrintDetail(const std::string& line) {

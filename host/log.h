@@ -10,9 +10,12 @@ enum class Verbosity { Quiet, Normal, Verbose };
 void SetVerbosity(Verbosity verbosity);
 Verbosity GetVerbosity();
 
-void PrintError(const std::string& line);
+/// One error a line.
+void PrintError(const std::string& lines);
 /// Something was done otherwise than asked for; not told under -q.
 void PrintWarning(const std::string& line);
+/// The same, but only the first time for each `subject`.
+void PrintWarningOnce(const std::string& subject, const std::string& line);
 /// Told under -v only.
 void PrintDetail(const std::string& line);
 

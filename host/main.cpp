@@ -1,14 +1,16 @@
-// The command nifikral: puts the module's effects on pictures and videos.
+// The command nifikral: puts the module's effects on pictures and videos, and makes films with its generators.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
 #include "host/apply.h"
 #include "host/errors.h"
+#include "host/example_project.h"
 #include "host/gallery.h"
 #include "host/interruption.h"
 #include "host/listing.h"
 #include "host/log.h"
+#include "host/menu.h"
 
 namespace {
 
@@ -20,6 +22,8 @@ struct CommandLine {
     bool quiet = false, verbose = false, json = false;
     std::string effect;
     ApplyOptions apply;
+    MenuOptions menu;
+    InitOptions init;
     GalleryOptions gallery;
 };
 
@@ -31,6 +35,23 @@ void AddCommonOptions(CLI::App& app, CommandLine& line) {
                    "the feature word that the module reads: 0 plain routines, 1 or 4 vectorised ones");
 }
 
+// Settings of every subcommand that makes a film or pictures.
+void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
+    app.add_option("-f,--output-format", options.output.format, "the output's format, such as nut or y4m");
+    app.add_option("--format", options.pixelFormat,
+                   "the pixel format that the module sees: a code or FFmpeg's name (default: the nearest)");
+    app.add_option("--frames", options.frames, "only frames A-B, counted from 0, both included");
+    app.add_option("--threads", options.threads, "processor cores to use (default: all)")->check(CLI::Range(1, 1024));
+    app.add_option("--encoder", options.output.encoder, "FFmpeg's encoder to use, such as ffv1");
+    app.add_option("--encoder-option", options.output.encoderOptions, "key=value for the encoder")
+        ->allow_extra_args(false);
+    app.add_flag("-y,--overwrite", options.output.overwrite, "overwrite an existing output");
+    app.add_flag("--dry-run", options.dryRun, "check everything and tell what would be done");
+    app.add_flag("-q,--quiet", line.quiet, "errors only");
+    app.add_flag("-v,--verbose", line.verbose, "tell details");
+    AddCommonOptions(app, line);
+}
+
 CLI::App* AddApply(CLI::App& app, CommandLine& line) {
     CLI::App* const apply = app.add_subcommand("apply", "put effects on a picture or a video");
     apply->footer(
@@ -40,7 +61,7 @@ CLI::App* AddApply(CLI::App& app, CommandLine& line) {
     ApplyOptions& options = line.apply;
     apply->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
     apply
-        ->add_option("OUT", options.output.path,
+        ->add_option("OUT", options.run.output.path,
                      "by its extension a video (the sound is copied) or a picture; out_%06d.png for one a frame; - for "
                      "stdout")
         ->required();
@@ -49,22 +70,33 @@ CLI::App* AddApply(CLI::App& app, CommandLine& line) {
                      "EFFECT[:name=value]...; a value may change over time: A..B over the run, @frame:value,... at key "
                      "points")
         ->required();
-    apply->add_option("-f,--output-format", options.output.format, "the output's format, such as nut or y4m");
-    apply->add_option("--format", options.pixelFormat,
-                      "the pixel format that effects see: a code or FFmpeg's name (default: nearest to the input's)");
-    apply->add_option("--frames", options.frames, "only frames A-B, counted from 0, both included");
-    apply->add_option("--threads", options.threads, "processor cores to use (default: all)")
-        ->check(CLI::Range(1, 1024));
-    apply->add_option("--encoder", options.output.encoder, "FFmpeg's encoder to use, such as ffv1");
-    apply->add_option("--encoder-option", options.output.encoderOptions, "key=value for the encoder")
-        ->allow_extra_args(false);
-    apply->add_flag("-y,--overwrite", options.output.overwrite, "overwrite an existing output");
     apply->add_flag("--keep-going", options.keepGoing, "take what is readable of a damaged input");
-    apply->add_flag("--dry-run", options.dryRun, "check everything and tell what would be done");
-    apply->add_flag("-q,--quiet", line.quiet, "errors only");
-    apply->add_flag("-v,--verbose", line.verbose, "tell details");
-    AddCommonOptions(*apply, line);
+    AddRunOptions(*apply, line, options.run);
     return apply;
+}
+
+CLI::App* AddMenu(CLI::App& app, CommandLine& line) {
+    CLI::App* const menu = app.add_subcommand("menu", "make a disc menu from a project file");
+    MenuOptions& options = line.menu;
+    menu->add_option("TEMPLATE", options.templateName, "the menu's template; nifikral list shows all")->required();
+    menu->add_option("PROJECT", options.project, "the project file; nifikral init makes an example")->required();
+    menu->add_option("-o,--output", options.run.output.path,
+                     "a video, a picture, pictures as out_%06d.png, or - for stdout")
+        ->required();
+    AddRunOptions(*menu, line, options.run);
+    return menu;
+}
+
+CLI::App* AddInit(CLI::App& app, CommandLine& line) {
+    CLI::App* const init = app.add_subcommand("init", "write an example project with its pictures");
+    InitOptions& options = line.init;
+    init->add_option("TEMPLATE", options.templateName, "the template that it is for; nifikral list shows all")
+        ->required();
+    init->add_option("FOLDER", options.folder, "where to put it (default: a new folder named as the template)");
+    init->add_flag("-y,--overwrite", options.overwrite, "overwrite files of the same names");
+    init->add_flag("-q,--quiet", line.quiet, "errors only");
+    AddCommonOptions(*init, line);
+    return init;
 }
 
 CLI::App* AddGallery(CLI::App& app, CommandLine& line) {
@@ -84,6 +116,8 @@ int Run(int argc, char** argv) {
     app.require_subcommand(1);
     CommandLine line;
     const CLI::App* const apply = AddApply(app, line);
+    const CLI::App* const menu = AddMenu(app, line);
+    const CLI::App* const init = AddInit(app, line);
     const CLI::App* const gallery = AddGallery(app, line);
     CLI::App* const list = app.add_subcommand("list", "list the effects");
     CLI::App* const info = app.add_subcommand("info", "tell an effect's parameters");
@@ -105,6 +139,10 @@ int Run(int argc, char** argv) {
     const EffectModule module(line.module);
     if (apply->parsed())
         Apply(line.apply, module);
+    else if (menu->parsed())
+        RenderMenu(line.menu, module);
+    else if (init->parsed())
+        WriteExampleProject(line.init, module);
     else if (gallery->parsed())
         MakeGallery(line.gallery, module);
     else

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "host/ffmpeg_handles.h"
+#include "host/frame_range.h"
 #include "host/orientation.h"
-#include "host/run_options.h"
 #include "host/standard_input.h"
 
 namespace Nifikral {

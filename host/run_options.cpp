@@ -1,32 +1,12 @@
 #include "host/run_options.h"
 
 #include <algorithm>
-#include <charconv>
 #include <thread>
-
-#include "host/errors.h"
 
 namespace Nifikral {
 
-FrameRange ParseRange(const std::string& text) {
-    FrameRange range;
-    if (text.empty()) return range;
-    const char* const end = text.data() + text.size();
-    const auto [dash, firstError] = std::from_chars(text.data(), end, range.first);
-    bool good = firstError == std::errc() && range.first >= 0;
-    if (good && dash == end) {
-        range.last = range.first;
-    } else if (good && *dash == '-' && dash + 1 != end) {
-        const auto [rest, lastError] = std::from_chars(dash + 1, end, range.last);
-        good = lastError == std::errc() && rest == end && range.last >= range.first;
-    } else {
-        good = good && *dash == '-';
-    }
-    if (!good)
-        throw HostError(ExitCode::Usage, "--frames " + text + " is no range; give A-B with A up to B, counted from 0");
-    return range;
+int RunOptions::ThreadCount() const {
+    return threads > 0 ? threads : std::max(1, int(std::thread::hardware_concurrency()));
 }
-
-int ThreadCount(int wanted) { return wanted > 0 ? wanted : std::max(1, int(std::thread::hardware_concurrency())); }
 
 }  // namespace Nifikral

@@ -1,21 +1,20 @@
 #pragma once
 
-#include <limits>
 #include <string>
+
+#include "host/media_sink.h"
 
 namespace Nifikral {
 
-/// Frames of a run to take, counted from 0, both ends included.
-struct FrameRange {
-    static constexpr long long noEnd = std::numeric_limits<long long>::max();
+/// What every command that makes films or pictures is told.
+struct RunOptions {
+    OutputOptions output;
+    std::string frames;       ///< "A-B", "A-" or "A"; empty: all
+    std::string pixelFormat;  ///< of the pictures that the module sees; empty: the one that fits best
+    int threads = 0;          ///< 0: all cores
+    bool dryRun = false;
 
-    long long first = 0, last = noEnd;
+    int ThreadCount() const;
 };
-
-/// Reads "A-B", "A-" or "A"; "" means all. Throws a usage error for anything else.
-FrameRange ParseRange(const std::string& text);
-
-/// The threads to use when `wanted` were asked for; 0: as many as there are processor cores.
-int ThreadCount(int wanted);
 
 }  // namespace Nifikral

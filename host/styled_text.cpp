@@ -25,7 +25,7 @@ bool ReadNumber(std::string_view text, int base, Number& number) {
 
 }  // namespace
 
-TextStyle ParseStyle(std::string_view words, std::vector<std::string>& unknown) {
+TextStyle ParseStyle(std::string_view words) {
     TextStyle style;
     const std::pair<const char*, bool*> known[] = {{"bold", &style.bold},
                                                    {"italic", &style.italic},
@@ -37,7 +37,10 @@ TextStyle ParseStyle(std::string_view words, std::vector<std::string>& unknown) 
         bool found = word == "normal" || word == "regular";
         for (const auto& [name, flag] : known)
             if (word == name) *flag = found = true;
-        if (!found) unknown.push_back(word);
+        if (!found)
+            PrintWarningOnce("fontstyle " + word, "the font style \"" + word +
+                                                      "\" is not known and left out; there are bold, italic, "
+                                                      "underline, outline and shadow");
     }
     return style;
 }
@@ -58,11 +61,7 @@ std::optional<StyledText> ParseFontElement(std::string_view html) {
     result.blue = std::uint8_t(rgb);
     result.face = *face;
     result.text = rest.substr(0, rest.size() - tail.size());
-    std::vector<std::string> unknown;
-    result.style = ParseStyle(*words, unknown);
-    for (const std::string& word : unknown)
-        PrintWarning("the font style \"" + word + "\" is not known and left out; there are bold, italic, underline, " +
-                     "outline and shadow");
+    result.style = ParseStyle(*words);
     return result;
 }
 

@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace Nifikral {
 
@@ -21,11 +20,11 @@ struct StyledText {
     std::uint8_t red = 0, green = 0, blue = 0;
 };
 
-/// The style that blank-separated words name; other words go to `unknown`.
-TextStyle ParseStyle(std::string_view words, std::vector<std::string>& unknown);
+/// The style that blank-separated words name. A word that names none is told once and left out.
+TextStyle ParseStyle(std::string_view words);
 
 /// Reads <font color='#rrggbb' size='pixels' face='family' fontstyle='words'>text</font>, the text as written up to the
-/// last </font>. Nothing for a text of another form; unknown style words are told and left out.
+/// last </font>. Nothing for a text of another form.
 std::optional<StyledText> ParseFontElement(std::string_view html);
 
 }  // namespace Nifikral

@@ -6,28 +6,25 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <set>
 #include <stdexcept>
 #include <vector>
 
+#include "host/cairo_handles.h"
 #include "host/log.h"
 
 namespace Nifikral {
 namespace {
 
-struct Release {
-    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-    void operator()(cairo_t* context) const { cairo_destroy(context); }
+struct FreePango {
     void operator()(PangoFontDescription* font) const { pango_font_description_free(font); }
     void operator()(PangoLayoutIter* iterator) const { pango_layout_iter_free(iterator); }
     void operator()(PangoAttrList* attributes) const { pango_attr_list_unref(attributes); }
-    void operator()(cairo_font_options_t* options) const { cairo_font_options_destroy(options); }
     void operator()(PangoLayout* layout) const { g_object_unref(layout); }
     void operator()(PangoContext* context) const { g_object_unref(context); }
 };
 template <class Object>
-using Owner = std::unique_ptr<Object, Release>;
+using Owner = std::unique_ptr<Object, FreePango>;
 
 constexpr char usualFace[] = "Sans";
 constexpr std::size_t excerptBytes = 40;
@@ -40,14 +37,6 @@ std::string Excerpt(const std::string& text) {
         excerpt = excerpt.substr(0, end) + "...";
     }
     return "the text \"" + excerpt + "\"";
-}
-
-// What has been told once is not told again, however often a text is rendered.
-void WarnOnce(const std::string& key, const std::string& line) {
-    static std::mutex mutex;
-    static std::set<std::string> told;
-    const std::lock_guard lock(mutex);
-    if (told.insert(key).second) PrintWarning(line);
 }
 
 std::string FamilyOf(PangoFont* font) {
@@ -109,21 +98,21 @@ void TellSubstitutions(PangoLayout* layout, const StyledText& text) {
         const std::string used = FamilyOf(run->item->analysis.font);
         if (first.empty()) first = used;
         if (!missing.empty())
-            WarnOnce(face + missing, Excerpt(text.text) + ": no installed font has " + missing +
-                                         ", boxes are drawn instead; install a font for it");
+            PrintWarningOnce(face + missing, Excerpt(text.text) + ": no installed font has " + missing +
+                                                 ", boxes are drawn instead; install a font for it");
         else if (!generic && !installed)
-            WarnOnce(face, Excerpt(text.text) + ": the font \"" + face + "\" is not installed, \"" + used +
-                               "\" is used instead; fc-list : family tells what there is");
+            PrintWarningOnce(face, Excerpt(text.text) + ": the font \"" + face + "\" is not installed, \"" + used +
+                                       "\" is used instead; fc-list : family tells what there is");
         else if (!SameName(used, generic ? first : face))
-            WarnOnce(face + used, Excerpt(text.text) + ": the font \"" + (generic ? first : face) + "\" lacks " + all +
-                                      ", \"" + used + "\" is used instead");
+            PrintWarningOnce(face + used, Excerpt(text.text) + ": the font \"" + (generic ? first : face) +
+                                              "\" lacks " + all + ", \"" + used + "\" is used instead");
     } while (pango_layout_iter_next_run(iterator.get()));
 }
 
 Owner<PangoLayout> MakeLayout(const StyledText& text) {
     const Owner<PangoContext> context(pango_font_map_create_context(pango_cairo_font_map_get_default()));
     // Glyphs keep their shape whatever their place, as moving text needs it.
-    const Owner<cairo_font_options_t> options(cairo_font_options_create());
+    const CairoFontOptionsPtr options(cairo_font_options_create());
     cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
     cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
     cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
@@ -188,12 +177,6 @@ void DrawGlyphs(cairo_t* context, PangoLayout* layout, const StyledText& text, d
     }
     SetColour(context, {text.red, text.green, text.blue});
     pango_cairo_show_layout(context, layout);
-}
-
-Owner<cairo_surface_t> NewSurface(cairo_format_t format, int width, int height) {
-    Owner<cairo_surface_t> surface(cairo_image_surface_create(format, width, height));
-    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) throw std::bad_alloc();
-    return surface;
 }
 
 // The mean of 2 x radius + 1 neighbours; outside there is nothing.
@@ -272,18 +255,18 @@ FramePtr RenderText(const StyledText& text) {
                                  std::to_string(height) + " pixels large; make it shorter or its font smaller");
 
     const auto draw = [&](cairo_format_t format, const auto& paint) {
-        Owner<cairo_surface_t> surface = NewSurface(format, width, height);
-        const Owner<cairo_t> context(cairo_create(surface.get()));
+        CairoSurfacePtr surface = NewSurface(format, width, height);
+        const CairoPtr context(cairo_create(surface.get()));
         cairo_translate(context.get(), -left, -top);
         paint(context.get());
-        if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS) throw std::bad_alloc();
+        CheckDrawn(context.get());
         return surface;
     };
     const auto glyphs = [&](cairo_t* context) { DrawGlyphs(context, layout.get(), text, decoration.outline); };
-    const Owner<cairo_surface_t> picture = draw(CAIRO_FORMAT_ARGB32, [&](cairo_t* context) {
+    const CairoSurfacePtr picture = draw(CAIRO_FORMAT_ARGB32, [&](cairo_t* context) {
         if (text.style.shadow) {
             constexpr double darkness = 0.75;
-            const Owner<cairo_surface_t> mask = draw(CAIRO_FORMAT_A8, glyphs);
+            const CairoSurfacePtr mask = draw(CAIRO_FORMAT_A8, glyphs);
             if (decoration.blur > 0) Blur(mask.get(), decoration.blur);
             SetColour(context, black, darkness);
             cairo_mask_surface(context, mask.get(), left + decoration.shift, top + decoration.shift);

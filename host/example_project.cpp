@@ -1,0 +1,84 @@
+#include "host/example_project.h"
+
+#include <cstdio>
+#include <deque>
+#include <filesystem>
+
+#include "host/errors.h"
+#include "host/example_pictures.h"
+#include "host/ffmpeg_handles.h"
+#include "host/log.h"
+#include "host/menu.h"
+#include "host/part_file.h"
+
+namespace Nifikral {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char projectFile[] = "menu.json";
+
+// Behind the template's name. Comments are allowed in a project.
+constexpr char menuProject[] = R"(",
+  "frameRate": 25,
+  "duration": 8,
+  "width": 1280,
+  "height": 720,
+
+  "sourcePath": "background.png",
+
+  // One entry for each picture, in every list.
+  "additionSourcePaths": ["balloon.png", "lake.png", "desert.png", "forest.png", "night.png"],
+  "additionSourceSizes": [[100, 140], [256, 144], [256, 144], [256, 144], [256, 144]],
+  "maskPaths": ["", "mask.png", "mask.png", "mask.png", "mask.png"],
+  "startPositions": [[760, 380], [-1196, 440], [-750, 440], [-304, 440], [142, 440]],
+  "endPositions": [[1400, -200], [68, 440], [364, 440], [660, 440], [956, 440]],
+  "moveFormulas": [[0, -1], [0, 0], [0, 0], [0, 0], [0, 0]],
+  "moveSpeeds": [2, 16, 16, 16, 16],
+  "startTrans": [255, 0, 0, 0, 0],
+  "endTrans": [255, 255, 255, 255, 255],
+  "fadeSpeeds": [0, 4, 4, 4, 4],
+
+  "textInfos": [
+    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold shadow", "size": 76, "color": "#fff4dc",
+     "box": [64, 56]},
+    {"text": "Four places, and the way between them", "face": "DejaVu Sans", "fontstyle": "italic shadow", "size": 28,
+     "color": "#ffe0b8", "box": [70, 158], "show": [25]},
+    {"text": "The lake", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
+     "box": [-1184, 596], "move": {"end": [80, 596], "speed": 16}},
+    {"text": "The desert", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
+     "box": [-738, 596], "move": {"end": [376, 596], "speed": 16}},
+    {"text": "The forest", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
+     "box": [-292, 596], "move": {"end": [672, 596], "speed": 16}},
+    {"text": "The night", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
+     "box": [154, 596], "move": {"end": [968, 596], "speed": 16}}
+  ]
+}
+)";
+
+void MakeFolder(const fs::path& folder) {
+    std::error_code error;
+    if (fs::is_directory(folder, error)) return;
+    if (!fs::create_directory(folder, error)) ThrowWriteError(folder.string(), AVERROR(error ? error.value() : EEXIST));
+}
+
+}  // namespace
+
+void WriteExampleProject(const InitOptions& options, const EffectModule& module) {
+    RequireMenuTemplate(options.templateName, module);
+    const fs::path folder = options.folder.empty() ? options.templateName : options.folder;
+    std::vector<ExamplePicture> files = DrawExamplePictures();
+    files.push_back({projectFile, "{\n  \"template\": \"" + options.templateName + menuProject});
+    MakeFolder(folder);
+    // All stand under their names or none does.
+    std::deque<PartFile> parts;
+    for (const ExamplePicture& file : files)
+        parts.emplace_back((folder / file.file).string(), options.overwrite).Write(file.png);
+    for (PartFile& part : parts) part.Commit();
+    if (GetVerbosity() == Verbosity::Quiet) return;
+    const std::string project = (folder / projectFile).string();
+    std::fprintf(stderr, "%s and its pictures are written; make the film with\n  nifikral menu %s %s -o menu.mp4\n",
+                 project.c_str(), options.templateName.c_str(), project.c_str());
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "host/effect_module.h"
+
+namespace Nifikral {
+
+struct InitOptions {
+    std::string templateName, folder;
+    bool overwrite = false;
+};
+
+/// Writes an example project for a menu template, and the pictures that it shows, into a folder.
+void WriteExampleProject(const InitOptions& options, const EffectModule& module);
+
+}  // namespace Nifikral

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <limits>
+#include <string>
+
+namespace Nifikral {
+
+/// Frames of a run to take, counted from 0, both ends included.
+struct FrameRange {
+    static constexpr long long noEnd = std::numeric_limits<long long>::max();
+
+    long long first = 0, last = noEnd;
+};
+
+/// Reads "A-B", "A-" or "A"; "" means all. Throws a usage error for anything else.
+FrameRange ParseRange(const std::string& text);
+
+}  // namespace Nifikral
