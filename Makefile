@@ -5,7 +5,7 @@ sources = git ls-files '*.h' '*.cpp'
 help:
 	@sed -n 's/^\([a-z-]*\):.*## /  make \1	/p' Makefile | expand -t 24
 
-run: packages $(release)/build.ninja  ## build, and show every effect on a sample clip and photograph in out/
+run: packages $(release)/build.ninja  ## build, and show every effect and menu in out/
 	cmake --build --preset release --target nifikral nifikral_module
 	scripts/demo.sh $(release)/bin/nifikral out
 
