@@ -3,7 +3,6 @@
 #include "avbase/IImageConverter.h"
 
 extern "C" {
-#include <libavutil/frame.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 }
@@ -11,13 +10,13 @@ extern "C" {
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <memory>
+#include <optional>
 
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
-#include "TarvoBased/res_keeper.h"
-#include "host/standins/ffmpeg_formats.h"
+#include "host/standins/alpha_scaler.h"
+#include "host/standins/av_picture.h"
 
 namespace AVBased {
 
@@ -36,11 +35,6 @@ enum Line : int {
     lineCreate = 140
 };
 constexpr unsigned largestSide = 1u << 16;
-
-struct FreeAvFrame {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-using AvFramePtr = std::unique_ptr<AVFrame, FreeAvFrame>;
 
 struct Plane {
     unsigned char* data = nullptr;
@@ -98,12 +92,7 @@ class Picture {
         }
         m_count = count;
         if (direct) return;
-        m_scratch.reset(av_frame_alloc());
-        if (!m_scratch) RaiseNoMemory(lineMemory);
-        m_scratch->format = shape.format;
-        m_scratch->width = shape.width;
-        m_scratch->height = shape.height;
-        if (av_frame_get_buffer(m_scratch.get(), 0) < 0) RaiseNoMemory(lineMemory);
+        m_scratch = Nifikral::NewAvPicture(shape, lineMemory);
     }
 
     void Load() {
@@ -190,7 +179,7 @@ class Picture {
     bool m_topDown, m_packed411;
     unsigned m_count = 0;
     Plane m_planes[4];
-    AvFramePtr m_scratch;
+    Nifikral::AvPicturePtr m_scratch;
 };
 
 class CImageConverter final : public IImageConverter {
@@ -213,8 +202,13 @@ class CImageConverter final : public IImageConverter {
             from.Load();
             from.Describe(fromData, fromPitches);
             to.Describe(toData, toPitches);
-            if (sws_scale(m_scaler.get(), fromData, fromPitches, 0, m_from.height, toData, toPitches) < 0)
+            if (Nifikral::AlphaScaler::Serves(m_from, m_to) &&
+                !Nifikral::AlphaScaler::IsOpaque(m_from, fromData, fromPitches)) {
+                if (!m_alphaScaler) m_alphaScaler.emplace(m_from, m_to, FilterFlag(m_conversion.filter));
+                m_alphaScaler->Scale(fromData, fromPitches, toData, toPitches);
+            } else if (sws_scale(m_scaler.get(), fromData, fromPitches, 0, m_from.height, toData, toPitches) < 0) {
                 throw CBaseException(errorGeneral, "Conversion failed", lineConvert, sourceName);
+            }
             to.Store();
             return true;
         });
@@ -233,6 +227,7 @@ class CImageConverter final : public IImageConverter {
     ImageConversion m_conversion;
     Nifikral::PictureShape m_from, m_to;
     Nifikral::ScalerPtr m_scaler;
+    std::optional<Nifikral::AlphaScaler> m_alphaScaler;
 };
 
 }  // namespace

@@ -82,6 +82,37 @@ TEST(ImageConverter, TakesEveryFormatAndOddSizes) {
     }
 }
 
+TEST(ImageConverter, LetsNoColourOfTransparentPixelsIntoAScaledPicture) {
+    // Green where it is opaque; where it is transparent, red that must not come in.
+    CRawVideoFrame from(false, 30, 64, 64, true);
+    FillPixels(from, 0, 200, 0);
+    unsigned pitch = 0;
+    unsigned char* const data = from.GetBuffer(0, nullptr, &pitch, nullptr);
+    const unsigned char clearRed[4] = {0, 0, 255, 0};
+    for (unsigned y = 0; y < 64; ++y)
+        for (unsigned x = 0; x < 31; ++x) std::memcpy(data + y * pitch + 4 * x, clearRed, 4);
+    for (const unsigned side : {23u, 150u})
+        for (const unsigned format : {30u, 60u}) {
+            CRawVideoFrame middle(false, format, side, side, true), to(false, 30, side, side, true);
+            const ConverterPtr scale(AVBased::CreateImageConverter(30, 64, 64, format, side, side));
+            const ConverterPtr back(AVBased::CreateImageConverter(format, side, side, 30, side, side));
+            ASSERT_TRUE(scale->Convert(&from, &middle));
+            ASSERT_TRUE(back->Convert(&middle, &to));
+            const unsigned char* const row = to.GetBuffer(0, nullptr, &pitch, nullptr) + side / 2 * pitch;
+            unsigned halfSeen = 0;
+            for (unsigned x = 0; x < side; ++x) {
+                const unsigned char* const pixel = row + 4 * x;
+                halfSeen += pixel[3] > 10 && pixel[3] < 245;
+                if (pixel[3] <= 30) continue;
+                EXPECT_LT(pixel[2], 12) << format << " at " << x << " of " << side;
+                EXPECT_NEAR(pixel[1], 200, 24) << format << " at " << x << " of " << side;
+            }
+            EXPECT_GE(halfSeen, 1u);
+            EXPECT_EQ(row[3], 0);
+            EXPECT_EQ(row[4 * (side - 1) + 3], 255);
+        }
+}
+
 TEST(ImageConverter, TurnsBottomUpFramesOver) {
     CRawVideoFrame from(false, 30, 16, 2, false), to(false, 30, 16, 2, true);
     unsigned pitch = 0;
