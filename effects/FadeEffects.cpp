@@ -33,22 +33,6 @@ void ScaleOpacity(IRawVideoFrame& frame, std::uint32_t level, InstructionSet set
 
 constexpr std::uint32_t wholeLevel = 256;
 
-void DirectFadeRgba32Effect(PackedView picture, std::uint32_t level) {
-    ForEachPixel(picture, [factor = std::min(level, wholeLevel)](std::uint32_t p) {
-        constexpr std::uint32_t blueAndRed = 0xFF00FF, green = 0xFF00;
-        return (p & alphaMask) | ((p & blueAndRed) * factor >> 8 & blueAndRed) | ((p & green) * factor >> 8 & green);
-    });
-}
-
-void DirectFadeComponentEffect(ComponentView plane, std::uint32_t level, std::uint8_t rest) {
-    // All in 16 bits: the sum stays below 2^16.
-    const auto factor = std::uint16_t(std::min(level, wholeLevel));
-    const auto base = std::uint16_t(rest * (wholeLevel - factor) + wholeLevel / 2);
-    ForEachSample(plane, [=](std::uint8_t sample) {
-        return std::uint8_t(std::uint16_t(std::uint16_t(sample * std::uint32_t(factor)) + base) >> 8);
-    });
-}
-
 constexpr Property<CTransparencyAjustEffect::Settings> transparencyProperties[] = {
     {"transparency_opacity", "50", &CTransparencyAjustEffect::Settings::opacity},
 };
@@ -56,12 +40,22 @@ constexpr Property<CTransparencyAjustEffect::Settings> transparencyProperties[] 
 }  // namespace
 
 void fade_in_out_direct_rgba32_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
-    DirectFadeRgba32Effect({data, width / unsigned(sizeof(Rgba32)), pitch, height}, level);
+    const PackedView picture{data, width / unsigned(sizeof(Rgba32)), pitch, height};
+    ForEachPixel(picture, [factor = std::min(level, wholeLevel)](std::uint32_t p) {
+        constexpr std::uint32_t blueAndRed = 0xFF00FF, green = 0xFF00;
+        return (p & alphaMask) | ((p & blueAndRed) * factor >> 8 & blueAndRed) | ((p & green) * factor >> 8 & green);
+    });
 }
 
 void fade_in_out_direct_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height,
                                     unsigned level, unsigned rest) {
-    DirectFadeComponentEffect({data, width, pitch, height}, level, std::uint8_t(rest));
+    const ComponentView plane{data, width, pitch, height};
+    // All in 16 bits: the sum stays below 2^16.
+    const auto factor = std::uint16_t(std::min(level, wholeLevel));
+    const auto base = std::uint16_t(rest * (wholeLevel - factor) + wholeLevel / 2);
+    ForEachSample(plane, [=](std::uint8_t sample) {
+        return std::uint8_t(std::uint16_t(std::uint16_t(sample * std::uint32_t(factor)) + base) >> 8);
+    });
 }
 
 CFadeVideoImageEffect::CFadeVideoImageEffect(const char* name, Direction direction)
@@ -96,12 +90,19 @@ void CFadeVideoImageEffect::Scale(IRawVideoFrame& frame, std::uint32_t level) {
 }
 
 void CDirectFadeEffect::Scale(IRawVideoFrame& frame, std::uint32_t level) {
-    ForFrame([&](PackedView picture) { Pick<DirectFadeRgba32Effect>()(picture, level); },
-             [&](const PlanarView& picture) {
-                 for (unsigned p = 0; p < 3; ++p)
-                     Pick<DirectFadeComponentEffect>()(picture.plane[p], level, p == 0 ? 16 : 128);
-             },
-             frame);
+    ForFrame(
+        [&](const PackedView& picture) {
+            Pick<fade_in_out_direct_rgba32_c>()(picture.data, picture.width * unsigned(sizeof(Rgba32)), picture.pitch,
+                                                picture.height, level);
+        },
+        [&](const PlanarView& picture) {
+            for (unsigned p = 0; p < 3; ++p) {
+                const ComponentView& plane = picture.plane[p];
+                Pick<fade_in_out_direct_component_c>()(plane.data, plane.width, plane.pitch, plane.height, level,
+                                                       p == 0 ? 16 : 128);
+            }
+        },
+        frame);
 }
 
 CTransparencyAjustEffect::CTransparencyAjustEffect() : CBasedVideoImageEffect(effectNameTransparency) {

@@ -61,15 +61,21 @@ TEST(Rotate90X, ScalesOtherShapesToFitBesideBlack) {
     }
 }
 
-// The share of source sample j in sample i of an axis scaled from `from` samples to `to`.
-double Share(int i, int j, int from, int to) {
-    const auto tent = [&](int k) {
-        const double scale = double(from) / to, distance = std::abs((i + 0.5) * scale - (k + 0.5));
-        return std::max(0.0, 1 - distance / std::max(scale, 1.0));
-    };
-    double all = 0;
-    for (int k = 0; k < from; ++k) all += tent(k);
-    return tent(j) / all;
+// The shares of the source samples in each sample of an axis scaled from `from` samples to `to`.
+std::vector<std::vector<double>> Shares(int from, int to) {
+    const double scale = double(from) / to;
+    std::vector<std::vector<double>> shares;
+    for (int i = 0; i < to; ++i) {
+        std::vector<double>& row = shares.emplace_back();
+        double all = 0;
+        for (int j = 0; j < from; ++j) {
+            const double distance = std::abs((i + 0.5) * scale - (j + 0.5));
+            row.push_back(std::max(0.0, 1 - distance / std::max(scale, 1.0)));
+            all += row.back();
+        }
+        for (double& share : row) share /= all;
+    }
+    return shares;
 }
 
 // The part of an axis that the turned picture fills, in whole groups of positions.
@@ -102,6 +108,7 @@ TEST(Rotate90X, ResamplesEachPlaneOnItsOwnGrid) {
                 if (height > width) std::tie(top, h) = Fitted(height, width, rows);
                 if (chroma && width > height) left /= columns, w /= columns;
                 if (chroma && height > width) top /= rows, h /= rows;
+                const auto across = Shares(fullHeight, w), down = Shares(fullWidth, h);
                 const unsigned black = p == 0 ? 16 : chroma ? 128 : 255;
                 for (int y = 0; y < fullHeight; ++y)
                     for (int x = 0; x < fullWidth; ++x) {
@@ -109,12 +116,12 @@ TEST(Rotate90X, ResamplesEachPlaneOnItsOwnGrid) {
                             ASSERT_EQ(actual[std::size_t(y)][std::size_t(x)], black) << x << "," << y;
                             continue;
                         }
+                        const auto &rowShares = across[std::size_t(w - 1 - (x - left))],
+                                   &columnShares = down[std::size_t(y - top)];
                         double sum = 0;
-                        for (int j = 0; j < fullHeight; ++j)
-                            if (const double share = Share(w - 1 - (x - left), j, fullHeight, w); share > 0)
-                                for (int i = 0; i < fullWidth; ++i)
-                                    sum += share * Share(y - top, i, fullWidth, h) *
-                                           source[std::size_t(j)][std::size_t(i)];
+                        for (std::size_t j = 0; j < source.size(); ++j)
+                            for (std::size_t i = 0; rowShares[j] > 0 && i < source[j].size(); ++i)
+                                sum += rowShares[j] * columnShares[i] * source[j][i];
                         ASSERT_NEAR(actual[std::size_t(y)][std::size_t(x)], sum, 3) << x << "," << y;
                     }
             }
