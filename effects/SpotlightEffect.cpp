@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <vector>
 
 #include "effects/property_table.h"
+#include "effects/row_loops.h"
+#include "effects/spotlight_rows.h"
 
 namespace AVBased {
 namespace {
@@ -19,156 +20,170 @@ constexpr Property<SpotlightSettings> spotlightProperties[] = {
     {"spotlight_density", "250", &SpotlightSettings::density},
 };
 
-// The light at one pixel: how much of the colour, in 1/65536, and how much brightness.
-struct Light {
-    std::uint32_t weight = 0, brightness = 0;
-};
-
 // (channel * (65536 - weight) + colour * weight) / 65536 + added, modulo 2^32: what falls below black turns white.
 std::uint32_t Tint(std::uint32_t channel, std::uint32_t colour, std::uint32_t weight, std::uint32_t added) {
     return std::min((((channel << 16) + (colour - channel) * weight) >> 16) + added, 255u);
 }
 
-struct Range {
-    unsigned begin, end;
+constexpr unsigned groupColumns = 64;                // a vector of bytes that are shared by two columns each
+constexpr unsigned pieceColumns = 4 * groupColumns;  // between fetches
+
+// Widened to whole groups of columns, so that the loops over them need no scalar ends.
+SpotRange Groups(SpotRange columns) {
+    return {columns.begin / groupColumns * groupColumns,
+            (columns.end + groupColumns - 1) / groupColumns * groupColumns};
+}
+
+// The row of a plane that serves the luma row in work, in whole groups: what the picture lacks stands in a spare row.
+template <class Sample>
+class GroupedRow {
+ public:
+    GroupedRow(const PlaneView<Sample>& plane, unsigned columnShift, unsigned rowShift, unsigned columns)
+        : m_plane(plane), m_columnShift(columnShift), m_rowShift(rowShift), m_spare(columns >> columnShift) {}
+
+    void GoTo(unsigned y) {
+        const unsigned row = y >> m_rowShift;
+        const bool exists = row < m_plane.height;
+        m_row = exists ? m_plane.Row(row) : m_spare.data();
+        m_width = exists ? m_plane.width : 0;
+    }
+    // Fetches columns of the next row but one.
+    void Fetch(SpotRange columns) const {
+        for (unsigned x = columns.begin >> m_columnShift; x < columns.end >> m_columnShift;
+             x += cacheLine / sizeof(Sample))
+            PrefetchToWrite(m_row + x, 2 * std::ptrdiff_t(m_plane.pitch));
+    }
+    // How many columns stand in whole groups of the picture.
+    unsigned Whole() const { return (m_width << m_columnShift) / groupColumns * groupColumns; }
+    Sample* Row() const { return m_row; }
+    // The rest of the row from a column on, in the spare row until it is put back.
+    Sample* TakeOut(unsigned column) {
+        CopyRest(m_row, m_spare.data(), column);
+        return m_spare.data();
+    }
+    void PutBack(unsigned column) { CopyRest(m_spare.data(), m_row, column); }
+
+ private:
+    void CopyRest(const Sample* from, Sample* to, unsigned column) const {
+        const std::size_t begin = column >> m_columnShift, end = std::min<std::size_t>(m_width, m_spare.size());
+        if (begin < end) std::copy(from + begin, from + end, to + begin);
+    }
+
+    PlaneView<Sample> m_plane;
+    unsigned m_columnShift, m_rowShift, m_width = 0;
+    Sample* m_row = nullptr;
+    std::vector<Sample> m_spare;
 };
 
-class Disc {
- public:
-    explicit Disc(const SpotlightSettings& settings)
-        : m_x(settings.x), m_y(settings.y), m_radius(settings.radius), m_ring(3 * settings.radius >> 2) {
-        if (m_ring == 0) return;
-        const std::int32_t ring = std::int32_t(m_ring);
-        const std::int32_t weight = std::int32_t(std::uint32_t(settings.density) << 16) / 100;
-        m_core = {std::uint32_t(weight), std::uint32_t(settings.brightness)};
-        m_step = {std::uint32_t(weight / ring),
-                  std::uint32_t(std::int32_t(std::uint32_t(settings.brightness) << 8) / ring)};
-    }
+// Tints the columns of a range, a multiple of groups, in the light of the distances that are walked.
+template <bool soft>
+struct TintPixels {
+    static constexpr unsigned shift = 0;
+    SpotLevels<soft> levels;
+    SpotTint<soft> blueTint, greenTint, redTint;
 
-    bool Lights(unsigned width, unsigned height) const { return m_ring != 0 && m_x <= width && m_y <= height; }
-    // The disc's box in a picture that it lights.
-    Range Columns(unsigned width) const { return Extent(m_x, width); }
-    Range Rows(unsigned height) const { return Extent(m_y, height); }
-    // No square wraps, and the root of each in single precision truncates as in double precision.
-    bool IsHandy() const { return m_radius < 2048; }
-
-    // Calls work(x, y, light) for every lit pixel of a picture, in scan order.
-    template <class Work>
-    void ForEachPixel(unsigned width, unsigned height, Work work) const {
-        if (!Lights(width, height)) return;
-        const Range columns = Columns(width), rows = Rows(height);
-        const std::uint32_t core = (m_radius - m_ring) * (m_radius - m_ring);
-        for (unsigned y = rows.begin; y < rows.end; ++y)
-            for (unsigned x = columns.begin; x < columns.end; ++x) {
-                const std::uint32_t square = (x - m_x) * (x - m_x) + (y - m_y) * (y - m_y);
-                if (square > m_radius * m_radius) continue;
-                const std::uint32_t toRim = m_radius - std::uint32_t(std::sqrt(double(square)));
-                work(x, y, square > core ? InRing(m_step, toRim) : m_core);
-            }
-    }
-
-    // The columns of the box that row y of the box lights, for a handy disc.
-    Range Chord(unsigned y, Range box) const {
-        const std::int32_t dy = std::int32_t(y - m_y), radius = std::int32_t(m_radius);
-        const unsigned half = unsigned(std::sqrt(double(radius * radius - dy * dy)));
-        return {std::max(box.begin, m_x > half ? m_x - half : 0), std::min(box.end, m_x + half + 1)};
-    }
-
-    // The light of the columns of a chord.
-    void LightChord(unsigned y, Range chord, std::uint32_t* weights, std::uint32_t* brightnesses) const {
-        // Copies, which the stores below cannot change.
-        const Light core = m_core, step = m_step;
-        const std::int32_t centre = std::int32_t(m_x), radius = std::int32_t(m_radius), dy = std::int32_t(y - m_y);
-        const std::int32_t coreSquare = std::int32_t((m_radius - m_ring) * (m_radius - m_ring));
-        for (unsigned x = chord.begin; x < chord.end; ++x) {
-            const std::int32_t dx = std::int32_t(x) - centre, square = dx * dx + dy * dy;
-            const Light ring = InRing(step, std::uint32_t(radius - std::int32_t(std::sqrt(float(square)))));
-            const std::uint32_t inCore = square <= coreSquare ? ~0u : 0u;
-            weights[x] = (core.weight & inCore) | (ring.weight & ~inCore);
-            brightnesses[x] = (core.brightness & inCore) | (ring.brightness & ~inCore);
+    template <class Walk>
+    void operator()(SpotRange range, Walk walk, Rgba32* row) const {
+        const TintPixels tint = *this;
+#pragma GCC ivdep  // pixels and distances share no memory
+        for (std::size_t x = range.begin; x < range.end; ++x) {
+            const SpotLevel level = walk(x, 0, tint.levels);
+            const std::uint32_t p = LoadWord(row + x);
+            // In halves of 16 bits, which need no widening.
+            const auto low = std::uint16_t(p), high = std::uint16_t(p >> 16);
+            const std::uint16_t blue = tint.blueTint.Brightened(low & 255, level),
+                                green = tint.greenTint.Brightened(low >> 8, level),
+                                red = tint.redTint.Brightened(high & 255, level);
+            const auto newLow = std::uint16_t(blue | green << 8), newHigh = std::uint16_t(red | (high & 0xFF00));
+            StoreWord(row + x, newLow | std::uint32_t(newHigh) << 16);
         }
     }
-
- private:
-    Range Extent(std::uint32_t centre, unsigned size) const {
-        return {centre > m_radius ? centre - m_radius : 0, std::min(size, centre + m_radius)};
-    }
-    static Light InRing(Light step, std::uint32_t toRim) {
-        return {step.weight * toRim, std::uint32_t(std::int32_t(toRim * step.brightness) >> 8)};
-    }
-
-    std::uint32_t m_x, m_y, m_radius, m_ring;
-    Light m_core, m_step;  // the step is that of one pixel towards the rim
 };
-
-// The light of one row at a time, dark beside the disc's chord. A few dark columns past the picture complete the last
-// chroma sample's group.
-class LightRow {
- public:
-    explicit LightRow(unsigned width) : m_weights(width + 4), m_brightnesses(width + 4) {}
-
-    // The columns to treat: the chord, widened to whole groups of 2^shift columns.
-    Range Light(const Disc& disc, unsigned y, Range box, unsigned shift) {
-        const Range chord = disc.Chord(y, box);
-        const unsigned group = 1u << shift;
-        const Range groups{chord.begin >> shift << shift, (chord.end + group - 1) >> shift << shift};
-        for (Range gap : {Range{groups.begin, chord.begin}, Range{chord.end, groups.end}})
-            for (unsigned x = gap.begin; x < gap.end; ++x) m_weights[x] = m_brightnesses[x] = 0;
-        disc.LightChord(y, chord, m_weights.data(), m_brightnesses.data());
-        return groups;
-    }
-    const std::uint32_t* weights() const { return m_weights.data(); }
-    const std::uint32_t* brightnesses() const { return m_brightnesses.data(); }
-
- private:
-    std::vector<std::uint32_t> m_weights, m_brightnesses;
-};
-
-void TintPixels(Rgba32* row, Range range, const LightRow& light, std::uint32_t colour) {
-    const std::uint32_t *weights = light.weights(), *brightnesses = light.brightnesses();
-    for (unsigned x = range.begin; x < range.end; ++x) {
-        const std::uint32_t p = LoadWord(row + x), weight = weights[x], added = brightnesses[x];
-        StoreWord(row + x,
-                  WithAlphaOf(p, Tint(Blue(p), Blue(colour), weight, added),
-                              Tint(Green(p), Green(colour), weight, added), Tint(Red(p), Red(colour), weight, added)));
-    }
-}
-
-void TintLuma(std::uint8_t* row, Range range, const LightRow& light, std::uint32_t colour) {
-    const std::uint32_t *weights = light.weights(), *brightnesses = light.brightnesses();
-    for (unsigned x = range.begin; x < range.end; ++x)
-        row[x] = std::uint8_t(Tint(row[x], colour, weights[x], brightnesses[x]));
-}
 
 // Deliberate: shared chroma is tinted once for each luma position, and never brightened.
-template <unsigned shift>
-void TintChroma(std::uint8_t* row, Range range, const LightRow& light, std::uint32_t colour) {
-    const std::uint32_t* weights = light.weights();
-    for (unsigned i = 0; i < 1u << shift; ++i)
-        for (std::size_t x = range.begin; x < range.end; ++x)
-            row[x] = std::uint8_t(Tint(row[x], colour, weights[(x << shift) + i], 0));
-}
+template <bool soft, unsigned columnShift>
+struct TintComponents {
+    static constexpr unsigned shift = columnShift, shared = 1 << shift;
+    SpotLevels<soft> levels;
+    SpotTint<soft> lumaTint, uTint, vTint;
 
-void LightPackedRows(const SpotlightSettings& settings, const Disc& disc, LightRow& light, const PackedView& picture) {
-    const Range box = disc.Columns(picture.width), rows = disc.Rows(picture.height);
-    for (unsigned y = rows.begin; y < rows.end; ++y)
-        TintPixels(picture.Row(y), light.Light(disc, y, box, 0), light, settings.colour);
-}
-
-template <unsigned shift>
-void LightPlanarRows(const SpotlightSettings& settings, const Disc& disc, LightRow& light, const PlanarView& picture) {
-    const ComponentView& luma = picture.plane[0];
-    const Range box = disc.Columns(luma.width), rows = disc.Rows(luma.height);
-    for (unsigned y = rows.begin; y < rows.end; ++y) {
-        const Range range = light.Light(disc, y, box, shift);
-        TintLuma(luma.Row(y), {range.begin, std::min(range.end, luma.width)}, light, settings.yuv[0]);
-        for (unsigned p = 1; p < 3; ++p) {
-            const ComponentView& chroma = picture.plane[p];
-            const Range samples{range.begin >> shift, std::min(range.end >> shift, chroma.width)};
-            if (y >> picture.rowShift < chroma.height)
-                TintChroma<shift>(chroma.Row(y >> picture.rowShift), samples, light, settings.yuv[p]);
+    template <class Walk>
+    void operator()(SpotRange range, Walk walk, std::uint8_t* luma, std::uint8_t* u, std::uint8_t* v) const {
+        const TintComponents tint = *this;
+#pragma GCC ivdep  // samples and distances share no memory
+        for (std::size_t x = range.begin >> shift; x < range.end >> shift; ++x) {
+            std::uint16_t newU = u[x], newV = v[x];
+            for (unsigned i = 0; i < shared; ++i) {
+                const SpotLevel level = walk(x, i, tint.levels);
+                luma[x * shared + i] = std::uint8_t(tint.lumaTint.Brightened(luma[x * shared + i], level));
+                newU = tint.uTint(newU, level);
+                newV = tint.vTint(newV, level);
+            }
+            u[x] = std::uint8_t(newU);
+            v[x] = std::uint8_t(newV);
         }
     }
+};
+
+// Lights the rows of a disc's box: of a packed picture, or of three planes.
+template <class Tint, class... Samples>
+void LightRows(const SpotDisc& disc, const Tint& tint, unsigned width, unsigned height, GroupedRow<Samples>... rows) {
+    const SpotRange box = disc.Columns(width), down = disc.Rows(height), all = Groups(box);
+    SpotDistances distances(disc, all, width, Tint::shift, down.begin);
+    for (unsigned y = down.begin; y < down.end; ++y) {
+        const SpotRange chord = Groups(disc.Chord(y, box));
+        (rows.GoTo(y), ...);
+        const auto lightRow = [&](auto walk) {
+            const unsigned whole = std::min({rows.Whole()...});
+            const SpotRange inside{chord.begin, std::min(chord.end, whole)},
+                rest{std::max(chord.begin, whole), chord.end};
+            for (SpotRange piece = inside; piece.begin < inside.end; piece.begin = piece.end) {
+                piece.end = std::min(piece.begin + pieceColumns, inside.end);
+                (rows.Fetch(piece), ...);
+                tint(piece, walk, rows.Row()...);
+            }
+            if (rest.begin >= rest.end) return;
+            tint(rest, walk, rows.TakeOut(rest.begin)...);
+            (rows.PutBack(rest.begin), ...);
+        };
+        if (distances.Approaches()) {
+            lightRow(distances.FromHere<true>());
+            distances.Skip({all.begin, chord.begin});
+            distances.Skip({chord.end, all.end});
+        } else {
+            lightRow(distances.FromHere<false>());
+        }
+        distances.NextRow();
+    }
+}
+
+template <bool soft>
+void LightPacked(const SpotlightSettings& s, const SpotDisc& disc, const PackedView& picture) {
+    const bool darkens = s.brightness < 0;
+    const TintPixels<soft> tint{
+        SpotLevels<soft>(disc), {Blue(s.colour), darkens}, {Green(s.colour), darkens}, {Red(s.colour), darkens}};
+    const unsigned columns = Groups(disc.Columns(picture.width)).end;
+    LightRows(disc, tint, picture.width, picture.height, GroupedRow<Rgba32>(picture, 0, 0, columns));
+}
+
+template <bool soft, unsigned shift>
+void LightPlanar(const SpotlightSettings& s, const SpotDisc& disc, const PlanarView& picture) {
+    const bool darkens = s.brightness < 0;
+    const TintComponents<soft, shift> tint{
+        SpotLevels<soft>(disc), {s.yuv[0], darkens}, {s.yuv[1], darkens}, {s.yuv[2], darkens}};
+    const ComponentView& luma = picture.plane[0];
+    const unsigned columns = Groups(disc.Columns(luma.width)).end;
+    using Row = GroupedRow<std::uint8_t>;
+    LightRows(disc, tint, luma.width, luma.height, Row(luma, 0, 0, columns),
+              Row(picture.plane[1], shift, picture.rowShift, columns),
+              Row(picture.plane[2], shift, picture.rowShift, columns));
+}
+
+template <bool soft>
+constexpr auto LightPlanarVariants(unsigned columnShift) {
+    return columnShift == 0   ? variantsOf<LightPlanar<soft, 0>>
+           : columnShift == 1 ? variantsOf<LightPlanar<soft, 1>>
+                              : variantsOf<LightPlanar<soft, 2>>;
 }
 
 std::array<std::uint8_t, 3> YuvOf(std::uint32_t colour) {
@@ -182,7 +197,7 @@ std::array<std::uint8_t, 3> YuvOf(std::uint32_t colour) {
 
 void SpotlightRgba32Effect(const SpotlightSettings& settings, const PackedView& picture) {
     const std::uint32_t colour = settings.colour;
-    Disc(settings).ForEachPixel(picture.width, picture.height, [&](unsigned x, unsigned y, Light light) {
+    SpotDisc(settings).ForEachPixel(picture.width, picture.height, [&](unsigned x, unsigned y, SpotLight light) {
         Rgba32& p = picture.Row(y)[x];
         p.blue = std::uint8_t(Tint(p.blue, Blue(colour), light.weight, light.brightness));
         p.green = std::uint8_t(Tint(p.green, Green(colour), light.weight, light.brightness));
@@ -192,7 +207,7 @@ void SpotlightRgba32Effect(const SpotlightSettings& settings, const PackedView& 
 
 void SpotlightComponentEffect(const SpotlightSettings& settings, const PlanarView& picture) {
     const ComponentView& luma = picture.plane[0];
-    Disc(settings).ForEachPixel(luma.width, luma.height, [&](unsigned x, unsigned y, Light light) {
+    SpotDisc(settings).ForEachPixel(luma.width, luma.height, [&](unsigned x, unsigned y, SpotLight light) {
         for (unsigned p = 0; p < 3; ++p)
             if (std::uint8_t* const sample = picture.At(p, x, y))
                 *sample = std::uint8_t(Tint(*sample, settings.yuv[p], light.weight, p == 0 ? light.brightness : 0));
@@ -212,23 +227,21 @@ void CSpotlightVideoImageEffect::OnSetProperty(const std::string& name, Property
 }
 
 void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const Disc disc(m_settings);
+    const SpotDisc disc(m_settings);
     ForFrame(
         [&](const PackedView& picture) {
             if (!disc.Lights(picture.width, picture.height)) return;
             if (!disc.IsHandy()) return SpotlightRgba32Effect(m_settings, picture);
-            LightRow light(picture.width);
-            Pick<LightPackedRows>()(m_settings, disc, light, picture);
+            const auto light = disc.IsSoft() ? Pick<LightPacked<true>>() : Pick<LightPacked<false>>();
+            light(m_settings, disc, picture);
         },
         [&](const PlanarView& picture) {
             const ComponentView& luma = picture.plane[0];
             if (!disc.Lights(luma.width, luma.height)) return;
             if (!disc.IsHandy()) return SpotlightComponentEffect(m_settings, picture);
-            LightRow light(luma.width);
-            const auto lightRows = picture.columnShift == 0   ? Pick<LightPlanarRows<0>>()
-                                   : picture.columnShift == 1 ? Pick<LightPlanarRows<1>>()
-                                                              : Pick<LightPlanarRows<2>>();
-            lightRows(m_settings, disc, light, picture);
+            const auto light = disc.IsSoft() ? LightPlanarVariants<true>(picture.columnShift)
+                                             : LightPlanarVariants<false>(picture.columnShift);
+            light.For(Instructions())(m_settings, disc, picture);
         },
         *frame);
 }
