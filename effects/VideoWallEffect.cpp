@@ -8,6 +8,7 @@
 
 #include "effects/fixed_point.h"
 #include "effects/property_table.h"
+#include "effects/row_loops.h"
 #include "effects/row_sampler.h"
 #include "effects/streaming_stores.h"
 
@@ -83,24 +84,57 @@ AxisMap RowOfTiles(const SharedAxis& axis, const TileAxis& across, unsigned time
     return result;
 }
 
+// Makes rows of tiles: samples the first tile, and whatever else no tile before it holds, then repeats.
+template <class Sample>
+class TileRow {
+ public:
+    TileRow(AxisMap map, unsigned tile, unsigned width, InstructionSet set)
+        : m_tile(tile), m_width(width), m_sampler(Unrepeated(std::move(map), tile), width, set) {}
+
+    void operator()(Sample* to, const Sample* from) const {
+        m_sampler(to, from);
+        for (unsigned x = m_sampler.size(); x < m_width; x += m_tile)
+            std::copy_n(to + (x - m_tile), std::min(m_tile, m_width - x), to + x);
+    }
+
+ private:
+    static AxisMap Unrepeated(AxisMap map, unsigned tile) {
+        while (tile && map.size() > tile && map.back() == map[map.size() - 1 - tile]) map.pop_back();
+        return map;
+    }
+
+    unsigned m_tile, m_width;
+    RowSampler<Sample> m_sampler;
+};
+
+// Asks for a row that is read soon.
+template <class Sample>
+void Fetch(const Sample* row, unsigned width) {
+    for (unsigned x = 0; x < width; x += cacheLine / sizeof(Sample)) __builtin_prefetch(row + x);
+}
+
 template <class Sample>
 void BuildWall(const TileAxis& across, const TileAxis& down, const SharedAxis& columns, const SharedAxis& rows,
                const PlaneView<Sample>& plane, InstructionSet set) {
     if (columns.size == 0 || rows.size == 0) return;
     Shown shown(rows);
+    // The row that the tile's row y shows.
+    const auto sourceOf = [&](unsigned y) { return shown.Near(down.Shrunk(std::min(rows.Last(y), down.tile - 1))); };
     std::vector<Sample> own(columns.size);
-    std::optional<RowSampler<Sample>> sampler;
+    std::optional<TileRow<Sample>> tileRow;
     std::pair<unsigned, bool> kind{0, false};
     for (unsigned y = 0; across.tile && y < rows.size && rows.First(y) < down.tile; ++y) {
         const unsigned last = std::min(rows.Last(y), down.tile - 1);
-        const unsigned source = shown.Near(down.Shrunk(last));
+        const unsigned source = sourceOf(y);
+        if (y + 2 < rows.size) Fetch(plane.Row(sourceOf(y + 2)), columns.size);
         const std::pair needed{last - rows.First(y) + 1, source == y};
-        if (!sampler || kind != needed) {
-            sampler.emplace(RowOfTiles(columns, across, needed.first, needed.second), columns.size, set);
+        if (!tileRow || kind != needed) {
+            tileRow.emplace(RowOfTiles(columns, across, needed.first, needed.second), across.tile >> columns.shift,
+                            columns.size, set);
             kind = needed;
         }
         if (source == y) std::copy_n(plane.Row(y), columns.size, own.begin());
-        (*sampler)(plane.Row(y), source == y ? own.data() : plane.Row(source), 2 * std::ptrdiff_t(plane.pitch));
+        (*tileRow)(plane.Row(y), source == y ? own.data() : plane.Row(source));
     }
     shown.RepeatDown(down);
     const StreamingStores stores;
