@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <vector>
 
 #include "effects/fixed_point.h"
 #include "effects/property_table.h"
+#include "effects/row_loops.h"
 #include "effects/row_sampler.h"
 
 namespace AVBased {
@@ -100,14 +102,13 @@ void MixFour(std::uint8_t* __restrict to, const std::uint8_t* __restrict own, co
     const std::uint16_t fy = std::uint16_t(rowShare);
     for (unsigned x = 0; x < count; ++x) {
         const std::uint16_t fx = columnShares[x], both = std::uint16_t(fx * fy) >> 8;
-        const std::uint16_t towardsRight = std::uint16_t((exchanged ? fy : fx) - both),
-                            towardsBelow = std::uint16_t((exchanged ? fx : fy) - both),
-                            stays = std::uint16_t(256 - both - towardsRight - towardsBelow);
-        const std::uint16_t upper =
-            std::uint16_t(std::uint16_t(own[x] * stays) + std::uint16_t(right[x] * towardsRight));
-        const std::uint16_t lower =
-            std::uint16_t(std::uint16_t(below[x] * towardsBelow) + std::uint16_t(belowRight[x] * both));
-        to[x] = std::uint8_t(std::uint16_t(upper + lower) >> 8);
+        // Written in differences, the weights (1 - u - v + uv), (u - uv), (v - uv) and uv take a product less.
+        const std::uint16_t toRight = std::uint16_t(right[x] - own[x]), toBelow = std::uint16_t(below[x] - own[x]),
+                            turn = std::uint16_t(belowRight[x] - right[x] - toBelow);
+        const auto sides = std::uint16_t(std::uint16_t(toRight * (exchanged ? fy : fx)) +
+                                         std::uint16_t(toBelow * (exchanged ? fx : fy)));
+        const auto sum = std::uint16_t(std::uint16_t(own[x] << 8) + sides + std::uint16_t(turn * both));
+        to[x] = std::uint8_t(sum >> 8);
     }
 }
 
@@ -121,9 +122,9 @@ class ShownPart {
         const auto [left, right] = std::ranges::minmax(columns);
         const auto [top, bottom] = std::ranges::minmax(rows);
         m_width = right - left + 2;
-        m_samples.resize(std::size_t(m_width) * (bottom - top + 2));
+        m_samples = std::make_unique_for_overwrite<Sample[]>(std::size_t(m_width) * (bottom - top + 2));
         const unsigned inside = std::min(m_width, plane.width - left);
-        auto to = m_samples.begin();
+        Sample* to = m_samples.get();
         for (unsigned y = top; y <= bottom + 1; ++y) {
             const Sample* const from = plane.Row(std::min(y, plane.height - 1)) + left;
             to = std::copy_n(from, inside, to);
@@ -133,11 +134,11 @@ class ShownPart {
         for (unsigned& row : rows) row -= top;
     }
     unsigned Width() const { return m_width; }
-    const Sample* Row(unsigned y) const { return m_samples.data() + std::size_t(y) * m_width; }
+    const Sample* Row(unsigned y) const { return m_samples.get() + std::size_t(y) * m_width; }
 
  private:
     unsigned m_width;
-    std::vector<Sample> m_samples;
+    std::unique_ptr<Sample[]> m_samples;
 };
 
 // One plane under the glass. Of the luma positions that share a sample the last one inside decides.
@@ -158,8 +159,9 @@ class GlassPlane {
           m_shown(plane, m_columns, m_rows),
           m_sampler(ColumnsOfSamples(0), m_shown.Width(), set),
           m_rightSampler(ColumnsOfSamples(1), m_shown.Width(), set) {
-        for (unsigned i = 0; i < m_sampler.size(); ++i)
-            m_shares.insert(m_shares.end(), sizeof(Sample), m_glass.across.At(Decider(i)).share);
+        m_shares.resize(m_sampler.size() * sizeof(Sample));
+        for (unsigned i = 0; i < m_shares.size(); ++i)
+            m_shares[i] = m_glass.across.At(Decider(i / sizeof(Sample))).share;
     }
 
     void Magnify() {
@@ -185,6 +187,8 @@ class GlassPlane {
     }
 
  private:
+    static constexpr std::ptrdiff_t rowsAhead = 2;  // from the row in work to the row that is fetched
+
     static AxisMap Positions(const GlassAxis& axis, const SharedAxis& shared) {
         AxisMap map(axis.count);
         for (unsigned i = 0; i < axis.count; ++i)
@@ -210,6 +214,8 @@ class GlassPlane {
     void Write(unsigned y, unsigned row, unsigned begin, unsigned end, const Glass::Chord& chord) {
         if (begin >= end) return;
         Sample* const to = m_plane.Row(row) + m_begin;
+        for (unsigned x = begin; x < end; x += cacheLine / sizeof(Sample))
+            PrefetchToWrite(to + x, rowsAhead * std::ptrdiff_t(m_plane.pitch));
         const unsigned from = m_rows[y - m_glass.down.begin];
         const std::uint8_t share = m_glass.down.At(y).share;
         if (m_mixing == Mixing::Nearest) {
