@@ -85,7 +85,12 @@ std::string Summary(const ApplyOptions& options, const MediaSource& source, cons
 
 void Apply(const ApplyOptions& options, const EffectModule& module) {
     std::vector<EffectRequest> requests;
-    for (const std::string& text : options.effects) requests.push_back(ParseEffectRequest(text, module));
+    for (const std::string& text : options.effects) {
+        requests.push_back(ParseEffectRequest(text, module));
+        if (const std::string& name = requests.back().effect; HasTrait(requests.back(), menu))
+            throw HostError(ExitCode::Usage, name + " makes a film of its own; nifikral menu " + name +
+                                                 " PROJECT.json -o OUT (nifikral init " + name + " writes an example)");
+    }
     const FrameRange range = ParseRange(options.run.frames);
     const int threads = options.run.ThreadCount();
     RefuseToOverwriteInput(options);

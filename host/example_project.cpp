@@ -59,7 +59,7 @@ constexpr char menuProject[] = R"(",
 void MakeFolder(const fs::path& folder) {
     std::error_code error;
     if (fs::is_directory(folder, error)) return;
-    if (!fs::create_directory(folder, error)) ThrowWriteError(folder.string(), AVERROR(error ? error.value() : EEXIST));
+    if (!fs::create_directories(folder, error)) ThrowWriteError(folder.string(), AVERROR(error ? error.value() : EEXIST));
 }
 
 }  // namespace

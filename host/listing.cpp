@@ -56,12 +56,12 @@ std::string EffectText(const Json& effect) {
     text << effect["name"].get<std::string>() << ": " << effect["summary"].get<std::string>() << "\n";
     for (const Json& parameter : effect["parameters"]) {
         text << "  " << parameter["name"].get<std::string>() << " (" << parameter["type"].get<std::string>()
-             << ", default " << parameter["default"].get<std::string>() << ")";
+             << ", default " << (parameter["default"] == "" ? "empty" : parameter["default"].get<std::string>()) << ")";
         if (parameter.contains("meaning")) {
             const std::string unit = parameter["unit"];
             text << ": " << parameter["meaning"].get<std::string>();
             if (parameter.contains("minimum")) text << "; " << parameter["minimum"] << " to " << parameter["maximum"];
-            if (!unit.empty()) text << " " << unit;
+            if (!unit.empty()) text << (parameter.contains("minimum") ? " " : ", in ") << unit;
         }
         if (parameter.contains("choices"))
             for (const Json& choice : parameter["choices"])

@@ -1,5 +1,7 @@
 // The command nifikral: puts the module's effects on pictures and videos, and makes films with its generators.
 
+#include <malloc.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
@@ -155,6 +157,9 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Pictures come and go by the thousand: memory given back to the system each time would be cleared each time.
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
     InstallSignalHandlers();
     CaptureFfmpegMessages();
     try {

@@ -59,6 +59,7 @@ TEST_F(BadInputs, OfEffectsAndNumbersAreUsageErrors) {
             {"apply in.mkv out.nosuch gray", 2, {"extension", "-f"}},
             {"apply in.mkv out.png gray", 2, {"out_%06d.png", "--frames"}},
             {"apply in.mkv in.mkv gray -y", 2, {"input itself"}},
+            {"apply in.mkv out.mkv menu_common", 2, {"film of its own", "nifikral menu menu_common"}},
             {"apply in.mkv", 2, {"--help"}},
             {"info nosuch", 2, {"nosuch"}}});
 }
