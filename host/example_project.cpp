@@ -58,8 +58,8 @@ constexpr char menuProject[] = R"(",
 
 void MakeFolder(const fs::path& folder) {
     std::error_code error;
-    if (fs::is_directory(folder, error)) return;
-    if (!fs::create_directories(folder, error)) ThrowWriteError(folder.string(), AVERROR(error ? error.value() : EEXIST));
+    fs::create_directories(folder, error);
+    if (error) ThrowWriteError(folder.string(), AVERROR(error.value()));
 }
 
 }  // namespace
