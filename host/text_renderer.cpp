@@ -281,3 +281,8 @@ FramePtr RenderText(const StyledText& text) {
 }
 
 }  // namespace Nifikral
+
+#ifdef __SANITIZE_ADDRESS__
+// fontconfig keeps its pointers as offsets, where the leak checker does not see them.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+#endif
