@@ -1,5 +1,6 @@
 #include <array>
 #include <cmath>
+#include <map>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -80,6 +81,29 @@ void RegisterRemap(const char* row, Move move) {
         }
     };
     RegisterPeer(row, packed, planar);
+}
+
+// Two eyes' views through maps ready for linear interpolation, shifted by up to a fortieth of the width.
+Work TwoViews() {
+    struct Maps {
+        Mat whole, parts;
+    };
+    return EachPlane([maps = std::map<int, std::array<Maps, 2>>()](Mat& picture, Mat& out) mutable {
+        auto& eyes = maps[picture.cols];
+        for (int eye = 0; eye < 2; ++eye) {
+            Maps& map = eyes[std::size_t(eye)];
+            if (map.whole.empty()) {
+                Mat places(picture.size(), CV_32FC2);
+                for (int y = 0; y < picture.rows; ++y)
+                    for (int x = 0; x < picture.cols; ++x) {
+                        const float shift = float(picture.cols) / 40 * (float(y) / float(picture.rows) - 0.5f);
+                        places.at<cv::Vec2f>(y, x) = {float(x) + (eye ? shift : -shift), float(y)};
+                    }
+                cv::convertMaps(places, Mat(), map.whole, map.parts, CV_16SC2);
+            }
+            cv::remap(picture, out, map.whole, map.parts, cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+        }
+    });
 }
 
 void Gray(Mat& picture, Mat& scratch) {
@@ -220,6 +244,7 @@ void RegisterOpenCv() {
     RegisterBoth("reverse vertical OpenCV", [](Mat& m, Mat&) { cv::flip(m, m, 0); });
     RegisterBoth("EffectNameRotate90X OpenCV", Turn);
     RegisterBoth("videowall OpenCV", Wall);
+    RegisterPeer("2D_3D_TransForm OpenCV", TwoViews(), TwoViews());
     RegisterBoth("stroke OpenCV", [](Mat& m, Mat& mean) {
         cv::blur(m, mean, {7, 7});
         cv::divide(m, mean, m, 255);

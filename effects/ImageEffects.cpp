@@ -27,6 +27,7 @@
 #include "effects/SpotlightEffect.h"
 #include "effects/StrokeEffect.h"
 #include "effects/TensileEffect.h"
+#include "effects/Trans2D3D.h"
 #include "effects/VideoWallEffect.h"
 #include "effects/WrapEffects.h"
 #include "effects/effect_table.h"
@@ -79,6 +80,7 @@ constexpr EffectEntry effectTable[] = {
     {effectNameTileReflect, Create<CTileReflectVideoImageEffect>},
     {effectNameMirrorInvert, Create<CMirrorInvertVideoImageEffect>},
     {effectNameOilPainting, Create<COilPaintingVideoImageEffect>},
+    {effectName2D3D, Create<CTrans2D3D>},
     {effectNameRotate90X, Create<CRotate90X>},
 };
 

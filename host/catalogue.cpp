@@ -123,7 +123,15 @@ constexpr ParameterInfo oilpainting[] = {
     {"oilpainting_brushsize", "radius of the brush", "pixels", {0, 20}, {}, {0, 1000}},
     {"oilpainting_coarseness", "number of brightness classes less one", "", {0, 255}, {}, {0, 1 << 20}},
 };
-
+constexpr Choice stereoOutputs[] = {{0, "anaglyph for red-cyan glasses"}, {1, "side by side"}, {2, "top and bottom"}};
+constexpr ParameterInfo trans2D3D[] = {
+    {"2D_3D_TransForm_strength",
+     "shift between the eyes from the farthest to the nearest",
+     "1/1000 of the width",
+     {0, 100}},
+    {"2D_3D_TransForm_output", "how the two views are shown", "", {0, 2}, stereoOutputs},
+    {"2D_3D_TransForm_swap", "exchange the eyes", "", {0, 1}, offOn},
+};
 constexpr ParameterInfo addnoise[] = {
     {"addnoise_strength", "how far the grain goes in middle tones (standard deviation)", "levels", {0, 255}},
     {"addnoise_color", "a grain of its own for each colour", "", {0, 1}, offOn},
@@ -202,7 +210,7 @@ constexpr EffectInfo catalogue[] = {
     {"tilereflect", "seen through rotated glass tiles", plain, tilereflect},
     {"mirrorinvert", "turned inside out about the centre", plain, mirrorinvert},
     {"oilpainting", "an oil painting", plain, oilpainting},
-    {"2D_3D_TransForm", "two views for the eyes out of one picture"},
+    {"2D_3D_TransForm", "two views for the eyes out of one picture", plain, trans2D3D},
     {"menu_fullscreen", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_layeredtitles", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_memories", "an animated disc menu", generator | menu, menuTemplate},

@@ -47,6 +47,7 @@ constexpr Exception exceptions[] = {
     {.effect = "mirage", .changesAlpha = true},
     {.effect = "magnifier", .changesAlpha = true},
     {.effect = "atomize", .changesAlpha = true},
+    {.effect = "2D_3D_TransForm", .changesAlpha = true},
     {.effect = "relief", .changesAlpha = true},
 };
 
