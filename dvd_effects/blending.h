@@ -17,11 +17,19 @@ inline constexpr unsigned tileColumns = 256;
 struct TileRow {
     std::uint16_t colour[3][tileColumns], coverage[tileColumns];
 
-    void SetPixel(unsigned at, std::uint32_t pixel, std::uint32_t covered) {
-        coverage[at] = std::uint16_t(covered);
-        colour[0][at] = std::uint16_t(Blue(pixel) * covered);
-        colour[1][at] = std::uint16_t(Green(pixel) * covered);
-        colour[2][at] = std::uint16_t(Red(pixel) * covered);
+    /// Entries from `at` on: pixel(i) is the colour of the i-th, covered(i, pixel) how much of the frame it covers.
+    template <class Pixel, class Covered>
+    void SetPixels(unsigned at, unsigned count, Pixel pixel, Covered covered) {
+        std::uint16_t *const first = colour[0] + at, *const second = colour[1] + at, *const third = colour[2] + at;
+        std::uint16_t* const coverages = coverage + at;
+#pragma GCC unroll 1
+        for (unsigned i = 0; i < count; ++i) {
+            const std::uint32_t word = pixel(i), by = covered(i, word);
+            first[i] = std::uint16_t(Blue(word) * by);
+            second[i] = std::uint16_t(Green(word) * by);
+            third[i] = std::uint16_t(Red(word) * by);
+            coverages[i] = std::uint16_t(by);
+        }
     }
     template <class Work>
     void ForEachPart(Work work) {
@@ -170,16 +178,18 @@ class PlanarTile {
     void BlendLuma() {
         for (unsigned r = 0; r < blockRows; ++r) {
             if (!IsInBox(r)) continue;
-            std::uint8_t* const to = m_frame.plane[0].Row(m_top + r) + m_left;
-            const TileRow& row = m_rows[r];
+            std::uint8_t* const to = m_frame.plane[0].Row(m_top + r) + m_left + m_begin;
+            const std::uint16_t* const colours = m_rows[r].colour[0] + m_begin;
+            const std::uint16_t* const coverages = m_rows[r].coverage + m_begin;
+            const std::uint8_t* const alphas = m_alpha[r] + m_begin;
+            const unsigned count = m_end - m_begin;
             if (m_transparent)
-                for (unsigned i = m_begin; i < m_end; ++i)
-                    to[i] = BlendTransparent(to[i], row.colour[0][i], row.coverage[i],
-                                             m_alpha[r][i] * (255u - row.coverage[i]));
+                for (unsigned i = 0; i < count; ++i)
+                    to[i] = BlendTransparent(to[i], colours[i], coverages[i], alphas[i] * (255u - coverages[i]));
             else
 #pragma GCC unroll 1
-                for (unsigned i = m_begin; i < m_end; ++i)
-                    to[i] = std::uint8_t(Over255(to[i] * (255u - row.coverage[i]) + row.colour[0][i]));
+                for (unsigned i = 0; i < count; ++i)
+                    to[i] = std::uint8_t(Over255(to[i] * (255u - coverages[i]) + colours[i]));
         }
     }
 

@@ -54,11 +54,9 @@ struct StraightSampler {
 
     void operator()(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
         const Rgba32* const from = layer.Row(std::size_t(std::int64_t(y) - place.y)) + (std::int64_t(x) - place.x);
-#pragma GCC unroll 1
-        for (unsigned i = 0; i < count; ++i) {
-            const std::uint32_t pixel = LoadWord(from + i);
-            row.SetPixel(at + i, pixel, ByteProduct(pixel >> 24, place.opacity));
-        }
+        row.SetPixels(
+            at, count, [from](unsigned i) { return LoadWord(from + i); },
+            [opacity = place.opacity](unsigned, std::uint32_t pixel) { return ByteProduct(pixel >> 24, opacity); });
     }
 };
 
@@ -70,12 +68,14 @@ struct WarpSampler {
     void operator()(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
         const std::size_t from =
             std::size_t(std::int64_t(y) - place.y) * map.width + std::size_t(std::int64_t(x) - place.x);
-        for (unsigned i = 0; i < count; ++i) {
+        const auto pixel = [&](unsigned i) -> std::uint32_t {
             const unsigned column = unsigned(map.sourceColumns[from + i]), line = unsigned(map.sourceRows[from + i]);
-            const std::uint32_t pixel = layer.Contains(column, line) ? LoadWord(layer.Row(line) + column) : 0;
+            return layer.Contains(column, line) ? LoadWord(layer.Row(line) + column) : 0;
+        };
+        row.SetPixels(at, count, pixel, [&](unsigned i, std::uint32_t word) {
             const std::uint32_t shown = std::min(map.coverage[from + i], coveragePanel) * 255u / coveragePanel;
-            row.SetPixel(at + i, pixel, ByteProduct(ByteProduct(pixel >> 24, shown), place.opacity));
-        }
+            return ByteProduct(ByteProduct(word >> 24, shown), place.opacity);
+        });
     }
 };
 
