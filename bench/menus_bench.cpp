@@ -1,0 +1,101 @@
+// Whole menus at 1920x1080, frames a second on one thread. What a file would hold is copied from memory, so that no
+// decoder is measured.
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "bench/frame_ring.h"
+#include "dvd_effects/generator_table.h"
+#include "tests/support/fake_manager.h"
+
+namespace Bench {
+namespace {
+
+using AVBased::Testing::FakeFile;
+using AVBased::Testing::FakeManager;
+
+constexpr unsigned pictures = 6, texts = 4;
+
+// A file of one picture, or of ever the same frame.
+FakeFile Film(unsigned format, unsigned width, unsigned height, bool isStill) {
+    const auto picture = std::make_shared<CRawVideoFrame>(false, format, width, height, true);
+    unsigned rowBytes = 0, pitch = 0, rows = 0;
+    for (unsigned p = 0; p < picture->GetBufferCount(); ++p) {
+        unsigned char* const data = picture->GetBuffer(p, &rowBytes, &pitch, &rows);
+        for (std::size_t i = 0; i < std::size_t(pitch) * rows; ++i)
+            data[i] = static_cast<unsigned char>(format == formatPacked && i % 4 == 3 ? 255 : i * 7 + i / pitch);
+    }
+    FakeFile file;
+    file.format = format;
+    file.width = width;
+    file.height = height;
+    file.isStill = isStill;
+    file.draw = [picture](CRawVideoFrame& frame, unsigned) { CopyFrame(frame, *picture); };
+    return file;
+}
+
+std::string List(unsigned count, const std::string& item) {
+    std::string list = item;
+    for (unsigned i = 1; i < count; ++i) list += ";" + item;
+    return list;
+}
+
+void Set(AVBased::IVideoProc& menu, const char* name, const std::string& value) {
+    if (!menu.SetProperty(name, value.c_str())) throw std::runtime_error(std::string(name) + " refuses " + value);
+}
+
+// Six pictures or videos on their way across the frame, four texts, and a background.
+void Menu(benchmark::State& state, const char* name, unsigned format, bool videos) {
+    FakeManager manager;
+    manager.textWidth = 400;
+    manager.textHeight = 60;
+    manager.files["picture"] =
+        Film(videos ? formatPlanar : formatPacked, videos ? 640 : 480, videos ? 360 : 270, !videos);
+    manager.files["background"] = Film(formatPlanar, frameWidth, frameHeight, !videos);
+    const std::unique_ptr<AVBased::IVideoProc, void (*)(AVBased::IVideoProc*)> menu(
+        AVBased::CreateEffect(&manager, name, AVBased::GeneratorTable()), [](AVBased::IVideoProc* m) { m->Free(); });
+    std::string starts, ends, infos;
+    for (unsigned i = 0; i < pictures; ++i) {
+        const std::string place =
+            (i ? ";" : "") + std::to_string(i % 3 * 500) + ";" + std::to_string(i / 3 * 400 + 101);
+        starts += place;
+        ends += (i ? ";" : "") + std::to_string(i % 3 * 500 + 301) + ";2000";
+    }
+    for (unsigned i = 0; i < texts; ++i)
+        infos +=
+            (i ? "\\" : "") + std::string("Text;Sans;;40;255;255;255;100;") + std::to_string(i * 200) + ";0;0;false";
+    Set(*menu, "sourcePath", "background");
+    Set(*menu, "textNumber", std::to_string(texts));
+    Set(*menu, "textInfos", infos);
+    Set(*menu, "additionSourceNumber", std::to_string(pictures));
+    Set(*menu, "isAdditionSourceImages", List(pictures, videos ? "false" : "true"));
+    Set(*menu, "additionSourcePaths", List(pictures, "picture"));
+    Set(*menu, "additionSourceSizes", List(pictures, "480;270"));
+    Set(*menu, "startPositions", starts);
+    Set(*menu, "endPositions", ends);
+    Set(*menu, "moveSpeeds", List(pictures, "1"));
+    Set(*menu, "startTrans", List(pictures, "255"));
+    Set(*menu, "endTrans", List(pictures, "255"));
+    FrameRing ring(format);
+    AVBased::ImagePostion record;
+    for (auto _ : state) {
+        state.PauseTiming();
+        CRawVideoFrame& frame = ring.Next();
+        state.ResumeTiming();
+        menu->ProcFrameInPlace(&record, 0, &frame);
+    }
+    state.counters["frames/s"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+BENCHMARK_CAPTURE(Menu, common_pictures_planar, "menu_common", formatPlanar, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, common_pictures_packed, "menu_common", formatPacked, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, common_videos_planar, "menu_common", formatPlanar, true)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, common_videos_packed, "menu_common", formatPacked, true)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace Bench
+
+BENCHMARK_MAIN();
