@@ -8,6 +8,7 @@
 #include <string>
 
 #include "bench/frame_ring.h"
+#include "dvd_effects/compositor.h"
 #include "dvd_effects/generator_table.h"
 #include "tests/support/fake_manager.h"
 
@@ -90,6 +91,29 @@ void Menu(benchmark::State& state, const char* name, unsigned format, bool video
     state.counters["frames/s"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
 }
 
+// Six pictures on a frame: turned, or in perspective.
+void Transformed(benchmark::State& state, unsigned format, bool perspective) {
+    AVBased::Layer layer(480, 270);
+    FakeManager::Paint(*layer.Frame(), 0xFF406080);
+    CRawVideoFrame frame(false, format, frameWidth, frameHeight, true);
+    if (format == formatPacked) FakeManager::Paint(frame, 0xFF203040);
+    AVBased::Canvas canvas(frame);
+    double turn = 0;
+    for (auto _ : state) {
+        turn += 1;
+        for (unsigned i = 0; i < pictures; ++i) {
+            const AVBased::Spot centre{300 + i % 3 * 600.0, 300 + i / 3 * 450.0};
+            auto placement = AVBased::Placement::Turned(centre, 480, 270, turn + 15 * i);
+            if (perspective) placement.topLeft.x += 40;
+            canvas.LayTransformed(layer, placement);
+        }
+    }
+    state.counters["frames/s"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+BENCHMARK_CAPTURE(Transformed, turned_planar, formatPlanar, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Transformed, turned_packed, formatPacked, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Transformed, perspective_planar, formatPlanar, true)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Menu, common_pictures_planar, "menu_common", formatPlanar, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Menu, common_pictures_packed, "menu_common", formatPacked, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Menu, common_videos_planar, "menu_common", formatPlanar, true)->Unit(benchmark::kMillisecond);

@@ -2,6 +2,7 @@
 
 #include "dvd_effects/blending.h"
 #include "dvd_effects/menu_motion.h"
+#include "dvd_effects/projected_sampler.h"
 
 namespace AVBased {
 
@@ -98,6 +99,15 @@ void LayThroughMap(View frame, PackedView layer, Place place, WarpPlanes map) {
     Blend(frame, BoxOf(frame, place, map.width, map.height), WarpSampler{layer, place, map});
 }
 
+template <class View>
+void LayProjected(View frame, PackedView layer, const Projection& projection, std::uint32_t opacity) {
+    const auto down = [](double value) { return std::int64_t(std::floor(value)); };
+    const std::int64_t x = down(projection.least.x) - 1, y = down(projection.least.y) - 1;
+    const Box box = Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y,
+                              PixelsOf(frame).width, PixelsOf(frame).height);
+    Blend(frame, box, ProjectedSampler{layer, projection, opacity});
+}
+
 // Of an alpha plane that is smaller than the luma plane, only what both have can be drawn on.
 PlanarView Drawable(PlanarView frame) {
     if (frame.HasAlpha()) {
@@ -156,6 +166,20 @@ void Canvas::LayWarped(const Layer& layer, const WarpPlanes& map, std::int32_t x
         },
         [&](const PlanarView& frame) {
             variantsOf<LayThroughMap<PlanarView>>.For(m_set)(Drawable(frame), layer.View(), place, map);
+        },
+        m_frame);
+}
+
+void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity) {
+    if (!layer.Width() || !layer.Height()) return;
+    const std::optional<Projection> projection = Project(placement, layer.Width(), layer.Height());
+    if (!projection) return;
+    ForFrame(
+        [&](const PackedView& frame) {
+            variantsOf<LayProjected<PackedView>>.For(m_set)(frame, layer.View(), *projection, opacity);
+        },
+        [&](const PlanarView& frame) {
+            variantsOf<LayProjected<PlanarView>>.For(m_set)(Drawable(frame), layer.View(), *projection, opacity);
         },
         m_frame);
 }

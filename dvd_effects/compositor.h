@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "dvd_effects/layer.h"
+#include "dvd_effects/placement.h"
 #include "effects/instruction_sets.h"
 
 namespace AVBased {
@@ -44,6 +45,11 @@ class Canvas {
     /// is, 9 down to 0 let it fade in ten steps; a pixel that asks for a place outside the layer shows nothing.
     void LayWarped(const Layer& layer, const WarpPlanes& map, std::int32_t x, std::int32_t y,
                    std::uint8_t opacity = 255);
+
+    /// Lays a layer with its corners at any four places: scaled, turned, in perspective, in parts of pixels. Colours
+    /// are interpolated between neighbours, edges are smooth. Corners that are not finite, enclose nothing or have a
+    /// dent show nothing. At whole pixels, unturned and in its own size, a layer comes out as from Lay.
+    void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255);
 
  private:
     IRawVideoFrame& m_frame;

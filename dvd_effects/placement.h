@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+
+namespace AVBased {
+
+/// A place on a frame, in pixels and parts of them: the pixel (0, 0) reaches from 0 to 1, its middle is at 0.5.
+struct Spot {
+    double x = 0, y = 0;
+};
+
+/// Where the four corners of a layer go: a rectangle, turned, mirrored or not, or any quadrilateral without a dent, as
+/// a picture on a plane in space shows itself.
+struct Placement {
+    Spot topLeft, topRight, bottomRight, bottomLeft;
+
+    /// A rectangle about its centre, turned clockwise.
+    static Placement Turned(Spot centre, double width, double height, double degrees = 0);
+};
+
+/// How far a point lies on the inner side of an edge, in pixels: a x + b y + c.
+struct EdgeDistance {
+    double a = 0, b = 0, c = 0;
+
+    double At(double x, double y) const { return a * x + b * y + c; }
+};
+
+/// The way back from a frame to a layer.
+struct Projection {
+    /// u = (row 0) / (row 2) and v = (row 1) / (row 2) for a point (x, y, 1), in pixels of the layer.
+    double matrix[3][3] = {};
+    EdgeDistance edges[4];
+    Spot least, most;  ///< the corners' bounds
+
+    Spot At(double x, double y) const {
+        const auto row = [&](int i) { return matrix[i][0] * x + matrix[i][1] * y + matrix[i][2]; };
+        return {row(0) / row(2), row(1) / row(2)};
+    }
+    /// Whether a step on the frame is the same step on the layer everywhere.
+    bool IsAffine() const { return matrix[2][0] == 0 && matrix[2][1] == 0; }
+};
+
+/// Nothing for corners that are not finite, enclose no area or have a dent.
+std::optional<Projection> Project(const Placement& placement, unsigned layerWidth, unsigned layerHeight);
+
+}  // namespace AVBased
