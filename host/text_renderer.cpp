@@ -180,12 +180,12 @@ void DrawGlyphs(cairo_t* context, PangoLayout* layout, const StyledText& text, d
 }
 
 // The mean of 2 x radius + 1 neighbours; outside there is nothing.
-void BlurLine(std::uint8_t* line, int length, std::ptrdiff_t step, int radius, std::vector<std::uint8_t>& copy) {
-    for (int i = 0; i < length; ++i) copy[std::size_t(i)] = line[i * step];
+void BlurLine(std::uint8_t* line, int length, std::ptrdiff_t step, int radius, std::uint8_t* copy) {
+    for (int i = 0; i < length; ++i) copy[i] = line[i * step];
     int sum = 0;
     for (int i = -radius; i < length; ++i) {
-        if (i + radius < length) sum += copy[std::size_t(i + radius)];
-        if (i - radius > 0) sum -= copy[std::size_t(i - radius - 1)];
+        if (i + radius < length) sum += copy[i + radius];
+        if (i - radius > 0) sum -= copy[i - radius - 1];
         if (i >= 0) line[i * step] = std::uint8_t(sum / (2 * radius + 1));
     }
 }
@@ -197,8 +197,8 @@ void Blur(cairo_surface_t* mask, int radius) {
     const std::ptrdiff_t pitch = cairo_image_surface_get_stride(mask);
     std::vector<std::uint8_t> copy(std::size_t(std::max(width, height)));
     for (int pass = 0; pass < Decoration::blurPasses; ++pass) {
-        for (int y = 0; y < height; ++y) BlurLine(data + y * pitch, width, 1, radius, copy);
-        for (int x = 0; x < width; ++x) BlurLine(data + x, height, pitch, radius, copy);
+        for (int y = 0; y < height; ++y) BlurLine(data + y * pitch, width, 1, radius, copy.data());
+        for (int x = 0; x < width; ++x) BlurLine(data + x, height, pitch, radius, copy.data());
     }
     cairo_surface_mark_dirty(mask);
 }
