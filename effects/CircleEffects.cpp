@@ -146,7 +146,7 @@ void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
         *this, m_table,
         {&CRotateVideoImageEffect::RotateRgba32Effect, &CRotateVideoImageEffect::RotateComponentEffect,
          &CRotateVideoImageEffect::ConverRotateRgba32Effect, &CRotateVideoImageEffect::ConverRotateComponentEffect},
-        *frame);
+        Instructions(), *frame);
 }
 
 void CRotateVideoImageEffect::RotateRgba32Effect(const PackedView& picture) {
@@ -186,7 +186,7 @@ void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
         {&CSpherizeVideoImageEffect::SpherizeRgba32Effect, &CSpherizeVideoImageEffect::SpherizeComponentEffect,
          &CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect,
          &CSpherizeVideoImageEffect::ConverSpherizeComponentEffect},
-        *frame);
+        Instructions(), *frame);
 }
 
 // Deliberate: a source outside the picture leaves a packed pixel as it was, but turns a planar one white.

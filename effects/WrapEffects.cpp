@@ -213,7 +213,7 @@ void CMirrorInvertVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideo
     ProcessWithTable(*this, m_table,
                      {&Effect::MirrorInvertRgba32EffectFirst, &Effect::MirrorInvertComponentEffectFirst,
                       &Effect::MirrorInvertRgba32Effect, &Effect::MirrorInvertComponentEffect},
-                     *frame);
+                     Instructions(), *frame);
 }
 
 void CMirrorInvertVideoImageEffect::MirrorInvertRgba32EffectFirst(const PackedView& picture) {
@@ -262,7 +262,7 @@ void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoF
     ProcessWithTable(*this, m_table,
                      {&Effect::TileReflectRgba32EffectFirst, &Effect::TileReflectComponentEffectFirst,
                       &Effect::TileReflectRgba32Effect, &Effect::TileReflectComponentEffect},
-                     *frame);
+                     Instructions(), *frame);
 }
 
 void CTileReflectVideoImageEffect::TileReflectRgba32EffectFirst(const PackedView& picture) {

@@ -9,10 +9,6 @@
 namespace AVBased {
 namespace {
 
-// Chroma samples are carried in pairs, of both planes at once.
-using ChromaPair = std::uint16_t;
-constexpr ChromaPair whitePair = whiteYuv[1] | whiteYuv[2] << 8;
-
 template <class Sample>
 std::unique_ptr<unsigned char[]> CopyOf(const PlaneView<Sample>& plane, PlaneView<Sample>& view) {
     auto bytes = std::make_unique_for_overwrite<unsigned char[]>(plane.ByteCount());
@@ -83,57 +79,43 @@ void NumberRow(const std::uint32_t* columns, const std::uint32_t* rows, std::uin
     *bounds = b;
 }
 
-// Calls work(y, begin, end, from) for the changing columns of each row of the plan.
-template <class Work>
-void ForEachSpan(const GatherPlan& plan, Work work) {
-    const std::uint32_t* row = plan.from.get();
-    for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y, row += plan.target.Width()) {
-        const GatherPlan::Span span = plan.spans[y - plan.target.yBegin];
-        if (span.begin < span.end) work(y, span.begin, span.end, row + (span.begin - plan.target.xBegin));
-    }
-}
-
-// Rewrites `plane` from a copy of what the plan reads.
-template <class Sample>
-void Gather(const GatherPlan& plan, const PlaneView<Sample>& plane, Sample white) {
-    const std::size_t width = plane.width, count = width * plane.height;
-    const auto copy = std::make_unique_for_overwrite<Sample[]>(count + 1);
+// Rewrites the picture from a copy of what the plan reads.
+void Gather(const GatherPlan& plan, const PackedView& picture, Rgba32 white) {
+    const std::size_t width = picture.width, count = width * picture.height;
+    const auto copy = std::make_unique_for_overwrite<Rgba32[]>(count + 1);
     copy[count] = white;
     for (std::size_t y = plan.source.yBegin; y < plan.source.yEnd; ++y)
-        std::memcpy(&copy[y * width + plan.source.xBegin], plane.Row(y) + plan.source.xBegin,
-                    plan.source.Width() * sizeof(Sample));
-    ForEachSpan(plan, [&](unsigned y, unsigned begin, unsigned end, const std::uint32_t* from) {
-        Sample* const row = plane.Row(y) + begin;
-        const unsigned length = end - begin;
+        std::memcpy(&copy[y * width + plan.source.xBegin], picture.Row(y) + plan.source.xBegin,
+                    plan.source.Width() * sizeof(Rgba32));
+    for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y) {
+        const unsigned band = y - plan.target.yBegin;
+        const GatherPlan::Span span = plan.spans[band];
+        const std::uint32_t* const from = &plan.from[band * plan.target.Width()] + (span.begin - plan.target.xBegin);
+        Rgba32* const row = picture.Row(y) + span.begin;
+        const unsigned length = span.end - span.begin;
         unsigned i = 0;
         for (; i + gatherStep <= length; i += gatherStep) {
             PrefetchToWrite(row + i);
             for (unsigned j = i; j < i + gatherStep; ++j) {
-                if constexpr (sizeof(Sample) > 1) __builtin_prefetch(&copy[from[j + gatherAhead]]);
+                __builtin_prefetch(&copy[from[j + gatherAhead]]);
                 row[j] = copy[from[j]];
             }
         }
         for (; i < length; ++i) row[i] = copy[from[i]];
-    });
+    }
 }
 
-void GatherChroma(const GatherPlan& plan, const ComponentView& first, const ComponentView& second) {
-    const std::size_t width = first.width, count = width * first.height;
-    const auto copy = std::make_unique_for_overwrite<ChromaPair[]>(count + 1);
-    copy[count] = whitePair;
-    for (std::size_t y = plan.source.yBegin; y < plan.source.yEnd; ++y) {
-        const std::uint8_t *u = first.Row(y), *v = second.Row(y);
-        for (unsigned x = plan.source.xBegin; x < plan.source.xEnd; ++x)
-            copy[y * width + x] = ChromaPair(u[x] | v[x] << 8);
+// Keeps the sources of a row inside a picture and marks those that were outside where they are to turn white.
+template <Outside outside>
+void KeepInside(const std::uint32_t* fromColumns, const std::uint32_t* fromRows, std::uint32_t count,
+                std::uint32_t width, std::uint32_t height, std::uint32_t* columns, std::uint32_t* rows,
+                std::uint8_t* white) {
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::uint32_t x = fromColumns[i], y = fromRows[i];
+        columns[i] = std::min(x, width - 1);
+        rows[i] = std::min(y, height - 1);
+        white[i] = outside == Outside::White && (columns[i] != x || rows[i] != y);
     }
-    ForEachSpan(plan, [&](unsigned y, unsigned begin, unsigned end, const std::uint32_t* from) {
-        std::uint8_t *const u = first.Row(y) + begin, *const v = second.Row(y) + begin;
-        for (unsigned i = 0; i < end - begin; ++i) {
-            const ChromaPair pair = copy[from[i]];
-            u[i] = std::uint8_t(pair);
-            v[i] = std::uint8_t(pair >> 8);
-        }
-    });
 }
 
 // Positions are numbered in 32 bits.
@@ -149,10 +131,6 @@ bool HasPlainChroma(const PlanarView& picture) {
 
 }  // namespace
 
-Box Box::ClippedTo(unsigned width, unsigned height) const {
-    return {std::min(xBegin, width), std::min(xEnd, width), std::min(yBegin, height), std::min(yEnd, height)};
-}
-
 template <class Place>
 void CoordinateTable::PlaceEach(const Place& place, const bool* stays) const {
     std::size_t i = 0;
@@ -166,7 +144,7 @@ GatherPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
     const auto variants = geometry.outside == Outside::White       ? variantsOf<NumberRow<Outside::White>>
                           : geometry.outside == Outside::Unchanged ? variantsOf<NumberRow<Outside::Unchanged>>
                                                                    : variantsOf<NumberRow<Outside::Nearest>>;
-    const auto number = variants.For(BestInstructionSet());
+    const auto number = variants.For(m_instructionSet);
     RowBounds bounds{geometry.width, 0, geometry.height, 0};
     for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y) {
         const std::size_t stored = (y - m_box.yBegin) * m_box.Width();
@@ -183,46 +161,59 @@ GatherPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
     return plan;
 }
 
-GatherPlan CoordinateTable::PlanChroma(const Geometry& geometry, const bool* stays) const {
+BlockPlan CoordinateTable::PlanLuma(const Geometry& geometry) const {
+    const Box target = m_box.ClippedTo(geometry.width, geometry.height);
+    const auto keepInside = (geometry.outside == Outside::White ? variantsOf<KeepInside<Outside::White>>
+                                                                : variantsOf<KeepInside<Outside::Nearest>>)
+                                .For(m_instructionSet);
+    BlockPlanner planner(target, geometry.width, geometry.height, m_instructionSet);
+    return planner.Make([&](unsigned y, std::uint32_t* columns, std::uint32_t* rows, std::uint8_t* white) {
+        const std::size_t stored = (y - m_box.yBegin) * m_box.Width();
+        keepInside(&m_columns[stored], &m_rows[stored], std::uint32_t(target.Width()), geometry.width, geometry.height,
+                   columns, rows, white);
+    });
+}
+
+BlockPlan CoordinateTable::PlanChroma(const Geometry& geometry, const bool* stays) const {
     const unsigned columnShift = geometry.columnShift, rowShift = geometry.rowShift;
     const unsigned width = geometry.chromaWidth, height = geometry.chromaHeight;
     const Box pixels = m_box.ClippedTo(geometry.width, geometry.height);
-    GatherPlan plan = EmptyPlan(Shrunk(pixels, columnShift, rowShift).ClippedTo(width, height));
-    Box source{width, 0, height, 0};
+    const Box target = Shrunk(pixels, columnShift, rowShift).ClippedTo(width, height);
     // Of the pixels that share a sample, the last one that is written decides. None may be: then the sample stays.
-    const auto from = [&](unsigned x, unsigned y) {
+    const auto decisive = [&](unsigned x, unsigned y) -> std::optional<std::size_t> {
         const unsigned firstX = std::max(x << columnShift, pixels.xBegin),
                        firstY = std::max(y << rowShift, pixels.yBegin);
-        Source taken{x, y};
         for (unsigned py = std::min((y + 1) << rowShift, pixels.yEnd); py-- > firstY;)
             for (unsigned px = std::min((x + 1) << columnShift, pixels.xEnd); px-- > firstX;) {
                 const std::size_t index = (py - m_box.yBegin) * m_box.Width() + (px - m_box.xBegin);
-                if (stays && stays[index]) continue;
-                if (geometry.outside == Outside::White &&
-                    (m_columns[index] >= geometry.width || m_rows[index] >= geometry.height))
-                    return width * height;
-                taken = {std::min(std::min(m_columns[index], geometry.width - 1) >> columnShift, width - 1),
-                         std::min(std::min(m_rows[index], geometry.height - 1) >> rowShift, height - 1)};
-                py = firstY;
-                break;
+                if (!stays || !stays[index]) return index;
             }
-        source = {std::min(source.xBegin, taken.x), std::max(source.xEnd, taken.x + 1),
-                  std::min(source.yBegin, taken.y), std::max(source.yEnd, taken.y + 1)};
-        return taken.y * width + taken.x;
+        return std::nullopt;
     };
-    std::uint32_t* next = plan.from.get();
-    for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y)
-        for (unsigned x = plan.target.xBegin; x < plan.target.xEnd; ++x) *next++ = from(x, y);
-    Finish(plan, width, height, source);
-    return plan;
+    BlockPlanner planner(target, width, height, m_instructionSet);
+    return planner.Make([&](unsigned y, std::uint32_t* columns, std::uint32_t* rows, std::uint8_t* white) {
+        for (unsigned x = target.xBegin; x < target.xEnd; ++x, ++columns, ++rows, ++white) {
+            const std::optional<std::size_t> index = decisive(x, y);
+            if (!index) {
+                *columns = x;
+                *rows = y;
+                *white = false;
+                continue;
+            }
+            const std::uint32_t px = m_columns[*index], py = m_rows[*index];
+            const std::uint32_t nearX = std::min(px, geometry.width - 1), nearY = std::min(py, geometry.height - 1);
+            *columns = std::min(nearX >> columnShift, width - 1);
+            *rows = std::min(nearY >> rowShift, height - 1);
+            *white = geometry.outside == Outside::White && (nearX != px || nearY != py);
+        }
+    });
 }
 
-void CoordinateTable::PreparePixels(const Geometry& geometry) {
-    if (m_geometry == geometry) return;
+void CoordinateTable::Forget() {
     m_geometry = {};
+    m_pixels = {};
+    m_luma = {};
     m_chroma = {};
-    m_pixels = PlanPixels(geometry);
-    m_geometry = geometry;
 }
 
 void CoordinateTable::PlaceFirst(const PackedView& picture, Outside outside, const bool*) { Replay(picture, outside); }
@@ -234,7 +225,12 @@ void CoordinateTable::Replay(const PackedView& picture, Outside outside) {
         const auto copy = CopyOf(picture, from);
         return PlaceEach(PlacePacked{picture, from, outside}, nullptr);
     }
-    PreparePixels({picture.width, picture.height, 0, 0, 0, 0, outside});
+    const Geometry geometry{picture.width, picture.height, 0, 0, 0, 0, outside, m_instructionSet};
+    if (m_geometry != geometry) {
+        Forget();
+        m_pixels = PlanPixels(geometry);
+        m_geometry = geometry;
+    }
     Gather(m_pixels, picture, Rgba32{255, 255, 255, 255});
 }
 
@@ -243,20 +239,27 @@ void CoordinateTable::Replay(const PlanarView& picture, Outside outside) { Place
 void CoordinateTable::PlaceFirst(const PlanarView& picture, Outside outside, const bool* stays) {
     const ComponentView &luma = picture.plane[0], &chroma = picture.plane[1];
     if (!luma.Contains(0, 0)) return;
-    if (!HasPlainChroma(picture) || outside == Outside::Unchanged || !IsNumbered(luma.width, luma.height) ||
-        !IsNumbered(chroma.width, chroma.height)) {
+    if (!HasPlainChroma(picture) || outside == Outside::Unchanged || !BlockPlanner::CanPlan(luma.width, luma.height) ||
+        !BlockPlanner::CanPlan(chroma.width, chroma.height)) {
         PlanarView from = picture;
         std::unique_ptr<unsigned char[]> copies[3];
         for (unsigned p = 0; p < 3; ++p) copies[p] = CopyOf(picture.plane[p], from.plane[p]);
         return PlaceEach(PlacePlanar{picture, from, outside}, stays);
     }
     const Geometry geometry{luma.width,          luma.height,      chroma.width, chroma.height,
-                            picture.columnShift, picture.rowShift, outside};
-    PreparePixels(geometry);
-    Gather(m_pixels, luma, whiteYuv[0]);
-    if (stays) return GatherChroma(PlanChroma(geometry, stays), chroma, picture.plane[2]);
-    if (!m_chroma.from) m_chroma = PlanChroma(geometry, nullptr);
-    GatherChroma(m_chroma, chroma, picture.plane[2]);
+                            picture.columnShift, picture.rowShift, outside,      m_instructionSet};
+    if (m_geometry != geometry) {
+        Forget();
+        m_luma = PlanLuma(geometry);
+        m_geometry = geometry;
+    }
+    GatherBlocks(m_luma, luma, whiteYuv[0], m_instructionSet);
+    const auto gatherChroma = [&](const BlockPlan& plan) {
+        for (unsigned p : {1, 2}) GatherBlocks(plan, picture.plane[p], whiteYuv[p], m_instructionSet);
+    };
+    if (stays) return gatherChroma(PlanChroma(geometry, stays));
+    if (!m_chroma.blocks) m_chroma = PlanChroma(geometry, nullptr);
+    gatherChroma(m_chroma);
 }
 
 }  // namespace AVBased

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "effects/block_gather.h"
+#include "effects/box.h"
 #include "effects/frame_views.h"
 
 /// Geometric effects: each destination pixel takes a source pixel, and the pieces below do the rest. The placers serve
@@ -75,23 +77,14 @@ struct PlacePlanar {
     }
 };
 
-/// The part of a picture that a table covers; the ends are exclusive.
-struct Box {
-    unsigned xBegin = 0, xEnd = 0, yBegin = 0, yEnd = 0;
-
-    std::size_t Width() const { return xEnd - xBegin; }
-    std::size_t Height() const { return yEnd - yBegin; }
-    Box ClippedTo(unsigned width, unsigned height) const;
-};
-
-/// For each sample of a part of a plane, the sample that it is taken from: ready for one size and layout of picture.
+/// For each pixel of a part of a packed picture, the pixel that it is taken from: ready for one size of picture.
 struct GatherPlan {
     struct Span {
         unsigned begin = 0, end = 0;
     };
 
     Box target;
-    Box source;                             ///< what the copied samples lie in
+    Box source;                             ///< what the copied pixels lie in
     std::unique_ptr<std::uint32_t[]> from;  ///< y x width + x, row by row over the target; width x height means white
     std::vector<Span> spans;                ///< the columns of each row of the target that change
 };
@@ -112,6 +105,7 @@ class CoordinateTable {
         const Stays stays = Fill(box, map);
         PlaceFirst(picture, outside, stays.get());
     }
+    void UseInstructionSet(InstructionSet set) { m_instructionSet = set; }
     /// Changes a picture as the stored sources say, within both the box and the picture.
     void Replay(const PackedView& picture, Outside outside);
     void Replay(const PlanarView& picture, Outside outside);
@@ -124,6 +118,7 @@ class CoordinateTable {
     struct Geometry {
         unsigned width = 0, height = 0, chromaWidth = 0, chromaHeight = 0, columnShift = 0, rowShift = 0;
         Outside outside = Outside::Nearest;
+        InstructionSet instructionSet = InstructionSet::Baseline;
         bool operator==(const Geometry&) const = default;
     };
 
@@ -152,23 +147,26 @@ class CoordinateTable {
         m_columns = std::move(columns);
         m_rows = std::move(rows);
         m_box = box;
-        m_geometry = {};
+        Forget();
         return stays;
     }
     void PlaceFirst(const PackedView& picture, Outside outside, const bool* stays);
     void PlaceFirst(const PlanarView& picture, Outside outside, const bool* stays);
 
+    void Forget();
     template <class Place>
     void PlaceEach(const Place& place, const bool* stays) const;
     GatherPlan PlanPixels(const Geometry& geometry) const;
-    GatherPlan PlanChroma(const Geometry& geometry, const bool* stays) const;
-    void PreparePixels(const Geometry& geometry);
+    BlockPlan PlanLuma(const Geometry& geometry) const;
+    BlockPlan PlanChroma(const Geometry& geometry, const bool* stays) const;
 
     Box m_box;
     std::unique_ptr<std::uint32_t[]> m_columns, m_rows;
     bool m_valid = false;
-    Geometry m_geometry;
-    GatherPlan m_pixels, m_chroma;
+    InstructionSet m_instructionSet = BestInstructionSet();
+    Geometry m_geometry;  // of the plans that are there
+    GatherPlan m_pixels;
+    BlockPlan m_luma, m_chroma;
 };
 
 /// The routines of an effect with a table, for packed and planar pictures.
@@ -182,8 +180,9 @@ struct TableRoutines {
 
 /// Replays the effect's table if it is valid; computes it otherwise.
 template <class Effect>
-void ProcessWithTable(Effect& effect, CoordinateTable& table, const TableRoutines<Effect>& routines,
+void ProcessWithTable(Effect& effect, CoordinateTable& table, const TableRoutines<Effect>& routines, InstructionSet set,
                       IRawVideoFrame& frame) {
+    table.UseInstructionSet(set);
     const auto run = [&](auto packed, auto planar) {
         ForFrame([&](const PackedView& picture) { (effect.*packed)(picture); },
                  [&](const PlanarView& picture) { (effect.*planar)(picture); }, frame);
