@@ -46,28 +46,24 @@ void BlendPixels(Rgba32* row, const Rgba32* enlarged, unsigned count, std::uint1
 
 #if defined(__x86_64__)
 
-// Half of the bytes of eight pixels, each pair times its weights: alpha's are 0 and 256.
-[[NIFIKRAL_AVX2]] inline __m256i MixWords(__m256i own, __m256i copy, __m256i ownWeights, __m256i copyWeights) {
-    return _mm256_srli_epi16(
-        _mm256_add_epi16(_mm256_mullo_epi16(own, ownWeights), _mm256_mullo_epi16(copy, copyWeights)), 8);
+// Pairs of bytes, each times its weight, in 1/256.
+[[NIFIKRAL_AVX2]] inline __m256i MixPairs(__m256i pairs, __m256i weights) {
+    return _mm256_srai_epi16(_mm256_maddubs_epi16(weights, pairs), 8);
 }
 
 [[NIFIKRAL_AVX2]] void BlendPixelsAvx2(Rgba32* row, const Rgba32* enlarged, unsigned count, std::uint16_t weight) {
-    const short share = short(weight), rest = short(256 - weight);
-    const __m256i zero = _mm256_setzero_si256();
-    const __m256i copyWeights =
-        _mm256_broadcastsi128_si256(_mm_setr_epi16(share, share, share, 256, share, share, share, 256));
-    const __m256i ownWeights = _mm256_broadcastsi128_si256(_mm_setr_epi16(rest, rest, rest, 0, rest, rest, rest, 0));
+    // Bytes less 128 fit the signed side of the products, and the weights, 51 to 205, the unsigned one. The sums are
+    // then less by 128 x 256, and the bytes by 128 again.
+    const __m256i middle = _mm256_set1_epi8(-128), alpha = _mm256_set1_epi32(int(alphaMask)),
+                  weights = _mm256_set1_epi16(short(256 - weight + (weight << 8)));
     unsigned x = 0;
     for (; x + 8 <= count; x += 8) {
         auto* const at = reinterpret_cast<__m256i*>(row + x);
-        const __m256i own = _mm256_loadu_si256(at),
-                      copy = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(enlarged + x));
-        const __m256i low = MixWords(_mm256_unpacklo_epi8(own, zero), _mm256_unpacklo_epi8(copy, zero), ownWeights,
-                                     copyWeights),
-                      high = MixWords(_mm256_unpackhi_epi8(own, zero), _mm256_unpackhi_epi8(copy, zero), ownWeights,
-                                      copyWeights);
-        _mm256_storeu_si256(at, _mm256_packus_epi16(low, high));
+        const __m256i copy = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(enlarged + x));
+        const __m256i own = _mm256_xor_si256(_mm256_loadu_si256(at), middle), other = _mm256_xor_si256(copy, middle);
+        const __m256i mixed = _mm256_packs_epi16(MixPairs(_mm256_unpacklo_epi8(own, other), weights),
+                                                 MixPairs(_mm256_unpackhi_epi8(own, other), weights));
+        _mm256_storeu_si256(at, _mm256_blendv_epi8(_mm256_xor_si256(mixed, middle), copy, alpha));
     }
     BlendPixels(row + x, enlarged + x, count - x, weight);
 }
