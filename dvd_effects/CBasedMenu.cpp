@@ -18,14 +18,7 @@ namespace {
 constexpr char unitName[] = "CBasedMenu";
 
 // Lines that the host reads beside an error of a menu.
-enum Line : int {
-    lineProperty = 40,
-    lineBackground = 100,
-    lineSource = 140,
-    lineDrawSource = 180,
-    lineText = 200,
-    lineDrawText = 220
-};
+enum Line : int { lineProperty = 40, lineBackground = 100, lineSource = 140, lineScene = 180, lineText = 200 };
 
 constexpr std::int32_t mostSources = 4096;
 
@@ -56,6 +49,11 @@ struct CBasedMenu::Property {
     template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
     static void Parse(CBasedMenu& menu, const PropertyNode& node) {
         RequireParsed(parse(menu.m_sources.get(), node.text, menu.m_sourceCount));
+    }
+    template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
+    static void ParseFade(CBasedMenu& menu, const PropertyNode& node) {
+        Parse<parse>(menu, node);
+        menu.m_hasFades = true;
     }
 };
 
@@ -106,17 +104,20 @@ const CBasedMenu::Property CBasedMenu::properties[18] = {
          menu.m_maskPaths = node.text;
          menu.m_sourcesReady = false;
      }},
-    {"startPositions", typeText, Property::Parse<GetStartPositions>},
+    {"startPositions", typeText,
+     [](CBasedMenu& menu, const PropertyNode& node) {
+         Property::Parse<GetStartPositions>(menu, node);
+         menu.m_hasPlaces = true;
+     }},
     {"endPositions", typeText, Property::Parse<GetEndPositions>},
     {"moveFormulas", typeText, Property::Parse<GetMoveFormulas>},
     {"moveSpeeds", typeText, Property::Parse<GetMoveSpeeds>},
-    {"startTrans", typeText, Property::Parse<GetStartTrans>},
-    {"endTrans", typeText, Property::Parse<GetEndTrans>},
-    {"fadeSpeeds", typeText, Property::Parse<GetFadeSpeeds>},
+    {"startTrans", typeText, Property::ParseFade<GetStartTrans>},
+    {"endTrans", typeText, Property::ParseFade<GetEndTrans>},
+    {"fadeSpeeds", typeText, Property::ParseFade<GetFadeSpeeds>},
 };
 
-CBasedMenu::Picture::Picture(const FrameKind& kind)
-    : maker(kind.format == formatRgba32, kind.size.height), maskMaker(true, kind.size.height) {}
+CBasedMenu::Picture::Picture(LayerKind kind) : maker(kind), maskMaker({true, kind.rows}) {}
 
 CBasedMenu::CBasedMenu(const char* name, IAVManager* manager)
     : CBasedVideoImageEffect(name),
@@ -164,10 +165,11 @@ void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     ++m_frameNumber;
     if (!Canvas::Takes(*frame)) return;
     Prepare({frame->GetPixelFormat(), SizeOf(*frame)});
+    for (unsigned i = 0; i < m_pictures.size(); ++i)
+        if (m_sources[i].source) Attempt(lineSource, [&] { AdvanceSource(i); });
     Canvas canvas(*frame, Instructions());
     DrawBackground(canvas);
-    DrawSources(canvas);
-    DrawTexts(canvas);
+    Attempt(lineScene, [&] { DrawScene(canvas); });
 }
 
 void CBasedMenu::Prepare(const FrameKind& kind) {
@@ -186,23 +188,36 @@ FrameSize CBasedMenu::MenuSize() const {
 }
 
 void CBasedMenu::DrawBackground(Canvas& canvas) {
-    if (m_backgroundSource && !m_backgroundReady) Attempt(lineBackground, [&] { AdvanceBackground(); });
+    if (!m_backgroundReady)
+        Attempt(lineBackground, [&] { m_backgroundSource ? AdvanceBackground() : PaintOwnBackground(); });
     const FrameSize menu = MenuSize();
     if (!m_background || menu.width < m_kind.size.width || menu.height < m_kind.size.height) canvas.Clear();
     if (m_background) canvas.Copy(*m_background);
 }
 
+std::unique_ptr<CRawVideoFrame> CBasedMenu::EmptyBackground() const {
+    const FrameSize menu = MenuSize();
+    Require(menu.width <= largestSide && menu.height <= largestSide, textInvalidParamValue, lineBackground, unitName);
+    auto background = std::make_unique<CRawVideoFrame>(false, m_kind.format, menu.width, menu.height, true);
+    Canvas(*background).Clear();
+    return background;
+}
+
+void CBasedMenu::PaintOwnBackground() {
+    m_backgroundReady = true;
+    if (!HasOwnBackground()) return;
+    auto background = EmptyBackground();
+    Canvas canvas(*background, Instructions());
+    PaintBackground(canvas);
+    m_background = std::move(background);
+}
+
 void CBasedMenu::AdvanceBackground() {
     const FrameSize menu = MenuSize();
     m_backgroundReady = true;
-    Require(menu.width <= largestSide && menu.height <= largestSide, textInvalidParamValue, lineBackground, unitName);
+    if (!m_background) m_background = EmptyBackground();
     m_backgroundReady = m_backgroundSource->IsStill();
     const FrameOwner frame = ReadFrame(*m_backgroundSource);
-    if (!m_background) {
-        auto background = std::make_unique<CRawVideoFrame>(false, m_kind.format, menu.width, menu.height, true);
-        Canvas(*background).Clear();
-        m_background = std::move(background);
-    }
     if (m_backgroundMask || HasAlpha(*frame))
         LayBackground(*frame, menu);
     else
@@ -221,7 +236,7 @@ void CBasedMenu::PlaceBackground(IRawVideoFrame& frame, FrameSize menu) {
 }
 
 void CBasedMenu::LayBackground(IRawVideoFrame& frame, FrameSize menu) {
-    if (!m_backgroundPicture) m_backgroundPicture = std::make_unique<Picture>(m_kind);
+    if (!m_backgroundPicture) m_backgroundPicture = std::make_unique<Picture>(Kind());
     Picture& picture = *m_backgroundPicture;
     const FrameSize size = FitInto(SizeOf(frame), menu);
     const auto x = std::int32_t(menu.width - size.width) / 2, y = std::int32_t(menu.height - size.height) / 2;
@@ -242,6 +257,11 @@ void CBasedMenu::Picture::Make(IRawVideoFrame& frame, FrameSize size, std::int32
     if (mask) MultiplyCoverage(layer, mask, xInMask, yInMask);
 }
 
+void CBasedMenu::Picture::CropTo(FrameSize box) {
+    if (FrameSize{layer.Width(), layer.Height()} != box)
+        layer = Cropped(layer, (layer.Width() - box.width) / 2, (layer.Height() - box.height) / 2, box);
+}
+
 void CBasedMenu::OpenSources() {
     m_sourcesReady = true;
     m_pictures.clear();
@@ -253,7 +273,7 @@ void CBasedMenu::OpenSources() {
     if (paths.size() != m_sourceCount) return;
     m_pictures.reserve(m_sourceCount);
     for (unsigned i = 0; i < m_sourceCount; ++i) {
-        m_pictures.emplace_back(m_kind);
+        m_pictures.emplace_back(Kind());
         Attempt(lineSource, [&] {
             additionsource_t& source = m_sources[i];
             SourceOwner opened = AVBased::OpenSource(m_manager, paths[i], source.isImage);
@@ -279,7 +299,9 @@ void CBasedMenu::AdvanceSource(unsigned index) {
         lastUseOfMask = std::move(record.maskSource);
     }
     record.frame = ReadFrame(source);
-    const FrameSize own = SizeOf(*record.frame), box = BoxOf(index, own), size = FitInto(own, box);
+    const FrameSize own = SizeOf(*record.frame), box = BoxOf(index, own);
+    const bool covers = Fit() == PictureFit::Cover;
+    const FrameSize size = covers ? FitOver(own, box) : FitInto(own, box);
     if (maskSource && !(picture.mask && stillMask && FrameSize{picture.mask.Width(), picture.mask.Height()} == size)) {
         record.maskFrame = ReadFrame(*maskSource);
         picture.MakeMask(*record.maskFrame, size);
@@ -287,12 +309,15 @@ void CBasedMenu::AdvanceSource(unsigned index) {
     }
     picture.Make(*record.frame, size);
     record.frame.reset();
-    picture.inBox = {std::int32_t(box.width - size.width) / 2, std::int32_t(box.height - size.height) / 2};
+    if (covers) picture.CropTo(box);
+    Dress(picture.layer, index);
+    picture.inBox = {(std::int32_t(box.width) - std::int32_t(picture.layer.Width())) / 2,
+                     (std::int32_t(box.height) - std::int32_t(picture.layer.Height())) / 2};
 }
 
 FrameSize CBasedMenu::BoxOf(unsigned index, FrameSize own) const {
+    if (!HasSizeOf(index)) return own;
     const std::size_t at = std::size_t(index) * 2;
-    if (at + 1 >= m_sourceSizes.size()) return own;
     const auto side = [](std::int32_t set) {
         Require(set > 0 && unsigned(set) <= largestSide, textInvalidParamValue, lineSource, unitName);
         return unsigned(set);
@@ -300,13 +325,11 @@ FrameSize CBasedMenu::BoxOf(unsigned index, FrameSize own) const {
     return {side(m_sourceSizes[at]), side(m_sourceSizes[at + 1])};
 }
 
-void CBasedMenu::DrawSources(Canvas& canvas) {
-    for (unsigned i = 0; i < m_pictures.size(); ++i) {
-        if (m_sources[i].source) Attempt(lineSource, [&] { AdvanceSource(i); });
-        const Picture& picture = m_pictures[i];
-        if (picture.layer)
-            Attempt(lineDrawSource, [&] { DrawSource(canvas, m_sources[i], picture.layer, picture.inBox); });
-    }
+std::vector<CBasedMenu::Shown> CBasedMenu::ShownSources() const {
+    std::vector<Shown> shown;
+    for (unsigned i = 0; i < m_pictures.size(); ++i)
+        if (m_pictures[i].layer) shown.push_back({m_sources[i], m_pictures[i].layer, m_pictures[i].inBox});
+    return shown;
 }
 
 std::uint8_t CBasedMenu::OpacityOf(const additionsource_t& source) const {
@@ -337,22 +360,27 @@ void CBasedMenu::OpenText(const std::string& info) {
     if (!ParseTextInfo(&text.item, info) || !CreateTextRender(m_textImporter, source, render, text.item)) return;
     const SourceOwner owner(source);
     const FrameOwner frame = ReadFrame(*owner);
-    Picture picture(m_kind);
+    Picture picture(Kind());
     picture.Make(*frame, FitText(SizeOf(*frame), text.item.boxSize));
     text.layer = std::move(picture.layer);
     m_texts.push_back(std::move(text));
 }
 
-void CBasedMenu::DrawTexts(Canvas& canvas) {
-    const std::int32_t n = FrameNumber();
+point_t CBasedMenu::PositionOf(const text_t& item) const {
+    if (!item.moves) return item.boxPosition;
+    return MovedPosition(item.boxPosition, item.endPosition, item.moveFormula, item.moveSpeed, FrameNumber());
+}
+
+bool CBasedMenu::IsShown(const text_t& item) const {
+    if (item.moves || !item.hasStillTail) return true;
+    const std::int32_t n = FrameNumber(), first = item.stillTail[0], last = item.stillTail[1];
+    return (first <= 0 || n >= first) && (last <= 0 || n <= last);
+}
+
+void CBasedMenu::DrawTexts(Canvas& canvas) const {
     for (const Text& text : m_texts) {
-        const text_t& item = text.item;
-        const std::int32_t first = item.stillTail[0], last = item.stillTail[1];
-        if (!item.moves && item.hasStillTail && ((first > 0 && n < first) || (last > 0 && n > last))) continue;
-        const point_t at = item.moves
-                               ? MovedPosition(item.boxPosition, item.endPosition, item.moveFormula, item.moveSpeed, n)
-                               : item.boxPosition;
-        canvas.Lay(text.layer, at.x, at.y);
+        const point_t at = PositionOf(text.item);
+        if (IsShown(text.item)) canvas.Lay(text.layer, at.x, at.y);
     }
 }
 

@@ -2,9 +2,12 @@
 
 namespace AVBased {
 
-void CCommon::DrawSource(Canvas& canvas, const additionsource_t& source, const Layer& picture, point_t inBox) {
-    const point_t at = PositionOf(source) + inBox;
-    canvas.Lay(picture, at.x, at.y, OpacityOf(source));
+void CCommon::DrawScene(Canvas& canvas) {
+    for (const Shown& shown : ShownSources()) {
+        const point_t at = PositionOf(shown.source) + shown.inBox;
+        canvas.Lay(shown.picture, at.x, at.y, OpacityOf(shown.source));
+    }
+    DrawTexts(canvas);
 }
 
 }  // namespace AVBased

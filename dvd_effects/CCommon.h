@@ -12,7 +12,7 @@ class CCommon : public CBasedMenu {
     explicit CCommon(IAVManager* manager) : CBasedMenu(effectMenuCommonName, manager) {}
 
  protected:
-    void DrawSource(Canvas& canvas, const additionsource_t& source, const Layer& picture, point_t inBox) override;
+    void DrawScene(Canvas& canvas) override;
 };
 
 }  // namespace AVBased

@@ -41,6 +41,23 @@ class Layer {
     std::unique_ptr<CRawVideoFrame> m_frame;
 };
 
+/// What the components of a layer stand for.
+struct LayerKind {
+    bool packed = true;
+    unsigned rows = 0;  ///< of the frame that it is laid on
+};
+
+/// A colour to paint layers with.
+struct Colour {
+    std::uint8_t red = 0, green = 0, blue = 0, alpha = 255;
+};
+/// The pixel that shows a colour: as it is on a packed layer, in limited range by the matrix of MatrixOfRows on a
+/// planar one.
+std::uint32_t PixelOf(LayerKind kind, Colour colour);
+
+/// The part of a layer that begins at (x, y), which must lie within it.
+Layer Cropped(const Layer& layer, unsigned x, unsigned y, FrameSize size);
+
 /// Lets a layer show only where the mask does: multiplies its coverage by the coverage of the mask at (x, y) + its own
 /// place; where the mask has no pixel, nothing is left. The mask's colours do not count.
 void MultiplyCoverage(const Layer& layer, const Layer& mask, std::int32_t x = 0, std::int32_t y = 0);

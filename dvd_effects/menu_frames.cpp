@@ -70,6 +70,17 @@ FrameSize FitInto(FrameSize picture, FrameSize box) {
     return {unsigned(std::max<std::uint64_t>(1, byHeight / picture.height)), box.height};
 }
 
+FrameSize FitOver(FrameSize picture, FrameSize box) {
+    if (!picture.width || !picture.height || !box.width || !box.height) return {};
+    const std::uint64_t byWidth = std::uint64_t(box.width) * picture.height;
+    const std::uint64_t byHeight = std::uint64_t(box.height) * picture.width;
+    const auto roundedUp = [](std::uint64_t n, unsigned d) {
+        return unsigned(std::min<std::uint64_t>((n + d - 1) / d, std::numeric_limits<unsigned>::max()));
+    };
+    if (byWidth >= byHeight) return {box.width, roundedUp(byWidth, picture.width)};
+    return {roundedUp(byHeight, picture.height), box.height};
+}
+
 FrameSize FitText(FrameSize rendered, point_t box) {
     const auto limit = [](unsigned side, std::int32_t most) {
         return most > 0 ? std::min(side, unsigned(most)) : side;

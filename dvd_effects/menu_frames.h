@@ -13,6 +13,8 @@ inline constexpr unsigned largestSide = 16384;
 
 /// The size of a picture that fills a box as far as its aspect ratio allows; never 0, unless either size is.
 FrameSize FitInto(FrameSize picture, FrameSize box);
+/// The least size of a picture that hides a box and keeps its aspect ratio.
+FrameSize FitOver(FrameSize picture, FrameSize box);
 /// The size of a text in its box: its own one, made smaller where a side of the box is positive and less.
 FrameSize FitText(FrameSize rendered, point_t box);
 /// How YUV numbers of a menu with so many rows stand for colours, whatever the size of the pictures on it.
@@ -37,8 +39,7 @@ class PictureConverter {
 /// Makes layers out of the host's frames, again and again into the same memory where sizes stay.
 class LayerMaker {
  public:
-    /// For frames of a packed or a planar format with so many rows.
-    LayerMaker(bool packed, unsigned rows) : m_packed(packed), m_matrix(MatrixOfRows(rows)) {}
+    explicit LayerMaker(LayerKind kind) : m_packed(kind.packed), m_matrix(MatrixOfRows(kind.rows)) {}
 
     /// Makes `layer` show the picture, scaled to `size`. Raises as PictureConverter does, "Invalid Param Value" for a
     /// size of 0 or above largestSide, 10021007 when there is no memory.
