@@ -1,0 +1,41 @@
+#pragma once
+
+#include "dvd_effects/CBasedMenu.h"
+#include "dvd_effects/animation.h"
+
+namespace AVBased {
+
+/// The base of the templates that arrange and move their pictures by themselves, in a loop: every frame follows from
+/// its place in the loop alone, and the last one leads into the first. "duration" is the length of the loop, in frames;
+/// 1 or less makes it 300.
+///
+/// Pictures whose size "additionSourceSizes" gives have that size, all others the one that the template likes. Sources
+/// are opaque unless one of "startTrans", "endTrans" and "fadeSpeeds" is set; then their fades count too.
+class CAnimatedMenu : public CBasedMenu {
+ public:
+    using CBasedMenu::CBasedMenu;
+
+ protected:
+    /// A source at the frame in work.
+    struct Actor {
+        const Layer& picture;
+        unsigned index = 0;  ///< among those that have a picture
+        double opacity = 1;  ///< what its own fade leaves
+        const additionsource_t& source;
+    };
+
+    /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
+    double Phase() const;
+    double Width() const { return MenuSize().width; }
+    double Height() const { return MenuSize().height; }
+    /// All sources that have a picture, in their order.
+    std::vector<Actor> Actors() const;
+    /// Lays an actor's picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own.
+    void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1) const;
+
+    /// The size that pictures have when none is given for them: a third of the menu.
+    virtual FrameSize UsualBox() const;
+    FrameSize BoxOf(unsigned index, FrameSize own) const override;
+};
+
+}  // namespace AVBased
