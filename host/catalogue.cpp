@@ -173,6 +173,18 @@ constexpr ParameterInfo menuTemplate[] = {
     {"fadeSpeeds", "for each one: how far its opacity changes", "1/255 a frame"},
 };
 
+constexpr ParameterInfo slide[] = {
+    {"paths", "the pictures, in order", ""},
+    {"slideDuration", "how long a picture is alone", "frames", {0, 100000}},
+    {"transitionDuration", "how long it shares the frame with the next one", "frames", {0, 10000}},
+    {"transitions", "crossfade, push, wipe, zoom, iris, blinds, pageturn, cut or random; repeated", ""},
+    {"motion", "none, zoomin, zoomout, panleft, panright, panup, pandown or random; repeated", ""},
+    {"motionAmount", "how much larger a moving picture gets", "%", {1, 100}},
+    {"fit", "pictures of another shape: pad, crop or blur", ""},
+    {"loop", "whether the first picture follows the last one", "", {0, 1}, offOn},
+    {"seed", "of the random choices", ""},
+};
+
 constexpr EffectInfo catalogue[] = {
     {"simple_gauss_blur", "a soft blur", plain, gaussBlur},
     {"simple_laplacian_sharpen", "sharper contours", plain, laplacianSharpen},
@@ -227,7 +239,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_specialoccasion", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_vignette", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_videowall", "an animated disc menu", generator | menu, menuTemplate},
-    {"slide", "a slideshow with transitions", generator},
+    {"slide", "a slideshow with transitions", generator, slide},
     {"title", "a title", generator},
     {"EffectNameRotate90X", "quarter turns inside the frame", plain, rotate90X},
     {"menu_festival", "an animated disc menu", generator | menu, menuTemplate},
