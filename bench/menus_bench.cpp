@@ -119,6 +119,44 @@ BENCHMARK_CAPTURE(Menu, common_pictures_packed, "menu_common", formatPacked, fal
 BENCHMARK_CAPTURE(Menu, common_videos_planar, "menu_common", formatPlanar, true)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Menu, common_videos_packed, "menu_common", formatPacked, true)->Unit(benchmark::kMillisecond);
 
+// Two pictures that always hand over to each other, both moving or both still.
+void Slides(benchmark::State& state, const char* transition, unsigned format, const char* motion) {
+    FakeManager manager;
+    for (const char* name : {"first", "second"}) manager.files[name] = Film(formatPacked, 2400, 1600, true);
+    const std::unique_ptr<AVBased::IVideoProc, void (*)(AVBased::IVideoProc*)> slides(
+        AVBased::CreateEffect(&manager, "slide", AVBased::GeneratorTable()), [](AVBased::IVideoProc* m) { m->Free(); });
+    Set(*slides, "paths", "first;second");
+    Set(*slides, "slideDuration", "0");
+    Set(*slides, "transitions", transition);
+    Set(*slides, "motion", motion);
+    Set(*slides, "fit", "crop");
+    Set(*slides, "loop", "1");
+    FrameRing ring(format);
+    AVBased::ImagePostion record;
+    slides->ProcFrameInPlace(&record, 0, &ring.Next());  // makes both pictures
+    for (auto _ : state) {
+        state.PauseTiming();
+        CRawVideoFrame& frame = ring.Next();
+        state.ResumeTiming();
+        slides->ProcFrameInPlace(&record, 0, &frame);
+    }
+    state.counters["frames/s"] = benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+// Two passes over each transition.
+void SlideRows() {
+    for (const char* transition : {"cut", "crossfade", "push", "wipe", "zoom", "iris", "blinds", "pageturn"})
+        for (const bool packed : {false, true})
+            for (const char* motion : {"random", "none"})
+                benchmark::RegisterBenchmark((std::string("Slides/") + transition + (packed ? "_packed" : "_planar") +
+                                              (*motion == 'n' ? "_still" : ""))
+                                                 .c_str(),
+                                             Slides, transition, packed ? formatPacked : formatPlanar, motion)
+                    ->Iterations(2 * 25)
+                    ->Unit(benchmark::kMillisecond);
+}
+const int registered = (SlideRows(), 0);
+
 }  // namespace
 }  // namespace Bench
 
