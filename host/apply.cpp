@@ -48,9 +48,11 @@ long long FrameCount(const MediaSource& source, const std::vector<EffectRequest>
 PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
                        const std::vector<EffectRequest>& requests) {
     const bool alphaShows = AnyHasTrait(requests, changesAlpha);
+    // Planar effects paint black and white of limited range, which full-range pictures would show as greys.
+    const AVPixelFormat seen = source.fullRange && !IsRgb(source.format) ? AV_PIX_FMT_BGRA : source.format;
     PicturePath path;
-    path.effectFormat = options.run.pixelFormat.empty() ? EffectFormat(source.format, alphaShows)
-                                                        : ParseFormat(options.run.pixelFormat);
+    path.effectFormat =
+        options.run.pixelFormat.empty() ? EffectFormat(seen, alphaShows) : ParseFormat(options.run.pixelFormat);
     path.effectShape = source;
     path.effectShape.format = FfmpegFormat(path.effectFormat);
     path.effectShape.matrix = AVCOL_SPC_UNSPECIFIED;

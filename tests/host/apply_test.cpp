@@ -188,6 +188,8 @@ TEST_F(Apply, WorksInPipesAndOnPhotographs) {
         EXPECT_EQ(Nifikral("apply photo.png " + name + " invert").exitCode, 0) << name;
     EXPECT_EQ(RawPictures("copy.png", "rgb24"), Inverted(RawPictures("photo.png", "rgb24")));
     EXPECT_EQ(Probe("photo.jpg", "stream=color_range"), "pc\n");
+    EXPECT_EQ(Nifikral("apply photo.jpg black.png directfadein:FadeMax=0").exitCode, 0);
+    EXPECT_EQ(RawPictures("black.png", "rgb24"), std::string(32 * 24 * 3, '\0'));
 }
 
 }  // namespace
