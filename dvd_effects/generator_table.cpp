@@ -2,6 +2,7 @@
 
 #include "dvd_effects/CCommon.h"
 #include "dvd_effects/CSlides.h"
+#include "dvd_effects/CTitle.h"
 
 namespace AVBased {
 
@@ -9,6 +10,7 @@ namespace {
 
 constexpr EffectEntry generatorTable[] = {
     {effectSlideName, Create<CSlides>},
+    {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},
 };
 

@@ -185,6 +185,23 @@ constexpr ParameterInfo slide[] = {
     {"seed", "of the random choices", ""},
 };
 
+constexpr ParameterInfo title[] = {
+    {"text", "what it says, with line feeds between lines", ""},
+    {"face", "font family", ""},
+    {"fontstyle", "any of bold, italic, underline, outline, shadow", ""},
+    {"size", "of the font; 0 for a twelfth of the frame's height", "pixels", {0, 1000}},
+    {"color", "of the text, #rrggbb", ""},
+    {"box", "where it stands: x;y;width;height; empty for the frame inside its margins", "pixels"},
+    {"align", "of the lines in the box: left, center or right", ""},
+    {"valign", "of the text in the box: top, middle or bottom", ""},
+    {"inDuration", "how long it comes in", "frames", {0, 1000}},
+    {"outDuration", "how long it leaves, at the end of the duration", "frames", {0, 1000}},
+    {"inMotion", "how it comes: none, left, right, up, down or zoom", ""},
+    {"outMotion", "how it leaves: none, left, right, up, down or zoom", ""},
+    {"distance", "how far it moves; 0 for as far as the font is large", "pixels", {0, 16384}},
+    {"lineDelay", "how much later than the one above each line comes and leaves", "frames", {0, 1000}},
+};
+
 constexpr EffectInfo catalogue[] = {
     {"simple_gauss_blur", "a soft blur", plain, gaussBlur},
     {"simple_laplacian_sharpen", "sharper contours", plain, laplacianSharpen},
@@ -240,7 +257,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_vignette", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_videowall", "an animated disc menu", generator | menu, menuTemplate},
     {"slide", "a slideshow with transitions", generator, slide},
-    {"title", "a title", generator},
+    {"title", "styled lines that fade and move in and out", generator, title},
     {"EffectNameRotate90X", "quarter turns inside the frame", plain, rotate90X},
     {"menu_festival", "an animated disc menu", generator | menu, menuTemplate},
     {"submenu_festival", "an animated disc submenu", generator | menu, menuTemplate},
