@@ -3,6 +3,7 @@
 #include "dvd_effects/blending.h"
 #include "dvd_effects/menu_motion.h"
 #include "dvd_effects/projected_sampler.h"
+#include "dvd_effects/stretched_sampler.h"
 
 namespace AVBased {
 
@@ -99,13 +100,29 @@ void LayThroughMap(View frame, PackedView layer, Place place, WarpPlanes map) {
     Blend(frame, BoxOf(frame, place, map.width, map.height), WarpSampler{layer, place, map});
 }
 
+// The part of a frame within the bounds of a placement, and a pixel more.
 template <class View>
-void LayProjected(View frame, PackedView layer, const Projection& projection, std::uint32_t opacity) {
+Box BoxOf(const View& frame, const Projection& projection) {
     const auto down = [](double value) { return std::int64_t(std::floor(value)); };
     const std::int64_t x = down(projection.least.x) - 1, y = down(projection.least.y) - 1;
-    const Box box = Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y,
-                              PixelsOf(frame).width, PixelsOf(frame).height);
-    Blend(frame, box, ProjectedSampler{layer, projection, opacity});
+    return Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y, PixelsOf(frame).width,
+                     PixelsOf(frame).height);
+}
+
+Box Within(const Box& box, const Window& window) {
+    const auto side = [](std::int32_t place) { return unsigned(std::max(place, 0)); };
+    return {std::max(box.left, side(window.left)), std::max(box.top, side(window.top)),
+            std::min(box.right, side(window.right)), std::min(box.bottom, side(window.bottom))};
+}
+
+template <class View>
+void LayProjected(View frame, PackedView layer, const Projection& projection, Window window, std::uint32_t opacity) {
+    Blend(frame, Within(BoxOf(frame, projection), window), ProjectedSampler{layer, projection, opacity});
+}
+
+template <class View>
+void LayStretched(View frame, const Projection& projection, Window window, const StretchedSampler& sampler) {
+    Blend(frame, Within(BoxOf(frame, projection), window), sampler);
 }
 
 // Of an alpha plane that is smaller than the luma plane, only what both have can be drawn on.
@@ -170,18 +187,19 @@ void Canvas::LayWarped(const Layer& layer, const WarpPlanes& map, std::int32_t x
         m_frame);
 }
 
-void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity) {
+void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity, Window window) {
     if (!layer.Width() || !layer.Height()) return;
     const std::optional<Projection> projection = Project(placement, layer.Width(), layer.Height());
     if (!projection) return;
-    ForFrame(
-        [&](const PackedView& frame) {
-            variantsOf<LayProjected<PackedView>>.For(m_set)(frame, layer.View(), *projection, opacity);
-        },
-        [&](const PlanarView& frame) {
-            variantsOf<LayProjected<PlanarView>>.For(m_set)(Drawable(frame), layer.View(), *projection, opacity);
-        },
-        m_frame);
+    const std::optional<StretchedSampler> stretched = StretchedSampler::Make(layer.View(), placement, opacity);
+    const auto lay = [&]<class View>(const View& frame) {
+        if (stretched)
+            variantsOf<LayStretched<View>>.For(m_set)(frame, *projection, window, *stretched);
+        else
+            variantsOf<LayProjected<View>>.For(m_set)(frame, layer.View(), *projection, window, opacity);
+    };
+    ForFrame([&](const PackedView& frame) { lay(frame); }, [&](const PlanarView& frame) { lay(Drawable(frame)); },
+             m_frame);
 }
 
 }  // namespace AVBased

@@ -15,6 +15,11 @@ struct WarpPlanes {
     unsigned width, height;
 };
 
+/// A part of a frame, up to but not including the right column and the bottom row: from the start all of any frame.
+struct Window {
+    std::int32_t left = 0, top = 0, right = 0x7FFFFFFF, bottom = 0x7FFFFFFF;
+};
+
 /// A frame on which a menu is composed: the one place where anything is blended.
 ///
 /// Where a layer covers a pixel with a of 255, the pixel becomes (pixel * (255 - a) + layer * a) / 255, to the nearest.
@@ -48,8 +53,9 @@ class Canvas {
 
     /// Lays a layer with its corners at any four places: scaled, turned, in perspective, in parts of pixels. Colours
     /// are interpolated between neighbours, edges are smooth. Corners that are not finite, enclose nothing or have a
-    /// dent show nothing. At whole pixels, unturned and in its own size, a layer comes out as from Lay.
-    void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255);
+    /// dent show nothing. At whole pixels, unturned and in its own size, a layer comes out as from Lay. Nothing is
+    /// drawn outside the window.
+    void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255, Window window = {});
 
  private:
     IRawVideoFrame& m_frame;

@@ -59,10 +59,20 @@ void ExpectNear(const TestFrame& actual, const TestFrame& expected, int toleranc
 TEST(LayTransformed, IsBilinearWithSmoothEdges) {
     const Layer layer = SmoothLayer(60, 40);
     const Placement placements[] = {
-        Placement::Turned({40, 30}, 60, 40, 30),    Placement::Turned({40.3, 29.8}, 33, 51, 211.5),
-        Placement::Turned({40, 30}, -70, 50, 5),    Placement::Turned({300, 20}, 500, 300, 45),
-        {{5, 8}, {70, 20.5}, {64, 50}, {9.25, 58}}, {{20, 10}, {60, 10}, {78, 55}, {2, 55}},
+        Placement::Turned({40, 30}, 60, 40, 30),
+        Placement::Turned({40.3, 29.8}, 33, 51, 211.5),
+        Placement::Turned({40, 30}, -70, 50, 5),
+        Placement::Turned({300, 20}, 500, 300, 45),
+        {{5, 8}, {70, 20.5}, {64, 50}, {9.25, 58}},
+        {{20, 10}, {60, 10}, {78, 55}, {2, 55}},
         {{60, 5}, {10, 12}, {8, 50}, {70, 40}},
+        // Upright: larger, smaller, moved by parts of a pixel, over all of the frame, thinner than a pixel.
+        Placement::Turned({40.3, 29.7}, 93.6, 71.3),
+        Placement::Turned({40.2, 29.9}, 33.3, 51.4),
+        Placement::Turned({41.3, 30.8}, 60, 40),
+        Placement::Turned({300, 20}, 900.5, 400),
+        Placement::Turned({40.4, 30}, 0.6, 30),
+        Placement::Turned({150, 30.1}, 290, 0.7),
     };
     for (const Placement& placement : placements)
         for (unsigned opacity : {255u, 90u}) {
@@ -104,6 +114,27 @@ TEST(LayTransformed, UnturnedAtWholePixelsIsLay) {
                                                          layer.Width(), layer.Height()));
             ASSERT_EQ(actual, expected) << "frame " << i << " set " << int(set);
         }
+    }
+}
+
+TEST(LayTransformed, StaysWithinItsWindow) {
+    std::mt19937 random(6);
+    const Layer layer = RandomLayer(20, 20, random);
+    for (const double degrees : {0.0, 20.0}) {
+        TestFrame frame(30, 30, 30);
+        frame.Randomise(random);
+        const Placement placement = Placement::Turned({15, 15}, 25.5, 27, degrees);
+        TestFrame whole = frame, part = frame;
+        Canvas(whole).LayTransformed(layer, placement);
+        Canvas(part).LayTransformed(layer, placement, 255, {-3, 8, 11, 21});
+        const Grid before = frame.Samples(), all = whole.Samples(), within = part.Samples();
+        for (unsigned y = 0; y < 30; ++y)
+            for (unsigned x = 0; x < 30; ++x) {
+                const bool inside = x < 11 && y >= 8 && y < 21;
+                ASSERT_EQ(within[y][x], inside ? all[y][x] : before[y][x]) << x << "," << y;
+            }
+        Canvas(part).LayTransformed(layer, placement, 255, {12, 5, 12, 4});
+        EXPECT_EQ(part.Samples(), within);
     }
 }
 
