@@ -1,10 +1,33 @@
 #include "dvd_effects/CAnimatedMenu.h"
 
+#include <cmath>
+
+#include "dvd_effects/painting.h"
+
 namespace AVBased {
 
 namespace {
 
 constexpr int usualLoop = 300;
+
+double Length(Spot from, Spot to) { return std::hypot(to.x - from.x, to.y - from.y); }
+
+// The picture itself, or the halved one that is still as large as it is to be shown: a pixel of the frame takes only
+// four of a picture's, and so none may be left out.
+const Layer& Reduced(const Layer& picture, std::vector<Layer>& halves, const Placement& at) {
+    const double width = std::max(Length(at.topLeft, at.topRight), Length(at.bottomLeft, at.bottomRight));
+    const double height = std::max(Length(at.topLeft, at.bottomLeft), Length(at.topRight, at.bottomRight));
+    double scale = std::max(width / picture.Width(), height / picture.Height());
+    const Layer* layer = &picture;
+    for (std::size_t i = 0; scale <= 0.5 && layer->Width() > 1 && layer->Height() > 1; ++i, scale *= 2) {
+        if (halves.size() == i) {
+            Layer half = Halved(*layer);
+            halves.push_back(std::move(half));
+        }
+        layer = &halves[i];
+    }
+    return *layer;
+}
 
 }  // namespace
 
@@ -17,14 +40,25 @@ std::vector<CAnimatedMenu::Actor> CAnimatedMenu::Actors() const {
     std::vector<Actor> actors;
     for (const Shown& shown : ShownSources()) {
         const double opacity = HasFades() ? OpacityOf(shown.source) / 255.0 : 1;
-        actors.push_back({shown.picture, unsigned(actors.size()), opacity, shown.source});
+        actors.push_back({shown.picture, unsigned(actors.size()), opacity, shown.source, shown.halves});
     }
     return actors;
 }
 
-void CAnimatedMenu::Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity) const {
+void CAnimatedMenu::Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity,
+                         Window window) const {
     const double shown = std::clamp(opacity, 0.0, 1.0) * actor.opacity;
-    canvas.LayTransformed(actor.picture, placement, std::uint8_t(shown * 255 + 0.5));
+    canvas.LayTransformed(Reduced(actor.picture, actor.halves, placement), placement, std::uint8_t(shown * 255 + 0.5),
+                          window);
+}
+
+void CAnimatedMenu::ShowWithin(Canvas& canvas, const Actor& actor, Window window, double zoom, double opacity) const {
+    const double width = window.right - window.left, height = window.bottom - window.top;
+    const double own = actor.picture.Width(), ownHeight = actor.picture.Height();
+    const double scale = zoom * std::max(width / own, height / ownHeight);
+    Show(canvas, actor,
+         Placement::Turned({window.left + width / 2, window.top + height / 2}, own * scale, ownHeight * scale), opacity,
+         window);
 }
 
 FrameSize CAnimatedMenu::UsualBox() const {

@@ -22,6 +22,7 @@ class CAnimatedMenu : public CBasedMenu {
         unsigned index = 0;  ///< among those that have a picture
         double opacity = 1;  ///< what its own fade leaves
         const additionsource_t& source;
+        std::vector<Layer>& halves;  ///< the picture at a half, a quarter... of its size, as far as they were needed
     };
 
     /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
@@ -30,8 +31,13 @@ class CAnimatedMenu : public CBasedMenu {
     double Height() const { return MenuSize().height; }
     /// All sources that have a picture, in their order.
     std::vector<Actor> Actors() const;
-    /// Lays an actor's picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own.
-    void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1) const;
+    /// Lays an actor's picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own. A
+    /// picture shown small is as smooth as one in its own size. Nothing is drawn outside the window.
+    void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1,
+              Window window = {}) const;
+    /// Lays an actor's picture so that it fills a rectangle of whole pixels, `zoom` (1 or more) times as large as that
+    /// takes; what stands out is left out.
+    void ShowWithin(Canvas& canvas, const Actor& actor, Window window, double zoom, double opacity = 1) const;
 
     /// The size that pictures have when none is given for them: a third of the menu.
     virtual FrameSize UsualBox() const;

@@ -34,7 +34,8 @@ class CBasedMenu : public CBasedVideoImageEffect {
     struct Shown {
         const additionsource_t& source;
         const Layer& picture;
-        point_t inBox;  ///< where in its box the picture lies
+        point_t inBox;               ///< where in its box the picture lies
+        std::vector<Layer>& halves;  ///< a place for copies of the picture, kept for as long as it stays the same
     };
     struct Text {
         text_t item;
@@ -100,6 +101,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
         LayerMaker maker, maskMaker;
         Layer layer, mask;
         point_t inBox;
+        mutable std::vector<Layer> halves;
     };
     void OpenBackground(const std::string& path);
     void OpenBackgroundMask(const std::string& path);

@@ -34,6 +34,22 @@ constexpr double Wave(double turns) {
     return arch + 0.225 * (arch * (arch < 0 ? -arch : arch) - arch);
 }
 
+/// Whose turn it is when some take turns, and how much of the turn has gone by.
+struct Turn {
+    unsigned index = 0;
+    double part = 0;
+};
+constexpr Turn TurnAt(double phase, unsigned count) {
+    const double turns = phase * count, whole = WholePart(turns);
+    return {count ? static_cast<unsigned>(whole) % count : 0, turns - whole};
+}
+/// How far it is the turn of `index`: 1 during its own one, but for the last `ramp` of that, where it passes to the
+/// next. All shares are 1 together.
+constexpr double ShareOf(unsigned index, const Turn& turn, unsigned count, double ramp) {
+    const double passed = Passed(turn.part, 1 - ramp, 1);
+    return (index == turn.index ? 1 - passed : 0) + (index == (turn.index + 1) % count ? passed : 0);
+}
+
 /// A number of 0 up to, but not, 1 that looks random and follows from two others.
 constexpr double Scattered(unsigned seed, unsigned index) {
     unsigned hash = (seed * 0x9E3779B1u) ^ (index * 0x85EBCA6Bu + 0xC2B2AE35u);

@@ -123,6 +123,28 @@ Layer ShadowOf(const Layer& layer, LayerKind kind, unsigned radius, Colour colou
     return shadow;
 }
 
+Layer Halved(const Layer& layer) {
+    const PackedView from = layer.View();
+    Layer half((from.width + 1) / 2, (from.height + 1) / 2);
+    const PackedView to = half.View();
+    for (unsigned y = 0; y < to.height; ++y)
+        for (unsigned x = 0; x < to.width; ++x) {
+            const unsigned right = std::min(2 * x + 1, from.width - 1), lower = std::min(2 * y + 1, from.height - 1);
+            const std::uint32_t pixels[4] = {LoadWord(from.Row(2 * std::size_t(y)) + 2 * x),
+                                             LoadWord(from.Row(2 * std::size_t(y)) + right),
+                                             LoadWord(from.Row(lower) + 2 * x), LoadWord(from.Row(lower) + right)};
+            std::uint32_t covered = 0, sums[3] = {};
+            for (const std::uint32_t pixel : pixels) {
+                covered += pixel >> 24;
+                for (unsigned k = 0; k < 3; ++k) sums[k] += (pixel >> (8 * k) & 255) * (pixel >> 24);
+            }
+            std::uint32_t mean = (covered + 2) / 4 << 24;
+            for (unsigned k = 0; covered && k < 3; ++k) mean |= (sums[k] + covered / 2) / covered << (8 * k);
+            StoreWord(to.Row(y) + x, mean);
+        }
+    return half;
+}
+
 void Tone(const Layer& layer, LayerKind kind, Colour white, unsigned part) {
     // A table of what each brightness becomes.
     std::uint32_t tones[256];

@@ -22,6 +22,9 @@ Layer Framed(const Layer& layer, LayerKind kind, unsigned side, unsigned top, un
 /// The layer's shape in one colour, blurred: larger by `radius` on every side. Of a radius of 0 it is sharp.
 Layer ShadowOf(const Layer& layer, LayerKind kind, unsigned radius, Colour colour);
 
+/// The layer at half its size, rounded up: the mean of every four pixels.
+Layer Halved(const Layer& layer);
+
 /// Turns colours into shades of one: black stays, white becomes `white`. `part` of 256 is how far.
 void Tone(const Layer& layer, LayerKind kind, Colour white, unsigned part);
 /// Mixes a colour into every pixel, `part` of 256 of it; coverage stays.
