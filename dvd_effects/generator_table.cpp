@@ -1,6 +1,7 @@
 #include "dvd_effects/generator_table.h"
 
 #include "dvd_effects/CCommon.h"
+#include "dvd_effects/CFullScreen.h"
 #include "dvd_effects/CSlides.h"
 #include "dvd_effects/CTitle.h"
 
@@ -9,6 +10,7 @@ namespace AVBased {
 namespace {
 
 constexpr EffectEntry generatorTable[] = {
+    {effectMenuFullScreenName, Create<CFullScreen>},
     {effectSlideName, Create<CSlides>},
     {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},
