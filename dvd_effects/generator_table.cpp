@@ -2,6 +2,7 @@
 
 #include "dvd_effects/CCommon.h"
 #include "dvd_effects/CFullScreen.h"
+#include "dvd_effects/CPush.h"
 #include "dvd_effects/CSlides.h"
 #include "dvd_effects/CTitle.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 constexpr EffectEntry generatorTable[] = {
     {effectMenuFullScreenName, Create<CFullScreen>},
+    {effectMenuPushName, Create<CPush>},
     {effectSlideName, Create<CSlides>},
     {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},

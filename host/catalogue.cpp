@@ -250,7 +250,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_babygirl", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_babyboy", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_rectangles", "an animated disc menu", generator | menu, menuTemplate},
-    {"menu_push", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_push", "each picture pushes the one before it off the screen", generator | menu, menuTemplate},
     {"menu_travel", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_pets", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_stacking", "an animated disc menu", generator | menu, menuTemplate},
