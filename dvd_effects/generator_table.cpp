@@ -5,6 +5,7 @@
 #include "dvd_effects/CPush.h"
 #include "dvd_effects/CSlides.h"
 #include "dvd_effects/CTitle.h"
+#include "dvd_effects/CVignette.h"
 
 namespace AVBased {
 
@@ -13,6 +14,7 @@ namespace {
 constexpr EffectEntry generatorTable[] = {
     {effectMenuFullScreenName, Create<CFullScreen>},
     {effectMenuPushName, Create<CPush>},
+    {effectMenuVignetteName, Create<CVignette>},
     {effectSlideName, Create<CSlides>},
     {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},

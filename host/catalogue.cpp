@@ -255,7 +255,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_pets", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_stacking", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_specialoccasion", "an animated disc menu", generator | menu, menuTemplate},
-    {"menu_vignette", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_vignette", "one picture at a time in a soft oval, all of them small below", generator | menu, menuTemplate},
     {"menu_videowall", "an animated disc menu", generator | menu, menuTemplate},
     {"slide", "a slideshow with transitions", generator, slide},
     {"title", "styled lines that fade and move in and out", generator, title},
