@@ -3,6 +3,7 @@
 #include "dvd_effects/CCommon.h"
 #include "dvd_effects/CFullScreen.h"
 #include "dvd_effects/CPush.h"
+#include "dvd_effects/CRectangles.h"
 #include "dvd_effects/CResizingPanels.h"
 #include "dvd_effects/CSlides.h"
 #include "dvd_effects/CTitle.h"
@@ -15,6 +16,7 @@ namespace {
 constexpr EffectEntry generatorTable[] = {
     {effectMenuFullScreenName, Create<CFullScreen>},
     {effectMenuResizingPanelsName, Create<CResizingPanels>},
+    {effectMenuRectanglesName, Create<CRectangles>},
     {effectMenuPushName, Create<CPush>},
     {effectMenuVignetteName, Create<CVignette>},
     {effectSlideName, Create<CSlides>},
