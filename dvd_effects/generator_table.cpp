@@ -7,6 +7,7 @@
 #include "dvd_effects/CResizingPanels.h"
 #include "dvd_effects/CSlides.h"
 #include "dvd_effects/CTitle.h"
+#include "dvd_effects/CVideoWall.h"
 #include "dvd_effects/CVignette.h"
 
 namespace AVBased {
@@ -19,6 +20,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuRectanglesName, Create<CRectangles>},
     {effectMenuPushName, Create<CPush>},
     {effectMenuVignetteName, Create<CVignette>},
+    {effectMenuVideoWallName, Create<CVideoWall>},
     {effectSlideName, Create<CSlides>},
     {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},
