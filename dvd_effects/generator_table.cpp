@@ -2,6 +2,7 @@
 
 #include "dvd_effects/CCommon.h"
 #include "dvd_effects/CFullScreen.h"
+#include "dvd_effects/CLayeredTitles.h"
 #include "dvd_effects/CPush.h"
 #include "dvd_effects/CRectangles.h"
 #include "dvd_effects/CResizingPanels.h"
@@ -16,6 +17,7 @@ namespace {
 
 constexpr EffectEntry generatorTable[] = {
     {effectMenuFullScreenName, Create<CFullScreen>},
+    {effectMenuLayeredTitlesName, Create<CLayeredTitles>},
     {effectMenuResizingPanelsName, Create<CResizingPanels>},
     {effectMenuRectanglesName, Create<CRectangles>},
     {effectMenuPushName, Create<CPush>},
