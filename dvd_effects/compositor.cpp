@@ -1,5 +1,8 @@
 #include "dvd_effects/compositor.h"
 
+#include <cmath>
+#include <cstring>
+
 #include "dvd_effects/blending.h"
 #include "dvd_effects/menu_motion.h"
 #include "dvd_effects/projected_sampler.h"
@@ -54,7 +57,8 @@ struct StraightSampler {
     PackedView layer;
     Place place;
 
-    void operator()(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
+    Stretch Reach(unsigned, Stretch within) const { return within; }
+    void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
         const Rgba32* const from = layer.Row(std::size_t(std::int64_t(y) - place.y)) + (std::int64_t(x) - place.x);
         row.SetPixels(
             at, count, [from](unsigned i) { return LoadWord(from + i); },
@@ -67,7 +71,8 @@ struct WarpSampler {
     Place place;
     WarpPlanes map;
 
-    void operator()(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
+    Stretch Reach(unsigned, Stretch within) const { return within; }
+    void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
         const std::size_t from =
             std::size_t(std::int64_t(y) - place.y) * map.width + std::size_t(std::int64_t(x) - place.x);
         const auto pixel = [&](unsigned i) -> std::uint32_t {
@@ -81,50 +86,6 @@ struct WarpSampler {
     }
 };
 
-const PackedView& PixelsOf(const PackedView& frame) { return frame; }
-const ComponentView& PixelsOf(const PlanarView& frame) { return frame.plane[0]; }
-
-// The part of a frame that a picture of this size covers.
-template <class View>
-Box BoxOf(const View& frame, const Place& place, unsigned width, unsigned height) {
-    return Box::Clip(place.x, place.y, width, height, PixelsOf(frame).width, PixelsOf(frame).height);
-}
-
-template <class View>
-void LayStraight(View frame, PackedView layer, Place place) {
-    Blend(frame, BoxOf(frame, place, layer.width, layer.height), StraightSampler{layer, place});
-}
-
-template <class View>
-void LayThroughMap(View frame, PackedView layer, Place place, WarpPlanes map) {
-    Blend(frame, BoxOf(frame, place, map.width, map.height), WarpSampler{layer, place, map});
-}
-
-// The part of a frame within the bounds of a placement, and a pixel more.
-template <class View>
-Box BoxOf(const View& frame, const Projection& projection) {
-    const auto down = [](double value) { return std::int64_t(std::floor(value)); };
-    const std::int64_t x = down(projection.least.x) - 1, y = down(projection.least.y) - 1;
-    return Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y, PixelsOf(frame).width,
-                     PixelsOf(frame).height);
-}
-
-Box Within(const Box& box, const Window& window) {
-    const auto side = [](std::int32_t place) { return unsigned(std::max(place, 0)); };
-    return {std::max(box.left, side(window.left)), std::max(box.top, side(window.top)),
-            std::min(box.right, side(window.right)), std::min(box.bottom, side(window.bottom))};
-}
-
-template <class View>
-void LayProjected(View frame, PackedView layer, const Projection& projection, Window window, std::uint32_t opacity) {
-    Blend(frame, Within(BoxOf(frame, projection), window), ProjectedSampler{layer, projection, opacity});
-}
-
-template <class View>
-void LayStretched(View frame, const Projection& projection, Window window, const StretchedSampler& sampler) {
-    Blend(frame, Within(BoxOf(frame, projection), window), sampler);
-}
-
 // Of an alpha plane that is smaller than the luma plane, only what both have can be drawn on.
 PlanarView Drawable(PlanarView frame) {
     if (frame.HasAlpha()) {
@@ -132,6 +93,40 @@ PlanarView Drawable(PlanarView frame) {
         frame.plane[0].height = std::min(frame.plane[0].height, frame.plane[3].height);
     }
     return frame;
+}
+
+// Blends what a sampler shows on a part of a frame; box(width, height) is that part of a frame of such a size.
+template <class BoxOf>
+void LayOn(IRawVideoFrame& frame, BoxOf box, const SamplerRef& sampler, InstructionSet set) {
+    const auto lay = [&](const auto& view, const auto& pixels) {
+        Blend(view, box(pixels.width, pixels.height), sampler, set);
+    };
+    ForFrame([&](const PackedView& view) { lay(view, view); },
+             [&](const PlanarView& view) {
+                 const PlanarView drawable = Drawable(view);
+                 lay(drawable, drawable.plane[0]);
+             },
+             frame);
+}
+
+// The part of a frame that a picture of this size covers.
+auto BoxAt(const Place& place, unsigned width, unsigned height) {
+    return [=](unsigned frameWidth, unsigned frameHeight) {
+        return Box::Clip(place.x, place.y, width, height, frameWidth, frameHeight);
+    };
+}
+
+// The part of a frame within a window and the bounds of a placement, and a pixel more.
+auto BoxWithin(const Projection& projection, const Window& window) {
+    return [=](unsigned frameWidth, unsigned frameHeight) {
+        const auto down = [](double value) { return std::int64_t(std::floor(value)); };
+        const std::int64_t x = down(projection.least.x) - 1, y = down(projection.least.y) - 1;
+        const Box box =
+            Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y, frameWidth, frameHeight);
+        const auto side = [](std::int32_t place) { return unsigned(std::max(place, 0)); };
+        return Box{std::max(box.left, side(window.left)), std::max(box.top, side(window.top)),
+                   std::min(box.right, side(window.right)), std::min(box.bottom, side(window.bottom))};
+    };
 }
 
 }  // namespace
@@ -165,41 +160,25 @@ void Canvas::Copy(IRawVideoFrame& picture, unsigned x, unsigned y) {
 }
 
 void Canvas::Lay(const Layer& layer, std::int32_t x, std::int32_t y, std::uint8_t opacity) {
-    const Place place{x, y, opacity};
-    ForFrame(
-        [&](const PackedView& frame) { variantsOf<LayStraight<PackedView>>.For(m_set)(frame, layer.View(), place); },
-        [&](const PlanarView& frame) {
-            variantsOf<LayStraight<PlanarView>>.For(m_set)(Drawable(frame), layer.View(), place);
-        },
-        m_frame);
+    const StraightSampler sampler{layer.View(), {x, y, opacity}};
+    LayOn(m_frame, BoxAt(sampler.place, layer.Width(), layer.Height()), SamplerRef(sampler, m_set), m_set);
 }
 
 void Canvas::LayWarped(const Layer& layer, const WarpPlanes& map, std::int32_t x, std::int32_t y,
                        std::uint8_t opacity) {
-    const Place place{x, y, opacity};
-    ForFrame(
-        [&](const PackedView& frame) {
-            variantsOf<LayThroughMap<PackedView>>.For(m_set)(frame, layer.View(), place, map);
-        },
-        [&](const PlanarView& frame) {
-            variantsOf<LayThroughMap<PlanarView>>.For(m_set)(Drawable(frame), layer.View(), place, map);
-        },
-        m_frame);
+    const WarpSampler sampler{layer.View(), {x, y, opacity}, map};
+    LayOn(m_frame, BoxAt(sampler.place, map.width, map.height), SamplerRef(sampler, m_set), m_set);
 }
 
 void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity, Window window) {
     if (!layer.Width() || !layer.Height()) return;
     const std::optional<Projection> projection = Project(placement, layer.Width(), layer.Height());
     if (!projection) return;
-    const std::optional<StretchedSampler> stretched = StretchedSampler::Make(layer.View(), placement, opacity);
-    const auto lay = [&]<class View>(const View& frame) {
-        if (stretched)
-            variantsOf<LayStretched<View>>.For(m_set)(frame, *projection, window, *stretched);
-        else
-            variantsOf<LayProjected<View>>.For(m_set)(frame, layer.View(), *projection, window, opacity);
-    };
-    ForFrame([&](const PackedView& frame) { lay(frame); }, [&](const PlanarView& frame) { lay(Drawable(frame)); },
-             m_frame);
+    const auto box = BoxWithin(*projection, window);
+    if (const auto stretched = StretchedSampler::Make(layer.View(), placement, opacity))
+        LayOn(m_frame, box, SamplerRef(*stretched, m_set), m_set);
+    else
+        LayOn(m_frame, box, ProjectedSampler(layer.View(), *projection, opacity, m_set), m_set);
 }
 
 }  // namespace AVBased

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <optional>
 
-#include "dvd_effects/blending.h"
 #include "dvd_effects/placement.h"
+#include "dvd_effects/tile_row.h"
 
 namespace AVBased::Blending {
 
@@ -31,14 +31,13 @@ class StretchedSampler {
         return sampler;
     }
 
-    void operator()(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
-        const std::uint32_t shown = std::uint32_t(m_opacity * Overlap(y, m_least.y, m_most.y));
-        // Whole columns of the frame that the rectangle reaches.
-        const auto begin = unsigned(std::clamp(std::floor(m_least.x) - x, 0.0, double(count)));
-        const auto end = unsigned(std::clamp(std::ceil(m_most.x) - x, double(begin), double(count)));
-        row.Uncover(at, at + begin);
-        row.Uncover(at + end, at + count);
-        if (begin < end) Sample(x + begin, y, end - begin, shown, row, at + begin);
+    // Whole columns of the frame that the rectangle reaches.
+    Stretch Reach(unsigned, Stretch within) const {
+        const auto column = [&](double place) { return unsigned(std::clamp<double>(place, within.begin, within.end)); };
+        return within.IsEmpty() ? within : Stretch{column(std::floor(m_least.x)), column(std::ceil(m_most.x))};
+    }
+    void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
+        Sample(x, y, count, std::uint32_t(m_opacity * Overlap(y, m_least.y, m_most.y)), row, at);
     }
 
  private:

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "effects/row_loops.h"
 #include "tests/dvd_effects/compositor_judge.h"
 
 namespace AVBased::Testing {
@@ -135,6 +136,27 @@ TEST(LayTransformed, StaysWithinItsWindow) {
             }
         Canvas(part).LayTransformed(layer, placement, 255, {12, 5, 12, 4});
         EXPECT_EQ(part.Samples(), within);
+    }
+}
+
+TEST(LayTransformed, GivesTheSameBytesOnEveryProcessor) {
+    std::mt19937 random(6);
+    const auto between = [&](double least, double most) {
+        return std::uniform_real_distribution<double>(least, most)(random);
+    };
+    for (unsigned i = 0; i < 180; ++i) {
+        const TestFrame frame = RandomFrame(i, random);
+        Layer layer = RandomLayer(1 + random() % 60, 1 + random() % 30, random);
+        if (i % 4 == 0) ForEachPixel(layer.View(), [](std::uint32_t pixel) { return pixel | alphaMask; });
+        auto placement =
+            Placement::Turned({between(-9, 40), between(-9, 20)}, between(1, 300), between(1, 50), between(-180, 180));
+        if (i % 3 == 0) placement.topLeft.x += between(-1, 1);
+        const auto opacity = std::uint8_t(i % 2 ? 255 : random() % 256);
+        TestFrame plain = frame;
+        Canvas(plain, InstructionSet::Baseline).LayTransformed(layer, placement, opacity);
+        TestFrame actual = frame;
+        Canvas(actual).LayTransformed(layer, placement, opacity);
+        ASSERT_EQ(actual, plain) << "frame " << i;
     }
 }
 
