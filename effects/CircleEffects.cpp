@@ -1,7 +1,11 @@
 #include "effects/CircleEffects.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <memory>
+#include <numeric>
+#include <ranges>
 #include <vector>
 
 #include "effects/fixed_point.h"
@@ -25,59 +29,221 @@ constexpr Property<CircleSettings> spherizeProperties[] = {
     {spherizeScaleName, "0", &CircleSettings::scale},
 };
 
-// What depends on a pixel's distances from the centre alone is the same in all four quarters of the circle.
-template <class Value, Value unknown>
-class QuarterMemory {
- public:
-    QuarterMemory(const CircleSettings& circle, const Box& box)
-        : m_circle(circle),
-          m_columns(std::max(Distance(box.xBegin, circle.x), Distance(box.xEnd, circle.x)) + std::size_t(1)),
-          m_values(
-              m_columns * (std::max(Distance(box.yBegin, circle.y), Distance(box.yEnd, circle.y)) + std::size_t(1)),
-              unknown) {}
+// Up to these, squares of distances do not wrap around and single-precision numbers hold positions and distances, so
+// that what depends on a pixel's distances from the centre alone is the same in all four quarters of the circle and on
+// both sides of their diagonals.
+constexpr unsigned maxExactPosition = 1 << 15, maxExactRadius = 1 << 16;
 
-    template <class Compute>
-    const Value& At(unsigned x, unsigned y, const Compute& compute) {
-        Value& value = m_values[Distance(y, m_circle.y) * m_columns + Distance(x, m_circle.x)];
-        if (value == unknown) value = compute(x, y);
-        return value;
+bool IsExact(const CircleSettings& circle, const Box& box) {
+    return std::max(box.xEnd, box.yEnd) <= maxExactPosition && circle.radius < maxExactRadius;
+}
+
+unsigned Distance(unsigned a, unsigned b) { return a < b ? b - a : a - b; }
+std::size_t DistancesIn(unsigned begin, unsigned end, unsigned centre) {
+    return std::max(Distance(begin, centre), Distance(end, centre)) + std::size_t(1);
+}
+
+// The pixels of a row that are less than `inside` columns away from the centre.
+struct Chord {
+    std::size_t begin, middle, end;  // indices of the row; left of the middle are those left of the centre
+
+    Chord(const SourceRow& row, unsigned centre, unsigned inside) {
+        const auto index = [&](unsigned x) {
+            return std::size_t(std::clamp(x, row.xBegin, row.xBegin + row.count) - row.xBegin);
+        };
+        begin = index(inside ? centre - std::min(centre, inside - 1) : centre);
+        end = index(centre + inside);
+        middle = std::clamp(index(centre), begin, end);
+    }
+};
+
+// Makes the pixels beside the chord their own sources.
+void KeepBeside(const Chord& chord, const SourceRow& row) {
+    const auto keep = [&](std::size_t begin, std::size_t end) {
+        std::iota(row.columns + begin, row.columns + end, row.xBegin + unsigned(begin));
+        std::fill(row.rows + begin, row.rows + end, row.y);
+    };
+    keep(0, chord.begin);
+    keep(chord.end, row.count);
+}
+
+// Calls pixel(i, distance, side) for the pixels of the chord, where the side is -1 or 1.
+template <class Pixel>
+void ForEachInside(const Chord& chord, const SourceRow& row, std::size_t centre, const Pixel& pixel) {
+    const std::size_t toLeft = centre - row.xBegin;
+    for (std::size_t i = chord.begin; i < chord.middle; ++i) pixel(i, toLeft - i, -1);
+    for (std::size_t i = chord.middle; i < chord.end; ++i) pixel(i, i - toLeft, 1);
+}
+
+float DistanceFrom(std::int32_t dx, std::int32_t dy) {
+    return float(std::sqrt(double(WrappingSum(WrappingProduct(dx, dx), WrappingProduct(dy, dy)))));
+}
+
+// Negated, since the distance in a huge picture may be no number.
+bool IsOutside(const CircleSettings& circle, float distance) { return !(float(circle.radius) > distance); }
+
+float TwistAt(const CircleSettings& circle, float distance, float nx, float ny) {
+    const double twist = double(float(circle.radius) - distance) * circle.scale;
+    return float(2 * (std::sqrt(double(nx * nx + ny * ny)) - 0.7) * (twist / double(circle.radius)));
+}
+
+// The angles of the pixels of a row from the centre's column on.
+void FillTwists(const CircleSettings& circle, unsigned dy, unsigned count, float* angles) {
+    const CircleSettings own = circle;
+    const float radius = float(own.radius), ny = float(dy) / radius;
+    for (std::int32_t dx = 0; dx < std::int32_t(count); ++dx)
+        angles[dx] = TwistAt(own, DistanceFrom(dx, std::int32_t(dy)), float(dx) / radius, ny);
+}
+
+// The turns of a quarter of the circle, row by row as they are asked for.
+class QuarterTurns {
+ public:
+    struct Row {
+        const float *sines, *cosines;
+        unsigned count;  // from the centre's column to the rim
+    };
+
+    QuarterTurns(const CircleSettings& circle, const Box& box, InstructionSet set)
+        : m_circle(circle),
+          m_fillTwists(variantsOf<FillTwists>.For(set)),
+          m_columns(DistancesIn(box.xBegin, box.xEnd, circle.x)),
+          m_counts(DistancesIn(box.yBegin, box.yEnd, circle.y), unknown),
+          m_sines(std::make_unique_for_overwrite<float[]>(m_columns * m_counts.size())),
+          m_cosines(std::make_unique_for_overwrite<float[]>(m_columns * m_counts.size())),
+          m_angles(m_columns) {}
+
+    Row At(unsigned dy) {
+        float *const sines = &m_sines[dy * m_columns], *const cosines = &m_cosines[dy * m_columns];
+        if (m_counts[dy] == unknown) {
+            const unsigned count = CountInside(dy);
+            m_fillTwists(m_circle, dy, count, m_angles.data());
+            for (unsigned dx = 0; dx < count; ++dx) {
+                const bool isKnown = dx < m_counts.size() && m_counts[dx] != unknown && dy < m_counts[dx];
+                const std::size_t mirrored = dx * m_columns + dy;
+                if (isKnown) {
+                    sines[dx] = m_sines[mirrored];
+                    cosines[dx] = m_cosines[mirrored];
+                } else {
+                    sines[dx] = std::sin(m_angles[dx]);
+                    cosines[dx] = std::cos(m_angles[dx]);
+                }
+            }
+            m_counts[dy] = count;
+        }
+        return {sines, cosines, m_counts[dy]};
     }
 
  private:
-    static unsigned Distance(unsigned a, unsigned b) { return a < b ? b - a : a - b; }
+    static constexpr unsigned unknown = UINT32_MAX;
+
+    unsigned CountInside(unsigned dy) const {
+        const auto isInside = [&](unsigned dx) {
+            return !IsOutside(m_circle, DistanceFrom(std::int32_t(dx), std::int32_t(dy)));
+        };
+        return *std::ranges::partition_point(std::views::iota(0u, unsigned(m_columns)), isInside);
+    }
 
     CircleSettings m_circle;
+    void (*m_fillTwists)(const CircleSettings&, unsigned, unsigned, float*);
     std::size_t m_columns;
-    std::vector<Value> m_values;
+    std::vector<unsigned> m_counts;  // for each row
+    std::unique_ptr<float[]> m_sines, m_cosines;
+    std::vector<float> m_angles;
 };
 
-// Above this, distances as single-precision numbers may differ from quarter to quarter.
-constexpr unsigned exactInFloat = 1 << 24;
+// No position in the reach of exact arithmetic comes near the limits of 32 bits; not-a-number becomes 0.
+std::uint32_t TruncatedPosition(float position) { return std::uint32_t(std::int32_t(position > 0 ? position : 0)); }
 
-template <class Picture>
-void BuildRotation(CoordinateTable& table, const Box& box, const RotateMap& map, const Picture& picture) {
-    if (std::max(box.xEnd, box.yEnd) > exactInFloat) return table.Build(box, map, picture, Outside::White);
-    // No sine is above 1.
-    constexpr RotateMap::Turn unknown{2, 0}, outside{3, 0};
-    QuarterMemory<RotateMap::Turn, unknown> turns(map.circle, box);
-    const auto turnAt = [&](unsigned x, unsigned y) { return map.TurnAt(x, y).value_or(outside); };
-    table.Build(
-        box,
-        [&](unsigned x, unsigned y) {
-            const RotateMap::Turn turn = turns.At(x, y, turnAt);
-            return turn == outside ? std::nullopt : std::optional(map.Turned(x, y, turn));
-        },
-        picture, Outside::White);
+void RotateRow(const CircleSettings& circle, const QuarterTurns::Row& turns, const SourceRow& to) {
+    const SourceRow row = to;
+    const QuarterTurns::Row turn = turns;
+    const float radius = float(circle.radius), centreX = float(circle.x), centreY = float(circle.y);
+    const float ny = (float(row.y) - centreY) / radius;
+    const Chord chord(row, circle.x, turn.count);
+    KeepBeside(chord, row);
+    std::fill(row.stays, row.stays + chord.begin, true);
+    std::fill(row.stays + chord.end, row.stays + row.count, true);
+    ForEachInside(chord, row, circle.x, [&](std::size_t i, std::size_t dx, int side) {
+        const float nx = float(std::int32_t(dx)) * float(side) / radius;
+        row.columns[i] = TruncatedPosition(centreX + (nx * turn.cosines[dx] - ny * turn.sines[dx]) * radius);
+        row.rows[i] = TruncatedPosition(centreY + (nx * turn.sines[dx] + ny * turn.cosines[dx]) * radius);
+    });
 }
 
-template <class Picture>
-void BuildLens(CoordinateTable& table, const Box& box, const SpherizeMap& map, const Picture& picture,
-               Outside outside) {
-    QuarterMemory<std::int32_t, INT32_MIN> factors(map.circle, box);
-    const auto factorAt = [&](unsigned x, unsigned y) { return map.FactorAt(x, y); };
-    table.Build(
-        box, [&](unsigned x, unsigned y) { return std::optional(map.Scaled(x, y, factors.At(x, y, factorAt))); },
-        picture, outside);
+std::int32_t FactorOf(const CircleSettings& circle, std::uint32_t distance2) {
+    return TruncateToInt32(std::pow(std::sqrt(double(distance2)) / double(circle.radius), circle.scale) * 256);
+}
+
+// Between exponents this small and 0, the powers of neighbouring squared distances may be rounded out of order.
+constexpr double leastScale = 1e-3;
+
+// The lens's factors over the squared distance: they only rise or only fall, so each fills one step.
+class FactorSteps {
+ public:
+    FactorSteps(const CircleSettings& circle, std::uint32_t maxDistance2) {
+        std::int32_t factor = FactorOf(circle, 0);
+        for (std::uint32_t last = 0; last < maxDistance2; ++last) {
+            std::uint32_t next = last;
+            std::int32_t nextFactor = factor;
+            const auto look = [&](std::uint32_t distance2) {
+                const std::int32_t seen = FactorOf(circle, distance2);
+                if (seen == factor) {
+                    last = distance2;
+                } else {
+                    next = distance2;
+                    nextFactor = seen;
+                }
+            };
+            for (std::uint32_t ahead = 1; next <= last && last < maxDistance2; ahead *= 2)
+                look(last + std::min(ahead, maxDistance2 - last));
+            while (next > last + 1) look(last + (next - last) / 2);
+            m_steps.push_back({last, factor});
+            factor = nextFactor;
+        }
+        m_steps.push_back({UINT32_MAX, factor});
+    }
+
+    // For the pixels of a row from the centre's column on.
+    void FillRow(std::uint32_t dy, unsigned count, std::int32_t* factors) const {
+        const auto endsBefore = [](const Step& step, std::uint32_t distance2) { return step.last < distance2; };
+        auto step = std::lower_bound(m_steps.begin(), m_steps.end(), dy * dy, endsBefore);
+        for (std::uint32_t dx = 0; dx < count; ++dx) {
+            const std::uint32_t distance2 = dx * dx + dy * dy;
+            if (step->last < distance2) {
+                // Mostly the next step is the one; where many lie in between, leaps find it.
+                std::ptrdiff_t leap = 1;
+                const std::ptrdiff_t left = m_steps.end() - step;
+                while (leap < left && step[leap].last < distance2) leap *= 2;
+                step = std::lower_bound(step + leap / 2 + 1, step + std::min(leap + 1, left), distance2, endsBefore);
+            }
+            factors[dx] = step->factor;
+        }
+    }
+
+ private:
+    struct Step {
+        std::uint32_t last;
+        std::int32_t factor;
+    };
+    std::vector<Step> m_steps;
+};
+
+Source ScaledAbout(const CircleSettings& circle, std::int32_t dx, std::int32_t dy, std::int32_t factor) {
+    return {circle.x + std::uint32_t(WrappingProduct(dx, factor) >> 8),
+            circle.y + std::uint32_t(WrappingProduct(dy, factor) >> 8)};
+}
+
+// `count` factors from the centre's column to the rim.
+void SpherizeRow(const CircleSettings& circle, const std::int32_t* factors, unsigned count, const SourceRow& to) {
+    const SourceRow row = to;
+    const CircleSettings own = circle;
+    const Chord chord(row, own.x, count);
+    KeepBeside(chord, row);
+    ForEachInside(chord, row, own.x, [&](std::size_t i, std::size_t dx, int side) {
+        const Source source = ScaledAbout(own, side * std::int32_t(dx), std::int32_t(row.y - own.y), factors[dx]);
+        row.columns[i] = source.x;
+        row.rows[i] = source.y;
+    });
 }
 
 }  // namespace
@@ -88,44 +254,45 @@ std::optional<Box> CircleSettings::BoxIn(unsigned width, unsigned height) const 
                std::min(y + radius, height)};
 }
 
-std::optional<RotateMap::Turn> RotateMap::TurnAt(unsigned x, unsigned y) const {
-    const std::int32_t dx = std::int32_t(x - circle.x), dy = std::int32_t(y - circle.y);
-    const float distance = float(std::sqrt(double(WrappingSum(WrappingProduct(dx, dx), WrappingProduct(dy, dy)))));
-    const float radius = float(circle.radius);
-    // Negated, since the distance in a huge picture may be no number.
-    if (!(radius > distance)) return std::nullopt;
-    const float nx = (float(x) - float(circle.x)) / radius, ny = (float(y) - float(circle.y)) / radius;
-    const double twist = double(radius - distance) * circle.scale;
-    const float angle = float(2 * (std::sqrt(double(nx * nx + ny * ny)) - 0.7) * (twist / double(circle.radius)));
-    return Turn{std::sin(angle), std::cos(angle)};
-}
-
-Source RotateMap::Turned(unsigned x, unsigned y, Turn turn) const {
+std::optional<Source> RotateMap::operator()(unsigned x, unsigned y) const {
+    const float distance = DistanceFrom(std::int32_t(x - circle.x), std::int32_t(y - circle.y));
+    if (IsOutside(circle, distance)) return std::nullopt;
     const float radius = float(circle.radius), centreX = float(circle.x), centreY = float(circle.y);
     const float nx = (float(x) - centreX) / radius, ny = (float(y) - centreY) / radius;
-    return {TruncateToUint32(centreX + (nx * turn.cosine - ny * turn.sine) * radius),
-            TruncateToUint32(centreY + (nx * turn.sine + ny * turn.cosine) * radius)};
+    const float angle = TwistAt(circle, distance, nx, ny), sine = std::sin(angle), cosine = std::cos(angle);
+    return Source{TruncateToUint32(centreX + (nx * cosine - ny * sine) * radius),
+                  TruncateToUint32(centreY + (nx * sine + ny * cosine) * radius)};
 }
 
-std::optional<Source> RotateMap::operator()(unsigned x, unsigned y) const {
-    const std::optional<Turn> turn = TurnAt(x, y);
-    return turn ? std::optional(Turned(x, y, *turn)) : std::nullopt;
+FillSourceRow RotateMap::Rows(const Box& box, InstructionSet set) const {
+    if (!IsExact(circle, box)) return PixelByPixel(*this);
+    return [circle = circle, turns = std::make_shared<QuarterTurns>(circle, box, set),
+            fill = variantsOf<RotateRow>.For(set)](const SourceRow& row) {
+        fill(circle, turns->At(Distance(row.y, circle.y)), row);
+    };
 }
 
-std::int32_t SpherizeMap::FactorAt(unsigned x, unsigned y) const {
+std::optional<Source> SpherizeMap::operator()(unsigned x, unsigned y) const {
     const std::uint32_t dx = x - circle.x, dy = y - circle.y, distance2 = dx * dx + dy * dy;
-    if (distance2 > circle.radius * circle.radius) return -1;
-    return TruncateToInt32(std::pow(std::sqrt(double(distance2)) / double(circle.radius), circle.scale) * 256);
+    if (distance2 > circle.radius * circle.radius) return Source{x, y};
+    return ScaledAbout(circle, std::int32_t(dx), std::int32_t(dy), FactorOf(circle, distance2));
 }
 
-Source SpherizeMap::Scaled(unsigned x, unsigned y, std::int32_t factor) const {
-    if (factor < 0) return {x, y};
-    const std::int32_t dx = std::int32_t(x - circle.x), dy = std::int32_t(y - circle.y);
-    return {circle.x + std::uint32_t(WrappingProduct(dx, factor) >> 8),
-            circle.y + std::uint32_t(WrappingProduct(dy, factor) >> 8)};
+FillSourceRow SpherizeMap::Rows(const Box& box, InstructionSet set) const {
+    if (!IsExact(circle, box) || !(std::abs(circle.scale) >= leastScale)) return PixelByPixel(*this);
+    const std::uint32_t radius2 = circle.radius * circle.radius;
+    const auto columns = std::uint32_t(DistancesIn(box.xBegin, box.xEnd, circle.x)),
+               rows = std::uint32_t(DistancesIn(box.yBegin, box.yEnd, circle.y));
+    return [circle = circle, radius2, factors = std::vector<std::int32_t>(columns),
+            steps = FactorSteps(circle, std::min(radius2, columns * columns + rows * rows)),
+            fill = variantsOf<SpherizeRow>.For(set)](const SourceRow& row) mutable {
+        const unsigned dy = Distance(row.y, circle.y);
+        const auto isInside = [&](unsigned dx) { return dx * dx + dy * dy <= radius2; };
+        const unsigned count = *std::ranges::partition_point(std::views::iota(0u, unsigned(factors.size())), isInside);
+        steps.FillRow(dy, count, factors.data());
+        fill(circle, factors.data(), count, row);
+    };
 }
-
-std::optional<Source> SpherizeMap::operator()(unsigned x, unsigned y) const { return Scaled(x, y, FactorAt(x, y)); }
 
 CRotateVideoImageEffect::CRotateVideoImageEffect() : CBasedVideoImageEffect(effectNameRotate) {
     DeclareProperties(*this, rotateProperties);
@@ -151,12 +318,12 @@ void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 
 void CRotateVideoImageEffect::RotateRgba32Effect(const PackedView& picture) {
     if (const auto box = m_settings.BoxIn(picture.width, picture.height))
-        BuildRotation(m_table, *box, RotateMap{m_settings}, picture);
+        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
 }
 
 void CRotateVideoImageEffect::RotateComponentEffect(const PlanarView& picture) {
     if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
-        BuildRotation(m_table, *box, RotateMap{m_settings}, picture);
+        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
 }
 
 void CRotateVideoImageEffect::ConverRotateRgba32Effect(const PackedView& picture) {
@@ -192,12 +359,12 @@ void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
 // Deliberate: a source outside the picture leaves a packed pixel as it was, but turns a planar one white.
 void CSpherizeVideoImageEffect::SpherizeRgba32Effect(const PackedView& picture) {
     if (const auto box = m_settings.BoxIn(picture.width, picture.height))
-        BuildLens(m_table, *box, SpherizeMap{m_settings}, picture, Outside::Unchanged);
+        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::Unchanged);
 }
 
 void CSpherizeVideoImageEffect::SpherizeComponentEffect(const PlanarView& picture) {
     if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
-        BuildLens(m_table, *box, SpherizeMap{m_settings}, picture, Outside::White);
+        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::White);
 }
 
 void CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect(const PackedView& picture) {

@@ -23,24 +23,16 @@ struct CircleSettings {
 
 /// The twist. A pixel outside the circle has no source: it stays.
 struct RotateMap {
-    struct Turn {
-        float sine, cosine;
-        bool operator==(const Turn&) const = default;
-    };
-
     CircleSettings circle;
     std::optional<Source> operator()(unsigned x, unsigned y) const;
-    std::optional<Turn> TurnAt(unsigned x, unsigned y) const;
-    Source Turned(unsigned x, unsigned y, Turn turn) const;
+    FillSourceRow Rows(const Box& box, InstructionSet set) const;
 };
 
 /// The lens. A pixel outside the circle is its own source.
 struct SpherizeMap {
     CircleSettings circle;
     std::optional<Source> operator()(unsigned x, unsigned y) const;
-    /// In 256ths; below 0 outside the circle.
-    std::int32_t FactorAt(unsigned x, unsigned y) const;
-    Source Scaled(unsigned x, unsigned y, std::int32_t factor) const;
+    FillSourceRow Rows(const Box& box, InstructionSet set) const;
 };
 
 /// A swirl whose angle depends on the distance from the centre.

@@ -59,24 +59,30 @@ const std::array<std::int32_t, 181>& TangentMap() {
     return map;
 }
 
-// The two divisions below are written for vectors: as doubles, whose truncated quotient of two 32-bit integers is the
-// integers' own, and with masks in place of branches.
+// The two divisions below are written for vectors: as doubles, and with masks in place of branches.
 
 constexpr std::int32_t MaskOf(bool condition) { return -std::int32_t(condition); }
 
-// The squared distance in a huge picture may wrap around to anything.
+// The truncated quotient of two 32-bit integers as doubles is the integers' own. The squared distance in a huge picture
+// may wrap around to anything.
 std::int32_t Divided(std::int32_t dividend, std::int32_t divisor) {
     const std::int32_t mask = MaskOf(divisor != 0) & MaskOf(divisor != -1);
     const std::int32_t quotient = std::int32_t(double(dividend) / double((divisor & mask) | (1 & ~mask)));
     return (quotient & mask) | (WrappingProduct(dividend, divisor) & ~mask);
 }
 
-// The remainder of a division by a picture's size, with the size added when it is negative.
-std::uint32_t Wrapped(std::int32_t position, unsigned size) {
-    const std::int32_t quotient = std::int32_t(double(position) / double(size));
-    const std::uint32_t remainder = std::uint32_t(position) - std::uint32_t(quotient) * size;
-    return remainder + (size & std::uint32_t(MaskOf(position < 0) & MaskOf(remainder != 0)));
-}
+// The remainder of a division by a picture's size, never negative. Half a step away from the multiples of the size, the
+// rounding of the quotient cannot carry it over one, and a product does for a division.
+struct Wrapping {
+    unsigned size;
+    double inverse;
+
+    explicit Wrapping(unsigned pictureSize) : size(pictureSize), inverse(1 / double(pictureSize)) {}
+    std::uint32_t operator()(std::int32_t position) const {
+        const std::int32_t quotient = std::int32_t((position + 0.5) * inverse);
+        return std::uint32_t(position) - std::uint32_t(quotient) * size + (size & std::uint32_t(MaskOf(position < 0)));
+    }
+};
 
 // What the lens of a tile adds along one of its axes.
 std::int32_t LensAt(std::int32_t angle, const TileReflectSettings& settings) {
@@ -109,17 +115,17 @@ Source MirrorInverted(const MirrorInvertMap& map, unsigned x, unsigned y) {
     const std::int32_t elsewhere = Divided(WrappingProduct(strength, reference2 / 100),
                                            WrappingSum(WrappingProduct(dx, dx), WrappingProduct(dy, dy)));
     const std::int32_t mask = MaskOf((dx | dy) == 0), k = (atCentre & mask) | (elsewhere & ~mask);
-    return {Wrapped(WrappingSum(WrappingProduct(k, dx) >> 8, centreX), map.width),
-            Wrapped(WrappingSum(WrappingProduct(k, dy) >> 8, centreY), map.height)};
+    return {Wrapping(map.width)(WrappingSum(WrappingProduct(k, dx) >> 8, centreX)),
+            Wrapping(map.height)(WrappingSum(WrappingProduct(k, dy) >> 8, centreY))};
 }
 
-void MirrorInvertRow(const MirrorInvertMap& map, unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns,
-                     std::uint32_t* rows) {
+void MirrorInvertRow(const MirrorInvertMap& map, const SourceRow& row) {
     const MirrorInvertMap own = map;
-    for (unsigned i = 0; i < count; ++i) {
-        const Source source = MirrorInverted(own, xBegin + i, y);
-        columns[i] = source.x;
-        rows[i] = source.y;
+    const SourceRow to = row;
+    for (unsigned i = 0; i < to.count; ++i) {
+        const Source source = MirrorInverted(own, to.xBegin + i, to.y);
+        to.columns[i] = source.x;
+        to.rows[i] = source.y;
     }
 }
 
@@ -127,9 +133,8 @@ void MirrorInvertRow(const MirrorInvertMap& map, unsigned xBegin, unsigned y, un
 
 std::optional<Source> MirrorInvertMap::operator()(unsigned x, unsigned y) const { return MirrorInverted(*this, x, y); }
 
-void MirrorInvertMap::FillRow(unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns,
-                              std::uint32_t* rows) const {
-    variantsOf<MirrorInvertRow>.For(BestInstructionSet())(*this, xBegin, y, count, columns, rows);
+FillSourceRow MirrorInvertMap::Rows(const Box&, InstructionSet set) const {
+    return [map = *this, fill = variantsOf<MirrorInvertRow>.For(set)](const SourceRow& row) { fill(map, row); };
 }
 
 void TileReflectSettings::SetAngle(std::int32_t a) {
@@ -167,33 +172,29 @@ Source TileReflected(const TileReflectMap& map, unsigned x, unsigned y, const Le
     const std::int32_t v = throughLens(WrappingDifference(WrappingProduct(c, dy), WrappingProduct(s, dx)));
     const std::int32_t backX = WrappingDifference(WrappingProduct(c, u), WrappingProduct(s, v)) >> 15;
     const std::int32_t backY = WrappingSum(WrappingProduct(c, v), WrappingProduct(s, u)) >> 15;
-    return {Wrapped(WrappingSum(WrappingSum(backX, centreX), std::int32_t(map.width)), map.width),
-            Wrapped(WrappingSum(WrappingSum(backY, centreY), std::int32_t(map.height)), map.height)};
+    return {Wrapping(map.width)(WrappingSum(WrappingSum(backX, centreX), std::int32_t(map.width))),
+            Wrapping(map.height)(WrappingSum(WrappingSum(backY, centreY), std::int32_t(map.height)))};
 }
 
-void TileReflectRow(const TileReflectMap& map, const LensTable& lens, unsigned xBegin, unsigned y, unsigned count,
-                    std::uint32_t* columns, std::uint32_t* rows) {
+void TileReflectRow(const TileReflectMap& map, const LensTable& lens, const SourceRow& row) {
     const TileReflectMap own = map;
     const LensTable ownLens = lens;
-    for (unsigned i = 0; i < count; ++i) {
-        const Source source = TileReflected(own, xBegin + i, y, [&](std::int32_t angle) { return ownLens[angle]; });
-        columns[i] = source.x;
-        rows[i] = source.y;
+    const SourceRow to = row;
+    for (unsigned i = 0; i < to.count; ++i) {
+        const Source source =
+            TileReflected(own, to.xBegin + i, to.y, [&](std::int32_t angle) { return ownLens[angle]; });
+        to.columns[i] = source.x;
+        to.rows[i] = source.y;
     }
 }
 
-// The map with its lens at hand for every angle.
-struct TileReflectRows {
-    TileReflectMap map;
-    LensTable lens{map.settings};
-
-    std::optional<Source> operator()(unsigned x, unsigned y) const { return map(x, y); }
-    void FillRow(unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns, std::uint32_t* rows) const {
-        variantsOf<TileReflectRow>.For(BestInstructionSet())(map, lens, xBegin, y, count, columns, rows);
-    }
-};
-
 }  // namespace
+
+FillSourceRow TileReflectMap::Rows(const Box&, InstructionSet set) const {
+    return [map = *this, lens = LensTable(settings), fill = variantsOf<TileReflectRow>.For(set)](const SourceRow& row) {
+        fill(map, lens, row);
+    };
+}
 
 std::optional<Source> TileReflectMap::operator()(unsigned x, unsigned y) const {
     return TileReflected(*this, x, y, [&](std::int32_t angle) { return LensAt(angle, settings); });
@@ -266,13 +267,13 @@ void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoF
 }
 
 void CTileReflectVideoImageEffect::TileReflectRgba32EffectFirst(const PackedView& picture) {
-    m_table.Build(Whole(picture.width, picture.height), TileReflectRows{{m_settings, picture.width, picture.height}},
+    m_table.Build(Whole(picture.width, picture.height), TileReflectMap{m_settings, picture.width, picture.height},
                   picture, Outside::Nearest);
 }
 
 void CTileReflectVideoImageEffect::TileReflectComponentEffectFirst(const PlanarView& picture) {
     const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
-    m_table.Build(Whole(width, height), TileReflectRows{{m_settings, width, height}}, picture, Outside::Nearest);
+    m_table.Build(Whole(width, height), TileReflectMap{m_settings, width, height}, picture, Outside::Nearest);
 }
 
 void CTileReflectVideoImageEffect::TileReflectRgba32Effect(const PackedView& picture) {

@@ -21,7 +21,7 @@ struct MirrorInvertMap {
     MirrorInvertSettings settings;
     unsigned width, height;
     std::optional<Source> operator()(unsigned x, unsigned y) const;
-    void FillRow(unsigned xBegin, unsigned y, unsigned count, std::uint32_t* columns, std::uint32_t* rows) const;
+    FillSourceRow Rows(const Box& box, InstructionSet set) const;
 };
 
 /// What the three properties come to. These initial members belong to no setting of the properties.
@@ -38,6 +38,7 @@ struct TileReflectMap {
     TileReflectSettings settings;
     unsigned width, height;
     std::optional<Source> operator()(unsigned x, unsigned y) const;
+    FillSourceRow Rows(const Box& box, InstructionSet set) const;
 };
 
 /// The picture turned inside out about its centre.

@@ -53,32 +53,30 @@ struct BlockPlan {
 /// Makes a plan from the top downwards.
 class BlockPlanner {
  public:
+    /// Where the sources of one row of the target go, all of them inside the plane, and a 1 in `white` for each sample
+    /// that turns white, a 0 for the others.
+    struct Row {
+        std::uint32_t *columns, *rows;
+        std::uint8_t* white;
+    };
+
     BlockPlanner(const Box& target, unsigned width, unsigned height, InstructionSet set);
 
     /// Whether the positions in a plane can be counted.
     static bool CanPlan(unsigned width, unsigned height);
 
-    /// fill(y, columns, rows, white) writes the sources of one row of the target, all of them inside the plane.
-    template <class Fill>
-    BlockPlan Make(const Fill& fill) {
-        if (m_padded == 0) return std::move(m_plan);
-        for (unsigned y = m_plan.target.yBegin; y < m_plan.target.yEnd; y += blockRows) {
-            const unsigned rows = std::min(blockRows, m_plan.target.yEnd - y);
-            for (unsigned row = 0; row < rows; ++row) {
-                const std::size_t at = row * m_padded;
-                fill(y + row, &m_columns[at], &m_rows[at], &m_white[at]);
-            }
-            AddBand(y, rows);
-        }
-        return std::move(m_plan);
-    }
+    /// For each row of the target in turn.
+    Row Next();
+    /// After all of them.
+    BlockPlan Finish();
 
  private:
-    void AddBand(unsigned y, unsigned rows);
+    void AddBand();
 
     BlockPlan m_plan;
     unsigned m_width, m_height;
     InstructionSet m_set;
+    unsigned m_bandRows = 0;
     std::size_t m_padded, m_used = 0;
     std::vector<std::uint32_t> m_columns, m_rows;  // the sources of a band, in rows of whole blocks
     std::vector<std::uint8_t> m_white;

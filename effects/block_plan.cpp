@@ -1,10 +1,14 @@
+#include <cstring>
+
 #include "effects/block_gather.h"
 #include "effects/row_loops.h"
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 namespace AVBased {
 namespace {
-
-constexpr unsigned halfColumns = blockColumns / 2, halfSamples = blockSamples / 2;
 
 struct Range {
     std::uint32_t least = UINT32_MAX, most = 0;
@@ -25,12 +29,6 @@ Range RangeOf(const std::uint32_t* values) {
 
 struct Reach {
     Range x, y;
-
-    void Include(const Reach& other) {
-        x.Include(other.x);
-        y.Include(other.y);
-    }
-    bool FitsWindow() const { return x.Length() < windowColumns && y.Length() < windowRows; }
 };
 
 struct Band {
@@ -42,36 +40,6 @@ struct Band {
 struct Plane {
     std::uint32_t width, height, pitch;
 };
-
-// The sources of a block's left half, row by row, then of its right one.
-struct BlockSources {
-    std::uint32_t x[blockSamples], y[blockSamples];
-
-    BlockSources(const Band& band, unsigned block) {
-        for (unsigned half = 0; half < 2; ++half)
-            for (unsigned row = 0; row < blockRows; ++row) {
-                const std::size_t from = row * band.pitch + block * std::size_t(blockColumns) + half * halfColumns;
-                const unsigned to = half * halfSamples + row * halfColumns;
-                std::copy_n(band.columns + from, halfColumns, x + to);
-                std::copy_n(band.rows + from, halfColumns, y + to);
-            }
-    }
-    Reach HalfReach(unsigned half) const {
-        return {RangeOf<halfSamples>(x + half * halfSamples), RangeOf<halfSamples>(y + half * halfSamples)};
-    }
-};
-
-// Writes the data of a half for a window that begins at `reach`, or before it where the plane ends; answers the
-// window's position. It lies inside the plane, since all of it is loaded.
-std::uint32_t PickHalf(const BlockSources& from, unsigned half, const Reach& reach, const Plane& plane,
-                       std::uint32_t* data) {
-    const std::uint32_t left = std::min(reach.x.least, plane.width - windowColumns),
-                        top = std::min(reach.y.least, plane.height - windowRows);
-    auto* const picks = reinterpret_cast<std::uint8_t*>(data) + half * halfSamples;
-    const std::uint32_t *const x = from.x + half * halfSamples, *const y = from.y + half * halfSamples;
-    for (unsigned i = 0; i < halfSamples; ++i) picks[i] = std::uint8_t((y[i] - top) * windowColumns + (x[i] - left));
-    return top * plane.pitch + left;
-}
 
 // The words of data that were written.
 unsigned NumberBlock(const Band& band, unsigned index, const Plane& plane, SampleBlock& block, std::uint32_t* data) {
@@ -94,32 +62,126 @@ unsigned NumberBlock(const Band& band, unsigned index, const Plane& plane, Sampl
     return blockSamples / 2;
 }
 
+// The next block, whose data begin at index `at`.
+SampleBlock& BeginBlock(SampleBlock* blocks, unsigned index, std::size_t at) {
+    blocks[index].white = 0;
+    blocks[index].data = std::uint32_t(at) & 0x3FFFFFFF;
+    return blocks[index];
+}
+
 // Plans the blocks of a band, whose data begin at index `used`; moves that on and answers what the band reads.
-template <bool windows>
-Reach PlanBand(const Band& band, const Plane& plane, SampleBlock* blocks, std::uint32_t* data, std::size_t* used) {
-    Reach bandReach;
+Reach PlanNumbers(const Band& band, const Plane& plane, SampleBlock* blocks, std::uint32_t* data, std::size_t* used) {
+    Reach reach;
+    for (unsigned b = 0; b < band.blocks; ++b) {
+        SampleBlock& block = BeginBlock(blocks, b, *used);
+        *used += NumberBlock(band, b, plane, block, data + *used);
+    }
+    const std::size_t count = std::size_t(band.blocks) * blockColumns;
+    for (unsigned row = 0; row < blockRows; ++row)
+        for (std::size_t i = row * band.pitch; i < row * band.pitch + count; ++i) {
+            reach.x.Include({band.columns[i], band.columns[i]});
+            reach.y.Include({band.rows[i], band.rows[i]});
+        }
+    return reach;
+}
+
+#if defined(__x86_64__)
+
+// Ranges of eight numbers by place, or of each half of eight in all its places.
+struct Ranges {
+    __m256i least, most;
+};
+
+[[NIFIKRAL_AVX2]] inline Ranges Joined(const Ranges& a, const Ranges& b) {
+    return {_mm256_min_epu32(a.least, b.least), _mm256_max_epu32(a.most, b.most)};
+}
+template <int order>
+[[NIFIKRAL_AVX2]] inline Ranges Shuffled(const Ranges& r) {
+    return {_mm256_shuffle_epi32(r.least, order), _mm256_shuffle_epi32(r.most, order)};
+}
+[[NIFIKRAL_AVX2]] inline Ranges Swapped(const Ranges& r) {
+    return {_mm256_permute2x128_si256(r.least, r.least, 1), _mm256_permute2x128_si256(r.most, r.most, 1)};
+}
+[[NIFIKRAL_AVX2]] inline Ranges OfHalves(const __m256i* rows) {
+    Ranges range{rows[0], rows[0]};
+    for (unsigned row = 1; row < blockRows; ++row) range = Joined(range, {rows[row], rows[row]});
+    range = Joined(range, Shuffled<0x4E>(range));
+    return Joined(range, Shuffled<0xB1>(range));
+}
+[[NIFIKRAL_AVX2]] inline bool FitWindows(const Ranges& x, const Ranges& y) {
+    static_assert((windowColumns & (windowColumns - 1)) == 0 && (windowRows & (windowRows - 1)) == 0);
+    const __m256i tooWide = _mm256_and_si256(_mm256_sub_epi32(x.most, x.least), _mm256_set1_epi32(-int(windowColumns)));
+    const __m256i tooHigh = _mm256_and_si256(_mm256_sub_epi32(y.most, y.least), _mm256_set1_epi32(-int(windowRows)));
+    const __m256i beyond = _mm256_or_si256(tooWide, tooHigh);
+    return _mm256_testz_si256(beyond, beyond);
+}
+[[NIFIKRAL_AVX2]] inline Range Whole(const Ranges& ranges) {
+    std::uint32_t least[8], most[8];
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(least), ranges.least);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(most), ranges.most);
+    return {*std::min_element(least, least + 8), *std::max_element(most, most + 8)};
+}
+
+// The same with windows, wherever the sources of each half of a block lie in one.
+[[NIFIKRAL_AVX2, gnu::flatten]] Reach PlanWindows(const Band& band, const Plane& plane, SampleBlock* blocks,
+                                                  std::uint32_t* data, std::size_t* used) {
+    static_assert(blockRows == 4 && blockColumns == 8 && windowColumns == 16);
+    // A window lies inside the plane, since all of it is loaded.
+    const __m256i lastLeft = _mm256_set1_epi32(int(plane.width - windowColumns)),
+                  lastTop = _mm256_set1_epi32(int(plane.height - windowRows));
+    const __m256i pitch = _mm256_set1_epi32(int(plane.pitch)), none = _mm256_setzero_si256();
+    Ranges bandX{_mm256_set1_epi32(-1), none}, bandY = bandX;
     std::size_t at = *used;
     for (unsigned b = 0; b < band.blocks; ++b) {
-        const BlockSources from(band, b);
-        const Reach halves[] = {from.HalfReach(0), from.HalfReach(1)};
-        Reach all = halves[0];
-        all.Include(halves[1]);
-        bandReach.Include(all);
-        SampleBlock& block = blocks[b];
-        block.white = 0;
-        block.data = std::uint32_t(at) & 0x3FFFFFFF;
-        if (windows && halves[0].FitsWindow() && halves[1].FitsWindow()) {
-            const bool one = all.FitsWindow();
-            block.kind = one ? SampleBlock::Kind::Window : SampleBlock::Kind::Windows;
-            for (unsigned half = 0; half < 2; ++half)
-                block.base[half] = PickHalf(from, half, one ? all : halves[half], plane, data + at);
-            at += blockSamples / sizeof(std::uint32_t);
-        } else {
-            at += NumberBlock(band, b, plane, block, data + at);
+        __m256i x[blockRows], y[blockRows];
+        for (unsigned row = 0; row < blockRows; ++row) {
+            const std::size_t from = row * band.pitch + b * std::size_t(blockColumns);
+            x[row] = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(band.columns + from));
+            y[row] = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(band.rows + from));
         }
+        Ranges rangeX = OfHalves(x), rangeY = OfHalves(y);
+        bandX = Joined(bandX, rangeX);
+        bandY = Joined(bandY, rangeY);
+        SampleBlock& block = BeginBlock(blocks, b, at);
+        if (!FitWindows(rangeX, rangeY)) {
+            at += NumberBlock(band, b, plane, block, data + at);
+            continue;
+        }
+        const Ranges wholeX = Joined(rangeX, Swapped(rangeX)), wholeY = Joined(rangeY, Swapped(rangeY));
+        block.kind = SampleBlock::Kind::Windows;
+        if (FitWindows(wholeX, wholeY)) {
+            block.kind = SampleBlock::Kind::Window;
+            rangeX = wholeX;
+            rangeY = wholeY;
+        }
+        const __m256i left = _mm256_min_epu32(rangeX.least, lastLeft), top = _mm256_min_epu32(rangeY.least, lastTop);
+        const __m256i base = _mm256_add_epi32(_mm256_mullo_epi32(top, pitch), left);
+        block.base[0] = std::uint32_t(_mm256_extract_epi32(base, 0));
+        block.base[1] = std::uint32_t(_mm256_extract_epi32(base, 4));
+        __m256i picks[blockRows];
+        for (unsigned row = 0; row < blockRows; ++row)
+            picks[row] =
+                _mm256_add_epi32(_mm256_slli_epi32(_mm256_sub_epi32(y[row], top), 4), _mm256_sub_epi32(x[row], left));
+        // Packing keeps to each half, as the block's data do.
+        const __m256i upper = _mm256_packs_epi32(picks[0], picks[1]), lower = _mm256_packs_epi32(picks[2], picks[3]);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(data + at), _mm256_packus_epi16(upper, lower));
+        at += blockSamples / sizeof(std::uint32_t);
     }
     *used = at;
-    return bandReach;
+    return {Whole(bandX), Whole(bandY)};
+}
+
+#endif
+
+// One bit for each of a block's flags in a row, which are 0 or 1.
+std::uint32_t BitsOf(const std::uint8_t* flags) {
+    std::uint64_t any;
+    static_assert(sizeof any == blockColumns);
+    std::memcpy(&any, flags, sizeof any);
+    std::uint32_t bits = 0;
+    if (any)
+        for (unsigned i = 0; i < blockColumns; ++i) bits |= std::uint32_t(flags[i]) << i;
+    return bits;
 }
 
 // An odd count of cache lines, so that the rows that a turned row crosses share no sets of the caches.
@@ -148,8 +210,22 @@ BlockPlanner::BlockPlanner(const Box& target, unsigned width, unsigned height, I
     m_white.resize(m_padded * blockRows);
 }
 
-void BlockPlanner::AddBand(unsigned y, unsigned rows) {
+BlockPlanner::Row BlockPlanner::Next() {
+    if (m_bandRows == blockRows) AddBand();
+    const std::size_t at = m_bandRows++ * m_padded;
+    return {m_columns.data() + at, m_rows.data() + at, m_white.data() + at};
+}
+
+BlockPlan BlockPlanner::Finish() {
+    if (m_bandRows) AddBand();
+    return std::move(m_plan);
+}
+
+void BlockPlanner::AddBand() {
     const std::size_t width = m_plan.target.Width();
+    const unsigned rows = std::exchange(m_bandRows, 0);
+    if (width == 0) return;
+    const unsigned y = unsigned(m_plan.target.yBegin + m_plan.spans.size() * blockRows);
     BlockPlan::Span span{0, m_plan.bandBlocks};
     SampleBlock* const blocks = &m_plan.blocks[m_plan.spans.size() * m_plan.bandBlocks];
 
@@ -163,8 +239,10 @@ void BlockPlanner::AddBand(unsigned y, unsigned rows) {
     complete(m_columns);
     complete(m_rows);
 
-    const bool windows = m_set == InstructionSet::Avx2 && m_width >= windowColumns && m_height >= windowRows;
-    const auto plan = (windows ? variantsOf<PlanBand<true>> : variantsOf<PlanBand<false>>).For(m_set);
+    auto* plan = variantsOf<PlanNumbers>.For(m_set);
+#if defined(__x86_64__)
+    if (m_set == InstructionSet::Avx2 && m_width >= windowColumns && m_height >= windowRows) plan = PlanWindows;
+#endif
     const Reach reach = plan({m_columns.data(), m_rows.data(), m_padded, m_plan.bandBlocks},
                              {m_width, m_height, std::uint32_t(m_plan.pitch)}, blocks, m_plan.data.get(), &m_used);
     Box& source = m_plan.source;
@@ -172,9 +250,8 @@ void BlockPlanner::AddBand(unsigned y, unsigned rows) {
               std::min(source.yBegin, reach.y.least), std::max(source.yEnd, reach.y.most + 1)};
 
     for (unsigned row = 0; row < rows; ++row)
-        for (std::size_t x = 0; x < width; ++x)
-            if (m_white[row * m_padded + x])
-                blocks[x / blockColumns].white |= 1u << (row * blockColumns + x % blockColumns);
+        for (unsigned b = 0; b < m_plan.bandBlocks; ++b)
+            blocks[b].white |= BitsOf(&m_white[row * m_padded + b * blockColumns]) << (row * blockColumns);
 
     const auto stays = [&](unsigned block) {
         for (unsigned row = 0; row < rows; ++row)

@@ -118,6 +118,33 @@ void KeepInside(const std::uint32_t* fromColumns, const std::uint32_t* fromRows,
     }
 }
 
+// The pixels of a row that decide the chroma samples they share, as indices of the row: each sample's last one.
+struct DecidingPixels {
+    unsigned first, last, samples, shift;
+
+    DecidingPixels(const Box& pixels, const Box& shared, unsigned columnShift)
+        : first(((shared.xBegin + 1) << columnShift) - 1 - pixels.xBegin),
+          last(std::min(shared.xEnd << columnShift, pixels.xEnd) - 1 - pixels.xBegin),
+          samples(unsigned(shared.Width())),
+          shift(columnShift) {}
+    unsigned Of(unsigned sample) const { return std::min(first + (sample << shift), last); }
+};
+
+// The sources of chroma samples from those of the pixels that decide them, kept inside a plane.
+template <unsigned columnShift>
+void ShrinkRow(const BlockPlanner::Row& pixels, const DecidingPixels& deciding, unsigned rowShift, unsigned width,
+               unsigned height, const BlockPlanner::Row& row) {
+    const auto shrink = [&](std::size_t from, std::size_t to) {
+        row.columns[to] = std::min(pixels.columns[from] >> columnShift, width - 1);
+        row.rows[to] = std::min(pixels.rows[from] >> rowShift, height - 1);
+        row.white[to] = pixels.white[from];
+    };
+    if (deciding.samples == 0) return;
+    const std::size_t first = deciding.first, whole = deciding.samples - 1;
+    for (std::size_t i = 0; i < whole; ++i) shrink(first + (i << columnShift), i);
+    shrink(deciding.last, whole);
+}
+
 // Positions are numbered in 32 bits.
 bool IsNumbered(unsigned width, unsigned height) {
     return std::uint64_t(width) * height < std::numeric_limits<std::uint32_t>::max();
@@ -129,14 +156,53 @@ bool HasPlainChroma(const PlanarView& picture) {
     return first.width == second.width && first.height == second.height && first.Contains(0, 0);
 }
 
+// The sources of the rows of a box, of which the last few are remembered: a power of two.
+class SourceRows {
+ public:
+    SourceRows(const Box& box, unsigned remembered)
+        : m_xBegin(box.xBegin),
+          m_width(unsigned(box.Width())),
+          m_remembered(remembered),
+          m_columns(box.Width() * remembered),
+          m_rows(box.Width() * remembered),
+          m_stays(std::make_unique<bool[]>(box.Width() * remembered)) {}
+
+    SourceRow Filled(const FillSourceRow& fill, unsigned y) {
+        const SourceRow row = At(y);
+        std::fill_n(row.stays, m_width, false);
+        fill(row);
+        return row;
+    }
+    // Of the remembered pixels from one corner to the other.
+    std::optional<Source> LastThatMoves(unsigned firstIndex, unsigned lastIndex, unsigned firstY, unsigned lastY) {
+        for (unsigned y = lastY + 1; y-- > firstY;)
+            for (unsigned i = lastIndex + 1; i-- > firstIndex;)
+                if (const SourceRow row = At(y); !row.stays[i]) return Source{row.columns[i], row.rows[i]};
+        return std::nullopt;
+    }
+
+ private:
+    SourceRow At(unsigned y) {
+        const std::size_t at = std::size_t(y % m_remembered) * m_width;
+        return {m_xBegin, y, m_width, m_columns.data() + at, m_rows.data() + at, m_stays.get() + at};
+    }
+
+    unsigned m_xBegin, m_width, m_remembered;
+    std::vector<std::uint32_t> m_columns, m_rows;
+    std::unique_ptr<bool[]> m_stays;
+};
+
 }  // namespace
 
-template <class Place>
-void CoordinateTable::PlaceEach(const Place& place, const bool* stays) const {
-    std::size_t i = 0;
-    for (unsigned y = m_box.yBegin; y < m_box.yEnd; ++y)
-        for (unsigned x = m_box.xBegin; x < m_box.xEnd; ++x, ++i)
-            if (!stays || !stays[i]) place(x, y, {m_columns[i], m_rows[i]});
+template <class PlacePixel>
+void CoordinateTable::PlaceEach(const PlacePixel& place, bool first) const {
+    const FillSourceRow fill = m_beginRows(m_instructionSet);
+    SourceRows memory(m_box, 1);
+    for (unsigned y = m_box.yBegin; y < m_box.yEnd; ++y) {
+        const SourceRow row = memory.Filled(fill, y);
+        for (unsigned i = 0; i < row.count; ++i)
+            if (!first || !row.stays[i]) place(row.xBegin + i, y, {row.columns[i], row.rows[i]});
+    }
 }
 
 GatherPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
@@ -146,11 +212,12 @@ GatherPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
                                                                    : variantsOf<NumberRow<Outside::Nearest>>;
     const auto number = variants.For(m_instructionSet);
     RowBounds bounds{geometry.width, 0, geometry.height, 0};
+    const FillSourceRow fill = m_beginRows(m_instructionSet);
+    SourceRows memory(plan.target, 1);
     for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y) {
-        const std::size_t stored = (y - m_box.yBegin) * m_box.Width();
-        number(&m_columns[stored], &m_rows[stored], std::uint32_t(plan.target.Width()),
-               y * geometry.width + plan.target.xBegin, geometry.width, geometry.height,
-               &plan.from[(y - plan.target.yBegin) * plan.target.Width()], &bounds);
+        const SourceRow row = memory.Filled(fill, y);
+        number(row.columns, row.rows, row.count, y * geometry.width + plan.target.xBegin, geometry.width,
+               geometry.height, &plan.from[(y - plan.target.yBegin) * plan.target.Width()], &bounds);
     }
     // A pixel that keeps its value reads itself.
     Box source{bounds.xBegin, bounds.xEnd, bounds.yBegin, bounds.yEnd};
@@ -161,52 +228,48 @@ GatherPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
     return plan;
 }
 
-BlockPlan CoordinateTable::PlanLuma(const Geometry& geometry) const {
+// Luma and chroma in one walk: of the rows that share a row of chroma the last one decides it.
+void CoordinateTable::PlanSamples(const Geometry& geometry, std::vector<RimSample>* rim) {
+    const unsigned width = geometry.chromaWidth, height = geometry.chromaHeight, rowShift = geometry.rowShift;
+    const bool whitens = geometry.outside == Outside::White;
+    const auto keepInside =
+        (whitens ? variantsOf<KeepInside<Outside::White>> : variantsOf<KeepInside<Outside::Nearest>>)
+            .For(m_instructionSet);
+    const auto shrink = (geometry.columnShift == 0   ? variantsOf<ShrinkRow<0>>
+                         : geometry.columnShift == 1 ? variantsOf<ShrinkRow<1>>
+                                                     : variantsOf<ShrinkRow<2>>)
+                            .For(m_instructionSet);
     const Box target = m_box.ClippedTo(geometry.width, geometry.height);
-    const auto keepInside = (geometry.outside == Outside::White ? variantsOf<KeepInside<Outside::White>>
-                                                                : variantsOf<KeepInside<Outside::Nearest>>)
-                                .For(m_instructionSet);
-    BlockPlanner planner(target, geometry.width, geometry.height, m_instructionSet);
-    return planner.Make([&](unsigned y, std::uint32_t* columns, std::uint32_t* rows, std::uint8_t* white) {
-        const std::size_t stored = (y - m_box.yBegin) * m_box.Width();
-        keepInside(&m_columns[stored], &m_rows[stored], std::uint32_t(target.Width()), geometry.width, geometry.height,
-                   columns, rows, white);
-    });
-}
+    const Box shared = Shrunk(target, geometry.columnShift, rowShift).ClippedTo(width, height);
+    const DecidingPixels deciding(target, shared, geometry.columnShift);
+    BlockPlanner luma(target, geometry.width, geometry.height, m_instructionSet),
+        chroma(shared, width, height, m_instructionSet);
 
-BlockPlan CoordinateTable::PlanChroma(const Geometry& geometry, const bool* stays) const {
-    const unsigned columnShift = geometry.columnShift, rowShift = geometry.rowShift;
-    const unsigned width = geometry.chromaWidth, height = geometry.chromaHeight;
-    const Box pixels = m_box.ClippedTo(geometry.width, geometry.height);
-    const Box target = Shrunk(pixels, columnShift, rowShift).ClippedTo(width, height);
-    // Of the pixels that share a sample, the last one that is written decides. None may be: then the sample stays.
-    const auto decisive = [&](unsigned x, unsigned y) -> std::optional<std::size_t> {
-        const unsigned firstX = std::max(x << columnShift, pixels.xBegin),
-                       firstY = std::max(y << rowShift, pixels.yBegin);
-        for (unsigned py = std::min((y + 1) << rowShift, pixels.yEnd); py-- > firstY;)
-            for (unsigned px = std::min((x + 1) << columnShift, pixels.xEnd); px-- > firstX;) {
-                const std::size_t index = (py - m_box.yBegin) * m_box.Width() + (px - m_box.xBegin);
-                if (!stays || !stays[index]) return index;
-            }
-        return std::nullopt;
-    };
-    BlockPlanner planner(target, width, height, m_instructionSet);
-    return planner.Make([&](unsigned y, std::uint32_t* columns, std::uint32_t* rows, std::uint8_t* white) {
-        for (unsigned x = target.xBegin; x < target.xEnd; ++x, ++columns, ++rows, ++white) {
-            const std::optional<std::size_t> index = decisive(x, y);
-            if (!index) {
-                *columns = x;
-                *rows = y;
-                *white = false;
-                continue;
-            }
-            const std::uint32_t px = m_columns[*index], py = m_rows[*index];
-            const std::uint32_t nearX = std::min(px, geometry.width - 1), nearY = std::min(py, geometry.height - 1);
-            *columns = std::min(nearX >> columnShift, width - 1);
-            *rows = std::min(nearY >> rowShift, height - 1);
-            *white = geometry.outside == Outside::White && (nearX != px || nearY != py);
+    const FillSourceRow fill = m_beginRows(m_instructionSet);
+    SourceRows memory(target, 1u << rowShift);
+    for (unsigned y = target.yBegin; y < target.yEnd; ++y) {
+        const SourceRow row = memory.Filled(fill, y);
+        const BlockPlanner::Row kept = luma.Next();
+        keepInside(row.columns, row.rows, row.count, geometry.width, geometry.height, kept.columns, kept.rows,
+                   kept.white);
+        const unsigned chromaY = y >> rowShift;
+        if (chromaY >= shared.yEnd || (y + 1 < target.yEnd && (y + 1) >> rowShift == chromaY)) continue;
+        shrink(kept, deciding, rowShift, width, height, chroma.Next());
+        if (!rim) continue;
+        for (unsigned sample = 0; sample < deciding.samples; ++sample) {
+            const unsigned last = deciding.Of(sample), x = shared.xBegin + sample;
+            if (!row.stays[last]) continue;
+            const unsigned firstX = std::max(x << geometry.columnShift, target.xBegin) - target.xBegin,
+                           firstY = std::max(chromaY << rowShift, target.yBegin);
+            const std::optional<Source> source = memory.LastThatMoves(firstX, last, firstY, y);
+            if (!source) continue;
+            const Source inside{std::min(source->x, geometry.width - 1), std::min(source->y, geometry.height - 1)},
+                near{std::min(inside.x >> geometry.columnShift, width - 1), std::min(inside.y >> rowShift, height - 1)};
+            rim->push_back({x, chromaY, near, whitens && inside != *source});
         }
-    });
+    }
+    m_luma = luma.Finish();
+    m_chroma = chroma.Finish();
 }
 
 void CoordinateTable::Forget() {
@@ -216,14 +279,12 @@ void CoordinateTable::Forget() {
     m_chroma = {};
 }
 
-void CoordinateTable::PlaceFirst(const PackedView& picture, Outside outside, const bool*) { Replay(picture, outside); }
-
-void CoordinateTable::Replay(const PackedView& picture, Outside outside) {
-    if (!picture.Contains(0, 0)) return;
+void CoordinateTable::Place(const PackedView& picture, Outside outside, bool first) {
+    if (!m_beginRows || !picture.Contains(0, 0)) return;
     if (!IsNumbered(picture.width, picture.height)) {
         PackedView from;
         const auto copy = CopyOf(picture, from);
-        return PlaceEach(PlacePacked{picture, from, outside}, nullptr);
+        return PlaceEach(PlacePacked{picture, from, outside}, first);
     }
     const Geometry geometry{picture.width, picture.height, 0, 0, 0, 0, outside, m_instructionSet};
     if (m_geometry != geometry) {
@@ -234,32 +295,34 @@ void CoordinateTable::Replay(const PackedView& picture, Outside outside) {
     Gather(m_pixels, picture, Rgba32{255, 255, 255, 255});
 }
 
-void CoordinateTable::Replay(const PlanarView& picture, Outside outside) { PlaceFirst(picture, outside, nullptr); }
-
-void CoordinateTable::PlaceFirst(const PlanarView& picture, Outside outside, const bool* stays) {
+void CoordinateTable::Place(const PlanarView& picture, Outside outside, bool first) {
     const ComponentView &luma = picture.plane[0], &chroma = picture.plane[1];
-    if (!luma.Contains(0, 0)) return;
+    if (!m_beginRows || !luma.Contains(0, 0)) return;
     if (!HasPlainChroma(picture) || outside == Outside::Unchanged || !BlockPlanner::CanPlan(luma.width, luma.height) ||
         !BlockPlanner::CanPlan(chroma.width, chroma.height)) {
         PlanarView from = picture;
         std::unique_ptr<unsigned char[]> copies[3];
         for (unsigned p = 0; p < 3; ++p) copies[p] = CopyOf(picture.plane[p], from.plane[p]);
-        return PlaceEach(PlacePlanar{picture, from, outside}, stays);
+        return PlaceEach(PlacePlanar{picture, from, outside}, first);
     }
     const Geometry geometry{luma.width,          luma.height,      chroma.width, chroma.height,
                             picture.columnShift, picture.rowShift, outside,      m_instructionSet};
+    std::vector<RimSample> rim;
     if (m_geometry != geometry) {
         Forget();
-        m_luma = PlanLuma(geometry);
+        PlanSamples(geometry, first ? &rim : nullptr);
         m_geometry = geometry;
     }
     GatherBlocks(m_luma, luma, whiteYuv[0], m_instructionSet);
-    const auto gatherChroma = [&](const BlockPlan& plan) {
-        for (unsigned p : {1, 2}) GatherBlocks(plan, picture.plane[p], whiteYuv[p], m_instructionSet);
-    };
-    if (stays) return gatherChroma(PlanChroma(geometry, stays));
-    if (!m_chroma.blocks) m_chroma = PlanChroma(geometry, nullptr);
-    gatherChroma(m_chroma);
+    std::vector<std::uint8_t> rimValues(rim.size());
+    for (unsigned p : {1, 2}) {
+        const ComponentView& plane = picture.plane[p];
+        std::ranges::transform(rim, rimValues.begin(), [&](const RimSample& sample) {
+            return sample.white ? whiteYuv[p] : plane.Row(sample.source.y)[sample.source.x];
+        });
+        GatherBlocks(m_chroma, plane, whiteYuv[p], m_instructionSet);
+        for (std::size_t i = 0; i < rim.size(); ++i) plane.Row(rim[i].y)[rim[i].x] = rimValues[i];
+    }
 }
 
 }  // namespace AVBased

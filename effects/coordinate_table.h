@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "effects/block_gather.h"
@@ -89,31 +89,60 @@ struct GatherPlan {
     std::vector<Span> spans;                ///< the columns of each row of the target that change
 };
 
-/// The sources of a box of pixels, computed once and replayed on later frames of any size and layout.
+/// A row of `count` pixels from (xBegin, y) on, and where their sources go.
+struct SourceRow {
+    unsigned xBegin, y, count;
+    std::uint32_t *columns, *rows;
+    bool* stays;  ///< whether the pixel has no source of its own
+
+    void Set(unsigned i, std::optional<Source> source) const {
+        stays[i] = !source;
+        columns[i] = source ? source->x : xBegin + i;
+        rows[i] = source ? source->y : y;
+    }
+};
+
+/// Fills a row. It must answer the same for a row whenever it is asked; `stays` is clear beforehand.
+using FillSourceRow = std::function<void(const SourceRow& row)>;
+
+template <class Map>
+FillSourceRow PixelByPixel(const Map& map) {
+    return [map](const SourceRow& row) {
+        for (unsigned i = 0; i < row.count; ++i) row.Set(i, map(row.xBegin + i, row.y));
+    };
+}
+
+/// The sources of a box of pixels, replayed on frames of any size and layout. What is kept is the plan for the last
+/// size and layout: the sources themselves would take several times its memory, and touching fresh memory is what a
+/// first pass mostly waits for. Another size or layout asks the map again.
 class CoordinateTable {
  public:
     /// Whether frames may be replayed. A valid table may still be empty: then a replay changes nothing.
     bool IsValid() const { return m_valid; }
     void SetValid(bool valid) { m_valid = valid; }
 
-    /// Fills the table from map(x, y), which answers std::optional<Source>, and changes the picture accordingly. A
-    /// pixel without an answer is stored as its own source but not written: a replay will copy it onto itself, which
-    /// differs in the chroma that it shares with its neighbours. A map that answers for every pixel may offer
-    /// FillRow(xBegin, y, count, columns, rows), which is then asked for whole rows.
+    /// Takes over a map, of which a copy is kept, and changes the picture as it says. map(x, y) answers
+    /// std::optional<Source>; a pixel without an answer is its own source but not written: a replay will copy it onto
+    /// itself, which differs in the chroma that it shares with its neighbours. A map may offer Rows(box, set), a
+    /// FillSourceRow for rows from the box's left edge on, which is then asked instead.
     template <class Map, class Picture>
     void Build(const Box& box, const Map& map, const Picture& picture, Outside outside) {
-        const Stays stays = Fill(box, map);
-        PlaceFirst(picture, outside, stays.get());
+        Forget();
+        m_beginRows = [box, map](InstructionSet set) -> FillSourceRow {
+            if constexpr (requires { map.Rows(box, set); })
+                return map.Rows(box, set);
+            else
+                return PixelByPixel(map);
+        };
+        m_box = box;
+        Place(picture, outside, true);
     }
     void UseInstructionSet(InstructionSet set) { m_instructionSet = set; }
-    /// Changes a picture as the stored sources say, within both the box and the picture.
-    void Replay(const PackedView& picture, Outside outside);
-    void Replay(const PlanarView& picture, Outside outside);
+    /// Changes a picture as the sources say, within both the box and the picture.
+    void Replay(const PackedView& picture, Outside outside) { Place(picture, outside, false); }
+    void Replay(const PlanarView& picture, Outside outside) { Place(picture, outside, false); }
 
  private:
-    // One flag for each pixel of the box: not written by the first pass. Null where every pixel is written.
-    using Stays = std::unique_ptr<bool[]>;
-
     // What a plan was made for.
     struct Geometry {
         unsigned width = 0, height = 0, chromaWidth = 0, chromaHeight = 0, columnShift = 0, rowShift = 0;
@@ -122,46 +151,25 @@ class CoordinateTable {
         bool operator==(const Geometry&) const = default;
     };
 
-    template <class Map>
-    Stays Fill(const Box& box, const Map& map) {
-        const std::size_t count = box.Width() * box.Height();
-        auto columns = std::make_unique_for_overwrite<std::uint32_t[]>(count);
-        auto rows = std::make_unique_for_overwrite<std::uint32_t[]>(count);
-        Stays stays;
-        std::size_t i = 0;
-        for (unsigned y = box.yBegin; y < box.yEnd; ++y) {
-            if constexpr (requires { map.FillRow(box.xBegin, y, 0u, &columns[i], &rows[i]); }) {
-                map.FillRow(box.xBegin, y, unsigned(box.Width()), &columns[i], &rows[i]);
-                i += box.Width();
-                continue;
-            }
-            for (unsigned x = box.xBegin; x < box.xEnd; ++x, ++i) {
-                const std::optional<Source> source = map(x, y);
-                columns[i] = source ? source->x : x;
-                rows[i] = source ? source->y : y;
-                if (source) continue;
-                if (!stays) stays = std::make_unique<bool[]>(count);
-                stays[i] = true;
-            }
-        }
-        m_columns = std::move(columns);
-        m_rows = std::move(rows);
-        m_box = box;
-        Forget();
-        return stays;
-    }
-    void PlaceFirst(const PackedView& picture, Outside outside, const bool* stays);
-    void PlaceFirst(const PlanarView& picture, Outside outside, const bool* stays);
+    // A chroma sample whose last pixel stays, so that a first pass takes it from an earlier one.
+    struct RimSample {
+        unsigned x, y;
+        Source source;
+        bool white;
+    };
+
+    void Place(const PackedView& picture, Outside outside, bool first);
+    void Place(const PlanarView& picture, Outside outside, bool first);
 
     void Forget();
-    template <class Place>
-    void PlaceEach(const Place& place, const bool* stays) const;
+    template <class PlacePixel>
+    void PlaceEach(const PlacePixel& place, bool first) const;
     GatherPlan PlanPixels(const Geometry& geometry) const;
-    BlockPlan PlanLuma(const Geometry& geometry) const;
-    BlockPlan PlanChroma(const Geometry& geometry, const bool* stays) const;
+    // Adds the rim that a first pass treats on its own to `rim`, unless this is null.
+    void PlanSamples(const Geometry& geometry, std::vector<RimSample>* rim);
 
     Box m_box;
-    std::unique_ptr<std::uint32_t[]> m_columns, m_rows;
+    std::function<FillSourceRow(InstructionSet)> m_beginRows;  // null as long as the table is empty
     bool m_valid = false;
     InstructionSet m_instructionSet = BestInstructionSet();
     Geometry m_geometry;  // of the plans that are there

@@ -47,14 +47,15 @@ TEST(GatherBlocks, BringsEverySampleOfThePartFromItsSource) {
         }
     for (InstructionSet set : allInstructionSets) {
         if (!IsUsable(set)) continue;
-        const BlockPlan plan =
-            BlockPlanner(target, width, height, set)
-                .Make([&](unsigned y, std::uint32_t* columns, std::uint32_t* rows, std::uint8_t* white) {
-                    const std::size_t at = sources.At(target.xBegin, y);
-                    std::copy_n(&sources.columns[at], target.Width(), columns);
-                    std::copy_n(&sources.rows[at], target.Width(), rows);
-                    std::copy_n(&sources.white[at], target.Width(), white);
-                });
+        BlockPlanner planner(target, width, height, set);
+        for (unsigned y = target.yBegin; y < target.yEnd; ++y) {
+            const std::size_t at = sources.At(target.xBegin, y);
+            const BlockPlanner::Row row = planner.Next();
+            std::copy_n(&sources.columns[at], target.Width(), row.columns);
+            std::copy_n(&sources.rows[at], target.Width(), row.rows);
+            std::copy_n(&sources.white[at], target.Width(), row.white);
+        }
+        const BlockPlan plan = planner.Finish();
         std::set<SampleBlock::Kind> kinds;
         for (std::size_t i = 0; i < plan.spans.size() * plan.bandBlocks; ++i) kinds.insert(plan.blocks[i].kind);
         EXPECT_EQ(kinds.size(), set == InstructionSet::Avx2 ? 4u : 2u);
