@@ -32,6 +32,7 @@ inline constexpr char textUnknownException[] = "Unknown exception";
 inline constexpr char textInvalidParamValue[] = "Invalid Param Value";
 inline constexpr char textInvalidPramaValue[] = "Invalid Prama Value";
 inline constexpr char textNullPointer[] = "Null Pointer";
+inline constexpr char textNullBackgroundSource[] = "Null Background Source";
 inline constexpr char textUnexpectedError[] = "Unexpected error";
 inline constexpr char textMallocFailed[] = "Malloc Failed";
 inline constexpr char textCreatePointerFailed[] = "Create Pointer Failed";

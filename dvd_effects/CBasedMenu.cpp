@@ -137,7 +137,7 @@ void CBasedMenu::OnSetProperty(const std::string& name, PropertyNode& node) {
 }
 
 void CBasedMenu::OpenBackground(const std::string& path) {
-    m_backgroundSource = path.empty() ? nullptr : AVBased::OpenSource(m_manager, path, false);
+    m_backgroundSource = path.empty() ? nullptr : AVBased::OpenSource(m_manager, path, false, textNullBackgroundSource);
     ForgetBackground();
 }
 

@@ -1,7 +1,6 @@
 #include "dvd_effects/dvd_effects_utils.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <limits>
 

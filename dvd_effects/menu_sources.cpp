@@ -30,10 +30,10 @@ const char* ImporterFor(bool isImage) { return isImage ? importerImage : ""; }
 
 }  // namespace
 
-SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImage) {
+SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImage, const char* message) {
     Require(manager, textNullPointer, lineOpen);
     SourceOwner source(manager->OpenSource(path.c_str(), ImporterFor(isImage)));
-    if (!source) RaiseHostFailure(textNullPointer, lineOpen);
+    if (!source) RaiseHostFailure(message, lineOpen);
     return source;
 }
 

@@ -2,13 +2,16 @@
 
 #include <string>
 
+#include "TarvoBased/error_codes.h"
 #include "dvd_effects/menu_records.h"
 
 /// Opening pictures, videos and texts through the host's interfaces.
 namespace AVBased {
 
-/// Opens a file as a picture, or as whatever the host finds in it. Raises the host's error, or "Null Pointer".
-SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImage);
+/// Opens a file as a picture, or as whatever the host finds in it. Raises "Null Pointer" for a null manager; the host's
+/// error, or `message` when the host gives nothing and files nothing.
+SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImage,
+                       const char* message = TarvoBased::textNullPointer);
 /// The source's next frame. Raises the host's error, or "Null Pointer".
 FrameOwner ReadFrame(IAVSource& source);
 

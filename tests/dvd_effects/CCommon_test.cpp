@@ -238,6 +238,11 @@ TEST_F(Menu, RefusesWrongListsAndKeepsWhatItHad) {
     }
     EXPECT_FALSE(MakeMenu(nullptr, {})->SetProperty("sourcePath", "green"));
     EXPECT_EQ(LastError().message, "Null Pointer");
+    ForgetError();
+    manager.FailFrom(0, FakeManager::Fault::Null);
+    EXPECT_FALSE(menu->SetProperty("sourcePath", "green"));
+    EXPECT_EQ(LastError().message, "Null Background Source");
+    manager.FailFrom(-1, FakeManager::Fault::Null);
     ASSERT_TRUE(menu->SetProperty("additionSourcePaths", "red;red"));
     ForgetError();
     EXPECT_EQ(Next(*menu)[1][3], 0u);
