@@ -44,7 +44,7 @@ constexpr Limits sides{1, largestSide}, trans{0, 255}, frameNumbers{0, 1 << 30};
 void RefuseSeparators(const ProjectItem& item, const std::string& text, const char* separators) {
     if (const std::size_t at = text.find_first_of(separators); at != std::string::npos)
         item.Fault("\"" + text + "\" holds '" + text[at] +
-                   "', which separates items in the module's lists; choose another name or text");
+                   "', which the module's lists cannot carry; choose another name or text");
 }
 
 MenuText ReadText(const ProjectItem& item) {

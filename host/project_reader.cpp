@@ -15,12 +15,19 @@
 namespace Nifikral {
 
 void Faults::Add(const std::string& item, const std::string& what) {
-    m_onlyInputs = false;
-    m_lines.push_back(m_project + ": " + item + ": " + what);
+    if (Tell(item, what)) m_onlyInputs = false;
 }
 
-void Faults::AddInput(const std::string& item, const std::string& what) {
+void Faults::AddInput(const std::string& item, const std::string& what) { Tell(item, what); }
+
+bool Faults::Tell(const std::string& item, const std::string& what) {
+    // The item itself, then the objects that it is a member of.
+    for (std::size_t end = item.size(); end != std::string::npos;
+         end = end ? item.rfind('.', end - 1) : std::string::npos)
+        if (m_items.contains(item.substr(0, end))) return false;
+    m_items.insert(item);
     m_lines.push_back(m_project + ": " + item + ": " + what);
+    return true;
 }
 
 void Faults::ThrowIfAny() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -12,7 +13,8 @@ namespace Nifikral {
 
 using Json = nlohmann::ordered_json;
 
-/// The faults of one project, each with the item's name and the remedy.
+/// The faults of one project, each with the item's name and the remedy. Of an item, the members of an object included,
+/// only the first fault is told: what is found there later follows from it.
 class Faults {
  public:
     explicit Faults(std::string project) : m_project(std::move(project)) {}
@@ -25,8 +27,12 @@ class Faults {
     void ThrowIfAny() const;
 
  private:
+    // Whether the fault is the item's first.
+    bool Tell(const std::string& item, const std::string& what);
+
     std::string m_project;
     std::vector<std::string> m_lines;
+    std::set<std::string> m_items;
     bool m_onlyInputs = true;
 };
 

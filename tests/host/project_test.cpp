@@ -106,6 +106,15 @@ TEST_F(Project, TellsAllFaultsAtOnceWithTheItemAndTheRemedy) {
                    "textInfos[1].text: \"c\\d\" holds '\\'",
                    "textInfos[1].fontstyle: is 3",
                    "textInfos[1].face: \"it's\" holds '''"});
+    // What follows from a fault is not told beside it.
+    try {
+        Read(R"({"width": 64, "height": 36, "additionSourcePaths": [5], "moveSpeeds": "1", "textNumber": "one",
+                 "textInfos": [7], "textInfo": []})");
+        ADD_FAILURE() << "nothing was refused";
+    } catch (const HostError& error) {
+        const std::string lines = error.what();
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 5) << lines;
+    }
     ExpectRefused(R"({"width": 64, "height": 36, "sourcePath": "no.png"})", ExitCode::Input, {"sourcePath", "no.png"});
     ExpectRefused(R"({"width": 64,)", ExitCode::Input, {"menu.json is no JSON", "line 1"});
     ExpectRefused("[]", ExitCode::Input, {"no JSON object"});
