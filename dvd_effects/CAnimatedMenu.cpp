@@ -1,5 +1,6 @@
 #include "dvd_effects/CAnimatedMenu.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "dvd_effects/painting.h"
@@ -29,11 +30,53 @@ const Layer& Reduced(const Layer& picture, std::vector<Layer>& halves, const Pla
     return *layer;
 }
 
+struct Span {
+    double begin = 0, end = 0;
+    double Length() const { return end - begin; }
+};
+
+// The longest part of 0 to `length` that no span reaches into.
+Span LongestGap(std::vector<Span> spans, double length) {
+    std::sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) { return a.begin < b.begin; });
+    spans.push_back({length, length});
+    Span longest;
+    double reached = 0;
+    for (const Span& span : spans) {
+        const double end = std::min(span.begin, length);
+        if (end - reached > longest.Length()) longest = {reached, end};
+        reached = std::max(reached, span.end);
+    }
+    return longest;
+}
+
 }  // namespace
 
 double CAnimatedMenu::Phase() const {
     const int duration = const_cast<CAnimatedMenu*>(this)->GetDuration(), loop = duration > 1 ? duration : usualLoop;
     return double((std::uint32_t(FrameNumber()) - 1) % std::uint32_t(loop)) / loop;
+}
+
+StageArea CAnimatedMenu::Stage() const {
+    constexpr double margin = 0.05;
+    std::vector<Span> columns, rows;
+    for (const Text& text : Texts()) {
+        if (text.item.moves) continue;
+        const point_t at = text.item.boxPosition;
+        columns.push_back({double(at.x), double(at.x) + text.layer.Width()});
+        rows.push_back({double(at.y), double(at.y) + text.layer.Height()});
+    }
+    const Span across = LongestGap(columns, Width()), down = LongestGap(rows, Height());
+    const double partAcross = across.Length() / Width(), partDown = down.Length() / Height();
+    StageArea area{0, 0, Width(), Height()};
+    if (std::max(partAcross, partDown) >= 0.5)
+        area = partAcross > partDown ? StageArea{across.begin, 0, across.Length(), Height()}
+                                     : StageArea{0, down.begin, Width(), down.Length()};
+    return area.Shrunk(margin * area.width, margin * area.height);
+}
+
+FrameSize CAnimatedMenu::PartOfMenu(double across, double down) const {
+    const auto side = [](double length) { return unsigned(std::clamp(length, 1.0, double(largestSide))); };
+    return {side(Width() * across), side(Height() * down)};
 }
 
 std::vector<CAnimatedMenu::Actor> CAnimatedMenu::Actors() const {
@@ -61,10 +104,7 @@ void CAnimatedMenu::ShowWithin(Canvas& canvas, const Actor& actor, Window window
          window);
 }
 
-FrameSize CAnimatedMenu::UsualBox() const {
-    const FrameSize menu = MenuSize();
-    return {std::max(1u, menu.width / 3), std::max(1u, menu.height / 3)};
-}
+FrameSize CAnimatedMenu::UsualBox() const { return PartOfMenu(1.0 / 3, 1.0 / 3); }
 
 FrameSize CAnimatedMenu::BoxOf(unsigned index, FrameSize own) const {
     return HasSizeOf(index) ? CBasedMenu::BoxOf(index, own) : UsualBox();

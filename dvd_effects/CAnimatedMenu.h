@@ -2,6 +2,7 @@
 
 #include "dvd_effects/CBasedMenu.h"
 #include "dvd_effects/animation.h"
+#include "dvd_effects/stage.h"
 
 namespace AVBased {
 
@@ -29,8 +30,15 @@ class CAnimatedMenu : public CBasedMenu {
     double Phase() const;
     double Width() const { return MenuSize().width; }
     double Height() const { return MenuSize().height; }
+    /// The menu within its margins, less the texts that stand still: of the bands above, below and beside them the
+    /// largest; all of it where they leave less than half.
+    StageArea Stage() const;
+    /// Parts of the menu's width and height, at least a pixel.
+    FrameSize PartOfMenu(double across, double down) const;
     /// All sources that have a picture, in their order.
     std::vector<Actor> Actors() const;
+    /// How large an actor's picture is shown: as "additionSourceSizes" tells, else `usual` times its size.
+    double ScaleOf(const Actor& actor, double usual) const { return HasSizeOf(actor.index) ? 1 : usual; }
     /// Lays an actor's picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own. A
     /// picture shown small is as smooth as one in its own size. Nothing is drawn outside the window.
     void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1,

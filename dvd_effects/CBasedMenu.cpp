@@ -158,7 +158,7 @@ void CBasedMenu::ForgetBackground() {
     m_background.reset();
     m_backgroundPicture.reset();
     m_backgroundConverter.reset();
-    m_backgroundReady = false;
+    m_backgroundReady = m_furnished = false;
 }
 
 void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
@@ -168,6 +168,12 @@ void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     for (unsigned i = 0; i < m_pictures.size(); ++i)
         if (m_sources[i].source) Attempt(lineSource, [&] { AdvanceSource(i); });
     Canvas canvas(*frame, Instructions());
+    if (!m_furnished)
+        Attempt(lineScene, [&] {
+            m_furnished = true;
+            RequireMenuSize();
+            Furnish();
+        });
     DrawBackground(canvas);
     Attempt(lineScene, [&] { DrawScene(canvas); });
 }
@@ -195,9 +201,14 @@ void CBasedMenu::DrawBackground(Canvas& canvas) {
     if (m_background) canvas.Copy(*m_background);
 }
 
-std::unique_ptr<CRawVideoFrame> CBasedMenu::EmptyBackground() const {
+void CBasedMenu::RequireMenuSize() const {
     const FrameSize menu = MenuSize();
     Require(menu.width <= largestSide && menu.height <= largestSide, textInvalidParamValue, lineBackground, unitName);
+}
+
+std::unique_ptr<CRawVideoFrame> CBasedMenu::EmptyBackground() const {
+    RequireMenuSize();
+    const FrameSize menu = MenuSize();
     auto background = std::make_unique<CRawVideoFrame>(false, m_kind.format, menu.width, menu.height, true);
     Canvas(*background).Clear();
     return background;

@@ -53,6 +53,9 @@ class CBasedMenu : public CBasedVideoImageEffect {
     /// Whether a menu that names no background has one of its own, and paints it: once for every size of frame.
     virtual bool HasOwnBackground() const { return false; }
     virtual void PaintBackground(Canvas&) const {}
+    /// Makes what a template draws beside its pictures: before the first frame, and anew when frames or menu change
+    /// their size or kind. The background is painted after it.
+    virtual void Furnish() {}
 
     /// The frame in work: 1 is the first one. Counts every processed frame; nothing sets it back.
     std::int32_t FrameNumber() const { return std::int32_t(m_frameNumber); }
@@ -63,6 +66,8 @@ class CBasedMenu : public CBasedVideoImageEffect {
     /// The sources that have a picture, in their order. Valid during DrawScene.
     std::vector<Shown> ShownSources() const;
     const std::vector<Text>& Texts() const { return m_texts; }
+    /// How many sources there are, with a picture or without.
+    unsigned SourceCount() const { return m_sourceCount; }
     /// Whether "additionSourceSizes" reaches as far as a source.
     bool HasSizeOf(unsigned index) const { return std::size_t(index) * 2 + 1 < m_sourceSizes.size(); }
     /// Whether the property of the sources' start positions, or one of their fades, was ever set.
@@ -114,6 +119,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
     void OpenTexts();
     void OpenText(const std::string& info);
 
+    void RequireMenuSize() const;
     void DrawBackground(Canvas& canvas);
     std::unique_ptr<CRawVideoFrame> EmptyBackground() const;
     void PaintOwnBackground();
@@ -134,7 +140,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
     std::unique_ptr<CRawVideoFrame> m_background;  // composed; null when there is none
     std::unique_ptr<Picture> m_backgroundPicture;
     ConverterOwner m_backgroundConverter;
-    bool m_backgroundReady = false;
+    bool m_backgroundReady = false, m_furnished = false;
 
     std::int32_t m_textNumber = 0;
     std::string m_textInfos;
