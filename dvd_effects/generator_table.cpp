@@ -3,6 +3,7 @@
 #include "dvd_effects/CCommon.h"
 #include "dvd_effects/CFullScreen.h"
 #include "dvd_effects/CLayeredTitles.h"
+#include "dvd_effects/CMemories.h"
 #include "dvd_effects/CPush.h"
 #include "dvd_effects/CRectangles.h"
 #include "dvd_effects/CResizingPanels.h"
@@ -26,6 +27,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectSlideName, Create<CSlides>},
     {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},
+    {effectMenuMemoriesName, Create<CMemories>},
 };
 
 }  // namespace

@@ -244,7 +244,7 @@ constexpr EffectInfo catalogue[] = {
      menuTemplate},
     {"menu_layeredtitles", "texts on translucent bands that slide over each other, soft pictures behind",
      generator | menu, menuTemplate},
-    {"menu_memories", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_memories", "photographs that fall onto a table and lift off again", generator | menu, menuTemplate},
     {"menu_oldage", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_resizingpanels", "panels divide the screen, and each in turn becomes the large one", generator | menu,
      menuTemplate},
