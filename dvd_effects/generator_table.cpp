@@ -4,6 +4,7 @@
 #include "dvd_effects/CFullScreen.h"
 #include "dvd_effects/CLayeredTitles.h"
 #include "dvd_effects/CMemories.h"
+#include "dvd_effects/CMemories2.h"
 #include "dvd_effects/CPush.h"
 #include "dvd_effects/CRectangles.h"
 #include "dvd_effects/CResizingPanels.h"
@@ -28,6 +29,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},
     {effectMenuMemoriesName, Create<CMemories>},
+    {effectMenuMemories2Name, Create<CMemories2>},
 };
 
 }  // namespace

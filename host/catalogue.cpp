@@ -270,7 +270,7 @@ constexpr EffectInfo catalogue[] = {
     {"submenu_common", "an animated disc submenu", generator | menu, menuTemplate},
     {"instructionmenu_common", "an instruction menu", generator | menu, menuTemplate},
     {"menu_common", "pictures that travel and fade over a background", generator | menu, menuTemplate},
-    {"menu_memories2", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_memories2", "an album whose photographs come forward in turn", generator | menu, menuTemplate},
 };
 
 }  // namespace
