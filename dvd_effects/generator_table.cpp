@@ -9,6 +9,7 @@
 #include "dvd_effects/CRectangles.h"
 #include "dvd_effects/CResizingPanels.h"
 #include "dvd_effects/CSlides.h"
+#include "dvd_effects/CStacking.h"
 #include "dvd_effects/CTitle.h"
 #include "dvd_effects/CVideoWall.h"
 #include "dvd_effects/CVignette.h"
@@ -30,6 +31,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuCommonName, Create<CCommon>},
     {effectMenuMemoriesName, Create<CMemories>},
     {effectMenuMemories2Name, Create<CMemories2>},
+    {effectMenuStackingName, Create<CStacking>},
 };
 
 }  // namespace

@@ -256,7 +256,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_push", "each picture pushes the one before it off the screen", generator | menu, menuTemplate},
     {"menu_travel", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_pets", "an animated disc menu", generator | menu, menuTemplate},
-    {"menu_stacking", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_stacking", "a pile of photographs that grows and is swept away", generator | menu, menuTemplate},
     {"menu_specialoccasion", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_vignette", "one picture at a time in a soft oval, all of them small below", generator | menu, menuTemplate},
     {"menu_videowall", "a wall of screens that breathes; each in turn covers its middle", generator | menu,
