@@ -11,6 +11,7 @@
 #include "dvd_effects/CSlides.h"
 #include "dvd_effects/CStacking.h"
 #include "dvd_effects/CTitle.h"
+#include "dvd_effects/CTravel.h"
 #include "dvd_effects/CVideoWall.h"
 #include "dvd_effects/CVignette.h"
 
@@ -32,6 +33,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuMemoriesName, Create<CMemories>},
     {effectMenuMemories2Name, Create<CMemories2>},
     {effectMenuStackingName, Create<CStacking>},
+    {effectMenuTravelName, Create<CTravel>},
 };
 
 }  // namespace

@@ -254,7 +254,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_rectangles", "outlined rectangles with pictures cross the screen at different depth", generator | menu,
      menuTemplate},
     {"menu_push", "each picture pushes the one before it off the screen", generator | menu, menuTemplate},
-    {"menu_travel", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_travel", "photographs that travel a dashed route on a map", generator | menu, menuTemplate},
     {"menu_pets", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_stacking", "a pile of photographs that grows and is swept away", generator | menu, menuTemplate},
     {"menu_specialoccasion", "an animated disc menu", generator | menu, menuTemplate},
