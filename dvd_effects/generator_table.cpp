@@ -5,6 +5,7 @@
 #include "dvd_effects/CLayeredTitles.h"
 #include "dvd_effects/CMemories.h"
 #include "dvd_effects/CMemories2.h"
+#include "dvd_effects/CPets.h"
 #include "dvd_effects/CPush.h"
 #include "dvd_effects/CRectangles.h"
 #include "dvd_effects/CResizingPanels.h"
@@ -34,6 +35,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuMemories2Name, Create<CMemories2>},
     {effectMenuStackingName, Create<CStacking>},
     {effectMenuTravelName, Create<CTravel>},
+    {effectMenuPetsName, Create<CPets>},
 };
 
 }  // namespace

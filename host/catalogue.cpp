@@ -255,7 +255,7 @@ constexpr EffectInfo catalogue[] = {
      menuTemplate},
     {"menu_push", "each picture pushes the one before it off the screen", generator | menu, menuTemplate},
     {"menu_travel", "photographs that travel a dashed route on a map", generator | menu, menuTemplate},
-    {"menu_pets", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_pets", "pictures that hop in, and paw prints that walk across", generator | menu, menuTemplate},
     {"menu_stacking", "a pile of photographs that grows and is swept away", generator | menu, menuTemplate},
     {"menu_specialoccasion", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_vignette", "one picture at a time in a soft oval, all of them small below", generator | menu, menuTemplate},
