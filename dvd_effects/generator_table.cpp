@@ -5,6 +5,7 @@
 #include "dvd_effects/CLayeredTitles.h"
 #include "dvd_effects/CMemories.h"
 #include "dvd_effects/CMemories2.h"
+#include "dvd_effects/COldAge.h"
 #include "dvd_effects/CPets.h"
 #include "dvd_effects/CPush.h"
 #include "dvd_effects/CRectangles.h"
@@ -36,6 +37,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuStackingName, Create<CStacking>},
     {effectMenuTravelName, Create<CTravel>},
     {effectMenuPetsName, Create<CPets>},
+    {effectMenuOldAgeName, Create<COldAge>},
 };
 
 }  // namespace

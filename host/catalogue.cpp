@@ -245,7 +245,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_layeredtitles", "texts on translucent bands that slide over each other, soft pictures behind",
      generator | menu, menuTemplate},
     {"menu_memories", "photographs that fall onto a table and lift off again", generator | menu, menuTemplate},
-    {"menu_oldage", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_oldage", "oval portraits in an old film: sepia, dust and flicker", generator | menu, menuTemplate},
     {"menu_resizingpanels", "panels divide the screen, and each in turn becomes the large one", generator | menu,
      menuTemplate},
     {"menu_performance", "an animated disc menu", generator | menu, menuTemplate},
