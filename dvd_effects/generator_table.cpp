@@ -6,6 +6,7 @@
 #include "dvd_effects/CMemories.h"
 #include "dvd_effects/CMemories2.h"
 #include "dvd_effects/COldAge.h"
+#include "dvd_effects/CPerformance.h"
 #include "dvd_effects/CPets.h"
 #include "dvd_effects/CPush.h"
 #include "dvd_effects/CRectangles.h"
@@ -38,6 +39,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuTravelName, Create<CTravel>},
     {effectMenuPetsName, Create<CPets>},
     {effectMenuOldAgeName, Create<COldAge>},
+    {effectMenuPerformanceName, Create<CPerformance>},
 };
 
 }  // namespace

@@ -248,7 +248,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_oldage", "oval portraits in an old film: sepia, dust and flicker", generator | menu, menuTemplate},
     {"menu_resizingpanels", "panels divide the screen, and each in turn becomes the large one", generator | menu,
      menuTemplate},
-    {"menu_performance", "an animated disc menu", generator | menu, menuTemplate},
+    {"menu_performance", "three screens on a stage before a curtain of light", generator | menu, menuTemplate},
     {"menu_babygirl", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_babyboy", "an animated disc menu", generator | menu, menuTemplate},
     {"menu_rectangles", "outlined rectangles with pictures cross the screen at different depth", generator | menu,
