@@ -156,6 +156,15 @@ void SlideRows() {
                     ->Unit(benchmark::kMillisecond);
 }
 const int registered = (SlideRows(), 0);
+BENCHMARK_CAPTURE(Menu, memories_pictures_planar, "menu_memories", formatPlanar, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, memories2_pictures_planar, "menu_memories2", formatPlanar, false)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, oldage_pictures_planar, "menu_oldage", formatPlanar, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, performance_pictures_planar, "menu_performance", formatPlanar, false)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, pets_pictures_planar, "menu_pets", formatPlanar, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, stacking_pictures_planar, "menu_stacking", formatPlanar, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Menu, travel_pictures_planar, "menu_travel", formatPlanar, false)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace Bench
