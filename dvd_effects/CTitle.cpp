@@ -166,7 +166,7 @@ void CTitle::MakeLines() {
     const FrameSize fitted = FitText(block, box.size);
     m_lines.resize(rendered.size());
     std::int64_t y = box.at.y + Before(m_valign, box.size.y, fitted.height);
-    m_middle = {double(box.at.x) + box.size.x / 2, double(y) + fitted.height / 2};
+    m_middle = {box.at.x + box.size.x / 2.0, double(y) + fitted.height / 2.0};
     for (std::size_t i = 0; i < rendered.size(); ++i) {
         const auto scaled = [](unsigned side, unsigned to, unsigned from) {
             return unsigned(std::max<std::uint64_t>(std::uint64_t(side) * to / from, 1));

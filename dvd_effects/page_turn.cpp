@@ -123,7 +123,7 @@ class PagePainter {
     PagePainter(const Raster<Sample>& to, const Raster<Sample>& print, const Page& page)
         : m_to(to), m_print(print), m_page(page), m_columnWidth(1u << to.columnShift), m_rowHeight(1u << to.rowShift) {}
 
-    void PaintRow(unsigned row) const {
+    void PaintRow(unsigned row) {
         const double y = std::min((row + 0.5) * m_rowHeight, m_page.height - 0.5);
         const unsigned bend = ColumnFrom(m_page.ColumnBehind(0, y));
         const unsigned back = std::min(ColumnFrom(m_page.FirstBack(y)), bend);
@@ -141,6 +141,7 @@ class PagePainter {
     struct Tile {
         std::int32_t x[tileColumns], y[tileColumns], covers[tileColumns], pale[tileColumns], dark[tileColumns],
             shadow[tileColumns];
+        std::uint8_t print[tileColumns * lanes];
     };
 
     // The first column whose middle lies behind a place. One behind an odd edge stands for the last pixel.
@@ -159,8 +160,8 @@ class PagePainter {
     }
 
     template <class See>
-    void PaintColumns(unsigned row, unsigned begin, unsigned end, See see) const {
-        Tile tile;
+    void PaintColumns(unsigned row, unsigned begin, unsigned end, See see) {
+        Tile& tile = m_tile;
         const double perColumn = 256 / m_columnWidth, perRow = 256 / m_rowHeight;
         const double lastX = (m_print.view.width - 1) * 256.0, lastY = (m_print.view.height - 1) * 256.0;
         const double columnWidth = m_columnWidth, lastPixel = m_page.width - 0.5;
@@ -176,40 +177,49 @@ class PagePainter {
                 tile.dark[i] = sight.dark;
                 tile.shadow[i] = sight.shadow;
             }
-            std::uint8_t* const at = m_to.Row(row) + std::size_t(begin) * lanes;
-            for (int i = 0; i < count; ++i) Paint(at + std::size_t(i) * lanes, tile, i);
+            for (int i = 0; i < count; ++i)
+                if (tile.covers[i]) FetchPrint(tile, i);
+            Mix(m_to.Row(row) + std::size_t(begin) * lanes, tile, count);
         }
     }
 
-    void Paint(std::uint8_t* at, const Tile& tile, int i) const {
-        const int covers = tile.covers[i];
-        if (covers < 256)
-            for (unsigned lane = 0; lane < lanes; ++lane)
-                at[lane] = std::uint8_t(Mixed(at[lane], m_to.black[lane], tile.shadow[i]));
-        if (covers == 0) return;
+    void FetchPrint(Tile& tile, int i) const {
         const auto column = unsigned(tile.x[i] >> 8), row = unsigned(tile.y[i] >> 8);
         const int across = tile.x[i] & 255, down = tile.y[i] & 255;
         // The last ones have none beside them; the neighbour's part is 0 there.
         const unsigned next = column + 1 < m_print.view.width ? lanes : 0;
         const std::uint8_t* const upper = m_print.Row(row) + std::size_t(column) * lanes;
         const std::uint8_t* const lower = row + 1 < m_print.view.height ? upper + m_print.view.pitch : upper;
+        const auto along = [&](const std::uint8_t* at) { return at[0] * (256 - across) + at[next] * across; };
+        for (unsigned lane = 0; lane < lanes; ++lane)
+            tile.print[unsigned(i) * lanes + lane] =
+                std::uint8_t((along(upper + lane) * (256 - down) + along(lower + lane) * down + (1 << 15)) >> 16);
+    }
+
+    // Shadow first, the page over it.
+    void Mix(std::uint8_t* at, const Tile& tile, int count) const {
         for (unsigned lane = 0; lane < lanes; ++lane) {
-            const int print = Mixed(Mixed(upper[lane], upper[lane + next], across),
-                                    Mixed(lower[lane], lower[lane + next], across), down);
-            const int paper = Mixed(Mixed(print, m_to.white[lane], tile.pale[i]), m_to.black[lane], tile.dark[i]);
-            at[lane] = std::uint8_t(covers < 256 ? Mixed(at[lane], paper, covers) : paper);
+            const int black = m_to.black[lane], white = m_to.white[lane];
+#pragma GCC unroll 1
+            for (int i = 0; i < count; ++i) {
+                std::uint8_t& sample = at[unsigned(i) * lanes + lane];
+                const int print = tile.print[unsigned(i) * lanes + lane];
+                const int paper = Mixed(Mixed(print, white, tile.pale[i]), black, tile.dark[i]);
+                sample = std::uint8_t(Mixed(Mixed(sample, black, tile.shadow[i]), paper, tile.covers[i]));
+            }
         }
     }
 
     const Raster<Sample>&m_to, &m_print;
     const Page& m_page;
     double m_columnWidth, m_rowHeight;
+    Tile m_tile{};
 };
 
 template <class Sample>
 void TurnOnRaster(Raster<Sample> to, Raster<Sample> print, const Page* page) {
     if (!print.view.width || !print.view.height) return;
-    const PagePainter<Sample> painter(to, print, *page);
+    PagePainter<Sample> painter(to, print, *page);
     for (unsigned row = 0; row < to.view.height; ++row) painter.PaintRow(row);
 }
 
