@@ -19,6 +19,8 @@ using AVBased::Testing::FakeFile;
 using AVBased::Testing::FakeManager;
 
 constexpr unsigned pictures = 6, texts = 4;
+// Frames of a template's loop, all of which are timed.
+constexpr unsigned loop = 240;
 
 // A file of one picture, or of ever the same frame.
 FakeFile Film(unsigned format, unsigned width, unsigned height, bool isStill) {
@@ -48,7 +50,8 @@ void Set(AVBased::IVideoProc& menu, const char* name, const std::string& value) 
     if (!menu.SetProperty(name, value.c_str())) throw std::runtime_error(std::string(name) + " refuses " + value);
 }
 
-// Six pictures or videos on their way across the frame, four texts, and a background.
+// Six pictures or videos on their way across the frame, four texts, and a background. Templates lay out their pictures
+// by themselves.
 void Menu(benchmark::State& state, const char* name, unsigned format, bool videos) {
     FakeManager manager;
     manager.textWidth = 400;
@@ -74,14 +77,18 @@ void Menu(benchmark::State& state, const char* name, unsigned format, bool video
     Set(*menu, "additionSourceNumber", std::to_string(pictures));
     Set(*menu, "isAdditionSourceImages", List(pictures, videos ? "false" : "true"));
     Set(*menu, "additionSourcePaths", List(pictures, "picture"));
-    Set(*menu, "additionSourceSizes", List(pictures, "480;270"));
-    Set(*menu, "startPositions", starts);
-    Set(*menu, "endPositions", ends);
-    Set(*menu, "moveSpeeds", List(pictures, "1"));
-    Set(*menu, "startTrans", List(pictures, "255"));
-    Set(*menu, "endTrans", List(pictures, "255"));
+    if (name == std::string("menu_common")) {
+        Set(*menu, "additionSourceSizes", List(pictures, "480;270"));
+        Set(*menu, "startPositions", starts);
+        Set(*menu, "endPositions", ends);
+        Set(*menu, "moveSpeeds", List(pictures, "1"));
+        Set(*menu, "startTrans", List(pictures, "255"));
+        Set(*menu, "endTrans", List(pictures, "255"));
+    }
+    Set(*menu, "duration", std::to_string(loop));
     FrameRing ring(format);
     AVBased::ImagePostion record;
+    menu->ProcFrameInPlace(&record, 0, &ring.Next());  // opens what it shows
     for (auto _ : state) {
         state.PauseTiming();
         CRawVideoFrame& frame = ring.Next();
@@ -114,10 +121,24 @@ void Transformed(benchmark::State& state, unsigned format, bool perspective) {
 BENCHMARK_CAPTURE(Transformed, turned_planar, formatPlanar, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Transformed, turned_packed, formatPacked, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Transformed, perspective_planar, formatPlanar, true)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, common_pictures_planar, "menu_common", formatPlanar, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, common_pictures_packed, "menu_common", formatPacked, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, common_videos_planar, "menu_common", formatPlanar, true)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, common_videos_packed, "menu_common", formatPacked, true)->Unit(benchmark::kMillisecond);
+
+// Every menu there is, with pictures on planar frames; the common one with videos and on packed frames too.
+void MenuRows() {
+    for (const AVBased::EffectEntry& entry : AVBased::GeneratorTable()) {
+        const std::string name = entry.name;
+        if (name.find("menu_") == std::string::npos) continue;
+        const bool isCommon = name == "menu_common";
+        for (const bool videos : {false, true})
+            for (const bool packed : {false, true})
+                if (isCommon || !(videos || packed))
+                    benchmark::RegisterBenchmark(
+                        ("Menu/" + name + (videos ? "_videos" : "_pictures") + (packed ? "_packed" : "_planar"))
+                            .c_str(),
+                        Menu, entry.name, packed ? formatPacked : formatPlanar, videos)
+                        ->Iterations(loop)
+                        ->Unit(benchmark::kMillisecond);
+    }
+}
 
 // Two pictures that always hand over to each other, both moving or both still.
 void Slides(benchmark::State& state, const char* transition, unsigned format, const char* motion) {
@@ -155,16 +176,7 @@ void SlideRows() {
                     ->Iterations(2 * 25)
                     ->Unit(benchmark::kMillisecond);
 }
-const int registered = (SlideRows(), 0);
-BENCHMARK_CAPTURE(Menu, memories_pictures_planar, "menu_memories", formatPlanar, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, memories2_pictures_planar, "menu_memories2", formatPlanar, false)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, oldage_pictures_planar, "menu_oldage", formatPlanar, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, performance_pictures_planar, "menu_performance", formatPlanar, false)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, pets_pictures_planar, "menu_pets", formatPlanar, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, stacking_pictures_planar, "menu_stacking", formatPlanar, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Menu, travel_pictures_planar, "menu_travel", formatPlanar, false)->Unit(benchmark::kMillisecond);
+const int registered = (MenuRows(), SlideRows(), 0);
 
 }  // namespace
 }  // namespace Bench
