@@ -64,8 +64,8 @@ void CLayeredTitles::DrawBands(Canvas& canvas, const Title& title, unsigned inde
     const double side = index % 2 ? 1 : -1, late = 0.2 * index / count, phase = Phase();
     // 1 out of sight on the side where it comes from, 0 at its place, -1 beyond the other side.
     const auto away = [&](double delay) {
-        return 1 - Passed(phase, late + delay, 0.16 + late + delay) -
-               Passed(phase, 0.76 + late / 2 + delay, 0.94 + late / 2 + delay);
+        const double in = late + delay, out = 0.8 + 0.3 * late + delay;
+        return 1 - Passed(phase, in, in + 0.13) - Passed(phase, out, out + 0.11);
     };
     const double padding = title.height * 0.6, length = Width() * 1.2, high = title.height + padding;
     const double end = title.left + title.width / 2 - side * (title.width / 2 + padding);

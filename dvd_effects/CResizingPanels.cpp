@@ -54,11 +54,19 @@ void CResizingPanels::DrawScene(Canvas& canvas) {
             const Part columns(Width(), before, weight, end - first + moreWidth * grown, line);
             before += weight;
             if (columns.begin < columns.end && lines.begin < lines.end)
-                ShowWithin(canvas, actors[i], {columns.begin, lines.begin, columns.end, lines.end},
-                           1.06 + 0.05 * Wave(Phase() + i * 0.37), Mixed(0.5, 1, share(i)));
+                DrawPanel(canvas, actors[i], {columns.begin, lines.begin, columns.end, lines.end}, share(i));
         }
     }
     DrawTexts(canvas);
+}
+
+void CResizingPanels::DrawPanel(Canvas& canvas, const Actor& actor, Window panel, double share) {
+    ShowWithin(canvas, actor, panel, 1.06 + 0.05 * Wave(Phase() + actor.index * 0.37));
+    const Layer& shade = m_shade.For(Kind(), {1, 1}, [&] { return PlainLayer(Kind(), {1, 1}, {8, 10, 14}); });
+    const auto dark = std::uint8_t((1 - share) * actor.opacity * 130);
+    if (!dark) return;
+    const Spot least{double(panel.left), double(panel.top)}, most{double(panel.right), double(panel.bottom)};
+    canvas.LayTransformed(shade, {least, {most.x, least.y}, most, {least.x, most.y}}, dark);
 }
 
 }  // namespace AVBased

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dvd_effects/CAnimatedMenu.h"
+#include "dvd_effects/prepared_layer.h"
 
 namespace AVBased {
 
@@ -19,6 +20,11 @@ class CResizingPanels : public CAnimatedMenu {
     bool HasOwnBackground() const override { return true; }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
+
+ private:
+    void DrawPanel(Canvas& canvas, const Actor& actor, Window panel, double share);
+
+    PreparedLayer m_shade;
 };
 
 }  // namespace AVBased
