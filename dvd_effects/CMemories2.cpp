@@ -7,9 +7,9 @@ namespace AVBased {
 namespace {
 
 // Of the menu's sides: how large a photograph is that has come forward.
-constexpr double forwardAcross = 0.46, forwardDown = 0.6;
+constexpr double forwardAcross = 0.42, forwardDown = 0.56;
 // How long a photograph is away, in turns; the next one rises while it returns.
-constexpr double away = 1.2, ramp = 0.42;
+constexpr double away = 1.08, ramp = 0.36;
 
 // An open book whose covers show around its pages, in a square of 2 by 2 about its middle; none beside it.
 Tint Album(double x, double y, double pixel) {

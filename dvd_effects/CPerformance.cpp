@@ -60,9 +60,11 @@ CPerformance::Warp CPerformance::WarpOf(const Panel& panel, FrameSize size, bool
     const formula_t edges[] = {everything, top, bottom, everything};
     CondinateChange(warp.coverage.data(), warp.side.data(), warp.columns.data(), warp.rows.data(),
                     upsideDown ? reversed : upright, noBorders, edges, size.width, size.height);
+    // Nothing lies below the panel.
+    warp.size.height = std::min(size.height, unsigned(std::max({at[5], at[7], 0})) + 1);
     if (!upsideDown) return warp;
     // What the floor mirrors fades downwards.
-    for (unsigned row = 0; row < size.height; ++row)
+    for (unsigned row = 0; row < warp.size.height; ++row)
         for (unsigned column = 0; column < size.width; ++column) {
             const double above = top.slope * column + top.intercept, under = bottom.slope * column + bottom.intercept;
             const double shown = std::clamp(1 - (row - above) / std::max(1.0, under - above), 0.0, 1.0);
@@ -131,8 +133,8 @@ void CPerformance::DrawBeams(Canvas& canvas) const {
     constexpr unsigned count = 4;
     for (unsigned i = 0; i < count; ++i) {
         const double swing = Wave((i % 2 ? 1 : 2) * Phase() + 0.3 * i), from = (i + 0.5) / count * Width();
-        const double to = from + 0.16 * swing * Width(), top = -0.02 * Height(), bottom = 0.9 * Height();
-        const double narrow = 0.012 * Width(), wide = 0.085 * Width();
+        const double to = from + 0.13 * swing * Width(), top = -0.02 * Height(), bottom = 0.66 * Height();
+        const double narrow = 0.01 * Width(), wide = 0.06 * Width();
         canvas.LayTransformed(m_beams[i % 3],
                               {{from - narrow, top}, {from + narrow, top}, {to + wide, bottom}, {to - wide, bottom}},
                               ByteOf(0.55 + 0.2 * Wave(Phase() * 3 + 0.25 * i)));
@@ -150,7 +152,7 @@ void CPerformance::ShowPictures(Canvas& canvas, const std::vector<Actor>& actors
     const double turn = Phase() * count + 1 - (screen == 1 ? 0 : 0.15), whole = WholePart(turn);
     const unsigned now = (unsigned(whole) + 3 - screen) % count, next = (now + 1) % count;
     lay(actors[now], 1);
-    const double fade = Passed(turn - whole, 0.65, 1);
+    const double fade = Passed(turn - whole, 0.75, 1);
     if (next != now && fade > 0) lay(actors[next], fade);
 }
 
