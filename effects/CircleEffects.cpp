@@ -124,8 +124,9 @@ class QuarterTurns {
                     sines[dx] = m_sines[mirrored];
                     cosines[dx] = m_cosines[mirrored];
                 } else {
-                    sines[dx] = std::sin(m_angles[dx]);
-                    cosines[dx] = std::cos(m_angles[dx]);
+                    const float angle = m_angles[dx];
+                    sines[dx] = std::sin(angle);
+                    cosines[dx] = std::cos(angle);
                 }
             }
             m_counts[dy] = count;

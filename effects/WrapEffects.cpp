@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/error_codes.h"
@@ -105,36 +106,53 @@ class LensTable {
 
 Box Whole(unsigned width, unsigned height) { return {0, width, 0, height}; }
 
-Source MirrorInverted(const MirrorInvertMap& map, unsigned x, unsigned y) {
-    const std::int32_t centreX = std::int32_t(map.width >> 1), centreY = std::int32_t(map.height >> 1);
-    const std::int32_t m = std::min(centreX, centreY), reference2 = WrappingProduct(m, m);
+// The factor of a pixel's distances from the centre, in 256ths.
+std::int32_t InversionAt(const MirrorInvertMap& map, std::int32_t dx, std::int32_t dy) {
+    const std::int32_t m = std::int32_t(std::min(map.width >> 1, map.height >> 1)), reference2 = WrappingProduct(m, m);
     const std::int32_t strength = WrappingProduct(map.settings.amount, 256);
-    const std::int32_t dx = std::int32_t(x) - centreX, dy = std::int32_t(y) - centreY;
     // Deliberate: the hundredth is taken early and truncated, except at the centre.
     const std::int32_t atCentre = WrappingProduct(strength, reference2) / 100;
     const std::int32_t elsewhere = Divided(WrappingProduct(strength, reference2 / 100),
                                            WrappingSum(WrappingProduct(dx, dx), WrappingProduct(dy, dy)));
-    const std::int32_t mask = MaskOf((dx | dy) == 0), k = (atCentre & mask) | (elsewhere & ~mask);
-    return {Wrapping(map.width)(WrappingSum(WrappingProduct(k, dx) >> 8, centreX)),
-            Wrapping(map.height)(WrappingSum(WrappingProduct(k, dy) >> 8, centreY))};
+    const std::int32_t mask = MaskOf((dx | dy) == 0);
+    return (atCentre & mask) | (elsewhere & ~mask);
 }
 
-void MirrorInvertRow(const MirrorInvertMap& map, const SourceRow& row) {
+Source MirrorInverted(const MirrorInvertMap& map, std::int32_t dx, std::int32_t dy, std::int32_t factor) {
+    const std::int32_t centreX = std::int32_t(map.width >> 1), centreY = std::int32_t(map.height >> 1);
+    return {Wrapping(map.width)(WrappingSum(WrappingProduct(factor, dx) >> 8, centreX)),
+            Wrapping(map.height)(WrappingSum(WrappingProduct(factor, dy) >> 8, centreY))};
+}
+
+// Both halves of a row share their factors, for which `factors` has room. The row begins at the picture's left edge.
+void MirrorInvertRow(const MirrorInvertMap& map, std::int32_t* factors, const SourceRow& row) {
     const MirrorInvertMap own = map;
     const SourceRow to = row;
-    for (unsigned i = 0; i < to.count; ++i) {
-        const Source source = MirrorInverted(own, to.xBegin + i, to.y);
+    const std::int32_t dy = std::int32_t(to.y) - std::int32_t(own.height >> 1);
+    const std::size_t centre = own.width >> 1;
+    for (std::size_t distance = 0; distance <= centre; ++distance)
+        factors[distance] = InversionAt(own, std::int32_t(distance), dy);
+    const auto invert = [&](std::size_t i, std::size_t distance, std::int32_t dx) {
+        const Source source = MirrorInverted(own, dx, dy, factors[distance]);
         to.columns[i] = source.x;
         to.rows[i] = source.y;
-    }
+    };
+    const std::size_t left = std::min<std::size_t>(centre, to.count);
+    for (std::size_t i = 0; i < left; ++i) invert(i, centre - i, std::int32_t(i) - std::int32_t(centre));
+    for (std::size_t i = left; i < to.count; ++i) invert(i, i - centre, std::int32_t(i - centre));
 }
 
 }  // namespace
 
-std::optional<Source> MirrorInvertMap::operator()(unsigned x, unsigned y) const { return MirrorInverted(*this, x, y); }
+std::optional<Source> MirrorInvertMap::operator()(unsigned x, unsigned y) const {
+    const std::int32_t dx = std::int32_t(x - (width >> 1)), dy = std::int32_t(y - (height >> 1));
+    return MirrorInverted(*this, dx, dy, InversionAt(*this, dx, dy));
+}
 
 FillSourceRow MirrorInvertMap::Rows(const Box&, InstructionSet set) const {
-    return [map = *this, fill = variantsOf<MirrorInvertRow>.For(set)](const SourceRow& row) { fill(map, row); };
+    return
+        [map = *this, factors = std::vector<std::int32_t>((width >> 1) + 1),
+         fill = variantsOf<MirrorInvertRow>.For(set)](const SourceRow& row) mutable { fill(map, factors.data(), row); };
 }
 
 void TileReflectSettings::SetAngle(std::int32_t a) {

@@ -134,10 +134,12 @@ struct DecidingPixels {
 template <unsigned columnShift>
 void ShrinkRow(const BlockPlanner::Row& pixels, const DecidingPixels& deciding, unsigned rowShift, unsigned width,
                unsigned height, const BlockPlanner::Row& row) {
-    const auto shrink = [&](std::size_t from, std::size_t to) {
-        row.columns[to] = std::min(pixels.columns[from] >> columnShift, width - 1);
-        row.rows[to] = std::min(pixels.rows[from] >> rowShift, height - 1);
-        row.white[to] = pixels.white[from];
+    // Copies: a flag that is written might be a part of the arguments themselves.
+    const BlockPlanner::Row from = pixels, to = row;
+    const auto shrink = [=](std::size_t pixel, std::size_t sample) {
+        to.columns[sample] = std::min(from.columns[pixel] >> columnShift, width - 1);
+        to.rows[sample] = std::min(from.rows[pixel] >> rowShift, height - 1);
+        to.white[sample] = from.white[pixel];
     };
     if (deciding.samples == 0) return;
     const std::size_t first = deciding.first, whole = deciding.samples - 1;
@@ -255,7 +257,7 @@ void CoordinateTable::PlanSamples(const Geometry& geometry, std::vector<RimSampl
         const unsigned chromaY = y >> rowShift;
         if (chromaY >= shared.yEnd || (y + 1 < target.yEnd && (y + 1) >> rowShift == chromaY)) continue;
         shrink(kept, deciding, rowShift, width, height, chroma.Next());
-        if (!rim) continue;
+        if (!rim || !std::memchr(row.stays, true, row.count)) continue;
         for (unsigned sample = 0; sample < deciding.samples; ++sample) {
             const unsigned last = deciding.Of(sample), x = shared.xBegin + sample;
             if (!row.stays[last]) continue;
