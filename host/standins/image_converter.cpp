@@ -17,6 +17,7 @@ extern "C" {
 #include "TarvoBased/error_codes.h"
 #include "host/standins/alpha_scaler.h"
 #include "host/standins/av_picture.h"
+#include "host/standins/packed_scaler.h"
 
 namespace AVBased {
 
@@ -190,6 +191,8 @@ class CImageConverter final : public IImageConverter {
           m_to(ToPictureShape(conversion.destination)),
           m_scaler(Nifikral::MakeScaler(m_from, m_to, FilterFlag(conversion.filter))) {
         if (!m_scaler) RaiseBadFormat(lineScaler);
+        if (Nifikral::PackedScaler::Serves(m_from, m_to))
+            m_packedScaler.emplace(m_from, m_to, FilterFlag(conversion.filter));
     }
 
     bool Convert(IRawVideoFrame* source, IRawVideoFrame* destination) override {
@@ -202,13 +205,8 @@ class CImageConverter final : public IImageConverter {
             from.Load();
             from.Describe(fromData, fromPitches);
             to.Describe(toData, toPitches);
-            if (Nifikral::AlphaScaler::Serves(m_from, m_to) &&
-                !Nifikral::AlphaScaler::IsOpaque(m_from, fromData, fromPitches)) {
-                if (!m_alphaScaler) m_alphaScaler.emplace(m_from, m_to, FilterFlag(m_conversion.filter));
-                m_alphaScaler->Scale(fromData, fromPitches, toData, toPitches);
-            } else if (sws_scale(m_scaler.get(), fromData, fromPitches, 0, m_from.height, toData, toPitches) < 0) {
+            if (!Scale(fromData, fromPitches, toData, toPitches))
                 throw CBaseException(errorGeneral, "Conversion failed", lineConvert, sourceName);
-            }
             to.Store();
             return true;
         });
@@ -216,6 +214,15 @@ class CImageConverter final : public IImageConverter {
     void Free() override { delete this; }
 
  private:
+    bool Scale(const std::uint8_t* const from[4], const int fromPitches[4], std::uint8_t* const to[4],
+               const int toPitches[4]) {
+        if (m_packedScaler) return m_packedScaler->Scale(from, fromPitches, to, toPitches, m_from.height);
+        if (!Nifikral::AlphaScaler::Serves(m_from, m_to) || Nifikral::AlphaScaler::IsOpaque(m_from, from, fromPitches))
+            return sws_scale(m_scaler.get(), from, fromPitches, 0, m_from.height, to, toPitches) >= 0;
+        if (!m_alphaScaler) m_alphaScaler.emplace(m_from, m_to, FilterFlag(m_conversion.filter));
+        m_alphaScaler->Scale(from, fromPitches, to, toPitches);
+        return true;
+    }
     static void Require(IRawVideoFrame* frame, const ImageShape& shape) {
         RequirePointer(frame, lineFrame, sourceName);
         unsigned width = 0, height = 0;
@@ -228,6 +235,7 @@ class CImageConverter final : public IImageConverter {
     Nifikral::PictureShape m_from, m_to;
     Nifikral::ScalerPtr m_scaler;
     std::optional<Nifikral::AlphaScaler> m_alphaScaler;
+    std::optional<Nifikral::PackedScaler> m_packedScaler;
 };
 
 }  // namespace

@@ -63,6 +63,29 @@ TEST(ImageConverter, ChoosesMatrixAndRangeAsAsked) {
     }
 }
 
+TEST(ImageConverter, FindsTheColoursOfPlanesAgain) {
+    using enum AVBased::ColourMatrix;
+    for (const AVBased::ColourMatrix matrix : {Automatic, Bt601, Bt709})
+        for (const bool fullRange : {false, true})
+            for (const unsigned height : {90u, 578u}) {
+                AVBased::ImageConversion there, back;
+                there.source = {30, 160, height};
+                there.destination = back.source = {0, 160, height, matrix, fullRange};
+                // Of another size, for which another matrix would be usual.
+                back.destination = {30, 80, 668 - height};
+                const ConverterPtr toPlanes(AVBased::CreateImageConverterEx(&there));
+                const ConverterPtr toPixels(AVBased::CreateImageConverterEx(&back));
+                ASSERT_TRUE(toPlanes && toPixels);
+                CRawVideoFrame from(false, 30, 160, height, true), planes(false, 0, 160, height, true),
+                    to(false, 30, 80, 668 - height, true);
+                FillPixels(from, 30, 180, 90);
+                ASSERT_TRUE(toPlanes->Convert(&from, &planes) && toPixels->Convert(&planes, &to));
+                const unsigned char* const pixel = to.GetBuffer(0);
+                for (unsigned byte = 0; byte < 4; ++byte)
+                    EXPECT_NEAR(pixel[byte], from.GetBuffer(0)[byte], 2) << "byte " << byte << " height " << height;
+            }
+}
+
 TEST(ImageConverter, TakesEveryFormatAndOddSizes) {
     av_log_set_level(AV_LOG_QUIET);  // odd sizes make libswscale talk
     for (const AVBased::FormatInfo& info : AVBased::formats) {
