@@ -5,7 +5,6 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <filesystem>
 #include <sstream>
 
 #include "host/catalogue.h"
@@ -27,7 +26,7 @@ bool AnyHasTrait(const std::vector<EffectRequest>& requests, EffectTraits trait)
 }
 
 // The number of frames that "duration" and values over the run are built on: exact where anything depends on it.
-long long FrameCount(const MediaSource& source, const std::vector<EffectRequest>& requests) {
+long long FrameCount(const MediaSource& source, const FrameRange& range, const std::vector<EffectRequest>& requests) {
     const bool overRun = std::any_of(requests.begin(), requests.end(), [](const EffectRequest& request) {
         return std::any_of(request.settings.begin(), request.settings.end(),
                            [](const auto& setting) { return setting.value.NeedsFrameCount(); });
@@ -36,7 +35,7 @@ long long FrameCount(const MediaSource& source, const std::vector<EffectRequest>
         return HasTrait(request, variesWithTime) && !request.Sets("duration");
     });
     if (!overRun && !fades) return source.EstimatedFrameCount();
-    long long count = source.CountFrames();
+    long long count = source.CountFrames(range);
     if (count == 0) count = source.EstimatedFrameCount();
     if (count == 0)
         throw HostError(ExitCode::Usage, overRun ? "A..B needs the number of frames, which this input does not tell; "
@@ -64,12 +63,6 @@ PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
     return path;
 }
 
-void RefuseToOverwriteInput(const ApplyOptions& options) {
-    std::error_code error;
-    if (std::filesystem::equivalent(options.input, options.run.output.path, error))
-        throw HostError(ExitCode::Usage, options.run.output.path + " is the input itself; name another output");
-}
-
 std::string Summary(const ApplyOptions& options, const MediaSource& source, const PicturePath& path,
                     const MediaSink& sink, long long frameCount) {
     const PictureShape shape = ShapeOf(source.FirstFrame());
@@ -83,30 +76,69 @@ std::string Summary(const ApplyOptions& options, const MediaSource& source, cons
     return text.str();
 }
 
+// One picture as the frames of a video.
+class StillSource {
+ public:
+    StillSource(FramePtr picture, long long frames, const FrameRange& range)
+        : m_picture(std::move(picture)), m_frames(frames), m_range(range), m_number(range.first) {}
+
+    std::optional<SourceStep> Next() {
+        if (m_number >= m_frames || m_number > m_range.last) return std::nullopt;
+        SourceStep step;
+        step.frame = Require<FramePtr>(av_frame_clone(m_picture.get()));
+        step.number = m_number++;
+        step.frame->pts = (step.number - m_range.first) * step.frame->pkt_duration;
+        return step;
+    }
+
+ private:
+    FramePtr m_picture;
+    long long m_frames;
+    FrameRange m_range;
+    long long m_number;
+};
+
+// What gives the run's pictures: the input, or its only one again and again.
+std::function<std::optional<SourceStep>()> Pictures(MediaSource& source, long long stillFrames,
+                                                    const FrameRange& range) {
+    if (stillFrames == 0) return [&source] { return source.Next(); };
+    if (range.first >= stillFrames)
+        throw HostError(ExitCode::Usage, "--frames lies past the end: there are frames 0 to " +
+                                             std::to_string(stillFrames - 1) + "; choose among these");
+    const auto still = std::make_shared<StillSource>(std::move(source.Next()->frame), stillFrames, range);
+    return [still] { return still->Next(); };
+}
+
 }  // namespace
 
 void Apply(const ApplyOptions& options, const EffectModule& module) {
-    std::vector<EffectRequest> requests;
+    EffectRun run;
     for (const std::string& text : options.effects) {
-        requests.push_back(ParseEffectRequest(text, module));
-        if (const std::string& name = requests.back().effect; HasTrait(requests.back(), menu))
+        run.requests.push_back(ParseEffectRequest(text, module));
+        if (const std::string& name = run.requests.back().effect; HasTrait(run.requests.back(), menu))
             throw HostError(ExitCode::Usage, name + " makes a film of its own; nifikral menu " + name +
                                                  " PROJECT.json -o OUT (nifikral init " + name + " writes an example)");
     }
+    RunEffects(options, module, false, [&](const MediaSource&) { return run; });
+}
+
+void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
+                const std::function<EffectRun(const MediaSource&)>& plan) {
     const FrameRange range = ParseRange(options.run.frames);
     const int threads = options.run.ThreadCount();
-    RefuseToOverwriteInput(options);
+    options.run.RefuseAsOutput(options.input);
 
-    MediaSource source(options.input, {range, threads, options.keepGoing});
+    MediaSource source(options.input, {single ? FrameRange() : range, threads, options.keepGoing});
+    const EffectRun run = plan(source);
     const PictureShape shape = ShapeOf(source.FirstFrame());
-    PicturePath path = ChoosePath(shape, options, requests);
+    PicturePath path = ChoosePath(shape, options, run.requests);
     const bool keepsForced = !options.run.pixelFormat.empty();
     const OutputTraits traits = TraitsOf(source, keepsForced ? path.effectShape.format : OutputFormat(shape.format));
     OutputOptions output = options.run.output;
     output.threads = threads;
     const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.run.dryRun);
     path.overBlack = path.overBlack && !HasAlpha(sink->Shape().format);
-    const long long frameCount = FrameCount(source, requests);
+    const long long frameCount = run.stillFrames > 0 ? run.stillFrames : FrameCount(source, range, run.requests);
     const std::string summary = Summary(options, source, path, *sink, frameCount);
     if (options.run.dryRun) {
         std::fprintf(stderr, "%s\n", summary.c_str());
@@ -114,12 +146,13 @@ void Apply(const ApplyOptions& options, const EffectModule& module) {
     }
     PrintDetail(summary);
 
-    EffectWorkers effects(path, sink->Shape(), module, requests, frameCount);
-    const Stages stages{[&] { return source.Next(); },
-                        [&](SourceStep& step) { effects.Process(step.frame, step.number - range.first); }};
+    EffectWorkers effects(path, sink->Shape(), module, run.requests, frameCount);
+    const long long origin = run.countsFromRange ? range.first : 0;
+    const Stages stages{Pictures(source, run.stillFrames, range),
+                        [&](SourceStep& step) { effects.Process(step.frame, step.number - origin); }};
     RunReport report;
     {
-        Progress progress(source.EstimatedFrameCount());
+        Progress progress(run.stillFrames > 0 ? run.stillFrames : source.EstimatedFrameCount());
         report = RunPipeline(stages, *sink, threads, progress);
     }
     std::ostringstream spent;

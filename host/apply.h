@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "host/effect_module.h"
+#include "host/effect_request.h"
+#include "host/media_source.h"
 #include "host/run_options.h"
 
 namespace Nifikral {
@@ -17,5 +19,16 @@ struct ApplyOptions {
 
 /// Takes the input through the effects into the output.
 void Apply(const ApplyOptions& options, const EffectModule& module);
+
+/// What is done to an input.
+struct EffectRun {
+    std::vector<EffectRequest> requests;
+    bool countsFromRange = true;  ///< positions count from the first frame asked for, else from the input's first
+    long long stillFrames = 0;    ///< above 0: the input's only picture is shown for so many frames
+};
+
+/// The same with effects that follow from the input. `single`: the input has one picture, which `plan` may repeat.
+void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
+                const std::function<EffectRun(const MediaSource&)>& plan);
 
 }  // namespace Nifikral

@@ -174,7 +174,7 @@ constexpr ParameterInfo menuTemplate[] = {
 };
 
 constexpr ParameterInfo slide[] = {
-    {"paths", "the pictures, in order", ""},
+    {"paths", "the pictures, in order, joined by \";\"", ""},
     {"slideDuration", "how long a picture is alone", "frames", {0, 100000}},
     {"transitionDuration", "how long it shares the frame with the next one", "frames", {0, 10000}},
     {"transitions", "crossfade, push, wipe, zoom, iris, blinds, pageturn, cut or random; repeated", ""},
@@ -262,7 +262,7 @@ constexpr EffectInfo catalogue[] = {
     {"menu_videowall", "a wall of screens that breathes; each in turn covers its middle", generator | menu,
      menuTemplate},
     {"slide", "a slideshow with transitions", generator, slide},
-    {"title", "styled lines that fade and move in and out", generator, title},
+    {"title", "styled lines that fade and move in and out", generator | variesWithTime, title},
     {"EffectNameRotate90X", "quarter turns inside the frame", plain, rotate90X},
     {"menu_festival", "an animated disc menu", generator | menu, menuTemplate},
     {"submenu_festival", "an animated disc submenu", generator | menu, menuTemplate},

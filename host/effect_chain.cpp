@@ -37,10 +37,13 @@ void EffectChain::Process(AVFrame& frame, unsigned formatCode, long long positio
         // An effect may treat its first picture otherwise than later ones, from tables that it keeps. The run's first
         // frame gets a fresh object, any other one that has seen a picture; where values change over time, every frame
         // gets a fresh one.
+        const long long own = position - link.request->begin;
+        if (own < 0) continue;
         const bool varies = link.request->Varies();
-        if (varies || (position == 0 && link.used)) link.effect = Make(*link.request, position);
-        if (!varies && position > 0 && !link.used) link.effect->ProcFrame(&record, int(position), &adapter);
-        link.effect->ProcFrameInPlace(&record, int(position), &adapter);
+        if (varies || (own == 0 && link.used)) link.effect = Make(*link.request, own);
+        if (!varies && own > 0 && !link.used) link.effect->ProcFrame(&record, int(own), &adapter);
+        link.effect->Seek(unsigned(own));
+        link.effect->ProcFrameInPlace(&record, int(own), &adapter);
         link.used = true;
         if (const std::optional<std::string> error = TakeModuleError())
             throw HostError(ExitCode::Failed, link.request->effect + " fails at frame " + std::to_string(position) +

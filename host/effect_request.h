@@ -42,6 +42,7 @@ struct ParameterSetting {
 struct EffectRequest {
     std::string effect;
     std::vector<ParameterSetting> settings;
+    long long begin = 0;  ///< the position of its first frame; earlier ones stay as they are
 
     bool Varies() const;
     bool Sets(const std::string& property) const;

@@ -117,7 +117,7 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
     if (traits.fieldOrder != AV_FIELD_PROGRESSIVE && m_shape.height % 4 == 0)
         context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
     if (purpose.globalHeader) context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    SetQuality(options);
+    SetQuality(options, traits.dvd);
     TakeFfmpegComplaint();
     if (const int error = avcodec_open2(&context, &codec, nullptr); error < 0) {
         const std::string complaint = TakeFfmpegComplaint();
@@ -129,7 +129,17 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
     }
 }
 
-void Encoder::SetQuality(const OutputOptions& options) {
+// What every player of video DVDs can follow.
+void Encoder::SetDvdRates() {
+    AVCodecContext& context = *m_context;
+    context.bit_rate = 6'000'000;
+    context.rc_max_rate = 9'000'000;
+    context.rc_buffer_size = 224 * 1024 * 8;
+    context.gop_size = context.framerate.num == 25 * context.framerate.den ? 15 : 18;
+    context.max_b_frames = 2;
+}
+
+void Encoder::SetQuality(const OutputOptions& options, bool dvd) {
     AVCodecContext& context = *m_context;
     const AVCodec& codec = *context.codec;
     const auto set = [&](const char* key, const char* value) {
@@ -143,7 +153,9 @@ void Encoder::SetQuality(const OutputOptions& options) {
         set("cpu-used", "3");
     }
     if (Is(codec, {"libwebp", "libwebp_anim"})) set("quality", "92");
-    if (IsJpeg(codec) || CountsTimeInFrames(codec)) {
+    if (dvd && codec.id == AV_CODEC_ID_MPEG2VIDEO) {
+        SetDvdRates();
+    } else if (IsJpeg(codec) || CountsTimeInFrames(codec)) {
         context.flags |= AV_CODEC_FLAG_QSCALE;
         context.global_quality = 2 * FF_QP2LAMBDA;
     }

@@ -25,7 +25,8 @@ class Encoder {
     void Encode(FramePtr frame, const std::function<void(AVPacket&)>& store);
 
  private:
-    void SetQuality(const OutputOptions& options);
+    void SetQuality(const OutputOptions& options, bool dvd);
+    void SetDvdRates();
 
     CodecPtr m_context;
     PictureShape m_shape;

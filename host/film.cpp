@@ -8,6 +8,9 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
 #include <sstream>
 
 #include "TarvoBased/ITarvoException.h"
@@ -17,6 +20,7 @@ extern "C" {
 #include "host/interruption.h"
 #include "host/log.h"
 #include "host/pipeline.h"
+#include "host/sound_track.h"
 
 namespace Nifikral {
 namespace {
@@ -40,13 +44,44 @@ void RefuseManyFramesInOnePicture(const RunOptions& options, const FrameRange& r
                                              ", or pick one with --frames N");
 }
 
+// How the output has the film: pictures in square pixels, videos as the profile wants them.
+OutputTraits StoredTraits(const Film& film, const OutputOptions& output, AVPixelFormat preferred) {
+    const FilmProfile* const profile = IsPictureOutput(output) ? nullptr : film.profile;
+    if (IsProgramStream(output) && !(profile && profile->dvd))
+        PrintWarning(output.path + " is not as video DVDs want it; --profile pal-16:9, ntsc-4:3 and so on make it so");
+    if (!profile) return TraitsOfFilm(film.width, film.height, film.frameRate, preferred);
+    OutputTraits traits = TraitsOfFilm(profile->width, profile->height, film.frameRate, preferred);
+    traits.pixelAspect = profile->PixelAspect();
+    traits.dvd = profile->dvd;
+    return traits;
+}
+
+// The sound beside the range of the film; null when none is asked for or the output holds none.
+std::unique_ptr<SoundTrack> OpenSound(const Film& film, const FilmOptions& options, const FrameRange& range) {
+    if (options.sound.empty()) return nullptr;
+    const AVCodec* const encoder = SoundEncoder(options.run.output, film.profile && film.profile->dvd);
+    if (!encoder) {
+        PrintWarning(options.run.output.path + " holds no sound; --audio is left out");
+        return nullptr;
+    }
+    const double rate = av_q2d(film.frameRate), begin = double(range.first) / rate;
+    const double end = double(range.last + 1) / rate, filmEnd = double(film.frames) / rate;
+    return std::make_unique<SoundTrack>(options.sound, *encoder, SoundCut{begin, end, filmEnd, options.fade});
+}
+
 // Calls the generator for one frame after the other.
 class FilmSource {
  public:
-    FilmSource(AVBased::IVideoProc& generator, const Film& film, unsigned formatCode, const FrameRange& range)
-        : m_generator(generator), m_film(film), m_formatCode(formatCode), m_range(range) {}
+    /// `sound` is null where there is none.
+    FilmSource(AVBased::IVideoProc& generator, const Film& film, unsigned formatCode, const FrameRange& range,
+               SoundTrack* sound)
+        : m_generator(generator), m_film(film), m_formatCode(formatCode), m_range(range), m_sound(sound) {}
 
     std::optional<SourceStep> Next() {
+        if (m_film.seeks && m_number < m_range.first) {
+            m_number = m_range.first;
+            m_generator.Seek(unsigned(m_number));
+        }
         // What a frame shows may follow from those before it, so the generator makes these as well.
         while (m_number < m_range.first) Make();
         if (m_number > m_range.last) return std::nullopt;
@@ -54,6 +89,11 @@ class FilmSource {
         step.number = m_number;
         step.frame = Make();
         step.frame->pts = step.number - m_range.first;
+        if (m_sound) {
+            const bool last = m_number > m_range.last;
+            step.audio = m_sound->Until(last ? std::numeric_limits<double>::infinity()
+                                             : double(m_number - m_range.first) / av_q2d(m_film.frameRate));
+        }
         return step;
     }
 
@@ -84,19 +124,58 @@ class FilmSource {
     Film m_film;
     unsigned m_formatCode;
     FrameRange m_range;
+    SoundTrack* m_sound;
     long long m_number = 0;
 };
 
 }  // namespace
 
-void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const RunOptions& options, const std::string& name) {
+std::optional<double> FilmOptions::Seconds() const {
+    if (length.empty()) return std::nullopt;
+    if (length == "audio") {
+        if (sound.empty()) throw HostError(ExitCode::Usage, "--length audio needs a sound; name it with --audio FILE");
+        return SoundSeconds(sound);
+    }
+    constexpr double longest = 24 * 3600;
+    double seconds = 0;
+    const char* const end = length.data() + length.size();
+    if (const auto [rest, error] = std::from_chars(length.data(), end, seconds);
+        error != std::errc() || rest != end || !(seconds > 0 && seconds <= longest))
+        throw HostError(ExitCode::Usage, "--length " + length + " is no length; give seconds up to 86400, or audio");
+    return seconds;
+}
+
+long long Film::FramesIn(double seconds) const {
+    // A sound's length in whole frames is not to become one more by the last digit of a division.
+    return std::max(1LL, std::llround(std::ceil(seconds * av_q2d(frameRate) - 1e-6)));
+}
+
+std::string OddSide(const Film& film, const OutputOptions& output) {
+    if (film.profile || output.path == "-" || IsPictureOutput(output)) return {};
+    return film.width % 2 ? "width" : film.height % 2 ? "height" : "";
+}
+
+void SetProperties(AVBased::IVideoProc& generator, const std::vector<std::pair<std::string, std::string>>& properties,
+                   const std::function<void(const std::string&, const std::string&)>& refuse) {
+    for (const auto& [name, value] : properties) {
+        const bool taken = generator.SetProperty(name.c_str(), value.c_str());
+        const std::optional<std::string> error = TakeModuleError();
+        if (!taken || error) refuse(name, error.value_or("no reason given"));
+    }
+}
+
+void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& filmOptions,
+                const std::string& name) {
+    const RunOptions& options = filmOptions.run;
     const FrameRange range = RangeWithin(film, options);
     RefuseManyFramesInOnePicture(options, range);
     AVPixelFormat preferred = IsPictureOutput(options.output) ? AV_PIX_FMT_BGRA : AV_PIX_FMT_YUV420P;
     if (!options.pixelFormat.empty()) preferred = FfmpegFormat(ParseFormat(options.pixelFormat));
     OutputOptions output = options.output;
     output.threads = options.ThreadCount();
-    const OutputTraits traits = TraitsOfFilm(film.width, film.height, film.frameRate, preferred);
+    OutputTraits traits = StoredTraits(film, output, preferred);
+    const std::unique_ptr<SoundTrack> sound = OpenSound(film, filmOptions, range);
+    if (sound) traits.audio = {&sound->Stream()};
     const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.dryRun);
     const PictureShape shape = sink->Shape();
     const unsigned formatCode =
@@ -113,7 +192,7 @@ void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const RunOptio
     }
     PrintDetail(summary.str());
 
-    FilmSource source(generator, film, formatCode, range);
+    FilmSource source(generator, film, formatCode, range, sound.get());
     tbb::enumerable_thread_specific<PictureConverter> converters([&] { return PictureConverter(shape); });
     const Stages stages{[&] { return source.Next(); },
                         [&](SourceStep& step) {

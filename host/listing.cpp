@@ -7,6 +7,7 @@
 
 #include "host/catalogue.h"
 #include "host/errors.h"
+#include "host/menu_project.h"
 #include "host/nearest_names.h"
 
 namespace Nifikral {
@@ -99,7 +100,11 @@ std::string DescribeEffect(const EffectModule& module, const std::string& name, 
     const EffectInfo* const info = FindEffect(name);
     Json description = EffectJson(*effect, info ? *info : EffectInfo{name.c_str(), ""});
     description["version"] = jsonVersion;
-    return json ? description.dump(2) + "\n" : EffectText(description);
+    if (json) return description.dump(2) + "\n";
+    std::string text = EffectText(description);
+    if (info && (info->traits & menu))
+        text += "Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeProjectKeys();
+    return text;
 }
 
 }  // namespace Nifikral

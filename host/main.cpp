@@ -13,6 +13,9 @@
 #include "host/listing.h"
 #include "host/log.h"
 #include "host/menu.h"
+#include "host/menu_project.h"
+#include "host/slideshow.h"
+#include "host/title.h"
 
 namespace {
 
@@ -25,6 +28,8 @@ struct CommandLine {
     std::string effect;
     ApplyOptions apply;
     MenuOptions menu;
+    SlideshowOptions slideshow;
+    TitleOptions title;
     InitOptions init;
     GalleryOptions gallery;
 };
@@ -77,16 +82,101 @@ CLI::App* AddApply(CLI::App& app, CommandLine& line) {
     return apply;
 }
 
+// Settings of every subcommand that makes a film of its own.
+void AddFilmOptions(CLI::App& app, CommandLine& line, FilmOptions& options) {
+    app.add_option("--profile", options.profile,
+                   "size, frame rate and shape of the pixels: pal-4:3, pal-16:9, ntsc-4:3, ntsc-16:9, hd or uhd; with "
+                   "one of the first four an .mpg is as video DVDs want it");
+    app.add_option("--audio", options.sound, "a file whose sound goes with the film");
+    app.add_option("--audio-fade", options.fade, "seconds in which the sound fades out at the end")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, 600.0));
+    app.add_option("--length", options.length, "of the film in seconds, or audio for the length of the sound");
+    AddRunOptions(app, line, options.run);
+}
+
 CLI::App* AddMenu(CLI::App& app, CommandLine& line) {
     CLI::App* const menu = app.add_subcommand("menu", "make a disc menu from a project file");
     MenuOptions& options = line.menu;
     menu->add_option("TEMPLATE", options.templateName, "the menu's template; nifikral list shows all")->required();
     menu->add_option("PROJECT", options.project, "the project file; nifikral init makes an example")->required();
-    menu->add_option("-o,--output", options.run.output.path,
+    menu->add_option("-o,--output", options.film.run.output.path,
                      "a video, a picture, pictures as out_%06d.png, or - for stdout")
         ->required();
-    AddRunOptions(*menu, line, options.run);
+    AddFilmOptions(*menu, line, options.film);
+    menu->footer("Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeProjectKeys());
     return menu;
+}
+
+CLI::App* AddSlideshow(CLI::App& app, CommandLine& line) {
+    CLI::App* const show = app.add_subcommand("slideshow", "make a film of pictures");
+    SlideshowOptions& options = line.slideshow;
+    constexpr double longest = 86400;
+    show->add_option("PICTURES", options.inputs, "folders with pictures, and pictures by their names, in this order")
+        ->required();
+    show->add_option("-o,--output", options.film.run.output.path,
+                     "a video, a picture, pictures as out_%06d.png, or - for stdout")
+        ->required();
+    show->add_option("--seconds", options.pictureSeconds, "how long each picture stands alone")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    show->add_option("--transition-seconds", options.transitionSeconds, "how long one takes to become the next")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    show->add_option("--transitions", options.transitions, "which, in turn (nifikral info slide lists them)")
+        ->capture_default_str()
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    show->add_option("--motion", options.motions, "how pictures move, in turn, such as none or zoomin,panleft")
+        ->capture_default_str()
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    show->add_option("--motion-amount", options.motionAmount, "how much larger a moving picture gets, in percent")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 100));
+    show->add_option("--fit", options.fit, "pictures of another shape: blur, pad or crop")->capture_default_str();
+    show->add_option("--seed", options.seed, "of what is random")->capture_default_str();
+    CLI::Option* const size = show->add_option("--size", options.size, "of the film (default: 1920x1080)");
+    CLI::Option* const rate = show->add_option("--rate", options.frameRate, "frames a second (default: 25)");
+    show->add_flag("--strict", options.strict, "end when a picture cannot be read, instead of leaving it out");
+    AddFilmOptions(*show, line, options.film);
+    size->excludes("--profile");
+    rate->excludes("--profile");
+    return show;
+}
+
+CLI::App* AddTitle(CLI::App& app, CommandLine& line) {
+    CLI::App* const title = app.add_subcommand("title", "put a title over a picture or a video");
+    TitleOptions& options = line.title;
+    constexpr double longest = 86400;
+    title->add_option("TEXT", options.text, "the words; \\n begins a new line")->required();
+    title->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
+    title
+        ->add_option("OUT", options.run.output.path,
+                     "a video (the sound is copied) or a picture; out_%06d.png for one a frame; - for stdout")
+        ->required();
+    title->add_option("--face", options.face, "font family");
+    title->add_option("--style", options.style, "words of bold, italic, underline, outline and shadow");
+    title->add_option("--size", options.size, "of the font, in pixels (default: a twelfth of the height)")
+        ->check(CLI::Range(1, 1000));
+    title->add_option("--color", options.colour, "as #rrggbb");
+    title->add_option("--place", options.place, "top-left, top, top-right, left, middle, right, bottom-left and so on")
+        ->capture_default_str();
+    title->add_option("--in", options.inMotion, "how it comes: none, left, right, up, down or zoom");
+    title->add_option("--out", options.outMotion, "how it goes, the same words");
+    title->add_option("--in-seconds", options.inSeconds, "how long it takes to come")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    title->add_option("--out-seconds", options.outSeconds, "how long it takes to go")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    title->add_option("--begin", options.begin, "when it begins to come, in seconds")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    title->add_option("--seconds", options.seconds, "how long it shows (default: to the end; over one picture, 5)")
+        ->check(CLI::Range(0.0, longest));
+    AddRunOptions(*title, line, options.run);
+    return title;
 }
 
 CLI::App* AddInit(CLI::App& app, CommandLine& line) {
@@ -119,6 +209,8 @@ int Run(int argc, char** argv) {
     CommandLine line;
     const CLI::App* const apply = AddApply(app, line);
     const CLI::App* const menu = AddMenu(app, line);
+    const CLI::App* const slideshow = AddSlideshow(app, line);
+    const CLI::App* const title = AddTitle(app, line);
     const CLI::App* const init = AddInit(app, line);
     const CLI::App* const gallery = AddGallery(app, line);
     CLI::App* const list = app.add_subcommand("list", "list the effects");
@@ -143,6 +235,10 @@ int Run(int argc, char** argv) {
         Apply(line.apply, module);
     else if (menu->parsed())
         RenderMenu(line.menu, module);
+    else if (slideshow->parsed())
+        MakeSlideshow(line.slideshow, module);
+    else if (title->parsed())
+        PutTitle(line.title, module);
     else if (init->parsed())
         WriteExampleProject(line.init, module);
     else if (gallery->parsed())

@@ -202,6 +202,8 @@ AVBased::IAVSource* OpenFileSource(const std::string& path) {
     return new VideoSource(path, std::move(media), std::move(begun));
 }
 
+AVRational VideoFrameRate(const std::string& path) { return OpenMedia(path).FrameRate(); }
+
 AVBased::IAVSource* NewTextSource() { return new TextSource; }
 
 }  // namespace Nifikral

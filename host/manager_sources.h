@@ -3,6 +3,7 @@
 #include <string>
 
 #include "avbase/IAVManager.h"
+#include "host/ffmpeg_handles.h"
 
 /// The sources that the manager hands out; each ends with its own Free(). Making one throws errors that name the file.
 namespace Nifikral {
@@ -11,6 +12,8 @@ namespace Nifikral {
 AVBased::IAVSource* OpenPictureSource(const std::string& path);
 /// A picture where the file holds a single frame, a video where it holds more.
 AVBased::IAVSource* OpenFileSource(const std::string& path);
+/// Frames a second of a video.
+AVRational VideoFrameRate(const std::string& path);
 /// A text that is still to be told, through the interface "ISimpleHTMLRender".
 AVBased::IAVSource* NewTextSource();
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
@@ -34,11 +35,34 @@ class TextImporter final : public AVBased::IAVImporter {
     }
 };
 
+// In front of a path whose "%" and ";" are written as "%25" and "%3B".
+constexpr std::string_view escapedPath = "nifikral-escaped:";
+
+std::string Unescaped(std::string_view path) {
+    if (!path.starts_with(escapedPath)) return std::string(path);
+    path.remove_prefix(escapedPath.size());
+    std::string plain;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const std::string_view code = path.substr(i, 3);
+        const bool escape = code == "%25" || code == "%3B";
+        plain += code == "%3B" ? ';' : path[i];
+        if (escape) i += 2;
+    }
+    return plain;
+}
+
 [[noreturn]] void RaiseUnknownImporter(int line) {
     throw CBaseException(errorNotFound, textResourceNotFound, line, sourceName);
 }
 
 }  // namespace
+
+std::string PathInList(const std::string& path) {
+    if (path.find(';') == std::string::npos && !path.starts_with(escapedPath)) return path;
+    std::string escaped(escapedPath);
+    for (const char c : path) escaped += c == '%' ? "%25" : c == ';' ? "%3B" : std::string(1, c);
+    return escaped;
+}
 
 AVBased::IAVImporter* MediaManager::GetImporter(const char* importerName) {
     return AtBoundary(lineImporter, sourceName, [&]() -> AVBased::IAVImporter* {
@@ -58,7 +82,7 @@ AVBased::IAVSource* MediaManager::OpenSource(const char* path, const char* impor
         const bool picture = std::strcmp(importerName, AVBased::importerImage) == 0;
         if (!picture && *importerName) RaiseUnknownImporter(lineOpen);
         try {
-            return picture ? OpenPictureSource(path) : OpenFileSource(path);
+            return picture ? OpenPictureSource(Unescaped(path)) : OpenFileSource(Unescaped(path));
         } catch (const std::bad_alloc&) {
             throw CBaseException(errorNoMemory, (std::string(path) + " does not fit into the memory").c_str(), lineOpen,
                                  sourceName);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "avbase/IAVManager.h"
 
 namespace Nifikral {
@@ -15,5 +17,8 @@ class MediaManager final : public AVBased::IAVManager {
     AVBased::IAVImporter* GetImporter(const char* importerName) override;
     AVBased::IAVSource* OpenSource(const char* path, const char* importerName) override;
 };
+
+/// A path as MediaManager opens it, written without ";", which separates items in the module's lists.
+std::string PathInList(const std::string& path);
 
 }  // namespace Nifikral

@@ -1,6 +1,8 @@
 #include "host/media_sink.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <string_view>
 
 #include "host/encoder.h"
 #include "host/errors.h"
@@ -67,9 +69,26 @@ bool IsPictureOutput(const OutputOptions& options) {
     return options.format.empty() && options.path != "-" && IsPictureFile(options.path, FindFormat(options));
 }
 
+bool IsProgramStream(const OutputOptions& options) {
+    constexpr std::string_view names[] = {"mpeg", "vob", "dvd", "svcd", "vcd"};
+    const AVOutputFormat* const format = FindFormat(options);
+    return format && std::find(std::begin(names), std::end(names), format->name) != std::end(names);
+}
+
+const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd) {
+    const AVOutputFormat* const format = FindFormat(options);
+    if (IsPictureOutput(options) || !format || format->audio_codec == AV_CODEC_ID_NONE) return nullptr;
+    if (dvd && IsProgramStream(options)) return avcodec_find_encoder(AV_CODEC_ID_AC3);
+    // Few players expect it in this one container that could hold it.
+    const bool aac = std::string_view(format->name) != "avi" &&
+                     avformat_query_codec(format, AV_CODEC_ID_AAC, FF_COMPLIANCE_NORMAL) == 1;
+    return avcodec_find_encoder(aac ? AV_CODEC_ID_AAC : format->audio_codec);
+}
+
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly) {
     if (IsPictureOutput(options)) return OpenPictureSink(options, traits, tryOnly);
-    const AVOutputFormat* const format = FindFormat(options);
+    const AVOutputFormat* format = FindFormat(options);
+    if (traits.dvd && IsProgramStream(options)) format = av_guess_format("dvd", nullptr, nullptr);
     if (format && !(format->flags & AVFMT_NOFILE)) return OpenVideoSink(options, traits, *format, tryOnly);
     if (!options.format.empty())
         throw HostError(ExitCode::Usage, "-f " + options.format + " names no format; try nut, y4m, matroska or mp4");

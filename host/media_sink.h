@@ -29,6 +29,7 @@ struct OutputTraits {
     AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
     AVRational pixelAspect = {0, 1}, frameRate = {25, 1}, timeBase = {1, 25};
     AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
+    bool dvd = false;  ///< program streams are to be as video DVDs have them
     std::vector<const AVStream*> audio;
     const AVDictionary* metadata = nullptr;
 };
@@ -55,6 +56,10 @@ class MediaSink {
 
 /// Whether OpenSink makes a sink for stills of this.
 bool IsPictureOutput(const OutputOptions& options);
+/// Whether OpenSink makes a program stream of this, as discs hold them.
+bool IsProgramStream(const OutputOptions& options);
+/// The encoder for sound that goes with this output; null when it holds none.
+const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd);
 /// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
 

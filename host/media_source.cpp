@@ -140,18 +140,17 @@ long long MediaSource::EstimatedFrameCount() const {
     return std::max(0LL, std::min(count - 1, m_options.range.last) - m_options.range.first + 1);
 }
 
-long long MediaSource::CountFrames() const {
+long long MediaSource::CountFrames(const FrameRange& range) const {
     if (IsPipe(m_path)) return 0;
     const InputPtr input = Open(m_path, nullptr);
     const PacketPtr packet = NewPacket();
     for (unsigned i = 0; i < input->nb_streams; ++i)
         if (int(i) != m_video->index) input->streams[i]->discard = AVDISCARD_ALL;
     long long count = 0;
-    for (; count <= m_options.range.last && av_read_frame(input.get(), packet.get()) >= 0;
-         av_packet_unref(packet.get()))
+    for (; count <= range.last && av_read_frame(input.get(), packet.get()) >= 0; av_packet_unref(packet.get()))
         if (packet->stream_index == m_video->index && !(packet->flags & AV_PKT_FLAG_DISCARD)) ++count;
     ThrowIfInterrupted();
-    return std::max(0LL, count - m_options.range.first);
+    return std::max(0LL, count - range.first);
 }
 
 std::optional<SourceStep> MediaSource::Next() {

@@ -47,8 +47,8 @@ class MediaSource {
     AVRational FrameRate() const;
     /// The number of pictures as the container has it or as its times suggest; 0 when unknown.
     long long EstimatedFrameCount() const;
-    /// Counts the pictures of the range by reading through the file once more; 0 when that is impossible (a pipe).
-    long long CountFrames() const;
+    /// Counts the pictures of a range by reading through the file once more; 0 when that is impossible (a pipe).
+    long long CountFrames(const FrameRange& range) const;
 
  private:
     void RefuseHugePictures() const;

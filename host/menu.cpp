@@ -1,7 +1,5 @@
 #include "host/menu.h"
 
-#include <filesystem>
-
 #include "host/catalogue.h"
 #include "host/errors.h"
 #include "host/menu_project.h"
@@ -10,22 +8,14 @@
 namespace Nifikral {
 namespace {
 
-void RefuseToOverwriteInputs(const MenuOptions& options, const MenuProject& project) {
-    std::vector<std::string> inputs = {options.project, project.background, project.backgroundMask};
-    for (const MenuSource& source : project.sources) inputs.insert(inputs.end(), {source.path, source.mask});
-    for (const std::string& input : inputs) {
-        std::error_code error;
-        if (!input.empty() && std::filesystem::equivalent(input, options.run.output.path, error))
-            throw HostError(ExitCode::Usage, options.run.output.path + " is an input itself; name another output");
+void RefuseInputsAsOutput(const MenuOptions& options, const MenuProject& project) {
+    const RunOptions& run = options.film.run;
+    for (const std::string& input : {options.project, options.film.sound, project.background, project.backgroundMask})
+        run.RefuseAsOutput(input);
+    for (const MenuSource& source : project.sources) {
+        run.RefuseAsOutput(source.path);
+        run.RefuseAsOutput(source.mask);
     }
-}
-
-void RefuseOddVideo(const MenuOptions& options, const Film& film, Faults& faults) {
-    if (options.run.output.path == "-" || IsPictureOutput(options.run.output)) return;
-    for (const auto& [name, side] : {std::pair("width", film.width), std::pair("height", film.height)})
-        if (side % 2)
-            faults.Add(name, "is " + std::to_string(side) + ", and videos need even sides; give " +
-                                 std::to_string(side + 1) + " or make pictures");
 }
 
 }  // namespace
@@ -44,20 +34,21 @@ void RequireMenuTemplate(const std::string& name, const EffectModule& module) {
 void RenderMenu(const MenuOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);
     Faults faults(options.project);
-    const MenuProject project = ReadMenuProject(options.project, options.templateName, faults);
-    RefuseOddVideo(options, project.film, faults);
+    const FilmProfile* const profile = RequireProfile(options.film.profile);
+    MenuProject project = ReadMenuProject(options.project, options.templateName, profile, faults);
+    if (const std::string side = OddSide(project.film, options.film.run.output); !side.empty())
+        faults.Add(side, "is odd, and videos need even sides; give one more or make pictures");
     faults.ThrowIfAny();
-    RefuseToOverwriteInputs(options, project);
+    RefuseInputsAsOutput(options, project);
+    if (const std::optional<double> seconds = options.film.Seconds())
+        project.film.frames = project.film.FramesIn(*seconds);
 
     const EffectPtr generator = module.Create(options.templateName);
-    for (const auto& [name, value] : MenuProperties(project)) {
-        const bool taken = generator->SetProperty(name.c_str(), value.c_str());
-        const std::optional<std::string> error = TakeModuleError();
-        if (!taken || error)
-            faults.Add(name, options.templateName + " refuses it: " + error.value_or("no reason given"));
-    }
+    SetProperties(*generator, MenuProperties(project), [&](const std::string& name, const std::string& reason) {
+        faults.Add(name, options.templateName + " refuses it: " + reason);
+    });
     faults.ThrowIfAny();
-    RenderFilm(*generator, project.film, options.run, options.project);
+    RenderFilm(*generator, project.film, options.film, options.project);
 }
 
 }  // namespace Nifikral

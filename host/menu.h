@@ -3,13 +3,13 @@
 #include <string>
 
 #include "host/effect_module.h"
-#include "host/run_options.h"
+#include "host/film.h"
 
 namespace Nifikral {
 
 struct MenuOptions {
     std::string templateName, project;
-    RunOptions run;
+    FilmOptions film;
 };
 
 /// Makes a menu of a project file, after a check of all that the project says and names.

@@ -4,37 +4,50 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include "avbase/IAVManager.h"
 #include "host/log.h"
+#include "host/manager_sources.h"
 #include "host/media_manager.h"
+#include "host/nearest_names.h"
 #include "host/text_renderer.h"
 
 namespace Nifikral {
 namespace {
 
-constexpr const char* projectKeys[] = {"template",
-                                       "frameRate",
-                                       "duration",
-                                       "width",
-                                       "height",
-                                       "sourcePath",
-                                       "textNumber",
-                                       "backgroundMask",
-                                       "textInfos",
-                                       "maskPaths",
-                                       "moveSpeeds",
-                                       "additionSourceNumber",
-                                       "startPositions",
-                                       "startTrans",
-                                       "endTrans",
-                                       "isAdditionSourceImages",
-                                       "endPositions",
-                                       "fadeSpeeds",
-                                       "moveFormulas",
-                                       "additionSourcePaths",
-                                       "additionSourceSizes"};
+struct ProjectKey {
+    const char* name;
+    const char* value;
+};
+constexpr ProjectKey projectKeys[] = {
+    {"template", "the template's name, as a check"},
+    {"profile", "pal-4:3, pal-16:9, ntsc-4:3, ntsc-16:9, hd or uhd: size, frame rate and shape of the pixels"},
+    {"width", "of the menu, in square pixels; the profile's unless given"},
+    {"height", "the same"},
+    {"frameRate", "frames a second: 25, 29.97, \"30000/1001\"; the profile's or 25 unless given"},
+    {"duration", "seconds; 10 unless given"},
+    {"sourcePath", "the picture or video behind everything"},
+    {"backgroundMask", "a picture that is white where that shows"},
+    {"additionSourcePaths", "[file, ...]: pictures and videos; every list below has one entry for each of them"},
+    {"isAdditionSourceImages", "[true or false, ...]: false for a video; follows from the file unless given"},
+    {"additionSourceSizes", "[[width, height], ...] to fit into; the template's or the picture's own unless given"},
+    {"maskPaths", "[file, ...]: a picture that is white where the entry shows, \"\" for none"},
+    {"startPositions", "[[x, y], ...] of the top-left corner; the template's own unless given"},
+    {"endPositions", "[[x, y], ...]; the start unless given"},
+    {"moveSpeeds", "[number, ...]: pixels to the right a frame"},
+    {"moveFormulas", "[[slope, intercept], ...]: frame n moves y by n (slope x + intercept)"},
+    {"startTrans", "[0 to 255, ...]: opacity on the first frame; 255 unless given"},
+    {"endTrans", "[0 to 255, ...]: opacity at the end of the fade; 255 unless given"},
+    {"fadeSpeeds", "[number, ...]: steps of the opacity a frame"},
+    {"textInfos",
+     "[{\"text\": ..., \"size\": pixels, \"box\": [x, y] or [x, y, width, height]}, ...]; each also with \"face\", "
+     "\"fontstyle\" (words of bold italic underline outline shadow), \"color\" (\"#rrggbb\"), and either \"move\" "
+     "({\"end\": [x, y], \"formula\": [slope, intercept], \"speed\": n}) or \"show\" ([first, last] frame, from 0)"},
+    {"textNumber", "follows from textInfos"},
+    {"additionSourceNumber", "follows from additionSourcePaths"},
+};
 constexpr const char* textKeys[] = {"text", "face", "fontstyle", "size", "color", "box", "move", "show"};
 constexpr const char* moveKeys[] = {"end", "formula", "speed"};
 
@@ -103,7 +116,6 @@ std::vector<MenuSource> ReadSources(const ProjectItem& root, const std::string& 
         source.item = entry.Name();
         source.path = ProjectPath(project, entry.Text());
         if (source.path.empty()) entry.Fault("names no file; give a picture or a video");
-        RefuseSeparators(entry, source.path, ";");
     }
     using Item = const ProjectItem&;
     const auto each = [&](const char* key, const char* shape, const std::function<void(MenuSource&, Item)>& read) {
@@ -120,7 +132,6 @@ std::vector<MenuSource> ReadSources(const ProjectItem& root, const std::string& 
         if (!item) return;
         source.maskItem = item.Name();
         source.mask = ProjectPath(project, item.Text());
-        RefuseSeparators(item, source.mask, ";");
     });
     pair("additionSourceSizes", "[width, height]", &MenuSource::size, sides);
     pair("startPositions", "[x, y]", &MenuSource::start);
@@ -155,8 +166,19 @@ SourcePtr TryFile(const std::string& item, const std::string& path, const char* 
     return source;
 }
 
+// A menu shows a frame of a video for each of its own.
+void WarnOfSpeed(const std::string& path, AVRational menuRate) {
+    const double own = av_q2d(VideoFrameRate(path)), menu = av_q2d(menuRate);
+    if (std::abs(own / menu - 1) < 0.005) return;
+    std::ostringstream line;
+    line << path << " has " << own << " frames a second and the menu " << menu << ": it plays "
+         << (own > menu ? "slower" : "faster") << " than it was recorded; set frameRate or convert it";
+    PrintWarning(line.str());
+}
+
 void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
-    TryFile("sourcePath", project.background, "", faults);
+    if (const SourcePtr opened = TryFile("sourcePath", project.background, "", faults); opened && !opened->IsStill())
+        WarnOfSpeed(project.background, project.film.frameRate);
     TryFile("backgroundMask", project.backgroundMask, AVBased::importerImage, faults);
     const std::vector<ProjectItem> kinds = root["isAdditionSourceImages"].Entries();
     for (std::size_t i = 0; i < project.sources.size(); ++i) {
@@ -167,6 +189,7 @@ void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
         if (source.isImage && !still)
             PrintWarning(source.path +
                          " is a video, and isAdditionSourceImages says picture: only its first frame shows");
+        if (!source.isImage) WarnOfSpeed(source.path, project.film.frameRate);
         TryFile(source.maskItem, source.mask, source.isImage ? AVBased::importerImage : "", faults);
     }
 }
@@ -181,6 +204,40 @@ void TryTexts(const MenuProject& project, Faults& faults) {
             faults.Add(text.item, error.what());
         }
     }
+}
+
+const FilmProfile* ReadProfile(const ProjectItem& item) {
+    if (!item) return nullptr;
+    const std::string name = item.Text();
+    const FilmProfile* const profile = FindProfile(name);
+    if (!profile) item.Fault("\"" + name + "\" is no profile" + DidYouMean(name, ProfileNames()));
+    return profile;
+}
+
+// `asked` is the profile that the command names, which outdoes the project's.
+Film ReadFilm(const ProjectItem& root, const FilmProfile* asked) {
+    constexpr double usualSeconds = 10, longestSeconds = 24 * 3600;
+    Film film;
+    const FilmProfile* const profile = film.profile = asked ? asked : ReadProfile(root["profile"]);
+    if (profile) film.frameRate = profile->frameRate;
+    if (const ProjectItem rate = root["frameRate"]; rate && !asked) {
+        film.frameRate = rate.FrameRate();
+        if (profile && profile->dvd && av_cmp_q(film.frameRate, profile->frameRate) != 0)
+            rate.Fault("is not the rate of the profile " + std::string(profile->name) + "; leave it out");
+    }
+    film.frames = film.FramesIn(root["duration"] ? root["duration"].Real(0.001, longestSeconds) : usualSeconds);
+    if (profile && !root["width"] && !root["height"]) {
+        film.width = profile->SquareWidth();
+        film.height = profile->height;
+        return film;
+    }
+    film.width = root["width"].Integer(sides);
+    film.height = root["height"].Integer(sides);
+    constexpr double alike = 0.02;
+    if (profile && std::abs(film.width / (film.height * av_q2d(profile->shownAspect)) - 1) > alike)
+        root["width"].Fault("and height have another shape than the profile " + std::string(profile->name) + "; give " +
+                            std::to_string(profile->SquareWidth()) + " and " + std::to_string(profile->height));
+    return film;
 }
 
 // Items of one list, a separator between them.
@@ -213,25 +270,24 @@ std::string TextList(const MenuText& text) {
 
 }  // namespace
 
-MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, Faults& faults) {
+MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
+                            Faults& faults) {
     const Json json = LoadProject(path);
     const ProjectItem root(&json, "", faults);
-    root.RefuseOtherKeys(projectKeys);
+    std::vector<const char*> keys;
+    for (const ProjectKey& key : projectKeys) keys.push_back(key.name);
+    root.RefuseOtherKeys(keys);
     if (const ProjectItem own = root["template"]; own && own.Text() != templateName)
         own.Fault("is \"" + own.Text() + "\", and the command names " + templateName + "; make them agree");
 
     MenuProject project;
-    Film& film = project.film;
-    constexpr double usualSeconds = 10, longestSeconds = 24 * 3600;
-    if (root["frameRate"]) film.frameRate = root["frameRate"].FrameRate();
-    const double seconds = root["duration"] ? root["duration"].Real(0.001, longestSeconds) : usualSeconds;
-    film.frames = std::max(1LL, std::llround(seconds * av_q2d(film.frameRate)));
-    film.width = root["width"].Integer(sides);
-    film.height = root["height"].Integer(sides);
+    project.film = ReadFilm(root, profile);
     if (root["sourcePath"]) project.background = ProjectPath(path, root["sourcePath"].Text());
     if (root["backgroundMask"]) project.backgroundMask = ProjectPath(path, root["backgroundMask"].Text());
     for (const ProjectItem& entry : root["textInfos"].Entries()) project.texts.push_back(ReadText(entry));
     project.sources = ReadSources(root, path);
+    for (const char* const key : {"startPositions", "endPositions", "moveSpeeds", "moveFormulas"})
+        project.placesSources |= bool(root[key]);
     CheckNumber(root["textNumber"], project.texts.size(), "textInfos");
     CheckNumber(root["additionSourceNumber"], project.sources.size(), "additionSourcePaths");
     ForEachSource(root["isAdditionSourceImages"], project.sources, "true or false", [](auto&, const auto&) {});
@@ -239,6 +295,13 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
     TryFiles(project, root, faults);
     TryTexts(project, faults);
     return project;
+}
+
+std::string DescribeProjectKeys() {
+    std::string text;
+    for (const ProjectKey& key : projectKeys)
+        text.append("  ").append(key.name) += std::string(": ") + key.value + "\n";
+    return text;
 }
 
 std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProject& project) {
@@ -266,14 +329,16 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
     // The number comes first: it makes the records that the lists fill.
     add("additionSourceNumber", std::to_string(sources.size()));
     addAll("isAdditionSourceImages", [](const MenuSource& source) { return source.isImage ? "true" : "false"; });
-    addAll("additionSourcePaths", [](const MenuSource& source) { return source.path; });
+    addAll("additionSourcePaths", [](const MenuSource& source) { return PathInList(source.path); });
     if (!sources.front().size.empty()) addPairs("additionSourceSizes", &MenuSource::size);
     if (std::any_of(sources.begin(), sources.end(), [](const MenuSource& source) { return !source.mask.empty(); }))
-        addAll("maskPaths", [](const MenuSource& source) { return source.mask; });
-    addPairs("startPositions", &MenuSource::start);
-    addPairs("endPositions", &MenuSource::end);
-    addPairs("moveFormulas", &MenuSource::formula);
-    addNumbers("moveSpeeds", &MenuSource::speed);
+        addAll("maskPaths", [](const MenuSource& source) { return PathInList(source.mask); });
+    if (project.placesSources) {
+        addPairs("startPositions", &MenuSource::start);
+        addPairs("endPositions", &MenuSource::end);
+        addPairs("moveFormulas", &MenuSource::formula);
+        addNumbers("moveSpeeds", &MenuSource::speed);
+    }
     addNumbers("startTrans", &MenuSource::startTrans);
     addNumbers("endTrans", &MenuSource::endTrans);
     addNumbers("fadeSpeeds", &MenuSource::fadeSpeed);

@@ -37,10 +37,16 @@ struct MenuProject {
     std::string background, backgroundMask;
     std::vector<MenuText> texts;
     std::vector<MenuSource> sources;
+    bool placesSources = false;  ///< else the template does
 };
 
 /// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.
-MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, Faults& faults);
+/// `profile`, unless null, stands in for the project's own.
+MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
+                            Faults& faults);
+
+/// The keys of project files and what they take, one a line.
+std::string DescribeProjectKeys();
 
 /// The module's properties for a project, in the order in which they have to be set.
 std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProject& project);

@@ -9,8 +9,8 @@
 
 namespace Nifikral {
 
-Progress::Progress(long long total)
-    : m_shown(isatty(STDERR_FILENO) && GetVerbosity() != Verbosity::Quiet), m_total(total) {}
+Progress::Progress(long long total, const char* what)
+    : m_shown(isatty(STDERR_FILENO) && GetVerbosity() != Verbosity::Quiet), m_what(what), m_total(total) {}
 
 Progress::~Progress() {
     if (m_shown) std::fputs("\r\033[K", stderr);
@@ -24,10 +24,10 @@ void Progress::Advance() {
     const double seconds = std::chrono::duration<double>(now - m_begin).count(), rate = double(m_done) / seconds;
     if (m_total >= m_done) {
         const long long left = std::llround(double(m_total - m_done) / rate);
-        std::fprintf(stderr, "\r\033[Kframe %lld of %lld, %.1f fps, %lld:%02lld left", m_done, m_total, rate, left / 60,
-                     left % 60);
+        std::fprintf(stderr, "\r\033[K%s %lld of %lld, %.1f a second, %lld:%02lld left", m_what, m_done, m_total, rate,
+                     left / 60, left % 60);
     } else {
-        std::fprintf(stderr, "\r\033[Kframe %lld, %.1f fps", m_done, rate);
+        std::fprintf(stderr, "\r\033[K%s %lld, %.1f a second", m_what, m_done, rate);
     }
     std::fflush(stderr);
 }

@@ -15,6 +15,8 @@ struct RunOptions {
     bool dryRun = false;
 
     int ThreadCount() const;
+    /// Throws a usage error when the output is an existing file that the run reads.
+    void RefuseAsOutput(const std::string& input) const;
 };
 
 }  // namespace Nifikral

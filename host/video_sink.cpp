@@ -1,6 +1,7 @@
 #include <string_view>
 
 extern "C" {
+#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -50,6 +51,7 @@ class VideoSink final : public MediaSink {
         AVFormatContext* context = nullptr;
         avformat_alloc_output_context2(&context, &format, nullptr, m_part ? m_part->Path().c_str() : "pipe:1");
         m_output = Require<OutputPtr>(context);
+        if (format.video_codec == AV_CODEC_ID_MPEG2VIDEO && traits.dvd) SetDvdPacking();
         AddVideoStream(traits);
         for (const AVStream* const stream : traits.audio) AddAudioStream(*stream);
         av_dict_copy(&m_output->metadata, traits.metadata, 0);
@@ -98,6 +100,13 @@ class VideoSink final : public MediaSink {
         AVRational timeBase;
         AVStream* to;
     };
+
+    // The sectors of a disc, and the most that a player reads in a second.
+    void SetDvdPacking() {
+        m_output->packet_size = 2048;
+        m_output->max_delay = AV_TIME_BASE * 7 / 10;
+        av_opt_set_int(m_output->priv_data, "muxrate", 10080000, 0);
+    }
 
     AVStream& NewStream() {
         AVStream* const stream = avformat_new_stream(m_output.get(), nullptr);

@@ -57,7 +57,7 @@ TEST_F(Menu, ADryRunTellsFaultsAndMakesNothing) {
         {R"({"width": 161, "height": 90, "sourcePath": "nosuch.png"})",
          "-o out.mp4 --dry-run",
          2,
-         {"sourcePath: nosuch.png: no such file", "width: is 161, and videos need even sides"}},
+         {"sourcePath: nosuch.png: no such file", "width: is odd, and videos need even sides"}},
         {R"({"width": 160, "height": 90, "sourcePath": "nosuch.png"})", "-o out.mp4", 3, {"nosuch.png: no such file"}},
         {R"({"width": 160, "height": 90})", "-o out.png", 2, {"out.png is one picture and the film has more"}},
         {R"({"width": 160, "height": 90})", "-o out.mp4 --frames 250", 2, {"0 to 249"}},

@@ -17,7 +17,7 @@ class Project : public CommandTest {
     MenuProject Read(const std::string& json) {
         std::ofstream(folder / "menu.json") << json;
         Faults faults("menu.json");
-        MenuProject project = ReadMenuProject((folder / "menu.json").string(), "menu_common", faults);
+        MenuProject project = ReadMenuProject((folder / "menu.json").string(), "menu_common", nullptr, faults);
         faults.ThrowIfAny();
         return project;
     }
@@ -91,7 +91,7 @@ TEST_F(Project, TellsAllFaultsAtOnceWithTheItemAndTheRemedy) {
                    "nosuch.png: no such file",
                    "textNumber: is 7 and not the 2",
                    "empty.png is empty",
-                   "x;y.png\" holds ';'",
+                   "x;y.png: no such file",
                    "additionSourceSizes[0][1]: is 0",
                    "additionSourceSizes[1]: is [10]",
                    "additionSourceSizes[2][0]: is 99999",
