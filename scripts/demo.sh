@@ -1,20 +1,16 @@
 #!/bin/bash
 # Puts every effect that the command lists on the sample clip and the sample photograph, shows the photograph under all of
-# them on one page, and makes the example menus.
+# them on one page, and makes a menu, a slideshow with a title over it, and one picture of all generators.
 # Usage: scripts/demo.sh COMMAND OUTPUT_FOLDER
 set -euo pipefail
 command=$1 folder=$2
 here=$(dirname "$0")
+photographs=/usr/share/backgrounds
 
 echo "making the sample clip and photograph (once)"
 "$here/sample_media.sh" "$folder/input"
 "$command" list | while read -r effect _; do
-    if [[ $effect =~ ^(sub|instruction)?menu_ ]]; then
-        echo "$effect"
-        "$command" init -q -y "$effect" "$folder/${effect}_project" </dev/null
-        "$command" menu -q -y "$effect" "$folder/${effect}_project/menu.json" -o "$folder/$effect.mp4" </dev/null
-        continue
-    fi
+    [[ $effect =~ ^((sub|instruction)?menu_.*|slide|title)$ ]] && continue
     request=$(grep "^$effect:" "$here/demo_settings" || echo "$effect")
     echo "$request"
     "$command" apply -q -y --encoder-option preset=veryfast "$folder/input/clip.mp4" "$folder/$effect.mp4" "$request" </dev/null
@@ -22,7 +18,17 @@ echo "making the sample clip and photograph (once)"
 done
 "$command" gallery -q -y "$folder/input/photo.jpg" -o "$folder/gallery.html"
 
+echo "a menu"
+"$command" init -q -y menu_common "$folder/menu_project"
+"$command" menu -q -y menu_common "$folder/menu_project/menu.json" -o "$folder/menu.mp4"
+echo "a slideshow and a title over it"
+"$command" slideshow -q -y "$photographs"/{Bridge,Dragonfly,Wine,aitzgorri,picosdeeuropa}_by_*.jpg -o "$folder/slideshow.mp4" \
+    --size 1280x720 --seconds 2 --audio "$folder/input/clip.mp4"
+"$command" title -q -y 'Five photographs' "$folder/slideshow.mp4" "$folder/title.mp4" --seconds 4
+echo "all generators on one sheet"
+"$here/contact_sheet.sh" "$command" "$folder/generators.png"
+
 echo
 echo "The results lie in $(realpath "$folder"): EFFECT.mp4 from input/clip.mp4, EFFECT.png from input/photo.jpg,"
-echo "and MENU.mp4 from MENU_project/menu.json."
+echo "menu.mp4 from menu_project/menu.json, slideshow.mp4, title.mp4, and generators.png with a frame of every generator."
 echo "The photograph under every effect: $(realpath "$folder/gallery.html")"
