@@ -51,8 +51,13 @@ Span LongestGap(std::vector<Span> spans, double length) {
 
 }  // namespace
 
+int CAnimatedMenu::Loop() const {
+    const int duration = const_cast<CAnimatedMenu*>(this)->GetDuration();
+    return duration > 1 ? duration : usualLoop;
+}
+
 double CAnimatedMenu::Phase() const {
-    const int duration = const_cast<CAnimatedMenu*>(this)->GetDuration(), loop = duration > 1 ? duration : usualLoop;
+    const int loop = Loop();
     return double((std::uint32_t(FrameNumber()) - 1) % std::uint32_t(loop)) / loop;
 }
 
@@ -79,11 +84,15 @@ FrameSize CAnimatedMenu::PartOfMenu(double across, double down) const {
     return {side(Width() * across), side(Height() * down)};
 }
 
+double CAnimatedMenu::Turns(double frames) const { return Phase() * std::max(1.0, WholePart(Loop() / frames + 0.5)); }
+
 std::vector<CAnimatedMenu::Actor> CAnimatedMenu::Actors() const {
     std::vector<Actor> actors;
     for (const Shown& shown : ShownSources()) {
         const double opacity = HasFades() ? OpacityOf(shown.source) / 255.0 : 1;
-        actors.push_back({shown.picture, unsigned(actors.size()), opacity, shown.source, shown.halves});
+        const point_t at = shown.source.startPosition + shown.inBox;
+        const Spot start = {at.x + shown.picture.Width() / 2.0, at.y + shown.picture.Height() / 2.0};
+        actors.push_back({shown.picture, unsigned(actors.size()), opacity, start, shown.source, shown.halves});
     }
     return actors;
 }

@@ -22,12 +22,16 @@ class CAnimatedMenu : public CBasedMenu {
         const Layer& picture;
         unsigned index = 0;  ///< among those that have a picture
         double opacity = 1;  ///< what its own fade leaves
+        Spot start;          ///< where its start position puts the middle of its box
         const additionsource_t& source;
         std::vector<Layer>& halves;  ///< the picture at a half, a quarter... of its size, as far as they were needed
     };
 
     /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
     double Phase() const;
+    /// The turns since the loop began of what turns about once in so many frames: whole ones at its end, at least one.
+    /// So motion has its pace in loops of any length.
+    double Turns(double frames) const;
     double Width() const { return MenuSize().width; }
     double Height() const { return MenuSize().height; }
     /// The menu within its margins, less the texts that stand still: of the bands above, below and beside them the
@@ -35,10 +39,16 @@ class CAnimatedMenu : public CBasedMenu {
     StageArea Stage() const;
     /// Parts of the menu's width and height, at least a pixel.
     FrameSize PartOfMenu(double across, double down) const;
-    /// All sources that have a picture, in their order.
-    std::vector<Actor> Actors() const;
     /// How large an actor's picture is shown: as "additionSourceSizes" tells, else `usual` times its size.
     double ScaleOf(const Actor& actor, double usual) const { return HasSizeOf(actor.index) ? 1 : usual; }
+    /// The measure of everything that is neither the menu nor a picture: a ninth of the height, of a wide menu.
+    double Unit() const { return std::min(Width() / 16, Height() / 9); }
+    /// So many units in whole pixels, at least one.
+    unsigned Units(double count) const { return unsigned(std::max(1.0, count * Unit() + 0.5)); }
+    /// All sources that have a picture, in their order.
+    std::vector<Actor> Actors() const;
+    /// Where the middle of an actor stands: as its start position says, or at `usual` when none was ever set.
+    Spot PlaceOf(const Actor& actor, Spot usual) const { return HasPlaces() ? actor.start : usual; }
     /// Lays an actor's picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own. A
     /// picture shown small is as smooth as one in its own size. Nothing is drawn outside the window.
     void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1,
@@ -47,9 +57,25 @@ class CAnimatedMenu : public CBasedMenu {
     /// takes; what stands out is left out.
     void ShowWithin(Canvas& canvas, const Actor& actor, Window window, double zoom, double opacity = 1) const;
 
+    /// Lets the actors stand in for one another: calls show(actor, opacity) for the one whose turn it is, and before
+    /// it, within the first `ramp` of a turn, for the one that was before.
+    template <class Draw>
+    void ShowInTurn(double ramp, Draw show) const {
+        const std::vector<Actor> actors = Actors();
+        const auto count = unsigned(actors.size());
+        if (!count) return;
+        const auto index = std::min(count - 1, unsigned(Phase() * count));
+        const double come = InTurn(Phase(), index, count, ramp);
+        if (come < 1) show(actors[(index + count - 1) % count], std::min(1.0, 2 - 2 * come));
+        show(actors[index], come);
+    }
+
     /// The size that pictures have when none is given for them: a third of the menu.
     virtual FrameSize UsualBox() const;
     FrameSize BoxOf(unsigned index, FrameSize own) const override;
+
+ private:
+    int Loop() const;
 };
 
 }  // namespace AVBased

@@ -25,6 +25,12 @@ constexpr double Passed(double t, double begin, double end) { return Eased((t - 
 constexpr double Between(double t, double begin, double end, double ramp) {
     return Passed(t, begin, begin + ramp) - Passed(t, end - ramp, end);
 }
+/// How far the turn of one of several has come at t of a loop in which each has one: up within the first `ramp` of its
+/// turn, down within the same part of the next one's. Those of all sum up to 1; a single one is always at 1.
+constexpr double InTurn(double t, unsigned index, unsigned count, double ramp) {
+    if (count < 2) return 1;
+    return Between(Wrapped(t - double(index) / count) * count, 0, 1 + ramp, ramp);
+}
 constexpr double Mixed(double a, double b, double part) { return a + (b - a) * part; }
 
 /// A sine over turns: 0, up to 1 at a quarter, down to -1 at three quarters; within a thousandth of the true one.

@@ -25,21 +25,21 @@ namespace {
 constexpr EffectEntry generatorTable[] = {
     {effectMenuFullScreenName, Create<CFullScreen>},
     {effectMenuLayeredTitlesName, Create<CLayeredTitles>},
+    {effectMenuMemoriesName, Create<CMemories>},
+    {effectMenuOldAgeName, Create<COldAge>},
     {effectMenuResizingPanelsName, Create<CResizingPanels>},
+    {effectMenuPerformanceName, Create<CPerformance>},
     {effectMenuRectanglesName, Create<CRectangles>},
     {effectMenuPushName, Create<CPush>},
+    {effectMenuTravelName, Create<CTravel>},
+    {effectMenuPetsName, Create<CPets>},
+    {effectMenuStackingName, Create<CStacking>},
     {effectMenuVignetteName, Create<CVignette>},
     {effectMenuVideoWallName, Create<CVideoWall>},
     {effectSlideName, Create<CSlides>},
     {effectTitleName, Create<CTitle>},
     {effectMenuCommonName, Create<CCommon>},
-    {effectMenuMemoriesName, Create<CMemories>},
     {effectMenuMemories2Name, Create<CMemories2>},
-    {effectMenuStackingName, Create<CStacking>},
-    {effectMenuTravelName, Create<CTravel>},
-    {effectMenuPetsName, Create<CPets>},
-    {effectMenuOldAgeName, Create<COldAge>},
-    {effectMenuPerformanceName, Create<CPerformance>},
 };
 
 }  // namespace

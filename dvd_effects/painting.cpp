@@ -19,6 +19,17 @@ std::uint32_t Mix(std::uint32_t a, std::uint32_t b, std::uint32_t part) {
     return mixed;
 }
 
+// Puts a pixel over another, its coverage multiplied by `part` of 255.
+std::uint32_t Over(std::uint32_t below, std::uint32_t above, std::uint32_t part) {
+    const std::uint32_t upper = ByteProduct(above >> 24, part), lower = ByteProduct(below >> 24, 255 - upper);
+    const std::uint32_t covered = upper + lower;
+    if (!upper) return below;
+    std::uint32_t pixel = covered << 24;
+    for (unsigned shift = 0; shift < 24; shift += 8)
+        pixel |= ((above >> shift & 255) * upper + (below >> shift & 255) * lower + covered / 2) / covered << shift;
+    return pixel;
+}
+
 // Multiplies the coverage of each pixel by shown(x, y) of its middle, from 0 to 1.
 template <class Shown>
 void Cut(const Layer& layer, Shown shown) {
@@ -73,6 +84,33 @@ void FillGradient(const Layer& layer, LayerKind kind, Colour top, Colour bottom)
     }
 }
 
+void PaintOver(const Layer& layer, LayerKind kind, Colour colour, const std::function<double(double, double)>& shown) {
+    constexpr unsigned places = 4;
+    const PackedView view = layer.View();
+    const std::uint32_t above = PixelOf(kind, colour);
+    const auto along = [](unsigned pixel, unsigned place, unsigned size) {
+        return (2 * (pixel + (place + 0.5) / places)) / size - 1;
+    };
+    for (unsigned y = 0; y < view.height; ++y)
+        for (unsigned x = 0; x < view.width; ++x) {
+            double sum = 0;
+            for (unsigned j = 0; j < places; ++j)
+                for (unsigned i = 0; i < places; ++i)
+                    sum += std::clamp(shown(along(x, i, view.width), along(y, j, view.height)), 0.0, 1.0);
+            const auto part = std::uint32_t(sum * 255 / (places * places) + 0.5);
+            StoreWord(view.Row(y) + x, Over(LoadWord(view.Row(y) + x), above, part));
+        }
+}
+
+Layer Glow(LayerKind kind, unsigned diameter, Colour colour) {
+    Layer glow(diameter, diameter);
+    PaintOver(glow, kind, colour, [](double x, double y) {
+        const double left = std::max(0.0, 1 - x * x - y * y);
+        return left * left * left;
+    });
+    return glow;
+}
+
 void RoundCorners(const Layer& layer, double radius) {
     const double halfWidth = layer.Width() / 2.0, halfHeight = layer.Height() / 2.0;
     const double r = std::clamp(radius, 0.0, std::min(halfWidth, halfHeight));
@@ -91,6 +129,15 @@ void CutEllipse(const Layer& layer, double softness) {
         const double t = std::clamp((1 - std::sqrt(dx * dx + dy * dy)) / ramp, 0.0, 1.0);
         return t * t * (3 - 2 * t);
     });
+}
+
+void LayOver(const Layer& layer, const Layer& above, unsigned x, unsigned y) {
+    const PackedView to = layer.View(), from = above.View();
+    for (unsigned row = 0; row < from.height; ++row)
+        for (unsigned column = 0; column < from.width; ++column) {
+            Rgba32* const pixel = to.Row(std::size_t(y) + row) + x + column;
+            StoreWord(pixel, Over(LoadWord(pixel), LoadWord(from.Row(row) + column), 255));
+        }
 }
 
 Layer Framed(const Layer& layer, LayerKind kind, unsigned side, unsigned top, unsigned bottom, Colour colour) {
@@ -143,6 +190,14 @@ Layer Halved(const Layer& layer) {
             StoreWord(to.Row(y) + x, mean);
         }
     return half;
+}
+
+Layer Shaded(const Layer& layer, LayerKind kind, unsigned radius, unsigned drop, Colour colour) {
+    const unsigned border = radius + drop;
+    Layer shaded(layer.Width() + 2 * border, layer.Height() + 2 * border);
+    LayOver(shaded, ShadowOf(layer, kind, radius, colour), drop, 2 * drop);
+    LayOver(shaded, layer, border, border);
+    return shaded;
 }
 
 void Tone(const Layer& layer, LayerKind kind, Colour white, unsigned part) {

@@ -38,6 +38,13 @@ Placement Placement::Turned(Spot centre, double width, double height, double deg
     return {corner(-0.5, -0.5), corner(0.5, -0.5), corner(0.5, 0.5), corner(-0.5, 0.5)};
 }
 
+Placement Placement::Along(Spot from, Spot to, double width) {
+    const double dx = to.x - from.x, dy = to.y - from.y, length = std::sqrt(dx * dx + dy * dy);
+    // A line of no length has no direction either, and shows nothing.
+    const double x = length > 0 ? -dy / length * width / 2 : 0, y = length > 0 ? dx / length * width / 2 : 0;
+    return {{from.x - x, from.y - y}, {from.x + x, from.y + y}, {to.x + x, to.y + y}, {to.x - x, to.y - y}};
+}
+
 std::optional<Projection> Project(const Placement& placement, unsigned layerWidth, unsigned layerHeight) {
     // Beyond this, a pixel is no longer told from its neighbour.
     constexpr double farthest = 1e7, leastArea = 1e-3;

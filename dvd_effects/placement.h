@@ -16,6 +16,8 @@ struct Placement {
 
     /// A rectangle about its centre, turned clockwise.
     static Placement Turned(Spot centre, double width, double height, double degrees = 0);
+    /// A rectangle whose upper side's middle is at `from` and whose lower side's middle is at `to`.
+    static Placement Along(Spot from, Spot to, double width);
 };
 
 /// How far a point lies on the inner side of an edge, in pixels: a x + b y + c.
