@@ -1,5 +1,6 @@
 #include "dvd_effects/generator_table.h"
 
+#include "dvd_effects/CBaby.h"
 #include "dvd_effects/CCommon.h"
 #include "dvd_effects/CFullScreen.h"
 #include "dvd_effects/CLayeredTitles.h"
@@ -29,6 +30,8 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuOldAgeName, Create<COldAge>},
     {effectMenuResizingPanelsName, Create<CResizingPanels>},
     {effectMenuPerformanceName, Create<CPerformance>},
+    {effectMenuBabyGirlName, Create<CBabyGirl>},
+    {effectMenuBabyBoyName, Create<CBabyBoy>},
     {effectMenuRectanglesName, Create<CRectangles>},
     {effectMenuPushName, Create<CPush>},
     {effectMenuTravelName, Create<CTravel>},
