@@ -13,6 +13,7 @@
 #include "dvd_effects/CRectangles.h"
 #include "dvd_effects/CResizingPanels.h"
 #include "dvd_effects/CSlides.h"
+#include "dvd_effects/CSpecialOccasion.h"
 #include "dvd_effects/CStacking.h"
 #include "dvd_effects/CTitle.h"
 #include "dvd_effects/CTravel.h"
@@ -37,6 +38,7 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuTravelName, Create<CTravel>},
     {effectMenuPetsName, Create<CPets>},
     {effectMenuStackingName, Create<CStacking>},
+    {effectMenuSpecialOccasionName, Create<CSpecialOccasion>},
     {effectMenuVignetteName, Create<CVignette>},
     {effectMenuVideoWallName, Create<CVideoWall>},
     {effectSlideName, Create<CSlides>},
