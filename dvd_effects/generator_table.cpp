@@ -2,6 +2,7 @@
 
 #include "dvd_effects/CBaby.h"
 #include "dvd_effects/CCommon.h"
+#include "dvd_effects/CFestival.h"
 #include "dvd_effects/CFullScreen.h"
 #include "dvd_effects/CLayeredTitles.h"
 #include "dvd_effects/CMemories.h"
@@ -43,6 +44,9 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuVideoWallName, Create<CVideoWall>},
     {effectSlideName, Create<CSlides>},
     {effectTitleName, Create<CTitle>},
+    {effectMenuFestivalName, Create<CFestival>},
+    {effectSubMenuFestivalName, Create<CFestivalSub>},
+    {effectInstructionMenuFestivalName, Create<CFestivalInstruction>},
     {effectMenuCommonName, Create<CCommon>},
     {effectMenuMemories2Name, Create<CMemories2>},
 };
