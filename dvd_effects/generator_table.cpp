@@ -2,6 +2,7 @@
 
 #include "dvd_effects/CBaby.h"
 #include "dvd_effects/CCommon.h"
+#include "dvd_effects/CCommonSub.h"
 #include "dvd_effects/CFestival.h"
 #include "dvd_effects/CFullScreen.h"
 #include "dvd_effects/CLayeredTitles.h"
@@ -47,6 +48,8 @@ constexpr EffectEntry generatorTable[] = {
     {effectMenuFestivalName, Create<CFestival>},
     {effectSubMenuFestivalName, Create<CFestivalSub>},
     {effectInstructionMenuFestivalName, Create<CFestivalInstruction>},
+    {effectSubMenuCommonName, Create<CCommonSub>},
+    {effectInstructionMenuCommonName, Create<CCommomInstrction>},
     {effectMenuCommonName, Create<CCommon>},
     {effectMenuMemories2Name, Create<CMemories2>},
 };
