@@ -100,8 +100,7 @@ std::vector<CAnimatedMenu::Actor> CAnimatedMenu::Actors() const {
 void CAnimatedMenu::Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity,
                          Window window) const {
     const double shown = std::clamp(opacity, 0.0, 1.0) * actor.opacity;
-    canvas.LayTransformed(Reduced(actor.picture, actor.halves, placement), placement, std::uint8_t(shown * 255 + 0.5),
-                          window);
+    canvas.LayTransformed(Reduced(actor.picture, actor.halves, placement), placement, ByteOf(shown), window);
 }
 
 void CAnimatedMenu::ShowWithin(Canvas& canvas, const Actor& actor, Window window, double zoom, double opacity) const {

@@ -84,7 +84,7 @@ void CLayeredTitles::Band(Canvas& canvas, unsigned colour, double centre, double
                           double opacity) {
     const unsigned i = colour % colours;
     const Layer& ink = m_inks[i].For(Kind(), {1, 1}, [&] { return PlainLayer(Kind(), {1, 1}, inks[i]); });
-    canvas.LayTransformed(ink, Placement::Turned({centre, middle}, width, height), std::uint8_t(opacity * 255 + 0.5));
+    canvas.LayTransformed(ink, Placement::Turned({centre, middle}, width, height), ByteOf(opacity));
 }
 
 }  // namespace AVBased

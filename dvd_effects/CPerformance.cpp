@@ -17,8 +17,6 @@ formula_t LineThrough(double x0, double y0, double x1, double y1) {
     return {slope, y0 - slope * x0};
 }
 
-std::uint8_t ByteOf(double part) { return std::uint8_t(std::clamp(part, 0.0, 1.0) * 255 + 0.5); }
-
 }  // namespace
 
 FrameSize CPerformance::UsualBox() const {

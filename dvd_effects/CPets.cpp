@@ -120,7 +120,7 @@ void CPets::DrawPaws(Canvas& canvas) const {
         const double size = m_paw.Width() * (far ? 0.6 : 1);
         const double degrees = (far ? 180 : 0) + 9 * Wave(1.3 * across + 0.25) + (k % 2 ? 8 : -8);
         canvas.LayTransformed(m_paw, Placement::Turned({across * Width(), down * Height()}, size, size, degrees),
-                              std::uint8_t(shown * 255 + 0.5));
+                              ByteOf(shown));
     }
 }
 

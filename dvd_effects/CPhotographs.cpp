@@ -26,9 +26,8 @@ void CPhotographs::ShowPhotograph(Canvas& canvas, const Actor& actor, const Pose
     const double away = std::min(width, height) * (0.025 + 0.14 * pose.lift);
     const double depth = 0.6 * (1 - 0.45 * std::clamp(pose.lift, 0.0, 1.0)) * pose.opacity * actor.opacity;
     const Spot shade{pose.centre.x + away * 0.6, pose.centre.y + away};
-    canvas.LayTransformed(m_shadow,
-                          Placement::Turned(shade, width * shadowStretch, height * shadowStretch, pose.degrees),
-                          std::uint8_t(std::clamp(depth, 0.0, 1.0) * 255 + 0.5));
+    canvas.LayTransformed(
+        m_shadow, Placement::Turned(shade, width * shadowStretch, height * shadowStretch, pose.degrees), ByteOf(depth));
     Show(canvas, actor, Placement::Turned(pose.centre, width, height, pose.degrees), pose.opacity);
 }
 

@@ -70,7 +70,7 @@ void CRectangles::DrawScene(Canvas& canvas) {
 
 void CRectangles::Outline(Canvas& canvas, Spot centre, double width, double height, double thickness, double opacity) {
     const Layer& ink = m_ink.For(Kind(), {1, 1}, [&] { return PlainLayer(Kind(), {1, 1}, {255, 255, 255}); });
-    const auto shown = std::uint8_t(std::clamp(opacity, 0.0, 1.0) * 255 + 0.5);
+    const auto shown = ByteOf(opacity);
     for (const int side : {-1, 1}) {
         const double dx = (width - thickness) / 2 * side, dy = (height - thickness) / 2 * side;
         canvas.LayTransformed(ink, Placement::Turned({centre.x, centre.y + dy}, width, thickness), shown);

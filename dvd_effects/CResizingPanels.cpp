@@ -17,8 +17,8 @@ constexpr double moreHeight = 1.5, moreWidth = 2;
 struct Part {
     std::int32_t begin, end;
     Part(double length, double before, double own, double all, std::int32_t line)
-        : begin(std::int32_t(length * before / all + 0.5) + (before > 0 ? line - line / 2 : 0)),
-          end(std::int32_t(length * (before + own) / all + 0.5) - (before + own < all - 1e-9 ? line / 2 : 0)) {}
+        : begin(Rounded(length * before / all) + (before > 0 ? line - line / 2 : 0)),
+          end(Rounded(length * (before + own) / all) - (before + own < all - 1e-9 ? line / 2 : 0)) {}
 };
 
 }  // namespace
@@ -39,7 +39,7 @@ void CResizingPanels::DrawScene(Canvas& canvas) {
     const auto count = unsigned(actors.size());
     const Turn turn = TurnAt(Phase(), count);
     const auto share = [&](unsigned i) { return ShareOf(i, turn, count, growing); };
-    const auto rows = std::max(1u, unsigned(std::sqrt(0.75 * count) + 0.5));
+    const auto rows = unsigned(std::max(1, Rounded(std::sqrt(0.75 * count))));
     const auto line = std::int32_t(std::max(2u, MenuSize().height / 120));
     double above = 0;
     for (unsigned row = 0; row < rows && count; ++row) {

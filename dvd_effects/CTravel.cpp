@@ -134,7 +134,7 @@ void CTravel::DrawScene(Canvas& canvas) {
         const double shown = picture.Height() * scale, dot = m_stop.Height() * (0.8 + 0.5 * near);
         const double sway = 2.5 * Wave(Phase() * 2 + Scattered(1, i));
         ShowPhotograph(canvas, actors[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});
-        canvas.LayTransformed(m_stop, Placement::Turned(at, dot, dot), std::uint8_t(255 * actors[i].opacity + 0.5));
+        canvas.LayTransformed(m_stop, Placement::Turned(at, dot, dot), ByteOf(actors[i].opacity));
     }
     DrawTexts(canvas);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 
 /// Motion that starts and ends gently and closes a loop. Times are parts of a whole: 0 is its begin, 1 its end. Plain
 /// arithmetic throughout, so that every machine draws the same.
@@ -13,6 +14,13 @@ constexpr double WholePart(double t) {
 }
 /// t without its whole part: 0 up to, but not, 1.
 constexpr double Wrapped(double t) { return t - WholePart(t); }
+
+/// The nearest whole number.
+constexpr int Rounded(double t) { return static_cast<int>(WholePart(t + 0.5)); }
+/// A share of 0 to 1 as one of 0 to 255; beyond, the nearer end.
+constexpr std::uint8_t ByteOf(double share) {
+    return static_cast<std::uint8_t>(Rounded(std::clamp(share, 0.0, 1.0) * 255));
+}
 
 /// From 0 to 1 with no speed at both ends; outside, the nearer end.
 constexpr double Eased(double t) {
