@@ -28,7 +28,8 @@ void CVideoWall::PaintBackground(Canvas& canvas) const {
 }
 
 CVideoWall::Screen CVideoWall::ScreenAt(unsigned cell, unsigned grid) const {
-    const double column = cell % grid + 0.5 - grid / 2.0, row = cell / grid + 0.5 - grid / 2.0;
+    const unsigned down = cell / grid;
+    const double column = cell % grid + 0.5 - grid / 2.0, row = down + 0.5 - grid / 2.0;
     // A wave runs outwards over the wall.
     const double distance = (column * column + row * row) / (grid * grid);
     const double wall = 0.985 + 0.025 * Wave(Phase()), screen = 0.95 + 0.03 * Wave(Phase() * 2 - distance * 0.8);

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <memory>
 #include <numeric>
-#include <ranges>
 #include <vector>
 
 #include "effects/fixed_point.h"
@@ -41,6 +40,20 @@ bool IsExact(const CircleSettings& circle, const Box& box) {
 unsigned Distance(unsigned a, unsigned b) { return a < b ? b - a : a - b; }
 std::size_t DistancesIn(unsigned begin, unsigned end, unsigned centre) {
     return std::max(Distance(begin, centre), Distance(end, centre)) + std::size_t(1);
+}
+
+// How many of the first `count` distances are inside; behind the first one that is not, none is.
+template <class Inside>
+unsigned CountWhile(unsigned count, Inside isInside) {
+    unsigned begin = 0;
+    while (begin < count) {
+        const unsigned middle = begin + (count - begin) / 2;
+        if (isInside(middle))
+            begin = middle + 1;
+        else
+            count = middle;
+    }
+    return begin;
 }
 
 // The pixels of a row that are less than `inside` columns away from the centre.
@@ -141,7 +154,7 @@ class QuarterTurns {
         const auto isInside = [&](unsigned dx) {
             return !IsOutside(m_circle, DistanceFrom(std::int32_t(dx), std::int32_t(dy)));
         };
-        return *std::ranges::partition_point(std::views::iota(0u, unsigned(m_columns)), isInside);
+        return CountWhile(unsigned(m_columns), isInside);
     }
 
     CircleSettings m_circle;
@@ -195,8 +208,11 @@ class FactorSteps {
                     nextFactor = seen;
                 }
             };
-            for (std::uint32_t ahead = 1; next <= last && last < maxDistance2; ahead *= 2)
+            std::uint32_t ahead = 1;
+            while (next <= last && last < maxDistance2) {
                 look(last + std::min(ahead, maxDistance2 - last));
+                ahead *= 2;
+            }
             while (next > last + 1) look(last + (next - last) / 2);
             m_steps.push_back({last, factor});
             factor = nextFactor;
@@ -289,7 +305,7 @@ FillSourceRow SpherizeMap::Rows(const Box& box, InstructionSet set) const {
             fill = variantsOf<SpherizeRow>.For(set)](const SourceRow& row) mutable {
         const unsigned dy = Distance(row.y, circle.y);
         const auto isInside = [&](unsigned dx) { return dx * dx + dy * dy <= radius2; };
-        const unsigned count = *std::ranges::partition_point(std::views::iota(0u, unsigned(factors.size())), isInside);
+        const unsigned count = CountWhile(unsigned(factors.size()), isInside);
         steps.FillRow(dy, count, factors.data());
         fill(circle, factors.data(), count, row);
     };
