@@ -56,8 +56,9 @@ std::string EffectText(const Json& effect) {
     std::ostringstream text;
     text << effect["name"].get<std::string>() << ": " << effect["summary"].get<std::string>() << "\n";
     for (const Json& parameter : effect["parameters"]) {
+        const std::string initial = parameter["default"];
         text << "  " << parameter["name"].get<std::string>() << " (" << parameter["type"].get<std::string>()
-             << ", default " << (parameter["default"] == "" ? "empty" : parameter["default"].get<std::string>()) << ")";
+             << ", default " << (initial.empty() ? "empty" : initial) << ")";
         if (parameter.contains("meaning")) {
             const std::string unit = parameter["unit"];
             text << ": " << parameter["meaning"].get<std::string>();

@@ -67,7 +67,7 @@ void ProjectItem::RefuseOtherKeys(std::span<const char* const> keys) const {
     if (!*this) return;
     if (!m_value->is_object()) return Expect("an object, {...}");
     for (const auto& [key, value] : m_value->items()) {
-        if (std::any_of(keys.begin(), keys.end(), [&](const char* known) { return key == known; })) continue;
+        if (std::any_of(keys.begin(), keys.end(), [&name = key](const char* known) { return name == known; })) continue;
         const std::string meant = DidYouMean(key, {keys.begin(), keys.end()});
         m_faults->Add(m_name.empty() ? key : m_name + "." + key,
                       "is no key of a project" + (meant.empty() ? "; leave it out" : meant));

@@ -53,16 +53,6 @@ PackedScaler::PackedScaler(const PictureShape& from, const PictureShape& to, int
     m_colours = {32768 - (from.fullRange ? 0 : 16 * luma), luma, chroma(0), chroma(2), chroma(3), chroma(1)};
 }
 
-bool PackedScaler::Scale(const std::uint8_t* const fromData[4], const int fromPitches[4], std::uint8_t* const toData[4],
-                         const int toPitches[4], int fromRows) const {
-    AVFrame& planes = *m_planes;
-    if (sws_scale(m_scaler.get(), fromData, fromPitches, 0, fromRows, planes.data, planes.linesize) < 0) return false;
-    const auto row = [&](int p, int y) { return planes.data[p] + std::ptrdiff_t(y) * planes.linesize[p]; };
-    for (int y = 0; y < planes.height; ++y)
-        MixRow(m_colours, row(0, y), row(1, y), row(2, y), planes.width, toData[0] + std::ptrdiff_t(y) * toPitches[0]);
-    return true;
-}
-
 [[NIFIKRAL_CLONES]] void PackedScaler::MixRow(const Colours& colours, const std::uint8_t* y, const std::uint8_t* u,
                                               const std::uint8_t* v, int width, std::uint8_t* to) {
     const Colours c = colours;
@@ -75,6 +65,16 @@ bool PackedScaler::Scale(const std::uint8_t* const fromData[4], const int fromPi
         const std::uint32_t pixel = 0xFF000000 | red << 16 | green << 8 | blue;
         std::memcpy(to + std::ptrdiff_t(x) * 4, &pixel, sizeof pixel);
     }
+}
+
+bool PackedScaler::Scale(const std::uint8_t* const fromData[4], const int fromPitches[4], std::uint8_t* const toData[4],
+                         const int toPitches[4], int fromRows) const {
+    AVFrame& planes = *m_planes;
+    if (sws_scale(m_scaler.get(), fromData, fromPitches, 0, fromRows, planes.data, planes.linesize) < 0) return false;
+    const auto row = [&](int p, int y) { return planes.data[p] + std::ptrdiff_t(y) * planes.linesize[p]; };
+    for (int y = 0; y < planes.height; ++y)
+        MixRow(m_colours, row(0, y), row(1, y), row(2, y), planes.width, toData[0] + std::ptrdiff_t(y) * toPitches[0]);
+    return true;
 }
 
 }  // namespace Nifikral
