@@ -16,17 +16,21 @@ thread_local long allocationsLeft = -1;  // below 0: no limit
 thread_local long liveAllocations = 0;
 thread_local bool hasRefused = false;
 
+void* AllocateAlways(std::size_t size, std::size_t alignment) {
+    void* memory = nullptr;
+    if (posix_memalign(&memory, std::max(alignment, sizeof(void*)), std::max<std::size_t>(size, 1)) != 0)
+        throw std::bad_alloc();
+    ++liveAllocations;
+    return memory;
+}
+
 void* Allocate(std::size_t size, std::size_t alignment) {
     if (allocationsLeft == 0) {
         hasRefused = true;
         throw std::bad_alloc();
     }
     if (allocationsLeft > 0) --allocationsLeft;
-    void* memory = nullptr;
-    if (posix_memalign(&memory, std::max(alignment, sizeof(void*)), std::max<std::size_t>(size, 1)) != 0)
-        throw std::bad_alloc();
-    ++liveAllocations;
-    return memory;
+    return AllocateAlways(size, alignment);
 }
 
 void Release(void* memory) {
@@ -38,6 +42,8 @@ void Release(void* memory) {
 
 void* operator new(std::size_t size) { return Allocate(size, 0); }
 void* operator new(std::size_t size, std::align_val_t alignment) { return Allocate(size, std::size_t(alignment)); }
+// Who asks so goes on without the memory and tells nobody: never refused here.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return AllocateAlways(size, 0); }
 void operator delete(void* memory) noexcept { Release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { Release(memory); }
 void operator delete(void* memory, std::align_val_t) noexcept { Release(memory); }
