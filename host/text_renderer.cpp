@@ -285,4 +285,6 @@ FramePtr RenderText(const StyledText& text) {
 #ifdef __SANITIZE_ADDRESS__
 // fontconfig keeps its pointers as offsets, where the leak checker does not see them.
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+// What it suppresses it would otherwise tell on stderr, among the command's own lines.
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_options() { return "print_suppressions=0"; }
 #endif
