@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "dvd_effects/animation.h"
 #include "dvd_effects/byte_fractions.h"
 #include "effects/row_loops.h"
 
@@ -36,9 +37,8 @@ void Cut(const Layer& layer, Shown shown) {
     const PackedView view = layer.View();
     for (unsigned y = 0; y < view.height; ++y)
         for (unsigned x = 0; x < view.width; ++x) {
-            const double part = std::clamp(shown(x + 0.5, y + 0.5), 0.0, 1.0);
             Rgba32& pixel = view.Row(y)[x];
-            pixel.alpha = std::uint8_t(ByteProduct(pixel.alpha, std::uint32_t(part * 255 + 0.5)));
+            pixel.alpha = std::uint8_t(ByteProduct(pixel.alpha, ByteOf(shown(x + 0.5, y + 0.5))));
         }
 }
 
@@ -97,8 +97,7 @@ void PaintOver(const Layer& layer, LayerKind kind, Colour colour, const std::fun
             for (unsigned j = 0; j < places; ++j)
                 for (unsigned i = 0; i < places; ++i)
                     sum += std::clamp(shown(along(x, i, view.width), along(y, j, view.height)), 0.0, 1.0);
-            const auto part = std::uint32_t(sum * 255 / (places * places) + 0.5);
-            StoreWord(view.Row(y) + x, Over(LoadWord(view.Row(y) + x), above, part));
+            StoreWord(view.Row(y) + x, Over(LoadWord(view.Row(y) + x), above, ByteOf(sum / (places * places))));
         }
 }
 
