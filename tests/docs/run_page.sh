@@ -1,0 +1,51 @@
+#!/bin/bash
+# Does what a page of the documentation tells its reader to type: runs its ```sh blocks in order, as one script, in a
+# folder that holds a sample holiday.mp4 and photo.jpg, with the programs and plug-ins of an uninstalled build. What a
+# ```text block shows, the ```sh block before it must print, errors included; a line "..." stands for any lines there.
+# Usage: tests/docs/run_page.sh BUILD_FOLDER PAGE
+set -euo pipefail
+build=$(realpath "$1") page=$(realpath "$2")
+sources=$(realpath "$(dirname "$0")/../..")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+    echo "$page: $*" >&2
+    exit 1
+}
+
+# block_N.printed: what block N prints; block_N.shown: what the page says it does.
+awk -v folder="$work" '
+    /^```/ && inside { inside = ""; next }
+    /^```sh$/ { inside = folder "/script"; print "exec >" folder "/block_" ++block ".printed 2>&1" >inside; next }
+    /^```text$/ && block { inside = folder "/block_" block ".shown"; printf "" >inside; next }
+    /^```/ { inside = "/dev/null"; next }
+    inside { print >inside }
+' "$page"
+[[ -f $work/script ]] || fail 'has no ```sh block'
+
+samples=$build/samples
+mkdir -p "$samples" "$work/home" "$work/here"
+flock "$samples" "$sources/scripts/sample_media.sh" "$samples"
+cp "$samples/photo.jpg" "$work/here/photo.jpg"
+cp "$samples/clip.mp4" "$work/here/holiday.mp4"
+cd "$work/here"
+
+export HOME=$work/home LC_ALL=C.UTF-8
+export PATH=$build/bin:$PATH NIFIKRAL_MODULE=$build/lib/libnifikral.so
+export FREI0R_PATH=$build/lib/frei0r-1
+export GST_PLUGIN_PATH=$build/lib/gstreamer-1.0 GST_REGISTRY=$samples/gstreamer-registry
+export CMAKE_PREFIX_PATH=$build PKG_CONFIG_PATH=$build/lib/pkgconfig
+if ! BASH_XTRACEFD=9 bash -xeuo pipefail "$work/script" 9>"$work/trace" </dev/null; then
+    last=$(find "$work" -name 'block_*.printed' | sort -V | tail -n1)
+    tail -n20 "$last" >&2
+    fail "this command failed: $(tail -n1 "$work/trace")"
+fi
+
+for shown in "$work"/block_*.shown; do
+    [[ -f $shown ]] || continue
+    printed=${shown%.shown}.printed
+    pattern=$(sed 's/[[:punct:]]/\\&/g; s/^\\\.\\\.\\\.$/*/' "$shown")
+    # shellcheck disable=SC2053 # a pattern, with every mark but that star quoted
+    [[ $(<"$printed") == $pattern ]] || { diff -u "$shown" "$printed" >&2 || true; fail "a block prints something else"; }
+done
