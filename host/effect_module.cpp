@@ -2,45 +2,20 @@
 
 #include <dlfcn.h>
 
-#include <cstdlib>
-#include <filesystem>
-
 #include "TarvoBased/IStrings.h"
 #include "TarvoBased/ITarvoException.h"
 #include "TarvoBased/error_codes.h"
-#include "avbase/avbase.h"
 #include "host/errors.h"
-#include "host/media_manager.h"
+#include "host/module_file.h"
 
 namespace Nifikral {
-namespace {
-
-constexpr char moduleFile[] = "libnifikral.so";
-
-std::string FindModule() {
-    if (const char* const fromEnvironment = std::getenv("NIFIKRAL_MODULE")) return fromEnvironment;
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::filesystem::path beside = program.parent_path().parent_path() / "lib" / moduleFile;
-    return !error && std::filesystem::exists(beside, error) ? beside.string() : moduleFile;
-}
-
-// Outlives every effect.
-MediaManager& Manager() {
-    static MediaManager manager;
-    return manager;
-}
-
-std::optional<unsigned> cpuFeatures;
-
-}  // namespace
-
-EffectModule::EffectModule(const std::string& path) : m_path(path.empty() ? FindModule() : path) {
+EffectModule::EffectModule(const std::string& path, AVBased::IAVManager* manager)
+    : m_path(path.empty() ? FindModuleFile() : path), m_manager(manager) {
     // Never closed: effects may still live when this object goes.
     void* const handle = dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!handle)
         throw HostError(ExitCode::Failed, "the effect module cannot be loaded (" + std::string(dlerror()) +
-                                              "); name it with --module or $NIFIKRAL_MODULE");
+                                              "); name its file in $NIFIKRAL_MODULE");
     m_create = reinterpret_cast<AVBased::CreateVideoProcFunction>(dlsym(handle, AVBased::createVideoProcSymbol));
     if (!m_create)
         throw HostError(ExitCode::Failed,
@@ -50,7 +25,7 @@ EffectModule::EffectModule(const std::string& path) : m_path(path.empty() ? Find
 EffectPtr EffectModule::Create(const std::string& name) const {
     TarvoBased::ITarvoException* const current = TarvoBased::GetTarvoException();
     current->Clear();
-    EffectPtr effect(m_create(&Manager(), name.c_str()));
+    EffectPtr effect(m_create(m_manager, name.c_str()));
     const int code = current->GetExceptionCode();
     const std::optional<std::string> error = TakeModuleError();
     if (!effect && code != TarvoBased::errorNotFound)
@@ -87,13 +62,4 @@ std::optional<std::string> TakeModuleError() {
     return text;
 }
 
-void OverrideCpuFeatures(unsigned features) { cpuFeatures = features; }
-
 }  // namespace Nifikral
-
-// This program's own definition, which the module's imported reference finds before the support library's.
-extern "C" [[gnu::visibility("default")]] unsigned AVBasedGetCPUFeatures() {
-    if (Nifikral::cpuFeatures) return *Nifikral::cpuFeatures;
-    static const auto original = reinterpret_cast<unsigned (*)()>(dlsym(RTLD_NEXT, "AVBasedGetCPUFeatures"));
-    return original ? original() : 0;
-}

@@ -26,8 +26,9 @@ struct PropertyInfo {
 /// The loaded module. Threads: any.
 class EffectModule {
  public:
-    /// Loads `path`, or when it is empty $NIFIKRAL_MODULE, or else the module that belongs to this program.
-    explicit EffectModule(const std::string& path);
+    /// Loads `path`, or when it is empty what FindModuleFile finds. `manager` opens files and texts for the generators
+    /// and outlives every effect; without one, opening anything fails.
+    explicit EffectModule(const std::string& path, AVBased::IAVManager* manager = nullptr);
 
     /// A new object; null for a name that the module does not know. Throws when the module knows it and fails.
     EffectPtr Create(const std::string& name) const;
@@ -35,6 +36,7 @@ class EffectModule {
 
  private:
     std::string m_path;
+    AVBased::IAVManager* m_manager;
     AVBased::CreateVideoProcFunction m_create;
 };
 
@@ -45,8 +47,5 @@ std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect);
 std::optional<std::string> TakeFiledMessage();
 /// The same with the error's code.
 std::optional<std::string> TakeModuleError();
-
-/// From now on the feature word that the module reads; without this call it is the support library's own.
-void OverrideCpuFeatures(unsigned features);
 
 }  // namespace Nifikral

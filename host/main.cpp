@@ -6,12 +6,14 @@
 #include <cstdio>
 
 #include "host/apply.h"
+#include "host/cpu_features.h"
 #include "host/errors.h"
 #include "host/example_project.h"
 #include "host/gallery.h"
 #include "host/interruption.h"
 #include "host/listing.h"
 #include "host/log.h"
+#include "host/media_manager.h"
 #include "host/menu.h"
 #include "host/menu_project.h"
 #include "host/slideshow.h"
@@ -230,7 +232,8 @@ int Run(int argc, char** argv) {
     SetVerbosity(line.quiet ? Verbosity::Quiet : line.verbose ? Verbosity::Verbose : Verbosity::Normal);
     for (const CLI::App* const command : app.get_subcommands())
         if (command->count("--cpu-features")) OverrideCpuFeatures(line.cpuFeatures);
-    const EffectModule module(line.module);
+    MediaManager manager;
+    const EffectModule module(line.module, &manager);
     if (apply->parsed())
         Apply(line.apply, module);
     else if (menu->parsed())
