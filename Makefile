@@ -28,7 +28,7 @@ check-format:  ## say which sources clang-format would change
 	scripts/install_packages.sh lint
 	$(sources) | xargs clang-format-14 --dry-run --Werror
 
-tidy: configure  ## run clang-tidy over the module and the command
+tidy: configure  ## run clang-tidy over the module, the command and the bridges
 	scripts/install_packages.sh lint
 	scripts/tidy.sh $(release)
 

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "avbase/IRawVideoFrame.h"
+#include "host/effect_module.h"
+
+namespace Nifikral {
+
+/// The module as a bridge has it: loaded once, or why it cannot be.
+struct BridgeModule {
+    std::optional<EffectModule> module;
+    std::string error;  ///< a line for the user, where there is no module
+};
+
+/// The module that belongs to this bridge, loaded by the first call. `manager` (of the first call) opens what
+/// generators ask for, as EffectModule has it. Threads: any.
+const BridgeModule& TheBridgeModule(AVBased::IAVManager* manager = nullptr);
+
+/// An effect as another program drives it. Threads: one at a time.
+///
+/// The program's errors are taken from the module by each call and answered as a line; nothing says that all is well.
+class BridgedEffect {
+ public:
+    /// Throws HostError for a name that the module does not know or cannot make.
+    BridgedEffect(const EffectModule& module, const std::string& name);
+
+    /// The effect's properties as they are when nothing is set.
+    const std::vector<PropertyInfo>& Properties() const { return m_properties; }
+    /// Sets a property, unless it was last set to the same text: programs set all of them before every frame, and an
+    /// effect may have to rebuild its tables. A refused text is handed on once.
+    std::optional<std::string> Set(const std::string& property, const std::string& text);
+    /// Changes `frame` in place. `position` as IVideoProc has it, usually the number of the frame.
+    std::optional<std::string> Process(AVBased::IRawVideoFrame& frame, int position);
+    /// Moves a generator to a frame.
+    std::optional<std::string> Seek(unsigned position);
+
+ private:
+    std::string m_name;
+    EffectPtr m_effect;
+    std::vector<PropertyInfo> m_properties;
+    std::map<std::string, std::string> m_texts;  // as last set
+};
+
+}  // namespace Nifikral
