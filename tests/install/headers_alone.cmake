@@ -1,0 +1,15 @@
+# Fails unless every header below FOLDER compiles by itself, in each C++ standard that a host may use, without a warning.
+cmake_minimum_required(VERSION 3.25)
+file(GLOB_RECURSE headers RELATIVE ${FOLDER} ${FOLDER}/*.h)
+if(NOT headers)
+    message(FATAL_ERROR "there are no headers in ${FOLDER}")
+endif()
+foreach(header ${headers})
+    foreach(standard 17 20)
+        execute_process(COMMAND ${COMPILER} -std=c++${standard} -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I ${FOLDER}
+                                -include ${header} -x c++ /dev/null RESULT_VARIABLE failed)
+        if(failed)
+            message(SEND_ERROR "${header} does not compile alone as C++${standard}")
+        endif()
+    endforeach()
+endforeach()
