@@ -35,7 +35,8 @@ export HOME=$work/home LC_ALL=C.UTF-8
 export PATH=$build/bin:$PATH NIFIKRAL_MODULE=$build/lib/libnifikral.so
 export FREI0R_PATH=$build/lib/frei0r-1
 export GST_PLUGIN_PATH=$build/lib/gstreamer-1.0 GST_REGISTRY=$samples/gstreamer-registry
-export CMAKE_PREFIX_PATH=$build PKG_CONFIG_PATH=$build/lib/pkgconfig
+# What is compiled against is installed, as tests/install does it.
+export CMAKE_PREFIX_PATH=$build/stage PKG_CONFIG_PATH=$build/stage/lib/pkgconfig
 if ! BASH_XTRACEFD=9 bash -xeuo pipefail "$work/script" 9>"$work/trace" </dev/null; then
     last=$(find "$work" -name 'block_*.printed' | sort -V | tail -n1)
     tail -n20 "$last" >&2
