@@ -17,6 +17,10 @@ inline void PrefetchToWrite(const void* address, std::ptrdiff_t ahead = prefetch
     __builtin_prefetch(static_cast<const unsigned char*>(address) + ahead, 1);
 }
 
+inline void PrefetchToRead(const void* address, std::ptrdiff_t ahead) {
+    __builtin_prefetch(static_cast<const unsigned char*>(address) + ahead, 0);
+}
+
 /// Calls work(samples, count) for stretches of every row of a plane, in no order: one cache line's samples at a time, a
 /// constant count that becomes straight vector code, then the rest of the row. Four bands of the plane are walked side
 /// by side, since a core keeps more lines in flight on four streams than on one.

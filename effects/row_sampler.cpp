@@ -6,6 +6,8 @@
 #include <immintrin.h>
 #endif
 
+#include "effects/row_loops.h"
+
 namespace AVBased {
 
 template <class Sample>
@@ -60,10 +62,6 @@ typename RowSampler<Sample>::Block RowSampler<Sample>::Describe(unsigned begin, 
 #if defined(__x86_64__)
 
 namespace {
-
-inline void PrefetchToRead(const void* address, std::ptrdiff_t ahead) {
-    __builtin_prefetch(static_cast<const unsigned char*>(address) + ahead, 0);
-}
 
 // The bytes that a shuffle takes from two 16-byte neighbourhoods; others become 0.
 [[NIFIKRAL_AVX2]] inline __m256i Pick(const std::uint8_t* lower, const std::uint8_t* upper, const std::uint8_t* lanes) {

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <vector>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 #include "effects/instruction_sets.h"
 #include "effects/shared_samples.h"
 
@@ -30,10 +34,22 @@ void ForEachRowInPlace(const AxisMap& rows, Work work) {
         if (rows[y] <= y) work(y, -1);
 }
 
+/// The rows of a map that never falls. What moves up may be written in this order, what moves down in that one, and
+/// both side by side, in turns of any kind; what stays follows after both.
+struct InPlaceOrder {
+    std::vector<unsigned> up, down, still;
+
+    explicit InPlaceOrder(const AxisMap& rows) {
+        ForEachRowInPlace(rows, [&](unsigned y, int) { (rows[y] > y ? up : rows[y] < y ? down : still).push_back(y); });
+    }
+};
+
 /// Reads rows through a map of columns: to[x] = from[map[x]]. Rgba32 and bytes.
 template <class Sample>
 class RowSampler {
  public:
+    static constexpr unsigned blockBytes = 32, blockSamples = blockBytes / sizeof(Sample);
+
     /// Every entry of the map lies below `width`, the samples of each row that will be read.
     RowSampler(AxisMap map, unsigned width, InstructionSet set);
     /// Writes to[begin] to to[end - 1]; the two rows do not overlap. What lies `ahead` bytes from the source is fetched
@@ -43,9 +59,14 @@ class RowSampler {
         (*this)(to, from, 0, size(), ahead);
     }
     unsigned size() const { return unsigned(m_map.size()); }
+    /// How many blocks from the first on are reached by one load each. There are none but for AVX2.
+    unsigned EasyBlocks() const {
+        const auto hard = [](const Block& block) { return block.loads != 1; };
+        return unsigned(std::ranges::find_if(m_blocks, hard) - m_blocks.begin());
+    }
 
  private:
-    static constexpr unsigned blockBytes = 32, blockSamples = blockBytes / sizeof(Sample), mostLoads = 4;
+    static constexpr unsigned mostLoads = 4;
     // How a vector of neighbours is read: `loads` vectors from each base on, then their lanes. 0: one by one.
     struct Block {
         std::uint32_t base[2], loads, lanes;
@@ -57,6 +78,40 @@ class RowSampler {
     AxisMap m_map;
     std::vector<Block> m_blocks;
     std::vector<std::uint8_t> m_lanes;
+
+#if defined(__x86_64__)
+ public:
+    /// Reads easy blocks as vectors, for work that goes on with them. A value, so that no store can change what it
+    /// holds.
+    class Vectors {
+     public:
+        explicit Vectors(const RowSampler& sampler)
+            : m_blocks(sampler.m_blocks.data()), m_lanes(sampler.m_lanes.data()) {}
+        __m256i operator()(std::size_t block, const Sample* from) const;
+
+     private:
+        const Block* m_blocks;
+        const std::uint8_t* m_lanes;
+    };
+#endif
 };
+
+#if defined(__x86_64__)
+
+template <class Sample>
+[[NIFIKRAL_AVX2]] inline __m256i RowSampler<Sample>::Vectors::operator()(std::size_t block, const Sample* from) const {
+    const std::uint32_t* const base = m_blocks[block].base;
+    const __m256i lanes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m_lanes + block * blockBytes));
+    if constexpr (sizeof(Sample) == 1) {
+        const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + base[0])),
+                      upper = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + base[1]));
+        return _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(lower), upper, 1), lanes);
+    } else {
+        const __m256i near = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + base[0]));
+        return _mm256_permutevar8x32_epi32(near, lanes);
+    }
+}
+
+#endif
 
 }  // namespace AVBased
