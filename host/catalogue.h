@@ -1,11 +1,12 @@
 #pragma once
 
 #include <limits>
+#include <optional>
 #include <span>
 #include <string_view>
 
-/// What the module cannot tell of its effects: meanings, units and sensible ranges. Names, types and defaults come from
-/// the module itself.
+/// What the module cannot tell of its effects: what they are for, and what to ask for in which range. Names, types and
+/// defaults come from the module itself.
 namespace Nifikral {
 
 struct Choice {
@@ -19,13 +20,34 @@ struct ValueRange {
     bool Contains(double value) const { return value >= low && value <= high; }
 };
 
+/// How a form asks for a value.
+enum class Kind {
+    Number,
+    Column,  ///< a place on the picture's width, in pixels
+    Row,     ///< a place on its height
+    Length,  ///< a distance on it
+    Switch,
+    Choice,  ///< one of `choices`
+    Word,    ///< one of `words`, or with a separator several
+    Colour,  ///< 0xRRGGBB of a number property, #rrggbb of a text
+    Seed,    ///< any number; another one gives another picture of the same kind
+    File,
+    Text,
+};
+
 struct ParameterInfo {
     const char* name;
+    const char* group;  ///< what stands together in a form
     const char* meaning;
-    const char* unit;
+    const char* unit = "";
     ValueRange sensible = {};  ///< outside: the command warns
+    double step = 1;           ///< between values that differ visibly
+    Kind kind = Kind::Number;
     std::span<const Choice> choices = {};
-    ValueRange bearable = {};  ///< outside: the command refuses, since the run would not end
+    std::span<const char* const> words = {};
+    const char* separator = "";  ///< of several words
+    ValueRange bearable = {};  ///< outside: the command refuses, since the effect would, or since the run would not end
+    std::optional<double> initial = {};  ///< what the effect works with until a value is set, where not the default
 };
 
 enum EffectTraits : unsigned {
@@ -38,6 +60,7 @@ enum EffectTraits : unsigned {
 
 struct EffectInfo {
     const char* name;
+    const char* category;
     const char* summary;
     unsigned traits = plain;
     std::span<const ParameterInfo> parameters = {};
@@ -49,5 +72,7 @@ std::span<const EffectInfo> Catalogue();
 const EffectInfo* FindEffect(std::string_view name);
 /// The row of one parameter; "duration" belongs to every effect. Null for one that is not in the catalogue.
 const ParameterInfo* FindParameter(std::string_view effect, std::string_view parameter);
+/// Whether the value may change from frame to frame.
+bool IsKeyframable(const EffectInfo& effect, const ParameterInfo& parameter);
 
 }  // namespace Nifikral

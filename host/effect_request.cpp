@@ -98,15 +98,14 @@ std::vector<std::string> KnownEffects(const EffectModule& module) {
 
 std::string RangeText(const ValueRange& range) { return Shortest(range.low) + " to " + Shortest(range.high); }
 
-// Refuses what would run practically for ever and remarks on what is hardly meant.
+// Refuses what the effect cannot bear and remarks on what is hardly meant.
 void CheckAgainstCatalogue(const std::string& effect, const ParameterSetting& setting) {
     const ParameterInfo* const info = FindParameter(effect, setting.property);
     if (!info) return;
     for (const double number : setting.value.Numbers()) {
         const std::string what = effect + ": " + setting.property + "=" + Shortest(number);
         if (!info->bearable.Contains(number))
-            throw HostError(ExitCode::Usage,
-                            what + " is refused, the run would hardly end; use " + RangeText(info->bearable));
+            throw HostError(ExitCode::Usage, what + " is more than the effect bears; use " + RangeText(info->bearable));
         if (!info->sensible.Contains(number))
             PrintWarning(what + " lies outside the sensible range " + RangeText(info->sensible));
     }

@@ -99,7 +99,7 @@ std::string DescribeEffect(const EffectModule& module, const std::string& name, 
                         "there is no effect \"" + name + "\"" + DidYouMean(name, names) + " (nifikral list shows all)");
     }
     const EffectInfo* const info = FindEffect(name);
-    Json description = EffectJson(*effect, info ? *info : EffectInfo{name.c_str(), ""});
+    Json description = EffectJson(*effect, info ? *info : EffectInfo{name.c_str(), "", ""});
     description["version"] = jsonVersion;
     if (json) return description.dump(2) + "\n";
     std::string text = EffectText(description);

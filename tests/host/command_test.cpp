@@ -4,8 +4,6 @@
 #include <csignal>
 #include <thread>
 
-#include "host/catalogue.h"
-#include "host/effect_module.h"
 #include "host/effect_request.h"
 #include "host/errors.h"
 
@@ -138,21 +136,6 @@ TEST(ParameterValueTest, MovesInStraightLinesBetweenKeyPoints) {
     EXPECT_EQ(points.At(8, 5), "0");
     EXPECT_EQ(points.At(99, 5), "-1");
     EXPECT_EQ(ParameterValue("0xFF8000", PropertyType::Int32).At(0, 1), "16744448");
-}
-
-TEST(CatalogueTest, CoversTheModulesPropertiesAndNoOthers) {
-    const EffectModule module(NIFIKRAL_MODULE_FILE);
-    unsigned effects = 0;
-    for (const EffectInfo& info : Catalogue()) {
-        const EffectPtr effect = module.Create(info.name);
-        if (!effect) continue;
-        ++effects;
-        std::set<std::string> told, known = {"duration"};
-        for (const PropertyInfo& property : Properties(*effect)) told.insert(property.name);
-        for (const ParameterInfo& row : info.parameters) known.insert(row.name);
-        EXPECT_EQ(told, known) << info.name;
-    }
-    EXPECT_GE(effects, 4u);
 }
 
 TEST_F(BadInputs, NoneInTheListings) {
