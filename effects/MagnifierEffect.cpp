@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "effects/fixed_point.h"
+#include "effects/glass_blocks.h"
 #include "effects/property_table.h"
 #include "effects/row_loops.h"
 #include "effects/row_sampler.h"
@@ -65,7 +66,17 @@ struct Glass {
     struct Chord {
         unsigned begin, end;
     };
-    Chord At(unsigned y) const {
+    std::vector<Chord> chords = Chords();  // of all rows from down.begin on
+
+    const Chord& At(unsigned y) const { return chords[y - down.begin]; }
+
+ private:
+    std::vector<Chord> Chords() const {
+        std::vector<Chord> all;
+        for (unsigned y = down.begin; y < down.End(); ++y) all.push_back(ChordOf(y));
+        return all;
+    }
+    Chord ChordOf(unsigned y) const {
         const std::int64_t dy = std::int64_t(y) - settings.y, radius = settings.radius;
         const std::int64_t square = radius * radius - dy * dy;
         if (square <= 0) return {0, 0};
@@ -122,7 +133,8 @@ class ShownPart {
         const auto [left, right] = std::ranges::minmax(columns);
         const auto [top, bottom] = std::ranges::minmax(rows);
         m_width = right - left + 2;
-        m_samples = std::make_unique_for_overwrite<Sample[]>(std::size_t(m_width) * (bottom - top + 2));
+        m_samples = std::make_unique_for_overwrite<Sample[]>(std::size_t(m_width) * (bottom - top + 2) +
+                                                             GlassBlocks::readBeyond / sizeof(Sample));
         const unsigned inside = std::min(m_width, plane.width - left);
         Sample* to = m_samples.get();
         for (unsigned y = top; y <= bottom + 1; ++y) {
@@ -154,14 +166,15 @@ class GlassPlane {
           m_mixing(mixing),
           m_set(set),
           m_begin(glass.across.begin >> across.shift),
+          m_deciders(Deciders(glass.across, across)),
           m_columns(Positions(glass.across, across)),
           m_rows(Positions(glass.down, down)),
           m_shown(plane, m_columns, m_rows),
-          m_sampler(ColumnsOfSamples(0), m_shown.Width(), set),
-          m_rightSampler(ColumnsOfSamples(1), m_shown.Width(), set) {
-        m_shares.resize(m_sampler.size() * sizeof(Sample));
-        for (unsigned i = 0; i < m_shares.size(); ++i)
-            m_shares[i] = m_glass.across.At(Decider(i / sizeof(Sample))).share;
+          m_blocks(MakeBlocks()),
+          m_sampler(SampledColumns(0), m_shown.Width(), set),
+          m_rightSampler(SampledColumns(1), m_shown.Width(), set) {
+        if (m_blocks || mixing == Mixing::Nearest) return;
+        for (unsigned decider : m_deciders) m_shares.insert(m_shares.end(), sizeof(Sample), ShareAt(decider));
     }
 
     void Magnify() {
@@ -195,12 +208,31 @@ class GlassPlane {
             map[i] = std::min(axis.At(axis.begin + i).whole >> shared.shift, shared.size - 1);
         return map;
     }
-    // The last position of the rectangle that is served by its i-th sample.
-    unsigned Decider(unsigned i) const { return std::min(m_across.Last(m_begin + i), m_glass.across.End() - 1); }
-    AxisMap ColumnsOfSamples(unsigned beyond) const {
+    // For each sample of the rectangle the last of its positions there.
+    static AxisMap Deciders(const GlassAxis& axis, const SharedAxis& shared) {
         AxisMap map;
-        for (unsigned c = m_begin; c < m_across.size && m_across.First(c) < m_glass.across.End(); ++c)
-            map.push_back(m_columns[Decider(c - m_begin) - m_glass.across.begin] + beyond);
+        for (unsigned i = axis.begin >> shared.shift; i < shared.size && shared.First(i) < axis.End(); ++i)
+            map.push_back(std::min(shared.Last(i), axis.End() - 1));
+        return map;
+    }
+    unsigned ColumnAt(unsigned position) const { return m_columns[position - m_glass.across.begin]; }
+    std::uint8_t ShareAt(unsigned position) const { return m_glass.across.At(position).share; }
+    std::optional<GlassBlocks> MakeBlocks() const {
+        if (m_mixing != Mixing::TwoSteps && m_mixing != Mixing::FourWeightsExchanged) return {};
+        AxisMap columns;
+        std::vector<std::uint8_t> shares;
+        for (unsigned decider : m_deciders) {
+            columns.push_back(ColumnAt(decider));
+            shares.push_back(ShareAt(decider));
+        }
+        const auto order = m_mixing == Mixing::TwoSteps ? GlassBlocks::Order::RowByRow : GlassBlocks::Order::TwoRows;
+        return GlassBlocks::Make(columns, shares, sizeof(Sample), order, m_set);
+    }
+    // None where blocks take the sampler's place.
+    AxisMap SampledColumns(unsigned beyond) const {
+        AxisMap map;
+        if (!m_blocks)
+            for (unsigned decider : m_deciders) map.push_back(ColumnAt(decider) + beyond);
         return map;
     }
     // A chord in samples of the rectangle.
@@ -208,7 +240,8 @@ class GlassPlane {
         if (chord.begin == chord.end) return {0, 0};
         const unsigned begin = (chord.begin >> m_across.shift) - m_begin,
                        end = ((chord.end - 1) >> m_across.shift) + 1 - m_begin;
-        return {std::min(begin, m_sampler.size()), std::min(end, m_sampler.size())};
+        const unsigned count = unsigned(m_deciders.size());
+        return {std::min(begin, count), std::min(end, count)};
     }
 
     void Write(unsigned y, unsigned row, unsigned begin, unsigned end, const Glass::Chord& chord) {
@@ -218,18 +251,24 @@ class GlassPlane {
             PrefetchToWrite(to + x, rowsAhead * std::ptrdiff_t(m_plane.pitch));
         const unsigned from = m_rows[y - m_glass.down.begin];
         const std::uint8_t share = m_glass.down.At(y).share;
+        const std::size_t firstByte = begin * sizeof(Sample), endByte = end * sizeof(Sample);
         if (m_mixing == Mixing::Nearest) {
             m_sampler(to, m_shown.Row(from), begin, end);
+        } else if (m_blocks && m_mixing == Mixing::FourWeightsExchanged) {
+            m_blocks->MixFour(Bytes(to), Bytes(m_shown.Row(from)), Bytes(m_shown.Row(from + 1)), share, firstByte,
+                              endByte);
+        } else if (m_blocks) {
+            GlassBlocks::MixRows(Bytes(to), MixedLine(from), MixedLine(from + 1), share, firstByte, endByte);
         } else {
             const Line &upper = LineOf(from), &lower = LineOf(from + 1);
             Mix(to + begin, {&upper.own[begin], &upper.right[begin], &lower.own[begin], &lower.right[begin]},
-                &m_shares[begin * sizeof(Sample)], share, end - begin);
+                &m_shares[firstByte], share, end - begin);
         }
         // A chord that ends among the positions of its last sample leaves that one to its own last position.
-        if (chord.end - 1 < Decider(end - 1)) {
-            const unsigned column = m_columns[chord.end - 1 - m_glass.across.begin];
+        if (chord.end - 1 < m_deciders[end - 1]) {
+            const unsigned column = ColumnAt(chord.end - 1);
             const Sample *const upper = m_shown.Row(from) + column, *const lower = m_shown.Row(from + 1) + column;
-            const std::uint8_t columnShare[4] = {m_glass.across.At(chord.end - 1).share};
+            const std::uint8_t columnShare[4] = {ShareAt(chord.end - 1)};
             if (m_mixing == Mixing::Nearest)
                 to[end - 1] = *upper;
             else
@@ -241,6 +280,10 @@ class GlassPlane {
     struct Line {
         unsigned row = ~0u;
         std::vector<Sample> own, right;
+    };
+    struct BlockLine {
+        unsigned row = ~0u;
+        std::vector<std::uint8_t> mixed;
     };
     const Line& LineOf(unsigned row) {
         Line& line = m_lines[row % 2];
@@ -258,6 +301,17 @@ class GlassPlane {
             line.own.swap(m_mixed);
         }
         return line;
+    }
+
+    // The same as the blocks mix it.
+    const std::uint8_t* MixedLine(unsigned row) {
+        BlockLine& line = m_blockLines[row % 2];
+        if (line.row != row) {
+            line.row = row;
+            line.mixed.resize(m_blocks->Room());
+            m_blocks->MixColumns(line.mixed.data(), Bytes(m_shown.Row(row)));
+        }
+        return line.mixed.data();
     }
 
     struct Neighbours {
@@ -280,11 +334,14 @@ class GlassPlane {
     Mixing m_mixing;
     InstructionSet m_set;
     unsigned m_begin;
-    AxisMap m_columns, m_rows;
+    AxisMap m_deciders;
+    AxisMap m_columns, m_rows;  // what the positions of the rectangle show
     ShownPart<Sample> m_shown;
+    std::optional<GlassBlocks> m_blocks;
     RowSampler<Sample> m_sampler, m_rightSampler;
     std::vector<std::uint8_t> m_shares;
     Line m_lines[2];
+    BlockLine m_blockLines[2];
     std::vector<Sample> m_mixed;
 };
 
