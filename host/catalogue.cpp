@@ -147,11 +147,11 @@ constexpr ParameterInfo spotlight[] = {
     Row("spotlight_y", "Place", "row of the light's centre"),
     Until(200, Length("spotlight_r", "Place", "radius of the light", 2)),
     Until(50, {"spotlight_brightness", "Light", "brightness added in the core", "%", {0, 100}}),
-    Until(0xFFFFFF, Colour("spotlight_color", "Light", "colour of the light, 0xRRGGBB")),
+    Until(0xFFFFFF, Colour("spotlight_color", "Light", "colour of the light")),
     Until(40, {"spotlight_density", "Light", "opacity of the colour in the core", "%", {0, 100}}),
 };
 constexpr ParameterInfo colorfilter[] = {
-    Colour("colorfilter_color", "Glass", "colour of the glass, 0xRRGGBB"),
+    Colour("colorfilter_color", "Glass", "colour of the glass"),
     {"colorfilter_density", "Glass", "how much of the light of other colours the glass absorbs", "%", {0, 100}},
 };
 constexpr Choice palettes[] = {{0, "sunset"}, {1, "comic"}, {2, "garden"}, {3, "lagoon"}};
@@ -265,7 +265,7 @@ constexpr ParameterInfo title[] = {
     Text("face", "Text", "font family"),
     Word("fontstyle", "Text", "what is done to the letters", fontStyles, " "),
     {"size", "Text", "of the font; 0 for a twelfth of the frame's height", "pixels", {0, 1000}},
-    {"color", "Text", "of the text, #rrggbb", "colour", {}, 0, Kind::Colour},
+    {"color", "Text", "of the text", "colour", {}, 0, Kind::Colour},
     Text("box", "Place", "where it stands: x;y;width;height; empty for the frame inside its margins", "pixels"),
     Word("align", "Place", "of the lines in the box", aligns),
     Word("valign", "Place", "of the text in the box", valigns),

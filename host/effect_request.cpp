@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <optional>
-#include <sstream>
 #include <stdexcept>
 
 #include "host/catalogue.h"
+#include "host/effect_details.h"
 #include "host/errors.h"
 #include "host/log.h"
 #include "host/nearest_names.h"
+#include "host/number_text.h"
 
 namespace Nifikral {
 namespace {
@@ -38,17 +38,6 @@ std::optional<double> ParseNumber(std::string text) {
     const double number = std::strtod(text.c_str(), &end);
     if (*end != '\0' || !std::isfinite(number)) return std::nullopt;
     return number;
-}
-
-std::string Shortest(double value) {
-    for (const int digits : {6, 15, 17}) {
-        std::ostringstream text;
-        text.imbue(std::locale::classic());
-        text.precision(digits);
-        text << value;
-        if (digits == 17 || std::strtod(text.str().c_str(), nullptr) == value) return text.str();
-    }
-    return {};
 }
 
 ValueRange TypeRange(PropertyType type) {
@@ -89,26 +78,19 @@ const PropertyInfo* FindProperty(const std::vector<PropertyInfo>& properties, co
     return nullptr;
 }
 
-std::vector<std::string> KnownEffects(const EffectModule& module) {
-    std::vector<std::string> names;
-    for (const EffectInfo& effect : Catalogue())
-        if (module.Create(effect.name)) names.emplace_back(effect.name);
-    return names;
-}
-
-std::string RangeText(const ValueRange& range) { return Shortest(range.low) + " to " + Shortest(range.high); }
-
 // Refuses what the effect cannot bear and remarks on what is hardly meant.
 void CheckAgainstCatalogue(const std::string& effect, const ParameterSetting& setting) {
     const ParameterInfo* const info = FindParameter(effect, setting.property);
     if (!info) return;
+    std::optional<double> odd;
+    const auto with = [&](double number) { return effect + ": " + setting.property + "=" + NumberText(number); };
     for (const double number : setting.value.Numbers()) {
-        const std::string what = effect + ": " + setting.property + "=" + Shortest(number);
         if (!info->bearable.Contains(number))
-            throw HostError(ExitCode::Usage, what + " is more than the effect bears; use " + RangeText(info->bearable));
-        if (!info->sensible.Contains(number))
-            PrintWarning(what + " lies outside the sensible range " + RangeText(info->sensible));
+            throw HostError(ExitCode::Usage,
+                            with(number) + " is more than the effect bears; use " + RangeText(info->bearable));
+        if (!odd && !info->sensible.Contains(number)) odd = number;
     }
+    if (odd) PrintWarning(with(*odd) + " lies outside the sensible range " + RangeText(info->sensible));
 }
 
 ParameterSetting ParseSetting(const std::string& effect, const std::vector<PropertyInfo>& properties,
@@ -165,7 +147,7 @@ std::string ParameterValue::At(long long frame, long long frameCount) const {
         const double begin = from.frame * scale, end = next->frame * scale;
         value = from.value + (next->value - from.value) * (double(frame) - begin) / (end - begin);
     }
-    if (m_type == PropertyType::Real) return Shortest(value);
+    if (m_type == PropertyType::Real) return NumberText(value);
     return std::to_string(std::llround(value));
 }
 
@@ -187,11 +169,7 @@ bool EffectRequest::Sets(const std::string& property) const {
 EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module) {
     const std::vector<std::string> parts = Split(text, ':');
     EffectRequest request{parts.front(), {}};
-    const EffectPtr effect = module.Create(request.effect);
-    if (!effect)
-        throw HostError(ExitCode::Usage, "there is no effect \"" + request.effect + "\"" +
-                                             DidYouMean(request.effect, KnownEffects(module)) +
-                                             " (nifikral list shows all)");
+    const EffectPtr effect = CreateKnown(module, request.effect);
     const std::vector<PropertyInfo> properties = Properties(*effect);
     // A part without '=' belongs to the value before it: values may hold colons, as key points do.
     std::vector<std::pair<std::string, std::string>> pairs;

@@ -7,6 +7,7 @@
 
 #include "host/apply.h"
 #include "host/cpu_features.h"
+#include "host/effect_json.h"
 #include "host/errors.h"
 #include "host/example_project.h"
 #include "host/gallery.h"
@@ -208,6 +209,7 @@ CLI::App* AddGallery(CLI::App& app, CommandLine& line) {
 int Run(int argc, char** argv) {
     CLI::App app("nifikral: video effects on pictures and videos");
     app.require_subcommand(1);
+    app.set_version_flag("--version", "nifikral " NIFIKRAL_VERSION);
     CommandLine line;
     const CLI::App* const apply = AddApply(app, line);
     const CLI::App* const menu = AddMenu(app, line);
@@ -218,18 +220,24 @@ int Run(int argc, char** argv) {
     CLI::App* const list = app.add_subcommand("list", "list the effects");
     CLI::App* const info = app.add_subcommand("info", "tell an effect's parameters");
     info->add_option("EFFECT", line.effect, "its name")->required();
+    const CLI::App* const schema =
+        app.add_subcommand("schema", "print the JSON schema of what list and info tell with --json");
     for (CLI::App* const command : {list, info}) {
         command->add_flag("--json", line.json, "as JSON");
         AddCommonOptions(*command, line);
     }
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help);
+    } catch (const CLI::Success& told) {
+        return app.exit(told);
     } catch (const CLI::ParseError& error) {
         throw HostError(ExitCode::Usage, std::string(error.what()) + "; nifikral --help tells the usage");
     }
     SetVerbosity(line.quiet ? Verbosity::Quiet : line.verbose ? Verbosity::Verbose : Verbosity::Normal);
+    if (schema->parsed()) {
+        std::fputs(effectsSchema, stdout);
+        return 0;
+    }
     for (const CLI::App* const command : app.get_subcommands())
         if (command->count("--cpu-features")) OverrideCpuFeatures(line.cpuFeatures);
     MediaManager manager;

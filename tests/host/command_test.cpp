@@ -48,6 +48,8 @@ TEST_F(BadInputs, OfEffectsAndNumbersAreUsageErrors) {
             {"apply in.mkv out.mkv rotate:x", 2, {"name=value"}},
             {"apply in.mkv out.mkv rotate:x=@5:1,3:2", 2, {"ascend"}},
             {"apply in.mkv out.mkv simple_gauss_blur:count=-1", 2, {"blur_count=-1", "0 to 10000"}},
+            {"apply nosuch.mkv out.mkv oilpainting:brushsize=3..1001", 2, {"brushsize=1001", "0 to 1000"}},
+            {"apply nosuch.mkv out.mkv tilereflect:angle=181", 2, {"angle=181", "-180 to 180"}},
             {"apply in.mkv out.mkv tilereflect:size=0 -q", 2, {"tilereflect_size=0", "Invalid Param Value"}},
             {"apply in.mkv out.mkv gray --frames 50-60", 2, {"past the end", "0 to 49"}},
             {"apply in.mkv out.mkv gray --frames 9-3", 2, {"A-B"}},
@@ -136,6 +138,15 @@ TEST(ParameterValueTest, MovesInStraightLinesBetweenKeyPoints) {
     EXPECT_EQ(points.At(8, 5), "0");
     EXPECT_EQ(points.At(99, 5), "-1");
     EXPECT_EQ(ParameterValue("0xFF8000", PropertyType::Int32).At(0, 1), "16744448");
+}
+
+TEST_F(BadInputs, WhatIsHardlyMeantIsDoneWithOneWarning) {
+    MakeClip("in.mkv");
+    const Outcome outcome = Nifikral("apply in.mkv out.mkv emboss:level=@0:21,5:22,9:3 --frames 0-9");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("emboss_level=21 lies outside the sensible range 0 to 20"), std::string::npos)
+        << outcome.errors;
 }
 
 TEST_F(BadInputs, NoneInTheListings) {
