@@ -56,6 +56,7 @@ enum EffectTraits : unsigned {
     changesAlpha = 2,    ///< shows in the alpha channel alone
     generator = 4,       ///< makes pictures of its own from what it opens through the host
     menu = 8,            ///< a generator with the properties of a menu
+    newEachFrame = 16,   ///< draws afresh at every position, whatever the number of frames
 };
 
 struct EffectInfo {

@@ -1,0 +1,193 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+#include <thread>
+
+#include "host/catalogue.h"
+#include "tests/bridges/frei0r/in_process.h"
+#include "tests/bridges/frei0r/plugin_object.h"
+
+namespace Nifikral::Frei0r {
+namespace {
+
+std::vector<std::string> FrameEffects() {
+    std::vector<std::string> names;
+    for (const EffectInfo& info : Catalogue())
+        if (!(info.traits & generator)) names.emplace_back(info.name);
+    return names;
+}
+
+void ExchangeBlueAndRed(Bytes& pictures) {
+    for (std::size_t i = 0; i < pictures.size(); i += 4) std::swap(pictures[i], pictures[i + 2]);
+}
+
+class EveryFilter : public testing::TestWithParam<std::string> {
+ protected:
+    PluginObject m_object{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(All, EveryFilter, testing::ValuesIn(FrameEffects()),
+                         [](const auto& test) { return test.param; });
+
+TEST_P(EveryFilter, DescribesItself) {
+    const PluginInfo info = m_object.Info();
+    EXPECT_EQ(info.name, "nifikral " + GetParam());
+    EXPECT_EQ(info.type, filterPlugin);
+    EXPECT_STREQ(info.explanation, FindEffect(GetParam())->summary);
+    std::set<std::string> names;
+    for (const ParameterInfo& parameter : m_object.Parameters()) {
+        names.insert(parameter.name);
+        EXPECT_GT(std::string(parameter.explanation).size(), 5u) << parameter.name;
+    }
+    EXPECT_EQ(names.size(), std::size_t(info.parameterCount)) << "a name stands twice";
+}
+
+TEST_P(EveryFilter, DoesWhatTheModuleDoesAtAnySize) {
+    Settings settings;
+    if (FindEffect(GetParam())->traits & variesWithTime) settings = {{"duration", "50"}};
+    for (const auto& [width, height] : {std::pair(1u, 1u), {7u, 5u}, {64u, 48u}, {33u, 1u}}) {
+        const Bytes input = RandomBytes(std::size_t(width) * height * 4);
+        PluginInstance instance(m_object, width, height);
+        // Twice: the second frame may replay what the first one prepared.
+        for (const int frame : {3, 4}) {
+            const Bytes expected = InProcess(GetParam(), settings, input, width, height, frame);
+            EXPECT_EQ(instance.Picture(frame / 25.0, input), expected) << width << "x" << height;
+            Bytes inPlace = input;
+            instance.Update(frame / 25.0, inPlace.data(), inPlace.data());
+            EXPECT_EQ(inPlace, expected) << "in place, " << width << "x" << height;
+        }
+    }
+}
+
+TEST_P(EveryFilter, KeepsEveryValueAndTakesAnyNumber) {
+    constexpr unsigned width = 31, height = 17;
+    const Bytes input = RandomBytes(width * height * 4);
+    PluginInstance instance(m_object, width, height);
+    for (const ParameterInfo& parameter : m_object.Parameters()) {
+        if (parameter.type == colourParameter) {
+            instance.Set(parameter.name, Colour{1, 0, 0.2F});
+            EXPECT_EQ(instance.Get<Colour>(parameter.name).blue, 0.2F);
+            instance.Set(parameter.name, Colour{NAN, -5, 1e30F});
+            EXPECT_EQ(instance.Get<Colour>(parameter.name).blue, 1);
+            continue;
+        }
+        const double usual = instance.Get(parameter.name);
+        EXPECT_TRUE(usual >= 0 && usual <= 1) << parameter.name << " " << usual;
+        instance.Set(parameter.name, 1.0);
+        EXPECT_EQ(instance.Get(parameter.name), 1);
+        for (const double odd : {double(-INFINITY), -1e300, double(NAN), 1e300, double(INFINITY)})
+            instance.Set(parameter.name, odd);
+        EXPECT_EQ(instance.Get(parameter.name), 1) << parameter.name;
+        instance.Picture(0.2, input);
+        instance.Set(parameter.name, 0.0);
+        instance.Picture(0.24, input);
+    }
+}
+
+// Random settings, so that the claim holds for more than the defaults.
+TEST_P(EveryFilter, ClaimsEitherOrderOfColoursOnlyWhenItIsSo) {
+    constexpr unsigned width = 61, height = 47;
+    std::mt19937 random(7);
+    bool alike = true;
+    for (int round = 0; round < 12; ++round) {
+        PluginInstance instance(m_object, width, height);
+        for (const ParameterInfo& parameter : m_object.Parameters()) {
+            // Passes cost time and change nothing here.
+            if (std::string(parameter.name).find("count") != std::string::npos) {
+                instance.Set(parameter.name, 0.02);
+            } else if (parameter.type == colourParameter) {
+                instance.Set(parameter.name, Colour{0.9F, 0.3F, 0.1F});
+            } else {
+                instance.Set(parameter.name, double(random() % 21) / 20);
+            }
+        }
+        Bytes picture = RandomBytes(width * height * 4, unsigned(round)), exchanged = picture;
+        ExchangeBlueAndRed(exchanged);
+        exchanged = instance.Picture(-1, exchanged);
+        ExchangeBlueAndRed(exchanged);
+        // The same call of an instance of its own: calls without a time are counted.
+        PluginInstance twin(m_object, width, height);
+        for (const ParameterInfo& parameter : m_object.Parameters()) {
+            if (parameter.type == colourParameter)
+                twin.Set(parameter.name, instance.Get<Colour>(parameter.name));
+            else
+                twin.Set(parameter.name, instance.Get(parameter.name));
+        }
+        alike = alike && twin.Picture(-1, picture) == exchanged;
+    }
+    EXPECT_EQ(m_object.Info().colourModel, alike ? modelRgba : modelBgra);
+}
+
+TEST(Filter, MapsZeroToOneOntoTheTrueRange) {
+    constexpr unsigned width = 200, height = 100;
+    const Bytes input = RandomBytes(width * height * 4);
+    const PluginObject object("spherize");
+    PluginInstance instance(object, width, height);
+    instance.Set("x", 0.5);
+    instance.Set("y", 0.5);
+    instance.Set("r", 0.2);
+    instance.Set("scale", 0.75);
+    EXPECT_EQ(instance.Picture(0, input),
+              InProcess("spherize",
+                        {{"spherize_x", "100"}, {"spherize_y", "50"}, {"spherize_r", "40"}, {"spherize_scale", "2"}},
+                        input, width, height));
+    EXPECT_STREQ(object.Parameters()[1].explanation, "row of the lens's centre; 0 to 1 is 0 to the picture's height");
+    EXPECT_STREQ(object.Parameters()[3].explanation, "strength: above 0 bulges, below 0 pinches; 0 to 1 is -4 to 4");
+}
+
+TEST(Filter, TakesColoursSwitchesAndChoices) {
+    constexpr unsigned width = 20, height = 10;
+    const Bytes input = RandomBytes(width * height * 4);
+    const PluginObject filter("colorfilter"), reverse("reverse"), stereo("2D_3D_TransForm");
+    PluginInstance coloured(filter, width, height);
+    coloured.Set("color", Colour{0xFF / 255.0F, 0x80 / 255.0F, 0x40 / 255.0F});
+    EXPECT_EQ(coloured.Picture(0, input),
+              InProcess("colorfilter", {{"colorfilter_color", std::to_string(0xFF8040)}}, input, width, height));
+
+    PluginInstance flipped(reverse, width, height);
+    flipped.Set("mirror", 1.0);
+    // As a host passes that keeps switches as whole numbers: the bits of 1, read as a double.
+    flipped.Set("vertical", 4.9406564584124654e-324);
+    EXPECT_EQ(flipped.Picture(0, input),
+              InProcess("reverse", {{"mirror", "1"}, {"vertical", "1"}}, input, width, height));
+
+    PluginInstance pair(stereo, width, height);
+    pair.Set("output", 0.5);
+    EXPECT_EQ(pair.Picture(0, input),
+              InProcess("2D_3D_TransForm", {{"2D_3D_TransForm_output", "1"}}, input, width, height));
+}
+
+TEST(Filter, BeginsWhereItIsTold) {
+    constexpr unsigned width = 8, height = 8;
+    const Bytes input = RandomBytes(width * height * 4);
+    const PluginObject object("directfadeout");
+    PluginInstance instance(object, width, height);
+    instance.Set("duration", 0.001);  // 10 frames
+    instance.Set("begin", 0.0001);    // frame 100
+    instance.Set("fps", 0.05);        // 50 a second
+    EXPECT_EQ(instance.Picture(1.98, input), input);
+    EXPECT_EQ(instance.Picture(2.1, input), InProcess("directfadeout", {{"duration", "10"}}, input, width, height, 5));
+}
+
+TEST(Filter, ServesTwoThreadsAtOnce) {
+    constexpr unsigned width = 64, height = 64;
+    const PluginObject object("mirrorinvert");
+    PluginInstance instance(object, width, height);
+    const auto work = [&](unsigned seed) {
+        const Bytes input = RandomBytes(width * height * 4, seed);
+        const Bytes expected = InProcess("mirrorinvert", {{"mirrorinvert_amount", "500"}}, input, width, height);
+        int wrong = 0;
+        for (int i = 0; i < 50; ++i) {
+            instance.Set("amount", 0.5);
+            wrong += instance.Picture(i, input) != expected;
+        }
+        EXPECT_EQ(wrong, 0);
+    };
+    std::thread other(work, 1);
+    work(2);
+    other.join();
+}
+
+}  // namespace
+}  // namespace Nifikral::Frei0r
