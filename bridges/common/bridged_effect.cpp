@@ -1,5 +1,7 @@
 #include "bridges/common/bridged_effect.h"
 
+#include <utility>
+
 #include "TarvoBased/ITarvoException.h"
 #include "host/errors.h"
 
@@ -36,13 +38,30 @@ const BridgeModule& TheBridgeModule(AVBased::IAVManager* manager) {
 }
 
 BridgedEffect::BridgedEffect(const EffectModule& module, const std::string& name)
-    : m_name(name), m_effect(Made(module, name)), m_properties(Nifikral::Properties(*m_effect)) {}
+    : m_module(module), m_name(name), m_effect(Made(module, name)), m_properties(Nifikral::Properties(*m_effect)) {}
 
 std::optional<std::string> BridgedEffect::Set(const std::string& property, const std::string& text) {
     const auto [known, fresh] = m_texts.try_emplace(property, text);
     if (!fresh && known->second == text) return std::nullopt;
     known->second = text;
     return FiledBy(m_name + "'s " + property, [&] { m_effect->SetProperty(property.c_str(), text.c_str()); });
+}
+
+std::optional<std::string> BridgedEffect::Text(const std::string& property) const {
+    const char* const text = m_texts.contains(property) ? m_effect->GetProperty(property.c_str(), nullptr) : nullptr;
+    if (!text) return std::nullopt;
+    return text;
+}
+
+void BridgedEffect::Renew() {
+    const EffectPtr former = std::exchange(m_effect, Made(m_module, m_name));
+    for (auto& [property, text] : m_texts) {
+        // Not the text that was last set: the effect may have refused it.
+        const char* const present = former->GetProperty(property.c_str(), nullptr);
+        if (!present) continue;
+        text = present;
+        m_effect->SetProperty(property.c_str(), present);
+    }
 }
 
 std::optional<std::string> BridgedEffect::Process(AVBased::IRawVideoFrame& frame, int position) {

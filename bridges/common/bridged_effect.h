@@ -25,7 +25,7 @@ const BridgeModule& TheBridgeModule(AVBased::IAVManager* manager = nullptr);
 /// The program's errors are taken from the module by each call and answered as a line; nothing says that all is well.
 class BridgedEffect {
  public:
-    /// Throws HostError for a name that the module does not know or cannot make.
+    /// `module` outlives this object. Throws HostError for a name that it does not know or cannot make.
     BridgedEffect(const EffectModule& module, const std::string& name);
 
     /// The effect's properties as they are when nothing is set.
@@ -33,12 +33,18 @@ class BridgedEffect {
     /// Sets a property, unless it was last set to the same text: programs set all of them before every frame, and an
     /// effect may have to rebuild its tables. A refused text is handed on once.
     std::optional<std::string> Set(const std::string& property, const std::string& text);
+    /// What the effect made of the texts that the property was set to; none as long as it was not set.
+    std::optional<std::string> Text(const std::string& property) const;
+    /// Exchanges the object for a new one with the same settings: an effect may keep tables for the size of picture
+    /// that it saw first. Throws HostError when the module cannot make one.
+    void Renew();
     /// Changes `frame` in place. `position` as IVideoProc has it, usually the number of the frame.
     std::optional<std::string> Process(AVBased::IRawVideoFrame& frame, int position);
     /// Moves a generator to a frame.
     std::optional<std::string> Seek(unsigned position);
 
  private:
+    const EffectModule& m_module;
     std::string m_name;
     EffectPtr m_effect;
     std::vector<PropertyInfo> m_properties;

@@ -33,6 +33,15 @@ TEST(BridgedEffect, HandsOnAPropertyOnlyWhenItsTextChanges) {
     EXPECT_TRUE(effect.Set("tilereflect_size", "0"));
 }
 
+TEST(BridgedEffect, KeepsItsSettingsWhenItIsRenewed) {
+    BridgedEffect effect = Make("tilereflect");
+    effect.Set("tilereflect_size", "20");
+    effect.Set("tilereflect_size", "0");
+    effect.Renew();
+    EXPECT_EQ(effect.Text("tilereflect_size"), "20");
+    EXPECT_EQ(effect.Text("tilereflect_angle"), std::nullopt);
+}
+
 TEST(BridgedEffect, TellsWhatIsWrong) {
     BridgedEffect effect = Make("gray");
     EXPECT_EQ(effect.Set("strength", "1"),
