@@ -54,15 +54,57 @@ void BlendPixels(Rgba32* pixels, unsigned count, const TileRow& row) {
     }
 }
 
-void BlendPacked(PackedView frame, Box box, SamplerRef sampler) {
+// The parts of a band of rows that no cover hides, in whole blocks of columns.
+class VisibleParts {
+ public:
+    VisibleParts(Covers covers, Stretch all, unsigned top, unsigned rows, unsigned blockColumns) {
+        // More of them would take longer to tell than to draw.
+        for (const Cover& cover : covers.first(std::min(covers.size(), mostHidden))) {
+            // What hides both the first and the last row hides those between.
+            const Stretch first = HiddenIn(top, cover, all), both = HiddenIn(top + rows - 1, cover, first);
+            const Stretch hidden{(both.begin + blockColumns - 1) & ~(blockColumns - 1), both.end & ~(blockColumns - 1)};
+            if (!hidden.IsEmpty()) Insert(hidden);
+        }
+    }
+
+    template <class Draw>
+    void ForEach(Stretch within, Draw draw) const {
+        unsigned from = within.begin;
+        for (unsigned i = 0; i < m_count && from < within.end; ++i) {
+            if (m_hidden[i].begin > from) draw(Stretch{from, std::min(m_hidden[i].begin, within.end)});
+            from = std::max(from, m_hidden[i].end);
+        }
+        if (from < within.end) draw(Stretch{from, within.end});
+    }
+
+ private:
+    static Stretch HiddenIn(unsigned y, const Cover& cover, Stretch within) {
+        for (const EdgeDistance& edge : cover.edges)
+            within = WhereNotNegative(edge.At(within.begin + 0.5, y + 0.5) - 1, edge.a, within);
+        return within;
+    }
+    void Insert(Stretch hidden) {
+        unsigned at = m_count++;
+        for (; at && m_hidden[at - 1].begin > hidden.begin; --at) m_hidden[at] = m_hidden[at - 1];
+        m_hidden[at] = hidden;
+    }
+
+    static constexpr std::size_t mostHidden = 16;
+    Stretch m_hidden[mostHidden];
+    unsigned m_count = 0;
+};
+
+void BlendPacked(PackedView frame, Box box, SamplerRef sampler, Covers covers) {
     TileRow row;
     for (unsigned y = box.top; y < box.bottom; ++y) {
         const Stretch reach = sampler.Reach(y, {box.left, box.right});
-        for (unsigned x = reach.begin; x < reach.end; x += tileColumns) {
-            const unsigned count = std::min(tileColumns, reach.end - x);
-            sampler.Fill(x, y, count, row, 0);
-            BlendPixels(frame.Row(y) + x, count, row);
-        }
+        VisibleParts(covers, reach, y, 1, 1).ForEach(reach, [&](Stretch part) {
+            for (unsigned x = part.begin; x < part.end; x += tileColumns) {
+                const unsigned count = std::min(tileColumns, part.end - x);
+                sampler.Fill(x, y, count, row, 0);
+                BlendPixels(frame.Row(y) + x, count, row);
+            }
+        });
     }
 }
 
@@ -72,8 +114,8 @@ class PlanarBand {
  public:
     static constexpr unsigned blockColumns = 1u << columnShift, blockRows = 1u << rowShift;
 
-    PlanarBand(const PlanarView& frame, const Box& box, const SamplerRef& sampler)
-        : m_frame(frame), m_box(box), m_sampler(sampler) {}
+    PlanarBand(const PlanarView& frame, const Box& box, const SamplerRef& sampler, Covers covers)
+        : m_frame(frame), m_box(box), m_sampler(sampler), m_covers(covers) {}
 
     void Blend(unsigned top) {
         m_top = top;
@@ -83,7 +125,10 @@ class PlanarBand {
             if (m_reach[r].IsEmpty()) continue;
             all = {std::min(all.begin, m_reach[r].begin), std::max(all.end, m_reach[r].end)};
         }
-        for (unsigned x = all.begin & ~(blockColumns - 1); x < all.end; x += tileColumns) BlendTile(x, all.end);
+        all.begin &= ~(blockColumns - 1);
+        VisibleParts(m_covers, all, top, blockRows, blockColumns).ForEach(all, [this](Stretch part) {
+            for (unsigned x = part.begin; x < part.end; x += tileColumns) BlendTile(x, part.end);
+        });
     }
 
  private:
@@ -220,6 +265,7 @@ class PlanarBand {
     const PlanarView& m_frame;
     const Box& m_box;
     const SamplerRef& m_sampler;
+    const Covers m_covers;
     unsigned m_left = 0, m_top = 0, m_count = 0;
     bool m_transparent = false;
     Stretch m_reach[blockRows];
@@ -229,29 +275,29 @@ class PlanarBand {
 };
 
 template <unsigned columnShift, unsigned rowShift>
-void BlendPlanar(PlanarView frame, Box box, SamplerRef sampler) {
-    PlanarBand<columnShift, rowShift> band(frame, box, sampler);
+void BlendPlanar(PlanarView frame, Box box, SamplerRef sampler, Covers covers) {
+    PlanarBand<columnShift, rowShift> band(frame, box, sampler, covers);
     for (unsigned y = box.top >> rowShift << rowShift; y < box.bottom; y += 1u << rowShift) band.Blend(y);
 }
 
 }  // namespace
 
-void Blend(const PackedView& frame, const Box& box, const SamplerRef& sampler, InstructionSet set) {
-    variantsOf<BlendPacked>.For(set)(frame, box, sampler);
+void Blend(const PackedView& frame, const Box& box, const SamplerRef& sampler, Covers covers, InstructionSet set) {
+    variantsOf<BlendPacked>.For(set)(frame, box, sampler, covers);
 }
 
-void Blend(const PlanarView& frame, const Box& box, const SamplerRef& sampler, InstructionSet set) {
+void Blend(const PlanarView& frame, const Box& box, const SamplerRef& sampler, Covers covers, InstructionSet set) {
     switch (frame.columnShift * 10 + frame.rowShift) {
         case 0:
-            return variantsOf<BlendPlanar<0, 0>>.For(set)(frame, box, sampler);
+            return variantsOf<BlendPlanar<0, 0>>.For(set)(frame, box, sampler, covers);
         case 10:
-            return variantsOf<BlendPlanar<1, 0>>.For(set)(frame, box, sampler);
+            return variantsOf<BlendPlanar<1, 0>>.For(set)(frame, box, sampler, covers);
         case 11:
-            return variantsOf<BlendPlanar<1, 1>>.For(set)(frame, box, sampler);
+            return variantsOf<BlendPlanar<1, 1>>.For(set)(frame, box, sampler, covers);
         case 20:
-            return variantsOf<BlendPlanar<2, 0>>.For(set)(frame, box, sampler);
+            return variantsOf<BlendPlanar<2, 0>>.For(set)(frame, box, sampler, covers);
         case 22:
-            return variantsOf<BlendPlanar<2, 2>>.For(set)(frame, box, sampler);
+            return variantsOf<BlendPlanar<2, 2>>.For(set)(frame, box, sampler, covers);
         default:
             return;
     }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <span>
+
+#include "dvd_effects/placement.h"
 #include "dvd_effects/tile_row.h"
 
 /// The arithmetic of the canvas, for every frame layout.
@@ -20,8 +23,9 @@ struct Box {
     }
 };
 
-/// Blends what a sampler shows in a box of a frame over it.
-void Blend(const PackedView& frame, const Box& box, const SamplerRef& sampler, InstructionSet set);
-void Blend(const PlanarView& frame, const Box& box, const SamplerRef& sampler, InstructionSet set);
+/// Blends what a sampler shows in a box of a frame over it. What lies under covers may be left out.
+using Covers = std::span<const Cover>;
+void Blend(const PackedView& frame, const Box& box, const SamplerRef& sampler, Covers covers, InstructionSet set);
+void Blend(const PlanarView& frame, const Box& box, const SamplerRef& sampler, Covers covers, InstructionSet set);
 
 }  // namespace AVBased::Blending

@@ -71,18 +71,32 @@ struct WarpSampler {
     Place place;
     WarpPlanes map;
 
-    Stretch Reach(unsigned, Stretch within) const { return within; }
+    std::size_t IndexOf(unsigned x, unsigned y) const {
+        return std::size_t(std::int64_t(y) - place.y) * map.width + std::size_t(std::int64_t(x) - place.x);
+    }
+    Stretch Reach(unsigned y, Stretch within) const {
+        if (within.IsEmpty()) return within;
+        const unsigned char* const row = map.coverage + IndexOf(within.begin, y) - within.begin;
+        while (!within.IsEmpty() && !row[within.begin]) ++within.begin;
+        while (!within.IsEmpty() && !row[within.end - 1]) --within.end;
+        return within;
+    }
     void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
-        const std::size_t from =
-            std::size_t(std::int64_t(y) - place.y) * map.width + std::size_t(std::int64_t(x) - place.x);
-        const auto pixel = [&](unsigned i) -> std::uint32_t {
+        const std::size_t from = IndexOf(x, y);
+        // Fetched before anything is computed, which then becomes vectors.
+        std::uint32_t words[tileColumns];
+        for (unsigned i = 0; i < count; ++i) {
             const unsigned column = unsigned(map.sourceColumns[from + i]), line = unsigned(map.sourceRows[from + i]);
-            return layer.Contains(column, line) ? LoadWord(layer.Row(line) + column) : 0;
-        };
-        row.SetPixels(at, count, pixel, [&](unsigned i, std::uint32_t word) {
-            const std::uint32_t shown = std::min(map.coverage[from + i], coveragePanel) * 255u / coveragePanel;
-            return ByteProduct(ByteProduct(word >> 24, shown), place.opacity);
-        });
+            const bool inside = layer.Contains(column, line);
+            words[i] = LoadWord(layer.Row(inside ? line : 0) + (inside ? column : 0)) & (inside ? ~0u : 0u);
+        }
+        const unsigned char* const coverages = map.coverage + from;
+        row.SetPixels(
+            at, count, [&](unsigned i) { return words[i]; },
+            [coverages, opacity = place.opacity](unsigned i, std::uint32_t word) {
+                const std::uint32_t shown = std::min(coverages[i], coveragePanel) * 255u / coveragePanel;
+                return ByteProduct(ByteProduct(word >> 24, shown), opacity);
+            });
     }
 };
 
@@ -97,9 +111,9 @@ PlanarView Drawable(PlanarView frame) {
 
 // Blends what a sampler shows on a part of a frame; box(width, height) is that part of a frame of such a size.
 template <class BoxOf>
-void LayOn(IRawVideoFrame& frame, BoxOf box, const SamplerRef& sampler, InstructionSet set) {
+void LayOn(IRawVideoFrame& frame, BoxOf box, const SamplerRef& sampler, InstructionSet set, Covers covers = {}) {
     const auto lay = [&](const auto& view, const auto& pixels) {
-        Blend(view, box(pixels.width, pixels.height), sampler, set);
+        Blend(view, box(pixels.width, pixels.height), sampler, covers, set);
     };
     ForFrame([&](const PackedView& view) { lay(view, view); },
              [&](const PlanarView& view) {
@@ -109,10 +123,16 @@ void LayOn(IRawVideoFrame& frame, BoxOf box, const SamplerRef& sampler, Instruct
              frame);
 }
 
-// The part of a frame that a picture of this size covers.
-auto BoxAt(const Place& place, unsigned width, unsigned height) {
+Box Within(const Window& window, const Box& box) {
+    const auto side = [](std::int32_t place) { return unsigned(std::max(place, 0)); };
+    return {std::max(box.left, side(window.left)), std::max(box.top, side(window.top)),
+            std::min(box.right, side(window.right)), std::min(box.bottom, side(window.bottom))};
+}
+
+// The part of a frame that a picture of this size covers, within a window.
+auto BoxAt(const Place& place, unsigned width, unsigned height, const Window& window = {}) {
     return [=](unsigned frameWidth, unsigned frameHeight) {
-        return Box::Clip(place.x, place.y, width, height, frameWidth, frameHeight);
+        return Within(window, Box::Clip(place.x, place.y, width, height, frameWidth, frameHeight));
     };
 }
 
@@ -121,12 +141,17 @@ auto BoxWithin(const Projection& projection, const Window& window) {
     return [=](unsigned frameWidth, unsigned frameHeight) {
         const auto down = [](double value) { return std::int64_t(std::floor(value)); };
         const std::int64_t x = down(projection.least.x) - 1, y = down(projection.least.y) - 1;
-        const Box box =
-            Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y, frameWidth, frameHeight);
-        const auto side = [](std::int32_t place) { return unsigned(std::max(place, 0)); };
-        return Box{std::max(box.left, side(window.left)), std::max(box.top, side(window.top)),
-                   std::min(box.right, side(window.right)), std::min(box.bottom, side(window.bottom))};
+        return Within(window, Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y,
+                                        frameWidth, frameHeight));
     };
+}
+
+// Whether a placement leaves a layer as it is, at whole pixels.
+bool IsStraight(const Layer& layer, const Placement& at) {
+    const Spot &least = at.topLeft, &most = at.bottomRight;
+    return at.topRight.x == most.x && at.topRight.y == least.y && at.bottomLeft.x == least.x &&
+           at.bottomLeft.y == most.y && least.x == std::floor(least.x) && least.y == std::floor(least.y) &&
+           most.x == least.x + layer.Width() && most.y == least.y + layer.Height();
 }
 
 }  // namespace
@@ -160,25 +185,33 @@ void Canvas::Copy(IRawVideoFrame& picture, unsigned x, unsigned y) {
 }
 
 void Canvas::Lay(const Layer& layer, std::int32_t x, std::int32_t y, std::uint8_t opacity) {
+    if (!opacity) return;
     const StraightSampler sampler{layer.View(), {x, y, opacity}};
     LayOn(m_frame, BoxAt(sampler.place, layer.Width(), layer.Height()), SamplerRef(sampler, m_set), m_set);
 }
 
 void Canvas::LayWarped(const Layer& layer, const WarpPlanes& map, std::int32_t x, std::int32_t y,
                        std::uint8_t opacity) {
+    if (!opacity || !layer.Width() || !layer.Height()) return;
     const WarpSampler sampler{layer.View(), {x, y, opacity}, map};
     LayOn(m_frame, BoxAt(sampler.place, map.width, map.height), SamplerRef(sampler, m_set), m_set);
 }
 
-void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity, Window window) {
-    if (!layer.Width() || !layer.Height()) return;
+void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity, Window window,
+                            std::span<const Cover> covers) {
+    if (!layer.Width() || !layer.Height() || !opacity) return;
     const std::optional<Projection> projection = Project(placement, layer.Width(), layer.Height());
     if (!projection) return;
+    if (IsStraight(layer, placement)) {
+        const Place place{std::int32_t(placement.topLeft.x), std::int32_t(placement.topLeft.y), opacity};
+        return LayOn(m_frame, BoxAt(place, layer.Width(), layer.Height(), window),
+                     SamplerRef(StraightSampler{layer.View(), place}, m_set), m_set, covers);
+    }
     const auto box = BoxWithin(*projection, window);
-    if (const auto stretched = StretchedSampler::Make(layer.View(), placement, opacity))
-        LayOn(m_frame, box, SamplerRef(*stretched, m_set), m_set);
+    if (const auto stretched = StretchedSampler::Make(layer.View(), placement, opacity, m_set))
+        LayOn(m_frame, box, *stretched, m_set, covers);
     else
-        LayOn(m_frame, box, ProjectedSampler(layer.View(), *projection, opacity, m_set), m_set);
+        LayOn(m_frame, box, ProjectedSampler(layer.View(), *projection, opacity, m_set), m_set, covers);
 }
 
 }  // namespace AVBased

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "dvd_effects/layer.h"
 #include "dvd_effects/placement.h"
@@ -54,8 +55,10 @@ class Canvas {
     /// Lays a layer with its corners at any four places: scaled, turned, in perspective, in parts of pixels. Colours
     /// are interpolated between neighbours, edges are smooth. Corners that are not finite, enclose nothing or have a
     /// dent show nothing. At whole pixels, unturned and in its own size, a layer comes out as from Lay. Nothing is
-    /// drawn outside the window.
-    void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255, Window window = {});
+    /// drawn outside the window. What lies under covers may be left out: whoever gives them lays there something that
+    /// hides it.
+    void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255, Window window = {},
+                        std::span<const Cover> covers = {});
 
  private:
     IRawVideoFrame& m_frame;

@@ -27,6 +27,11 @@ struct EdgeDistance {
     double At(double x, double y) const { return a * x + b * y + c; }
 };
 
+/// What hides a part of a frame wholly: the pixels whose middles lie at least a pixel inside of all edges.
+struct Cover {
+    EdgeDistance edges[4];
+};
+
 /// The way back from a frame to a layer.
 struct Projection {
     /// u = (row 0) / (row 2) and v = (row 1) / (row 2) for a point (x, y, 1), in pixels of the layer.

@@ -3,9 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
+#include "dvd_effects/sampler_vectors.h"
 
 namespace AVBased::Blending {
 
@@ -13,34 +11,9 @@ namespace {
 
 constexpr int positionBits = 15, distanceBits = 16, fractionBits = 7, weightBits = 2 * fractionBits;
 constexpr std::int32_t whole = 1 << fractionBits;
-constexpr std::uint32_t fullyShown = 256;
-
-// Keeps of a stretch what is not below 0, where a value begins with `first` and grows by `step` a pixel.
-Stretch WhereNotNegative(double first, double step, Stretch within) {
-    if (within.IsEmpty()) return within;
-    const double count = within.end - within.begin;
-    if (step == 0) return first < 0 ? Stretch{within.begin, within.begin} : within;
-    const double crossing = std::clamp(-first / step, -1.0, count + 1);
-    if (step > 0)
-        within.begin += unsigned(std::max(0.0, std::ceil(crossing)));
-    else
-        within.end = within.begin + unsigned(std::clamp(std::floor(crossing) + 1, 0.0, count));
-    return within;
-}
-
-// A value that goes straight from one end of a stretch to the other.
-struct Ramp {
-    std::int32_t start, step;
-    Ramp(double first, double last, double limit, int bits, unsigned count) {
-        const auto fixed = [&](double value) {
-            const double scaled = std::clamp(value, -limit, limit) * (1 << bits);
-            return std::int32_t(scaled + std::copysign(0.5, scaled));
-        };
-        start = fixed(first);
-        step = count > 1 ? (fixed(last) - start) / std::int32_t(count - 1) : 0;
-    }
-    std::int32_t At(unsigned i) const { return start + step * std::int32_t(i); }
-};
+constexpr std::int32_t fullyShown = 256;
+// A little farther than an edge reaches: there all shows.
+constexpr double farInside = 0.5 + 1.0 / 64;
 
 // Along a row or column of a layer: the first of the two neighbours, and how much of the second shows. Outside the
 // layer its outermost pixels go on. The last pixel is all of a second neighbour, so that pairs never reach beyond it.
@@ -57,8 +30,6 @@ struct Axis {
         return (limited - (First(limited) << positionBits) + (1 << (drop - 1))) >> drop;
     }
 };
-
-unsigned WholeVectors(unsigned count) { return (count + tileSlack - 1) / tileSlack * tileSlack; }
 
 // Lets entry i show as shown(i) says, out of 256.
 template <class Shown>
@@ -249,19 +220,13 @@ class VectorResampler {
     }
 
     [[NIFIKRAL_AVX2]] static void Store(const __m256i (&mixed)[4], TileRow& row, unsigned at) {
-        const __m256i even = _mm256_packus_epi32(mixed[0], mixed[2]), odd = _mm256_packus_epi32(mixed[1], mixed[3]);
-        const __m256i low = _mm256_unpacklo_epi16(even, odd), high = _mm256_unpackhi_epi16(even, odd);
-        const __m256i firstTwo = _mm256_permute4x64_epi64(_mm256_unpacklo_epi32(low, high), 0xD8);
-        const __m256i lastTwo = _mm256_permute4x64_epi64(_mm256_unpackhi_epi32(low, high), 0xD8);
-        const __m128i coverage = _mm256_extracti128_si256(lastTwo, 1);
-        const __m128i most = _mm_mullo_epi16(coverage, _mm_set1_epi16(255));
-        StoreEight(row.colour[0] + at, _mm_min_epu16(_mm256_castsi256_si128(firstTwo), most));
-        StoreEight(row.colour[1] + at, _mm_min_epu16(_mm256_extracti128_si256(firstTwo, 1), most));
-        StoreEight(row.colour[2] + at, _mm_min_epu16(_mm256_castsi256_si128(lastTwo), most));
-        StoreEight(row.coverage + at, coverage);
+        StorePixels(mixed, row, at);
+        const __m128i coverage = Entries(row.coverage + at), most = _mm_mullo_epi16(coverage, _mm_set1_epi16(255));
+        for (auto& colour : row.colour)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(colour + at), _mm_min_epu16(Entries(colour + at), most));
     }
-    [[NIFIKRAL_AVX2]] static void StoreEight(std::uint16_t* to, __m128i entries) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), entries);
+    [[NIFIKRAL_AVX2]] static __m128i Entries(const std::uint16_t* from) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
     }
 
     const unsigned char* m_data;
@@ -271,10 +236,6 @@ class VectorResampler {
 
 [[NIFIKRAL_AVX2]] void ResampleVectors(const PackedView& layer, Positions& positions, unsigned count, TileRow& row,
                                        unsigned at) {
-    for (unsigned i = count; i % tileSlack; ++i) {
-        positions.column[i] = positions.column[count - 1];
-        positions.line[i] = positions.line[count - 1];
-    }
     const VectorResampler resample(layer);
     for (unsigned i = 0; i < count; i += tileSlack) resample(positions, i, row, at);
 }
@@ -308,24 +269,21 @@ Stretch ProjectedSampler::Reach(unsigned y, Stretch within) const {
     return within;
 }
 
-void ProjectedSampler::Locate(double left, double middle, unsigned count, Positions& to) const {
-    constexpr double farthest = 32767;
+void ProjectedSampler::Locate(unsigned x, unsigned y, unsigned count, Positions& to) const {
+    constexpr double unit = 1 << positionBits;
+    const double middle = y + 0.5;
     if (m_projection.IsAffine()) {
-        const Spot first = m_projection.At(left, middle), last = m_projection.At(left + count - 1, middle);
-        const Ramp columns(first.x - 0.5, last.x - 0.5, farthest, positionBits, count);
-        const Ramp lines(first.y - 0.5, last.y - 0.5, farthest, positionBits, count);
-        for (unsigned i = 0; i < count; ++i) {
-            to.column[i] = columns.At(i);
-            to.line[i] = lines.At(i);
-        }
+        const Spot first = m_projection.At(0.5, middle), second = m_projection.At(1.5, middle);
+        FillRamp((first.x - 0.5) * unit, (second.x - first.x) * unit, x, count, to.column);
+        FillRamp((first.y - 0.5) * unit, (second.y - first.y) * unit, x, count, to.line);
         return;
     }
     const auto fixed = [](double place) {
         // In this order, what is not a number becomes a limit too.
-        return std::int32_t(std::min(0x1p30, std::max(-0x1p30, (place - 0.5) * (1 << positionBits))));
+        return std::int32_t(std::min(0x1p30, std::max(-0x1p30, (place - 0.5) * unit)));
     };
-    for (unsigned i = 0; i < count; ++i) {
-        const Spot at = m_projection.At(left + int(i), middle);
+    for (unsigned i = 0; i < WholeVectors(count); ++i) {
+        const Spot at = m_projection.At(x + 0.5 + int(i), middle);
         to.column[i] = fixed(at.x);
         to.line[i] = fixed(at.y);
     }
@@ -333,30 +291,27 @@ void ProjectedSampler::Locate(double left, double middle, unsigned count, Positi
 
 void ProjectedSampler::SmoothEdges(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
     if (!count) return;
-    constexpr double farFromEdge = 512;
-    const double left = x + 0.5, right = x + count - 0.5, middle = y + 0.5;
-    const auto distance = [&](int i) {
-        const EdgeDistance& edge = m_projection.edges[i];
-        return Ramp(edge.At(left, middle) + 0.5, edge.At(right, middle) + 0.5, farFromEdge, distanceBits, count);
-    };
-    const Ramp distances[4] = {distance(0), distance(1), distance(2), distance(3)};
-    Weaken(row, at, count, [&](unsigned i) {
-        std::uint32_t shown = m_opacity;
-        for (const Ramp& ramp : distances)
-            shown = shown * std::uint32_t(std::clamp(ramp.At(i) >> (distanceBits - 8), 0, int(fullyShown))) >> 8;
-        return shown;
-    });
+    constexpr double unit = 1 << distanceBits;
+    std::uint32_t shown[tileColumns + tileSlack];
+    std::int32_t distances[tileColumns + tileSlack];
+    std::fill_n(shown, count, m_opacity);
+    for (const EdgeDistance& edge : m_projection.edges) {
+        if (std::min(edge.At(x + 0.5, y + 0.5), edge.At(x + count - 0.5, y + 0.5)) > farInside) continue;
+        FillRamp((edge.At(0.5, y + 0.5) + 0.5) * unit, edge.a * unit, x, count, distances);
+#pragma GCC unroll 1
+        for (unsigned i = 0; i < count; ++i)
+            shown[i] = shown[i] * std::uint32_t(std::clamp(distances[i] >> (distanceBits - 8), 0, fullyShown)) >> 8;
+    }
+    Weaken(row, at, count, [&](unsigned i) { return shown[i]; });
 }
 
 void ProjectedSampler::Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
     Positions positions;
-    Locate(x + 0.5, y + 0.5, count, positions);
+    Locate(x, y, count, positions);
     m_resample(m_layer, positions, count, row, at);
-    // What is a little farther inside than the edges reach shows wholly.
-    constexpr double inside = 0.5 + 1.0 / 64;
     Stretch inner{0, count};
     for (const EdgeDistance& edge : m_projection.edges)
-        inner = WhereNotNegative(edge.At(x + inner.begin + 0.5, y + 0.5) - inside, edge.a, inner);
+        inner = WhereNotNegative(edge.At(x + inner.begin + 0.5, y + 0.5) - farInside, edge.a, inner);
     if (inner.IsEmpty()) return SmoothEdges(x, y, count, row, at);
     const unsigned before = std::min(WholeVectors(inner.begin), inner.end);
     SmoothEdges(x, y, before, row, at);

@@ -7,7 +7,7 @@ namespace AVBased::Blending {
 
 /// Where pixels of a stretch are on a layer, in parts of its pixels from the middle of its first one.
 struct Positions {
-    std::int32_t column[tileColumns], line[tileColumns];
+    std::int32_t column[tileColumns + tileSlack], line[tileColumns + tileSlack];
 };
 
 /// A layer through a projection: four neighbours weighed by their distance and coverage, edges smooth over a pixel.
@@ -27,7 +27,7 @@ class ProjectedSampler {
     // Interpolates `count` entries, and up to tileSlack behind them.
     using Resample = void (*)(const PackedView& layer, Positions& positions, unsigned count, TileRow& row, unsigned at);
 
-    void Locate(double left, double middle, unsigned count, Positions& to) const;
+    void Locate(unsigned x, unsigned y, unsigned count, Positions& to) const;
     // Lets entries near the edges, and beyond, show as far as these allow.
     void SmoothEdges(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const;
 

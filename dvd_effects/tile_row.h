@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "dvd_effects/byte_fractions.h"
@@ -54,6 +55,48 @@ struct Stretch {
     bool IsEmpty() const { return begin >= end; }
     Stretch Within(Stretch other) const { return {std::max(begin, other.begin), std::min(end, other.end)}; }
 };
+
+/// Keeps of a stretch what is not below 0, where a value begins with `first` and grows by `step` a pixel.
+inline Stretch WhereNotNegative(double first, double step, Stretch within) {
+    if (within.IsEmpty()) return within;
+    const double count = within.end - within.begin;
+    if (step == 0) return first < 0 ? Stretch{within.begin, within.begin} : within;
+    const double crossing = std::clamp(-first / step, -1.0, count + 1);
+    if (step > 0)
+        within.begin += unsigned(std::max(0.0, std::ceil(crossing)));
+    else
+        within.end = within.begin + unsigned(std::clamp(std::floor(crossing) + 1, 0.0, count));
+    return within;
+}
+
+constexpr unsigned WholeVectors(unsigned count) { return (count + tileSlack - 1) / tileSlack * tileSlack; }
+
+/// Whole numbers that grow evenly along a row of a frame, by `step` a pixel from `atZero` on: those of the pixels from
+/// x on, and up to tileSlack more. They begin anew at fixed places of the row, so that a pixel's number is the same in
+/// whatever stretch it is asked for; where step is above 0, none is less than the one before it.
+inline void FillRamp(double atZero, double step, unsigned x, unsigned count, std::int32_t* to) {
+    constexpr unsigned block = 256;
+    constexpr double farthest = 0x1p30;
+    // In this order, what is not a number becomes a limit too.
+    const auto within = [](double limit, double value) {
+        return std::int32_t(std::floor(std::min(limit, std::max(-limit, value))));
+    };
+    // Beyond this, the numbers of a block might not fit.
+    constexpr double steepest = farthest / (2 * block);
+    if (!(std::abs(step) <= steepest)) {
+        for (unsigned i = 0; i < WholeVectors(count); ++i) to[i] = within(farthest, atZero + (x + i) * step);
+        return;
+    }
+    const std::int32_t each = within(steepest, step);
+    for (unsigned done = 0; done < count;) {
+        const unsigned part = (x + done) % block, end = std::min(count, done + block - part);
+        const std::int32_t start = within(farthest, atZero + (x + done - part) * step) + each * std::int32_t(part);
+        std::int32_t* const from = to + done;
+#pragma GCC unroll 1
+        for (unsigned i = 0; i < WholeVectors(end - done); ++i) from[i] = start + each * std::int32_t(i);
+        done = end;
+    }
+}
 
 namespace Details {
 
