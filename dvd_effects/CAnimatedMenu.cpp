@@ -15,7 +15,7 @@ double Length(Spot from, Spot to) { return std::hypot(to.x - from.x, to.y - from
 
 // The picture itself, or the halved one that is still as large as it is to be shown: a pixel of the frame takes only
 // four of a picture's, and so none may be left out.
-const Layer& Reduced(const Layer& picture, std::vector<Layer>& halves, const Placement& at) {
+const Layer& Reduced(const Layer& picture, std::deque<Layer>& halves, const Placement& at) {
     const double width = std::max(Length(at.topLeft, at.topRight), Length(at.bottomLeft, at.bottomRight));
     const double height = std::max(Length(at.topLeft, at.bottomLeft), Length(at.topRight, at.bottomRight));
     double scale = std::max(width / picture.Width(), height / picture.Height());
@@ -29,6 +29,8 @@ const Layer& Reduced(const Layer& picture, std::vector<Layer>& halves, const Pla
     }
     return *layer;
 }
+
+std::uint8_t ShownOf(double own, double opacity) { return ByteOf(std::clamp(opacity, 0.0, 1.0) * own); }
 
 struct Span {
     double begin = 0, end = 0;
@@ -92,15 +94,21 @@ std::vector<CAnimatedMenu::Actor> CAnimatedMenu::Actors() const {
         const double opacity = HasFades() ? OpacityOf(shown.source) / 255.0 : 1;
         const point_t at = shown.source.startPosition + shown.inBox;
         const Spot start = {at.x + shown.picture.Width() / 2.0, at.y + shown.picture.Height() / 2.0};
-        actors.push_back({shown.picture, unsigned(actors.size()), opacity, start, shown.source, shown.halves});
+        actors.push_back(
+            {shown.picture, shown.isOpaque, unsigned(actors.size()), opacity, start, shown.source, shown.halves});
     }
     return actors;
 }
 
 void CAnimatedMenu::Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity,
                          Window window) const {
-    const double shown = std::clamp(opacity, 0.0, 1.0) * actor.opacity;
-    canvas.LayTransformed(Reduced(actor.picture, actor.halves, placement), placement, ByteOf(shown), window);
+    canvas.LayTransformed(Reduced(actor.picture, actor.halves, placement), placement, ShownOf(actor.opacity, opacity),
+                          window);
+}
+
+void CAnimatedMenu::Show(Pile& pile, const Actor& actor, const Placement& placement, double opacity) const {
+    pile.Put(Reduced(actor.picture, actor.halves, placement), placement, ShownOf(actor.opacity, opacity),
+             actor.isOpaque);
 }
 
 void CAnimatedMenu::ShowWithin(Canvas& canvas, const Actor& actor, Window window, double zoom, double opacity) const {

@@ -2,6 +2,7 @@
 
 #include "dvd_effects/CBasedMenu.h"
 #include "dvd_effects/animation.h"
+#include "dvd_effects/pile.h"
 #include "dvd_effects/stage.h"
 
 namespace AVBased {
@@ -20,11 +21,12 @@ class CAnimatedMenu : public CBasedMenu {
     /// A source at the frame in work.
     struct Actor {
         const Layer& picture;
+        bool isOpaque = false;
         unsigned index = 0;  ///< among those that have a picture
         double opacity = 1;  ///< what its own fade leaves
         Spot start;          ///< where its start position puts the middle of its box
         const additionsource_t& source;
-        std::vector<Layer>& halves;  ///< the picture at a half, a quarter... of its size, as far as they were needed
+        std::deque<Layer>& halves;  ///< the picture at a half, a quarter... of its size, as far as they were needed
     };
 
     /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
@@ -53,6 +55,8 @@ class CAnimatedMenu : public CBasedMenu {
     /// picture shown small is as smooth as one in its own size. Nothing is drawn outside the window.
     void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1,
               Window window = {}) const;
+    /// The same on a pile.
+    void Show(Pile& pile, const Actor& actor, const Placement& placement, double opacity = 1) const;
     /// Lays an actor's picture so that it fills a rectangle of whole pixels, `zoom` (1 or more) times as large as that
     /// takes; what stands out is left out.
     void ShowWithin(Canvas& canvas, const Actor& actor, Window window, double zoom, double opacity = 1) const;

@@ -322,6 +322,7 @@ void CBasedMenu::AdvanceSource(unsigned index) {
     record.frame.reset();
     if (covers) picture.CropTo(box);
     Dress(picture.layer, index);
+    picture.isOpaque = IsOpaque(picture.layer);
     picture.halves.clear();
     picture.inBox = {(std::int32_t(box.width) - std::int32_t(picture.layer.Width())) / 2,
                      (std::int32_t(box.height) - std::int32_t(picture.layer.Height())) / 2};
@@ -341,7 +342,8 @@ std::vector<CBasedMenu::Shown> CBasedMenu::ShownSources() const {
     std::vector<Shown> shown;
     for (unsigned i = 0; i < m_pictures.size(); ++i)
         if (m_pictures[i].layer)
-            shown.push_back({m_sources[i], m_pictures[i].layer, m_pictures[i].inBox, m_pictures[i].halves});
+            shown.push_back(
+                {m_sources[i], m_pictures[i].layer, m_pictures[i].isOpaque, m_pictures[i].inBox, m_pictures[i].halves});
     return shown;
 }
 

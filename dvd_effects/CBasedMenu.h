@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -34,8 +35,9 @@ class CBasedMenu : public CBasedVideoImageEffect {
     struct Shown {
         const additionsource_t& source;
         const Layer& picture;
-        point_t inBox;               ///< where in its box the picture lies
-        std::vector<Layer>& halves;  ///< a place for copies of the picture, kept for as long as it stays the same
+        bool isOpaque;              ///< whether all of the picture is
+        point_t inBox;              ///< where in its box the picture lies
+        std::deque<Layer>& halves;  ///< a place for copies of the picture, kept for as long as it stays the same
     };
     struct Text {
         text_t item;
@@ -105,8 +107,9 @@ class CBasedMenu : public CBasedVideoImageEffect {
 
         LayerMaker maker, maskMaker;
         Layer layer, mask;
+        bool isOpaque = false;
         point_t inBox;
-        mutable std::vector<Layer> halves;
+        mutable std::deque<Layer> halves;
     };
     void OpenBackground(const std::string& path);
     void OpenBackgroundMask(const std::string& path);

@@ -65,11 +65,13 @@ void CMemories::DrawScene(Canvas& canvas) {
     const auto count = unsigned(actors.size());
     const StageArea stage = Stage();
     const Grid heap = Grid::For(count, stage.Shrunk(0.04 * stage.width, 0.04 * stage.height));
+    Pile pile;
     for (const Actor& actor : actors) {
         const Pose rest = Resting(actor, heap);
         const double longest = std::max(actor.picture.Width(), actor.picture.Height()) * rest.scale;
-        ShowPhotograph(canvas, actor, At(Phase(), actor.index, count, rest, 1.5 * longest));
+        ShowPhotograph(pile, actor, At(Phase(), actor.index, count, rest, 1.5 * longest));
     }
+    pile.Draw(canvas);
     DrawTexts(canvas);
 }
 

@@ -62,6 +62,7 @@ void CMemories2::DrawScene(Canvas& canvas) {
         order.push_back({Between(turns, 0, count > 1 ? away : 1, ramp), i});
     }
     std::stable_sort(order.begin(), order.end(), [](const Shown& a, const Shown& b) { return a.forward < b.forward; });
+    Pile pile;
     for (const auto& [forward, i] : order) {
         const Layer& picture = actors[i].picture;
         const StageArea cell = grid.Cell(i);
@@ -70,8 +71,9 @@ void CMemories2::DrawScene(Canvas& canvas) {
                          (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))};
         const StageArea front{0, 0, forwardAcross * Width(), std::min(forwardDown * Height(), stage.height)};
         const Pose held{stage.Middle(), std::max(lying.scale, front.ScaleOf(picture.Width(), picture.Height())), 0, 1};
-        ShowPhotograph(canvas, actors[i], PoseBetween(lying, held, forward));
+        ShowPhotograph(pile, actors[i], PoseBetween(lying, held, forward));
     }
+    pile.Draw(canvas);
     DrawTexts(canvas);
 }
 

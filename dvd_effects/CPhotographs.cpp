@@ -21,14 +21,14 @@ void CPhotographs::Dress(Layer& layer, unsigned) const {
     layer = Framed(layer, Kind(), border, border, border, {250, 247, 240});
 }
 
-void CPhotographs::ShowPhotograph(Canvas& canvas, const Actor& actor, const Pose& pose) const {
+void CPhotographs::ShowPhotograph(Pile& pile, const Actor& actor, const Pose& pose) const {
     const double width = actor.picture.Width() * pose.scale, height = actor.picture.Height() * pose.scale;
     const double away = std::min(width, height) * (0.025 + 0.14 * pose.lift);
     const double depth = 0.6 * (1 - 0.45 * std::clamp(pose.lift, 0.0, 1.0)) * pose.opacity * actor.opacity;
     const Spot shade{pose.centre.x + away * 0.6, pose.centre.y + away};
-    canvas.LayTransformed(
-        m_shadow, Placement::Turned(shade, width * shadowStretch, height * shadowStretch, pose.degrees), ByteOf(depth));
-    Show(canvas, actor, Placement::Turned(pose.centre, width, height, pose.degrees), pose.opacity);
+    pile.Put(m_shadow, Placement::Turned(shade, width * shadowStretch, height * shadowStretch, pose.degrees),
+             ByteOf(depth));
+    Show(pile, actor, Placement::Turned(pose.centre, width, height, pose.degrees), pose.opacity);
 }
 
 }  // namespace AVBased

@@ -21,8 +21,8 @@ class CPhotographs : public CAnimatedMenu {
     void Furnish() override;
     void Dress(Layer& layer, unsigned index) const override;
     bool HasOwnBackground() const override { return true; }
-    /// Shows a photograph and its shadow.
-    void ShowPhotograph(Canvas& canvas, const Actor& actor, const Pose& pose) const;
+    /// Lays a photograph and its shadow on a pile.
+    void ShowPhotograph(Pile& pile, const Actor& actor, const Pose& pose) const;
 
  private:
     Layer m_shadow;

@@ -58,7 +58,9 @@ CPhotographs::Pose CStacking::At(double phase, const Actor& actor, unsigned coun
 void CStacking::DrawScene(Canvas& canvas) {
     const std::vector<Actor> actors = Actors();
     const StageArea stage = Stage();
-    for (const Actor& actor : actors) ShowPhotograph(canvas, actor, At(Phase(), actor, unsigned(actors.size()), stage));
+    Pile pile;
+    for (const Actor& actor : actors) ShowPhotograph(pile, actor, At(Phase(), actor, unsigned(actors.size()), stage));
+    pile.Draw(canvas);
     DrawTexts(canvas);
 }
 

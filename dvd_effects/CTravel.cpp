@@ -125,6 +125,7 @@ void CTravel::DrawScene(Canvas& canvas) {
         stops.push_back({part, Eased(1 - away / 0.2) + (0.5 - away) * 0.2, i});
     }
     std::stable_sort(stops.begin(), stops.end(), [](const Stop& a, const Stop& b) { return a.nearness < b.nearness; });
+    Pile pile;
     for (const auto& [part, nearness, i] : stops) {
         const Layer& picture = actors[i].picture;
         const double near = std::min(1.0, nearness);
@@ -133,9 +134,10 @@ void CTravel::DrawScene(Canvas& canvas) {
         const Spot at = route.At(part);
         const double shown = picture.Height() * scale, dot = m_stop.Height() * (0.8 + 0.5 * near);
         const double sway = 2.5 * Wave(Phase() * 2 + Scattered(1, i));
-        ShowPhotograph(canvas, actors[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});
-        canvas.LayTransformed(m_stop, Placement::Turned(at, dot, dot), ByteOf(actors[i].opacity));
+        ShowPhotograph(pile, actors[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});
+        pile.Put(m_stop, Placement::Turned(at, dot, dot), ByteOf(actors[i].opacity));
     }
+    pile.Draw(canvas);
     DrawTexts(canvas);
 }
 

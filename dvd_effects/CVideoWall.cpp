@@ -47,10 +47,11 @@ void CVideoWall::DrawScene(Canvas& canvas) {
         // The later of its screens for every second one, so that they come from all over the wall.
         const unsigned again = turn.index + (grid * grid - 1 - turn.index) / count * count;
         const unsigned home = turn.index % 2 ? again : turn.index;
+        Pile pile;
         for (unsigned cell = 0; cell < grid * grid; ++cell) {
             const Screen screen = ScreenAt(cell, grid);
             const double opacity = cell == home ? 1 - Eased(out * 4) : 1 - 0.6 * out;
-            Show(canvas, actors[cell % count], Placement::Turned(screen.centre, screen.width, screen.height), opacity);
+            Show(pile, actors[cell % count], Placement::Turned(screen.centre, screen.width, screen.height), opacity);
         }
         const Screen from = ScreenAt(home, grid);
         const Spot centre{Mixed(from.centre.x, Width() / 2, out), Mixed(from.centre.y, Height() / 2, out)};
@@ -61,12 +62,12 @@ void CVideoWall::DrawScene(Canvas& canvas) {
         const Layer& shadow = m_shadow.For(Kind(), shape, [&] {
             return ShadowOf(PlainLayer(Kind(), shape, {0, 0, 0}), Kind(), blur, {0, 0, 0, 200});
         });
-        canvas.LayTransformed(
-            shadow,
-            Placement::Turned({centre.x, centre.y + height * 0.03}, width * shadow.Width() / shape.width,
-                              height * shadow.Height() / shape.height),
-            std::uint8_t(255 * out * actors[turn.index].opacity));
-        Show(canvas, actors[turn.index], Placement::Turned(centre, width, height));
+        pile.Put(shadow,
+                 Placement::Turned({centre.x, centre.y + height * 0.03}, width * shadow.Width() / shape.width,
+                                   height * shadow.Height() / shape.height),
+                 std::uint8_t(255 * out * actors[turn.index].opacity));
+        Show(pile, actors[turn.index], Placement::Turned(centre, width, height));
+        pile.Draw(canvas);
     }
     DrawTexts(canvas);
 }

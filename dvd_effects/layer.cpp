@@ -30,6 +30,14 @@ std::uint32_t PixelOf(LayerKind kind, Colour colour) {
     return alpha | component(matrix.second, 128) << 16 | component(matrix.first, 128) << 8 | component(matrix.luma, 16);
 }
 
+bool IsOpaque(const Layer& layer) {
+    const PackedView view = layer.View();
+    std::uint32_t all = alphaMask;
+    for (unsigned y = 0; y < view.height && all == alphaMask; ++y)
+        for (unsigned x = 0; x < view.width; ++x) all &= LoadWord(view.Row(y) + x);
+    return all == alphaMask;
+}
+
 Layer Cropped(const Layer& layer, unsigned x, unsigned y, FrameSize size) {
     Layer part(size.width, size.height);
     for (unsigned row = 0; row < size.height; ++row)

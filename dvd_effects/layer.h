@@ -55,6 +55,9 @@ struct Colour {
 /// planar one.
 std::uint32_t PixelOf(LayerKind kind, Colour colour);
 
+/// Whether all pixels of a layer are.
+bool IsOpaque(const Layer& layer);
+
 /// The part of a layer that begins at (x, y), which must lie within it.
 Layer Cropped(const Layer& layer, unsigned x, unsigned y, FrameSize size);
 
