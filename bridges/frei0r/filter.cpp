@@ -2,7 +2,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -14,6 +13,7 @@
 #include "bridges/frei0r/frame_clock.h"
 #include "bridges/frei0r/parameters.h"
 #include "bridges/frei0r/plugin.h"
+#include "bridges/frei0r/tell.h"
 
 namespace Nifikral::Frei0r {
 namespace {
@@ -30,8 +30,6 @@ int ModelOf(std::string_view effect) {
         if (effect == name) return modelBgra;
     return modelRgba;
 }
-
-void Tell(const std::string& line) { std::fprintf(stderr, "nifikral: %s\n", line.c_str()); }
 
 // What hosts are told of an effect, in memory that stays.
 struct Description {

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <set>
 #include <thread>
 
@@ -187,6 +191,73 @@ TEST(Filter, ServesTwoThreadsAtOnce) {
     std::thread other(work, 1);
     work(2);
     other.join();
+}
+
+TEST(Source, IsThereForEveryMenu) {
+    for (const EffectInfo& info : Catalogue()) {
+        if (!(info.traits & menu)) continue;
+        const PluginObject object(info.name);
+        EXPECT_EQ(object.Info().name, std::string("nifikral ") + info.name);
+        EXPECT_EQ(object.Info().type, sourcePlugin);
+        EXPECT_EQ(object.Find("project"), 0);
+    }
+}
+
+// A white square that goes 2 pixels to the right with each of 10 frames.
+class MenuSource : public testing::Test {
+ protected:
+    static constexpr unsigned width = 32, height = 16;
+
+    MenuSource() {
+        std::filesystem::create_directories(m_folder);
+        std::ofstream(m_folder / "square.ppm") << "P6 2 2 255\n" << std::string(12, '\xFF');
+        std::ofstream(m_project) << R"({"width": 32, "height": 16, "frameRate": 10, "duration": 1,
+            "additionSourcePaths": ["square.ppm"], "startPositions": [[0, 0]], "endPositions": [[30, 0]],
+            "moveSpeeds": [2], "moveFormulas": [[0, 0]]})";
+        m_instance.Set("project", m_project.c_str());
+    }
+    ~MenuSource() override { std::filesystem::remove_all(m_folder); }
+
+    // The column where the square begins at a time; -1 when there is none.
+    int Column(double time) {
+        const Bytes picture = m_instance.Picture(time, {});
+        for (unsigned x = 0; x < width; ++x)
+            if (picture[x * 4] > 200) return int(x);
+        return -1;
+    }
+
+    const std::filesystem::path m_folder =
+        std::filesystem::temp_directory_path() / ("nifikral_menu_" + std::to_string(getpid()));
+    const std::string m_project = m_folder / "menu.json";
+    PluginObject m_object{"menu_common"};
+    PluginInstance m_instance{m_object, width, height};
+};
+
+TEST_F(MenuSource, JumpsToAnyTimeAndStaysAtTheEnd) {
+    const int first = Column(0);
+    EXPECT_GE(first, 0);
+    EXPECT_EQ(Column(0.3), first + 6);
+    EXPECT_EQ(Column(0.3), first + 6);
+    EXPECT_EQ(Column(0.1), first + 2);
+    EXPECT_EQ(Column(0.9), first + 18);
+    EXPECT_EQ(Column(1.3), first + 18);
+}
+
+TEST_F(MenuSource, IsScaledToTheProgramsPicture) {
+    PluginInstance twice(m_object, 2 * width, 2 * height);
+    twice.Set("project", m_project.c_str());
+    const Bytes picture = twice.Picture(0.3, {});
+    const auto column = std::size_t(2 * Column(0.3));
+    EXPECT_GT(picture[(column + 1) * 4], 200);
+    EXPECT_LT(picture[(column + 8) * 4], 50);
+}
+
+TEST_F(MenuSource, ShowsNothingOfAProjectThatIsMissing) {
+    EXPECT_EQ(m_instance.Get<const char*>("project"), m_project);
+    m_instance.Set("project", "/nowhere/menu.json");
+    EXPECT_EQ(m_instance.Picture(0, {}), Bytes(width * height * 4));
+    m_instance.Set("project", m_project.c_str());
+    EXPECT_GE(Column(0), 0);
 }
 
 }  // namespace

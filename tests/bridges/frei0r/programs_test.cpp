@@ -96,6 +96,19 @@ TEST_F(Ffmpeg, SetsParametersOfEveryKind) {
                        {{"spherize_r", "16"}, {"spherize_x", "32"}, {"spherize_y", "16"}, {"spherize_scale", "2"}});
 }
 
+TEST_F(Ffmpeg, ShowsAMenuAsTheCommandMakesIt) {
+    Run(NIFIKRAL_PROGRAM " init -q menu_common project");
+    Run(NIFIKRAL_PROGRAM
+        " menu -q menu_common project/menu.json -o expected.nut --frames 0-4 --format bgra --encoder rawvideo");
+    Run("ffmpeg -nostdin -v error -y -i expected.nut -f rawvideo -pix_fmt bgra out.raw");
+    const Bytes expected = Output();
+    ASSERT_EQ(expected.size(), 5u * 1280 * 720 * 4);
+    Run("ffmpeg -nostdin -v error -y -f lavfi -i frei0r_src=size=1280x720:framerate=25:"
+        "filter_name=nifikral_menu_common:filter_params=project/menu.json -frames:v 5 -f rawvideo -pix_fmt bgra "
+        "out.raw");
+    EXPECT_TRUE(Output() == expected);
+}
+
 class Melt : public Programs {
  protected:
     // The program itself has pictures in the order rgba, and exchanges colours for those plug-ins that want another.
