@@ -27,6 +27,12 @@ std::string_view WithoutPrefix(std::string_view property, std::string_view effec
     return property;
 }
 
+// " pixels", " times 1/256", or nothing.
+std::string Spaced(std::string_view unit) {
+    if (unit.empty()) return {};
+    return (unit.starts_with("1/") ? " times " : " ") + std::string(unit);
+}
+
 std::string Explanation(const Nifikral::ParameterInfo& info, const Parameter& parameter) {
     std::ostringstream text;
     text << info.meaning;
@@ -41,7 +47,7 @@ std::string Explanation(const Nifikral::ParameterInfo& info, const Parameter& pa
     if (parameter.growsWithWidth || parameter.growsWithHeight)
         text << "0 to the picture's " << (parameter.growsWithWidth ? "width" : "height");
     else
-        text << parameter.range.low << " to " << parameter.range.high << (*info.unit ? " " : "") << info.unit;
+        text << parameter.range.low << " to " << parameter.range.high << Spaced(info.unit);
     return text.str();
 }
 
