@@ -11,8 +11,11 @@ using Json = nlohmann::ordered_json;
 
 constexpr int documentVersion = 1;
 
-constexpr std::pair<EffectTraits, const char*> traitNames[] = {
-    {variesWithTime, "varies-with-time"}, {changesAlpha, "changes-alpha"}, {generator, "generator"}, {menu, "menu"}};
+constexpr std::pair<EffectTraits, const char*> traitNames[] = {{variesWithTime, "varies-with-time"},
+                                                               {changesAlpha, "changes-alpha"},
+                                                               {generator, "generator"},
+                                                               {menu, "menu"},
+                                                               {newEachFrame, "new-each-frame"}};
 
 Json Number(double value) { return value == std::trunc(value) ? Json((long long)value) : Json(value); }
 
