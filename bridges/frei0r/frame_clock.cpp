@@ -7,6 +7,12 @@
 namespace Nifikral::Frei0r {
 namespace {
 
+// Hosts that have no time pass one before the start, or a mark for none that lies centuries away.
+bool IsTime(double time) {
+    constexpr double furthest = 1e10;
+    return time >= 0 && time < furthest;
+}
+
 int Frame(double number) {
     constexpr double last = std::numeric_limits<int>::max();
     return int(std::lround(std::clamp(number, 0.0, last)));
@@ -15,7 +21,7 @@ int Frame(double number) {
 }  // namespace
 
 int FrameClock::FrameAt(double time, double framesPerSecond, TimeUnit unit) {
-    if (unit == TimeUnit::Calls || !std::isfinite(time) || time < 0) return Frame(double(m_calls++));
+    if (unit == TimeUnit::Calls || !IsTime(time)) return Frame(double(m_calls++));
     if (unit == TimeUnit::Automatic) unit = Guessed(time);
     if (unit == TimeUnit::Frames) return Frame(time);
     const double seconds = unit == TimeUnit::Milliseconds ? time / 1000 : time;

@@ -42,7 +42,7 @@ TEST(FrameClock, BelievesWhatItIsTold) {
     EXPECT_EQ(Frames({40, 40.5}, TimeUnit::Milliseconds), (std::vector<int>{1, 1}));
     EXPECT_EQ(Frames({7, 8}, TimeUnit::Frames), (std::vector<int>{7, 8}));
     EXPECT_EQ(Frames({7, 3, 3}, TimeUnit::Calls), (std::vector<int>{0, 1, 2}));
-    EXPECT_EQ(Frames({1e300}, TimeUnit::Seconds), (std::vector<int>{std::numeric_limits<int>::max()}));
+    EXPECT_EQ(Frames({9e9}, TimeUnit::Seconds), (std::vector<int>{std::numeric_limits<int>::max()}));
 }
 
 }  // namespace
