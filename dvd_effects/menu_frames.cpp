@@ -66,8 +66,9 @@ FrameSize FitInto(FrameSize picture, FrameSize box) {
     if (!picture.width || !picture.height || !box.width || !box.height) return {};
     const std::uint64_t byWidth = std::uint64_t(box.width) * picture.height;
     const std::uint64_t byHeight = std::uint64_t(box.height) * picture.width;
-    if (byWidth <= byHeight) return {box.width, unsigned(std::max<std::uint64_t>(1, byWidth / picture.width))};
-    return {unsigned(std::max<std::uint64_t>(1, byHeight / picture.height)), box.height};
+    const auto roundedUp = [](std::uint64_t product, unsigned by) { return unsigned((product + by - 1) / by); };
+    if (byWidth <= byHeight) return {box.width, roundedUp(byWidth, picture.width)};
+    return {roundedUp(byHeight, picture.height), box.height};
 }
 
 FrameSize FitOver(FrameSize picture, FrameSize box) {

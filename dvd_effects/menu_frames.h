@@ -11,7 +11,8 @@ namespace AVBased {
 /// The largest width and height of a picture that a menu scales.
 inline constexpr unsigned largestSide = 16384;
 
-/// The size of a picture that fills a box as far as its aspect ratio allows; never 0, unless either size is.
+/// The size of a picture that fills a box as far as its aspect ratio allows: rounded up, so that no line is left where
+/// less than a pixel lacks. Never 0, unless either size is.
 FrameSize FitInto(FrameSize picture, FrameSize box);
 /// The least size of a picture that hides a box and keeps its aspect ratio.
 FrameSize FitOver(FrameSize picture, FrameSize box);

@@ -96,6 +96,13 @@ TEST_F(Helpers, DrawATextAtItsBox) {
     EXPECT_EQ(FitText({100, 20}, {500, -3}), (FrameSize{100, 20}));
 }
 
+TEST(FitInto, LeavesNoLineWhereLessThanAPixelLacks) {
+    EXPECT_EQ(FitInto({1280, 720}, {641, 361}), (FrameSize{641, 361}));
+    EXPECT_EQ(FitInto({1280, 720}, {854, 480}), (FrameSize{854, 480}));
+    EXPECT_EQ(FitInto({1280, 720}, {640, 362}), (FrameSize{640, 360}));
+    EXPECT_EQ(FitInto({900, 1}, {3, 3}), (FrameSize{3, 1}));
+}
+
 TEST_F(Helpers, AddBlackAroundAPicture) {
     TestFrame picture(30, 4, 2);
     picture.Fill(0, 255);
