@@ -92,12 +92,16 @@ std::vector<CAnimatedMenu::Actor> CAnimatedMenu::Actors() const {
     std::vector<Actor> actors;
     for (const Shown& shown : ShownSources()) {
         const double opacity = HasFades() ? OpacityOf(shown.source) / 255.0 : 1;
-        const point_t at = shown.source.startPosition + shown.inBox;
-        const Spot start = {at.x + shown.picture.Width() / 2.0, at.y + shown.picture.Height() / 2.0};
+        const Spot middle{shown.inBox.x + shown.picture.Width() / 2.0, shown.inBox.y + shown.picture.Height() / 2.0};
         actors.push_back(
-            {shown.picture, shown.isOpaque, unsigned(actors.size()), opacity, start, shown.source, shown.halves});
+            {shown.picture, shown.isOpaque, unsigned(actors.size()), opacity, middle, shown.source, shown.halves});
     }
     return actors;
+}
+
+Spot CAnimatedMenu::PlaceOf(const Actor& actor, Spot usual, double scale) const {
+    const point_t corner = actor.source.startPosition;
+    return HasPlaces() ? Spot{corner.x + actor.middle.x * scale, corner.y + actor.middle.y * scale} : usual;
 }
 
 void CAnimatedMenu::Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity,

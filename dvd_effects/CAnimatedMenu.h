@@ -24,7 +24,7 @@ class CAnimatedMenu : public CBasedMenu {
         bool isOpaque = false;
         unsigned index = 0;  ///< among those that have a picture
         double opacity = 1;  ///< what its own fade leaves
-        Spot start;          ///< where its start position puts the middle of its box
+        Spot middle;         ///< of its box, from the box's corner
         const additionsource_t& source;
         std::deque<Layer>& halves;  ///< the picture at a half, a quarter... of its size, as far as they were needed
     };
@@ -49,8 +49,9 @@ class CAnimatedMenu : public CBasedMenu {
     unsigned Units(double count) const { return unsigned(std::max(1.0, count * Unit() + 0.5)); }
     /// All sources that have a picture, in their order.
     std::vector<Actor> Actors() const;
-    /// Where the middle of an actor stands: as its start position says, or at `usual` when none was ever set.
-    Spot PlaceOf(const Actor& actor, Spot usual) const { return HasPlaces() ? actor.start : usual; }
+    /// Where the middle of an actor that is shown `scale` times as large as its picture stands: as its start position
+    /// says, or at `usual` when none was ever set.
+    Spot PlaceOf(const Actor& actor, Spot usual, double scale = 1) const;
     /// Lays an actor's picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own. A
     /// picture shown small is as smooth as one in its own size. Nothing is drawn outside the window.
     void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1,

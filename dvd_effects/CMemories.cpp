@@ -34,8 +34,8 @@ CPhotographs::Pose CMemories::Resting(const Actor& actor, const Grid& heap) cons
     const StageArea cell = heap.Cell(i);
     const double size = std::min(overlap, 0.62 * Height() / cell.height);
     const double scale = ScaleOf(actor, cell.ScaleOf(actor.picture.Width(), actor.picture.Height()) * size);
-    return {cell.At(0.38 + 0.24 * Scattered(1, i), 0.4 + 0.2 * Scattered(2, i)), scale,
-            (i % 2 ? 1 : -1) * (3 + 11 * Scattered(3, i))};
+    const Spot usual = cell.At(0.38 + 0.24 * Scattered(1, i), 0.4 + 0.2 * Scattered(2, i));
+    return {PlaceOf(actor, usual, scale), scale, (i % 2 ? 1 : -1) * (3 + 11 * Scattered(3, i))};
 }
 
 CPhotographs::Pose CMemories::At(double phase, unsigned index, unsigned count, const Pose& rest, double height) const {

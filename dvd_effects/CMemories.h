@@ -7,7 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuMemoriesName[] = "menu_memories";
 
 /// Photographs with white borders that fall one after another onto a walnut table and settle there in a loose heap; in
-/// the end they lift off again, the last one first. The heap fills what the texts leave of the menu.
+/// the end they lift off again, the last one first. The heap fills what the texts leave of the menu; "startPositions"
+/// places them elsewhere.
 class CMemories : public CPhotographs {
  public:
     explicit CMemories(IAVManager* manager) : CPhotographs(effectMenuMemoriesName, manager) {}

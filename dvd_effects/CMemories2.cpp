@@ -66,9 +66,9 @@ void CMemories2::DrawScene(Canvas& canvas) {
     for (const auto& [forward, i] : order) {
         const Layer& picture = actors[i].picture;
         const StageArea cell = grid.Cell(i);
-        const Pose lying{cell.At(0.46 + 0.08 * Scattered(1, i), 0.46 + 0.08 * Scattered(2, i)),
-                         ScaleOf(actors[i], 0.88 * cell.ScaleOf(picture.Width(), picture.Height())),
-                         (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))};
+        const Spot usual = cell.At(0.46 + 0.08 * Scattered(1, i), 0.46 + 0.08 * Scattered(2, i));
+        const double scale = ScaleOf(actors[i], 0.88 * cell.ScaleOf(picture.Width(), picture.Height()));
+        const Pose lying{PlaceOf(actors[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))};
         const StageArea front{0, 0, forwardAcross * Width(), std::min(forwardDown * Height(), stage.height)};
         const Pose held{stage.Middle(), std::max(lying.scale, front.ScaleOf(picture.Width(), picture.Height())), 0, 1};
         ShowPhotograph(pile, actors[i], PoseBetween(lying, held, forward));

@@ -106,9 +106,9 @@ void COldAge::DrawPortraits(Canvas& canvas, unsigned step) const {
         const double turns = Wrapped(Phase() - double(actor.index) / count) * count;
         const double near = Between(turns, 0, count > 1 ? 1.4 : 1, 0.5);
         const double fit = 0.96 * cell.ScaleOf(actor.picture.Width(), actor.picture.Height());
-        const double scale = ScaleOf(actor, fit) * Mixed(0.86, 1, near);
+        const double nearest = ScaleOf(actor, fit), scale = nearest * Mixed(0.86, 1, near);
         const double width = actor.picture.Width() * scale, height = actor.picture.Height() * scale;
-        const Spot middle = cell.Middle(), at{middle.x + shift.x, middle.y + shift.y};
+        const Spot middle = PlaceOf(actor, cell.Middle(), nearest), at{middle.x + shift.x, middle.y + shift.y};
         canvas.LayTransformed(m_shadow,
                               Placement::Turned({at.x + 0.02 * height, at.y + 0.05 * height}, width * shadowStretch,
                                                 height * shadowStretch),

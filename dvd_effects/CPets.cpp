@@ -135,10 +135,11 @@ void CPets::DrawScene(Canvas& canvas) {
         const Stance stance = StanceAt(Phase(), count > 1 ? double(actor.index) / (count - 1) : 0);
         const double height = actor.picture.Height() * scale * (1 + stance.stretch);
         const double width = actor.picture.Width() * scale * (1 - 0.6 * stance.stretch);
-        const double ground = cell.Middle().y + actor.picture.Height() * scale / 2;
+        const Spot place = PlaceOf(actor, cell.Middle(), scale);
+        const double ground = place.y + actor.picture.Height() * scale / 2;
         const double foot = ground + stance.absent * (Height() + actor.picture.Height() * scale * 1.2 - ground) -
                             stance.above * 0.3 * Height();
-        const Spot middle{cell.Middle().x + 3 * (Scattered(1, actor.index) - 0.5), foot - height / 2};
+        const Spot middle{place.x + 3 * (Scattered(1, actor.index) - 0.5), foot - height / 2};
         const double near = std::clamp(1 - (ground - foot) / (0.3 * Height()), 0.0, 1.0) * (1 - stance.absent);
         canvas.LayTransformed(m_shadow, Placement::Turned({middle.x, ground}, width * 0.95, 0.09 * height),
                               std::uint8_t(150 * near * actor.opacity));

@@ -33,8 +33,8 @@ CPhotographs::Pose CStacking::At(double phase, const Actor& actor, unsigned coun
     const double height = std::min(0.7 * Height(), 0.9 * stage.height);
     const double scale =
         ScaleOf(actor, std::min(0.5 * Width() / actor.picture.Width(), height / actor.picture.Height()));
-    const Pose rest{stage.At(0.5 + 0.1 * (Scattered(1, i) - 0.5), 0.5 + 0.08 * (Scattered(2, i) - 0.5)), scale,
-                    (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))};
+    const Spot usual = stage.At(0.5 + 0.1 * (Scattered(1, i) - 0.5), 0.5 + 0.08 * (Scattered(2, i) - 0.5));
+    const Pose rest{PlaceOf(actor, usual, scale), scale, (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))};
     if (phase < starts || phase >= sweeps + sweepTime) return {rest.centre, scale, 0, 0, 0};
     Pose away = rest;
     if (phase >= sweeps) {

@@ -7,7 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuStackingName[] = "menu_stacking";
 
 /// A pile that grows: large photographs slide in from all sides and land on one another, each a little turned; at the
-/// loop's end the pile is swept away to the right, from its top down. It stands where the texts leave most room.
+/// loop's end the pile is swept away to the right, from its top down. It stands where the texts leave most room;
+/// "startPositions" places them elsewhere.
 class CStacking : public CPhotographs {
  public:
     explicit CStacking(IAVManager* manager) : CPhotographs(effectMenuStackingName, manager) {}

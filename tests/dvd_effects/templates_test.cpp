@@ -122,6 +122,35 @@ TEST_P(Template, DoesNotDependOnWhatWasInTheFrame) {
     }
 }
 
+// Where pictures fill the menu or move over all of it, there are no places to choose.
+bool FillsTheMenu(std::string_view name) {
+    static constexpr std::string_view names[] = {"menu_fullscreen", "menu_layeredtitles", "menu_performance",
+                                                 "menu_push",       "menu_rectangles",    "menu_resizingpanels",
+                                                 "menu_videowall",  "menu_vignette",      "menu_travel"};
+    return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
+TEST_P(Template, PlacesPicturesWhereItIsTold) {
+    const EffectOwner menus[] = {Make(1, false), Make(1, false)};
+    static constexpr const char* places[] = {"9;30", "70;30"};
+    for (unsigned i = 0; i < 2; ++i)
+        for (const auto& [name, value] : {std::pair{"additionSourceSizes", "18;18"},
+                                          {"startPositions", places[i]},
+                                          {"endPositions", places[i]},
+                                          {"startTrans", "255"}})
+            ASSERT_TRUE(menus[i]->SetProperty(name, value)) << name;
+    bool differLeft = false, differRight = false;
+    for (unsigned i = 0; i < loop; ++i) {
+        TestFrame frames[] = {{30, 96, 54}, {30, 96, 54}};
+        for (unsigned k = 0; k < 2; ++k) Apply(*menus[k], frames[k]);
+        const Grid left = frames[0].Samples(), right = frames[1].Samples();
+        differLeft |= left[37][18] != right[37][18];
+        differRight |= left[37][79] != right[37][79];
+    }
+    EXPECT_NE(differLeft, FillsTheMenu(GetParam().name));
+    EXPECT_NE(differRight, FillsTheMenu(GetParam().name));
+}
+
 TEST_P(Template, LeavesUnknownFormatsAlone) {
     TestFrame frame(30, 20, 20, {}, 99);
     const TestFrame before = frame;
