@@ -64,7 +64,7 @@ void CMemories::DrawScene(Canvas& canvas) {
     const std::vector<Actor> actors = Actors();
     const auto count = unsigned(actors.size());
     const StageArea stage = Stage();
-    const Grid heap = Grid::For(count, stage.Shrunk(0.04 * stage.width, 0.04 * stage.height));
+    const Grid heap = Grid::For(count, stage.Shrunk(0.04 * stage.width, 0.09 * stage.height));
     Pile pile;
     for (const Actor& actor : actors) {
         const Pose rest = Resting(actor, heap);

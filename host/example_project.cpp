@@ -96,10 +96,20 @@ constexpr char titles[] =
     {"text": "The night", "face": "DejaVu Sans", "size": 40, "color": "#ffffff", "box": [560, 520]}
 )";
 
+// Small enough to stay on the first of many pictures.
+constexpr char textsInCorner[] =
+    R"(    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold outline", "size": 38, "color": "#fff4dc",
+     "box": [40, 28]},
+    {"text": "Four places", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 22, "color": "#ffe0b8",
+     "box": [42, 80]}
+)";
+
 constexpr ExampleTexts exampleTexts[] = {
     {"menu_fullscreen", textsBelow},
     {"menu_push", textsBelow},
     {"menu_layeredtitles", titles},
+    {"menu_videowall", textsInCorner},
+    {"menu_resizingpanels", textsInCorner},
     {"instructionmenu_common",
      R"(    {"text": "How to watch", "face": "DejaVu Serif", "fontstyle": "bold", "size": 44, "color": "#1f3550",
      "box": [104, 112]},
