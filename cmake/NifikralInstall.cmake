@@ -11,7 +11,6 @@ if(NIFIKRAL_BUILD_HOST)
     file(RELATIVE_PATH from_command ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/nifikral)
     set_target_properties(nifikral PROPERTIES INSTALL_RPATH "$ORIGIN/${from_command}")
     install(TARGETS nifikral RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
-    install(FILES docs/effects.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/nifikral COMPONENT command)
 endif()
 
 install(

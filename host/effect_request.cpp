@@ -62,19 +62,12 @@ double RequireNumber(const std::string& text, PropertyType type) {
     return *number;
 }
 
-// Without the effect's own prefix a parameter may be named by what is left: "r" for "rotate_r", "count" for the
-// "blur_count" of "simple_gauss_blur".
 const PropertyInfo* FindProperty(const std::vector<PropertyInfo>& properties, const std::string& effect,
                                  const std::string& name) {
-    for (const std::string& full : {name, effect + "_" + name})
-        for (const PropertyInfo& property : properties)
-            if (property.name == full) return &property;
-    for (const PropertyInfo& property : properties) {
-        const std::size_t underscore = property.name.find('_');
-        if (underscore != std::string::npos && property.name.substr(underscore + 1) == name &&
-            effect.find(property.name.substr(0, underscore)) != std::string::npos)
-            return &property;
-    }
+    for (const PropertyInfo& property : properties)
+        if (property.name == name) return &property;
+    for (const PropertyInfo& property : properties)
+        if (ShortName(effect, property.name) == name) return &property;
     return nullptr;
 }
 
@@ -164,6 +157,14 @@ bool EffectRequest::Varies() const {
 bool EffectRequest::Sets(const std::string& property) const {
     return std::any_of(settings.begin(), settings.end(),
                        [&](const auto& setting) { return setting.property == property; });
+}
+
+std::string ShortName(const std::string& effect, const std::string& property) {
+    if (property.starts_with(effect + "_")) return property.substr(effect.size() + 1);
+    const std::size_t underscore = property.find('_');
+    const bool named =
+        underscore != std::string::npos && effect.find(property.substr(0, underscore)) != std::string::npos;
+    return named ? property.substr(underscore + 1) : property;
 }
 
 EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module) {

@@ -48,6 +48,10 @@ struct EffectRequest {
     bool Sets(const std::string& property) const;
 };
 
+/// A parameter's name without the effect's own prefix, as a request may give it: "r" for "rotate_r", "count" for the
+/// "blur_count" of "simple_gauss_blur".
+std::string ShortName(const std::string& effect, const std::string& property);
+
 /// Reads "EFFECT[:name=value]...". Throws a usage error that names the thing and the remedy.
 EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module);
 

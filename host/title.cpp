@@ -97,6 +97,12 @@ Settings Look(const TitleOptions& options) {
 
 }  // namespace
 
+std::vector<std::string> TitlePlaces() {
+    std::vector<std::string> names;
+    for (const Place& place : places) names.emplace_back(place.name);
+    return names;
+}
+
 void PutTitle(const TitleOptions& options, const EffectModule& module) {
     const Settings look = Look(options);
     const EffectPtr trial = module.Create(generatorName);

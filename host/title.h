@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/apply.h"
 
@@ -17,6 +18,9 @@ struct TitleOptions {
     std::string input;
     RunOptions run;
 };
+
+/// What --place takes.
+std::vector<std::string> TitlePlaces();
 
 /// Puts a title over a picture or a video. A single picture becomes a still, or a video as long as the title.
 void PutTitle(const TitleOptions& options, const EffectModule& module);

@@ -13,7 +13,7 @@ def told(*arguments):
     return json.loads(subprocess.run([sys.argv[1], *arguments], check=True, capture_output=True).stdout)
 
 
-schema = told("schema")
+schema = told("generate", "schema")
 Draft202012Validator.check_schema(schema)
 validator = Draft202012Validator(schema)
 everything, rotate = told("list", "--json"), told("info", "rotate", "--json")

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/apply.h"
+#include "host/command_description.h"
+#include "host/example_project.h"
+#include "host/gallery.h"
+#include "host/menu.h"
+#include "host/slideshow.h"
+#include "host/title.h"
+
+namespace Nifikral {
+
+/// What stands on the command line, and the options that put it there.
+struct CommandLine {
+    CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    /// The command without a subcommand, and each subcommand.
+    CommandDescription Whole() const;
+    std::vector<CommandDescription> Commands() const;
+
+    CLI::App app;
+    /// What each subcommand does.
+    std::map<const CLI::App*, std::function<void(const EffectModule&)>> work;
+    /// The words that an option's value is made of.
+    std::map<const CLI::Option*, std::vector<std::string>> words;
+
+    std::string module;
+    unsigned cpuFeatures = 0;
+    bool quiet = false, verbose = false, json = false;
+    std::string effect, document;
+    ApplyOptions apply;
+    MenuOptions menu;
+    SlideshowOptions slideshow;
+    TitleOptions title;
+    InitOptions init;
+    GalleryOptions gallery;
+};
+
+}  // namespace Nifikral

@@ -1,0 +1,47 @@
+#!/bin/bash
+# Completes the last words of lines as a shell does by the command's own script.
+# Usage: check_completion.sh bash|zsh|fish COMMAND
+set -euo pipefail
+shell=$1 command=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+"$command" generate "$shell" >script
+export HOME=$work
+
+# What may stand in place of the line's last word; at a prompt, bash divides words at ":" and "=".
+complete_in_bash() {
+    bash -c 'source ./script
+        compopt() { :; }
+        COMP_LINE=$1 COMP_POINT=${#1} COMP_WORDBREAKS=$2
+        _nifikral && printf "%s\n" "${COMPREPLY[@]}"' - "$1" "${2:-}"
+}
+complete_in_fish() {
+    fish --no-config -c 'source ./script; complete -C$argv[1]' "$1" | cut -f1
+}
+# Presses the tabulator key at a prompt, and waits until the line is complete or the shell has nothing to say any more.
+complete_in_zsh() {
+    timeout 30 zsh -f -c 'zmodload zsh/zpty
+        zpty prompt TERM=dumb zsh -f -i
+        zpty -w prompt "PS1=; stty -echo; autoload -U compinit; compinit -u -D; source ./script; print RE\ADY"
+        zpty -r prompt told "*READY*"
+        zpty -w -n prompt "$1"$'"'\t'"'
+        zpty -r prompt told "*${1% *} $2*" && print -r -- $2' - "$1" "$2" || echo nothing
+}
+
+while IFS='|' read -r line word; do
+    "complete_in_$shell" "$line" "$([[ $shell == zsh ]] && echo "$word")" >told
+    [[ $(<told) == "$word" ]] || { echo "'$line' is not completed by '$word' but by '$(<told)'"; exit 1; }
+done <<'LINES'
+nifikral sl|slideshow
+nifikral apply --keep|--keep-going
+nifikral apply in.mp4 out.mp4 aged|aged_film
+nifikral apply -q --threads 2 in.mp4 out.mp4 gray rotate:x=3:sc|rotate:x=3:scale=
+nifikral apply in.mp4 out.mp4 slide:fit=c|slide:fit=crop
+nifikral slideshow holiday --fit c|crop
+nifikral menu menu_comm|menu_common
+nifikral info submenu_f|submenu_festival
+nifikral generate man-|man-effects
+nifikral title x in.mp4 out.mp4 --place bottom-l|bottom-left
+LINES
+[[ $shell != bash || $(complete_in_bash 'nifikral apply a b rotate:sc' ' :=') == 'scale=' ]]
