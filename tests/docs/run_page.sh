@@ -29,9 +29,9 @@ mkdir -p "$samples" "$work/home" "$work/here"
 (
     flock 9
     "$sources/scripts/sample_media.sh" "$samples"
-    # Small, since pages are many.
+    # Small and short, since pages are many.
     [[ -f $samples/small.mp4 ]] ||
-        ffmpeg -nostdin -v error -y -i "$samples/clip.mp4" -vf scale=640:-2:flags=area -c:a copy "$samples/small.part.mp4"
+        ffmpeg -nostdin -v error -y -i "$samples/clip.mp4" -t 2 -vf scale=640:-2:flags=area -c:a copy "$samples/small.part.mp4"
     [[ -f $samples/small.mp4 ]] || mv "$samples/small.part.mp4" "$samples/small.mp4"
 ) 9<"$samples"
 cp "$samples/photo.jpg" "$work/here/photo.jpg"
