@@ -22,10 +22,10 @@ void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitc
 /// may be made on several threads.
 extern std::atomic<EmbossRoutine> emboss_effect_component, emboss_effect_rgba32;
 
-/// The vectorised rules on the first `bytes` bytes of a row: on all of them, or on the colours of pixels only. `pitch`
-/// lies between the rows.
-void EmbossGroups(unsigned char* row, const unsigned char* above, unsigned bytes, unsigned pitch, unsigned level);
-void EmbossPixels(unsigned char* row, const unsigned char* above, unsigned bytes, unsigned pitch, unsigned level);
+/// The vectorised rules on the first `bytes` bytes of a row: on all of them, or on the colours of pixels only. `above`,
+/// the row above as it came, becomes the row as it came.
+void EmbossGroups(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level);
+void EmbossPixels(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level);
 using EmbossRowVariants = Variants<decltype(EmbossGroups)>;
 extern const EmbossRowVariants embossGroupsVariants, embossPixelsVariants;
 

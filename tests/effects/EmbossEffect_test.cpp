@@ -92,10 +92,11 @@ TEST(Emboss, RowVariantsGiveTheSameBytesAndTouchNothingElse) {
     for (const EmbossRowVariants& variants : {embossGroupsVariants, embossPixelsVariants})
         for (unsigned bytes = 0; bytes <= 200; bytes += 4)
             for (Content content : {Content::Random, Content::NearBlack, Content::NearWhite}) {
-                const unsigned level = unsigned(random());
+                // Small levels and their limits take a way of their own.
+                const unsigned level = unsigned(random() % 2 ? random() : random() % 260 - 130);
                 GuardedPlane expected(bytes, 2, content, random), actual = expected;
-                variants.baseline(expected.data() + bytes, expected.data(), bytes, bytes, level);
-                variants.avx2(actual.data() + bytes, actual.data(), bytes, bytes, level);
+                variants.baseline(expected.data() + bytes, expected.data(), bytes, level);
+                variants.avx2(actual.data() + bytes, actual.data(), bytes, level);
                 ASSERT_EQ(expected, actual) << bytes << " bytes, level " << level;
             }
 }
