@@ -28,7 +28,7 @@ void Push(const ElementHarness& element, const GstSegment& segment) {
     ASSERT_TRUE(gst_harness_push_event(element, gst_event_new_segment(&segment)));
 }
 
-TEST(Stream, WorksInTheBuffersOwnMemory) {
+TEST(GStreamerStream, WorksInTheBuffersOwnMemory) {
     ElementHarness element("nifikral-invert");
     Picture picture = RandomPicture(i420, 16, 8);
     element.Begin(picture);
@@ -40,7 +40,7 @@ TEST(Stream, WorksInTheBuffersOwnMemory) {
     EXPECT_EQ(gst_buffer_peek_memory(made.get(), 0), memory);
 }
 
-TEST(Stream, LeavesWhatOthersHold) {
+TEST(GStreamerStream, LeavesWhatOthersHold) {
     ElementHarness element("nifikral-invert");
     Picture picture = RandomPicture(i420, 16, 8);
     element.Begin(picture);
@@ -54,7 +54,7 @@ TEST(Stream, LeavesWhatOthersHold) {
     }
 }
 
-TEST(Stream, BeginsAnewWithPicturesOfAnotherSize) {
+TEST(GStreamerStream, BeginsAnewWithPicturesOfAnotherSize) {
     Pair pair("tilereflect");
     pair.Set("tilereflect_size", "7");
     for (const auto& [width, height] : {std::pair(21u, 13u), std::pair(40u, 30u), std::pair(12u, 12u)}) {
@@ -68,7 +68,7 @@ TEST(Stream, BeginsAnewWithPicturesOfAnotherSize) {
     EXPECT_EQ(size, 7);
 }
 
-TEST(Stream, TakesPropertiesFromControlSources) {
+TEST(GStreamerStream, TakesPropertiesFromControlSources) {
     Pair pair("brightness_contrast");
     Picture picture = RandomPicture(bgra, 8, 8);
     pair.element.Begin(picture);
@@ -85,7 +85,7 @@ TEST(Stream, TakesPropertiesFromControlSources) {
     }
 }
 
-TEST(Stream, ChangesPropertiesBetweenPictures) {
+TEST(GStreamerStream, ChangesPropertiesBetweenPictures) {
     Pair pair("mosaic");
     Picture picture = RandomPicture(bgra, 32, 32);
     pair.element.Begin(picture);
@@ -97,7 +97,7 @@ TEST(Stream, ChangesPropertiesBetweenPictures) {
     }
 }
 
-TEST(Stream, FadesOverItsWholeLength) {
+TEST(GStreamerStream, FadesOverItsWholeLength) {
     Pair pair("directfadein");
     Picture picture = RandomPicture(bgra, 8, 8);
     pair.element.Begin(picture);
@@ -125,7 +125,7 @@ TEST(Stream, FadesOverItsWholeLength) {
     EXPECT_TRUE(pair.Agree(picture, 51));
 }
 
-TEST(Stream, FailsWhereAFadeHasNoLength) {
+TEST(GStreamerStream, FailsWhereAFadeHasNoLength) {
     ElementHarness element("nifikral-directfadeout");
     Picture picture = RandomPicture(bgra, 8, 8);
     element.Begin(picture);
@@ -144,7 +144,7 @@ TEST(Stream, FailsWhereAFadeHasNoLength) {
     gst_object_unref(bus);
 }
 
-TEST(Stream, RunsInSeveralThreads) {
+TEST(GStreamerStream, RunsInSeveralThreads) {
     const auto run = [](const char* name) {
         Pair pair(name);
         for (unsigned seed = 0; seed < 50; ++seed) {
@@ -166,7 +166,7 @@ GstVideoInfo InfoOf(int rate, int per) {
     return info;
 }
 
-TEST(FrameCounter, NumbersFramesByTheirTimesThoughTheyAreInMilliseconds) {
+TEST(GStreamerFrameCounter, NumbersFramesByTheirTimesThoughTheyAreInMilliseconds) {
     const GstVideoInfo info = InfoOf(30000, 1001);
     const GstSegment segment = TimeSegment(0, GST_CLOCK_TIME_NONE, 0);
     FrameCounter counter;
@@ -178,7 +178,7 @@ TEST(FrameCounter, NumbersFramesByTheirTimesThoughTheyAreInMilliseconds) {
     }
 }
 
-TEST(FrameCounter, CountsWhereThereIsNoTimeOrRate) {
+TEST(GStreamerFrameCounter, CountsWhereThereIsNoTimeOrRate) {
     const GstSegment segment = TimeSegment(0, GST_CLOCK_TIME_NONE, 0);
     FrameCounter counter;
     const BufferPtr buffer(gst_buffer_new());
