@@ -1,7 +1,12 @@
 #include "dvd_effects/picture_view.h"
 
 #include <algorithm>
+#include <type_traits>
 #include <vector>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 #include "dvd_effects/easing.h"
 #include "dvd_effects/rasters.h"
@@ -69,9 +74,11 @@ void MixColumns(const std::uint16_t* mixed, std::uint32_t* pairs, unsigned pairC
     }
 }
 
-// The same for pixels, whose four components make a vector.
-void MixColumnsOfPixels(const std::uint16_t* mixed, const Taps& taps, std::uint32_t firstIndex, std::uint8_t* to) {
-    constexpr unsigned lanes = sizeof(Rgba32);
+constexpr unsigned pixelLanes = sizeof(Rgba32);
+
+// The same for pixels from `begin` on, whose four components make a vector.
+void MixPixelsPlain(const std::uint16_t* mixed, const Taps& taps, std::uint32_t firstIndex, std::uint8_t* to,
+                    unsigned begin) {
     using Sums [[gnu::vector_size(16)]] = std::uint32_t;
     using Mixed [[gnu::vector_size(8)]] = std::uint16_t;
     using Bytes [[gnu::vector_size(4)]] = std::uint8_t;
@@ -81,17 +88,77 @@ void MixColumnsOfPixels(const std::uint16_t* mixed, const Taps& taps, std::uint3
         return __builtin_convertvector(loaded, Sums);
     };
     const unsigned count = taps.Count();
-    for (unsigned i = 0; i < count; ++i) {
-        const std::uint16_t* const pixel = mixed + std::size_t(taps.index[i] - firstIndex) * lanes;
+    for (unsigned i = begin; i < count; ++i) {
+        const std::uint16_t* const pixel = mixed + std::size_t(taps.index[i] - firstIndex) * pixelLanes;
         const std::uint32_t weight = taps.weight[i];
-        const Sums sums = (load(pixel) * (256 - weight) + load(pixel + lanes) * weight + half) >> 16;
+        const Sums sums = (load(pixel) * (256 - weight) + load(pixel + pixelLanes) * weight + half) >> 16;
         const Bytes bytes = __builtin_convertvector(sums, Bytes);
-        std::memcpy(to + std::size_t(i) * lanes, &bytes, sizeof bytes);
+        std::memcpy(to + std::size_t(i) * pixelLanes, &bytes, sizeof bytes);
     }
 }
 
+using MixPixels = void (*)(const std::uint16_t* mixed, const Taps& taps, std::uint32_t firstIndex, std::uint8_t* to,
+                           unsigned begin);
+
+#if defined(__x86_64__)
+
+// Two pixels at a time, whose neighbours lie beside one another. Factors must be signed, so that sums count 2^15 less
+// at first.
+class PixelPairMixer {
+ public:
+    [[NIFIKRAL_AVX2]] PixelPairMixer(const std::uint16_t* mixed, const std::uint32_t* index, std::uint32_t firstIndex)
+        : m_mixed(mixed), m_index(index), m_firstIndex(firstIndex) {}
+
+    // The pixels i and i + 1, each in a half; `weights` are those of the left and the right neighbour in each 32 bits.
+    [[NIFIKRAL_AVX2]] __m256i operator()(unsigned i, __m256i weights) const {
+        const __m256i beside = _mm256_inserti128_si256(_mm256_castsi128_si256(Neighbours(i)), Neighbours(i + 1), 1);
+        const __m256i pairs = _mm256_shuffle_epi8(
+            beside, _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15)));
+        const __m256i sums = _mm256_madd_epi16(_mm256_xor_si256(pairs, _mm256_set1_epi16(-32768)), weights);
+        return _mm256_srli_epi32(_mm256_add_epi32(sums, _mm256_set1_epi32((32768 << 8) + int(half))), 16);
+    }
+
+ private:
+    [[NIFIKRAL_AVX2]] __m128i Neighbours(unsigned i) const {
+        const std::uint16_t* const pixel = m_mixed + std::size_t(m_index[i] - m_firstIndex) * pixelLanes;
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixel));
+    }
+
+    const std::uint16_t* m_mixed;
+    const std::uint32_t* m_index;
+    std::uint32_t m_firstIndex;
+};
+
+[[NIFIKRAL_AVX2]] void MixPixelsAvx2(const std::uint16_t* mixed, const Taps& taps, std::uint32_t firstIndex,
+                                     std::uint8_t* to, unsigned begin) {
+    const PixelPairMixer mix(mixed, taps.index.data(), firstIndex);
+    const unsigned whole = begin + (taps.Count() - begin) / 4 * 4;
+    for (unsigned i = begin; i < whole; i += 4) {
+        const __m128i right = _mm_loadu_si128(reinterpret_cast<const __m128i*>(taps.weight.data() + i));
+        const __m256i weights =
+            _mm256_castsi128_si256(_mm_or_si128(_mm_sub_epi32(_mm_set1_epi32(256), right), _mm_slli_epi32(right, 16)));
+        const __m256i first = mix(i, _mm256_permutevar8x32_epi32(weights, _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1)));
+        const __m256i last =
+            mix(i + 2, _mm256_permutevar8x32_epi32(weights, _mm256_setr_epi32(2, 2, 2, 2, 3, 3, 3, 3)));
+        const __m256i packed = _mm256_packus_epi32(first, last);
+        const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(packed), _mm256_extracti128_si256(packed, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + std::size_t(i) * pixelLanes),
+                         _mm_shuffle_epi32(bytes, _MM_SHUFFLE(3, 1, 2, 0)));
+    }
+    MixPixelsPlain(mixed, taps, firstIndex, to, whole);
+}
+
+constexpr Variants<std::remove_pointer_t<MixPixels>> mixPixels{MixPixelsPlain, MixPixelsAvx2};
+
+#else
+
+constexpr Variants<std::remove_pointer_t<MixPixels>> mixPixels{MixPixelsPlain, MixPixelsPlain};
+
+#endif
+
 template <class Sample>
-void DrawRaster(Raster<Sample> to, Raster<Sample> from, const Taps* acrossTaps, const Taps* downTaps) {
+void DrawRaster(Raster<Sample> to, Raster<Sample> from, const Taps* acrossTaps, const Taps* downTaps,
+                [[maybe_unused]] MixPixels mixRowOfPixels) {
     constexpr unsigned lanes = Raster<Sample>::lanes;
     const Taps &across = *acrossTaps, &down = *downTaps;
     if (!across.Count() || !down.Count()) return;
@@ -115,7 +182,7 @@ void DrawRaster(Raster<Sample> to, Raster<Sample> from, const Taps* acrossTaps, 
         if constexpr (lanes == 1)
             MixColumns(mixed.data(), pairs.data(), unsigned(count), across, first, target);
         else
-            MixColumnsOfPixels(mixed.data(), across, first, target);
+            mixRowOfPixels(mixed.data(), across, first, target, 0);
     }
 }
 
@@ -130,7 +197,7 @@ void DrawView(IRawVideoFrame& frame, IRawVideoFrame& picture, const Area& shown,
             if (!from.view.width || !from.view.height) return FillBlack(to);
             const Taps across = MakeTaps(shown.x, place.x, to.view.width, from.view.width, to.columnShift);
             const Taps down = MakeTaps(shown.y, place.y, to.view.height, from.view.height, to.rowShift);
-            variantsOf<DrawRaster<Sample>>.For(set)(to, from, &across, &down);
+            variantsOf<DrawRaster<Sample>>.For(set)(to, from, &across, &down, mixPixels.For(set));
         },
         frame, picture);
 }
