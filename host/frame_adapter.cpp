@@ -7,6 +7,7 @@ extern "C" {
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "TarvoBased/ITarvoException.h"
 #include "TarvoBased/boundary.h"
@@ -59,6 +60,23 @@ FramePtr DeepCopy(const AVFrame& frame) {
     FramePtr copy = NewPicture(AVPixelFormat(frame.format), frame.width, frame.height);
     if (av_frame_copy(copy.get(), &frame) < 0 || av_frame_copy_props(copy.get(), &frame) < 0) throw std::bad_alloc();
     return copy;
+}
+
+// An effect may look at the sample behind a row's last one. In rows without padding that is the next row's first one,
+// so it is put there in rows with padding: a picture is to become the same however it lies in memory.
+void ContinueRows(AVFrame& frame) {
+    const auto format = AVPixelFormat(frame.format);
+    const auto step = std::size_t(av_pix_fmt_desc_get(format)->comp[0].step);
+    for (int p = 0; p < PlaneCount(frame); ++p) {
+        const auto rowBytes = std::size_t(av_image_get_linesize(format, frame.width, p));
+        const auto pitch = std::size_t(frame.linesize[p]);
+        const unsigned rows = PlaneRows(frame, unsigned(p), unsigned(frame.height));
+        if (rowBytes < step || pitch < rowBytes + step) continue;
+        for (unsigned y = 0; y < rows; ++y) {
+            std::uint8_t* const end = frame.data[p] + y * pitch + rowBytes;
+            std::memcpy(end, y + 1 < rows ? end + pitch - rowBytes : end - step, step);
+        }
+    }
 }
 
 }  // namespace
@@ -157,6 +175,7 @@ void PrepareForEffects(FramePtr& frame) {
     } else if (av_frame_make_writable(frame.get()) < 0) {
         throw std::bad_alloc();
     }
+    ContinueRows(*frame);
 }
 
 }  // namespace Nifikral

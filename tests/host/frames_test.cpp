@@ -189,6 +189,20 @@ TEST(FrameAdapter, ShowsThePlanesThemselvesWithChromaRoundedUp) {
     EXPECT_EQ(clone->GetTimeStamp(), 7);
 }
 
+TEST(FrameAdapter, LeavesNothingBehindARowToChance) {
+    for (const auto& [format, sample] : {std::pair(AV_PIX_FMT_GRAY8, 1), std::pair(AV_PIX_FMT_BGRA, 4)}) {
+        FramePtr frame = Counted(format, 5, 3);
+        const std::ptrdiff_t pitch = frame->linesize[0], rowBytes = 5 * sample;
+        ASSERT_GE(pitch, rowBytes + sample);
+        PrepareForEffects(frame);
+        const std::uint8_t* const plane = frame->data[0];
+        for (int y = 0; y < 2; ++y)
+            EXPECT_EQ(std::memcmp(plane + y * pitch + rowBytes, plane + (y + 1) * pitch, std::size_t(sample)), 0) << y;
+        const std::uint8_t* const end = plane + 2 * pitch + rowBytes;
+        EXPECT_EQ(std::memcmp(end, end - sample, std::size_t(sample)), 0);
+    }
+}
+
 TEST(FrameAdapter, CopiesOnlyWhatMustNotBeChangedInPlace) {
     FramePtr own = Counted(AV_PIX_FMT_YUV420P, 64, 48);
     const std::uint8_t* const memory = own->data[0];
