@@ -8,6 +8,7 @@ extern "C" {
 #include <sstream>
 
 #include "host/catalogue.h"
+#include "host/chunks.h"
 #include "host/effect_workers.h"
 #include "host/errors.h"
 #include "host/log.h"
@@ -79,34 +80,66 @@ std::string Summary(const ApplyOptions& options, const MediaSource& source, cons
 // One picture as the frames of a video.
 class StillSource {
  public:
-    StillSource(FramePtr picture, long long frames, const FrameRange& range)
-        : m_picture(std::move(picture)), m_frames(frames), m_range(range), m_number(range.first) {}
+    // Times count from the frame `begin`.
+    StillSource(FramePtr picture, long long begin, const FrameRange& range)
+        : m_picture(std::move(picture)), m_begin(begin), m_range(range), m_number(range.first) {}
 
     std::optional<SourceStep> Next() {
-        if (m_number >= m_frames || m_number > m_range.last) return std::nullopt;
+        if (m_number > m_range.last) return std::nullopt;
         SourceStep step;
         step.frame = Require<FramePtr>(av_frame_clone(m_picture.get()));
         step.number = m_number++;
-        step.frame->pts = (step.number - m_range.first) * step.frame->pkt_duration;
+        step.frame->pts = (step.number - m_begin) * step.frame->pkt_duration;
         return step;
     }
 
  private:
     FramePtr m_picture;
-    long long m_frames;
+    long long m_begin;
     FrameRange m_range;
     long long m_number;
 };
 
-// What gives the run's pictures: the input, or its only one again and again.
-std::function<std::optional<SourceStep>()> Pictures(MediaSource& source, long long stillFrames,
-                                                    const FrameRange& range) {
-    if (stillFrames == 0) return [&source] { return source.Next(); };
-    if (range.first >= stillFrames)
+// What gives the pictures of a chunk: the input, or its only one again and again.
+std::function<std::optional<SourceStep>()> Pictures(MediaSource& source, bool still, const FrameRange& range,
+                                                    const FrameRange& chunk) {
+    if (!still) return [&source] { return source.Next(); };
+    const auto pictures = std::make_shared<StillSource>(std::move(source.Next()->frame), range.first, chunk);
+    return [pictures] { return pictures->Next(); };
+}
+
+// Which frames a run has, and which of them are made now.
+struct FramesOfRun {
+    FrameRange run, made;
+    bool certain = false;  // that all of `made` are there
+};
+
+FramesOfRun FramesOf(const RunOptions& options, long long stillFrames) {
+    FramesOfRun frames{ParseRange(options.frames), {}, stillFrames > 0 || !options.chunk.empty() || options.joinTo};
+    if (stillFrames > 0 && frames.run.first >= stillFrames)
         throw HostError(ExitCode::Usage, "--frames lies past the end: there are frames 0 to " +
                                              std::to_string(stillFrames - 1) + "; choose among these");
-    const auto still = std::make_shared<StillSource>(std::move(source.Next()->frame), stillFrames, range);
-    return [still] { return still->Next(); };
+    if (stillFrames > 0) frames.run.last = std::min(frames.run.last, stillFrames - 1);
+    frames.made = options.Chunk(frames.run);
+    if (options.joinTo) frames.made.last = *options.joinTo;
+    return frames;
+}
+
+// The frames of a range that there are, by decoding them all: a container may tell another number.
+FrameRange CountedRange(MediaSource& source, FrameRange range) {
+    range.last = range.first - 1;
+    while (const std::optional<SourceStep> step = source.Next())
+        if (step->frame) ++range.last;
+    return range;
+}
+
+// The same by looking into the container alone.
+FrameRange FoundRange(const MediaSource& source, FrameRange range) {
+    const long long count = source.CountFrames(range);
+    if (count == 0)
+        throw HostError(ExitCode::Usage, "--skip-existing needs an input whose frames can be counted; give a file");
+    range.last = range.first + count - 1;
+    return range;
 }
 
 }  // namespace
@@ -124,35 +157,50 @@ void Apply(const ApplyOptions& options, const EffectModule& module) {
 
 void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
                 const std::function<EffectRun(const MediaSource&)>& plan) {
-    const FrameRange range = ParseRange(options.run.frames);
-    const int threads = options.run.ThreadCount();
-    options.run.RefuseAsOutput(options.input);
+    const RunOptions& given = options.run;
+    FramesOfRun frames = FramesOf(given, 0);
+    const int threads = given.ThreadCount();
+    given.RefuseAsOutput(options.input);
 
-    MediaSource source(options.input, {single ? FrameRange() : range, threads, options.keepGoing});
+    MediaSource::Options opening{frames.run, {}, threads, options.keepGoing, given.chunk.empty()};
+    if (!given.chunk.empty()) opening.chunk = frames.made;
+    // What is repeated has no range of its own.
+    if (single) opening.range = opening.chunk = {};
+    MediaSource source(options.input, opening);
     const EffectRun run = plan(source);
+    const bool still = run.stillFrames > 0;
+    if (still) frames = FramesOf(given, run.stillFrames);
+    const OutputOptions output = given.OutputFor(frames.made);
+    if (given.skipExisting && IsMadeAlready(output, frames.certain ? frames.made : FoundRange(source, frames.run))) {
+        PrintDetail(output.path + ": complete already");
+        return;
+    }
+
     const PictureShape shape = ShapeOf(source.FirstFrame());
     PicturePath path = ChoosePath(shape, options, run.requests);
-    const bool keepsForced = !options.run.pixelFormat.empty();
+    const bool keepsForced = !given.pixelFormat.empty();
     const OutputTraits traits = TraitsOf(source, keepsForced ? path.effectShape.format : OutputFormat(shape.format));
-    OutputOptions output = options.run.output;
-    output.threads = threads;
-    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.run.dryRun);
+    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, given.dryRun || given.plan);
     path.overBlack = path.overBlack && !HasAlpha(sink->Shape().format);
-    const long long frameCount = run.stillFrames > 0 ? run.stillFrames : FrameCount(source, range, run.requests);
+    if (given.plan) return given.plan(still ? frames.run : CountedRange(source, frames.run));
+    const long long frameCount = still ? run.stillFrames : FrameCount(source, frames.run, run.requests);
     const std::string summary = Summary(options, source, path, *sink, frameCount);
-    if (options.run.dryRun) {
+    if (given.dryRun) {
         std::fprintf(stderr, "%s\n", summary.c_str());
         return;
     }
     PrintDetail(summary);
+    if (given.joinTo)
+        return JoinChunks(
+            output, frames.made, [&](double until) { return source.AudioUntil(until); }, *sink);
 
     EffectWorkers effects(path, sink->Shape(), module, run.requests, frameCount);
-    const long long origin = run.countsFromRange ? range.first : 0;
-    const Stages stages{Pictures(source, run.stillFrames, range),
+    const long long origin = run.countsFromRange ? frames.run.first : 0;
+    const Stages stages{Pictures(source, still, frames.run, frames.made),
                         [&](SourceStep& step) { effects.Process(step.frame, step.number - origin); }};
     RunReport report;
     {
-        Progress progress(run.stillFrames > 0 ? run.stillFrames : source.EstimatedFrameCount());
+        Progress progress(frames.certain ? frames.made.Count() : source.EstimatedFrameCount());
         report = RunPipeline(stages, *sink, threads, progress);
     }
     std::ostringstream spent;

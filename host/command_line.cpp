@@ -47,6 +47,11 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
                    "the pixel format that the module sees: a code or FFmpeg's name (default: the nearest)")
         ->type_name("FORMAT");
     app.add_option("--frames", options.frames, "only frames A-B, counted from 0, both included")->type_name("A-B");
+    app.add_option("--chunk", options.chunk,
+                   "only the run's frames A-B, without sound, to be joined by nifikral concat; nifikral plan tells how")
+        ->type_name("A-B");
+    app.add_flag("--skip-existing", options.skipExisting,
+                 "leave an output that is complete as it is, and make one that is not anew");
     app.add_option("--threads", options.threads, "processor cores to use (default: all)")->check(CLI::Range(1, 1024));
     app.add_option("--encoder", options.output.encoder, "FFmpeg's encoder to use, such as ffv1")->type_name("ENCODER");
     app.add_option("--encoder-option", options.output.encoderOptions, "an option of the encoder")
@@ -54,9 +59,12 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
         ->allow_extra_args(false);
     app.add_flag("-y,--overwrite", options.output.overwrite, "overwrite an existing output");
     app.add_flag("--dry-run", options.dryRun, "check everything and tell what would be done");
+    Take(line, app.add_option("--progress", line.progress, "how stderr tells how far it is")->type_name("FORM"),
+         {"line", "json"});
     app.add_flag("-q,--quiet", line.quiet, "errors only");
     app.add_flag("-v,--verbose", line.verbose, "tell details");
     AddCommonOptions(app, line);
+    line.runs[&app] = &options;
 }
 
 void AddApply(CLI::App& app, CommandLine& line) {
@@ -223,6 +231,29 @@ void AddGallery(CLI::App& app, CommandLine& line) {
     line.work[gallery] = [&line](const EffectModule& module) { MakeGallery(line.gallery, module); };
 }
 
+void AddPlan(CLI::App& app, CommandLine& line) {
+    line.plan = app.add_subcommand("plan", "print command lines that share a run out to several machines");
+    line.plan->add_option("--chunks", line.planning.chunks, "how many")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 100000));
+    Take(line,
+         line.plan->add_option("--format", line.planning.format, "what is to hand them out")
+             ->capture_default_str()
+             ->type_name("FORMAT"),
+         PlanFormats());
+    line.plan->prefix_command()->footer(
+        "Behind these options stands the run: apply, menu, slideshow or title with all of its own.");
+}
+
+void AddConcat(CLI::App& app, CommandLine& line) {
+    line.concat =
+        app.add_subcommand("concat", "join the chunks of a run, without coding them again, and add the sound");
+    line.concat->add_option("--last", line.lastFrame, "the run's last frame")
+        ->required()
+        ->check(CLI::NonNegativeNumber);
+    line.concat->prefix_command()->footer("Behind this option stands the run, as nifikral plan prints it.");
+}
+
 void AddListings(CLI::App& app, CommandLine& line) {
     CLI::App* const list = app.add_subcommand("list", "list the effects");
     CLI::App* const info = app.add_subcommand("info", "tell an effect's parameters");
@@ -293,7 +324,8 @@ CommandLine::CommandLine() : app("video effects and disc menus for pictures and 
     app.require_subcommand(1);
     app.set_version_flag("--version", "nifikral " + std::string(Version()), "tell the version");
     app.set_help_flag("-h,--help", "tell the usage");
-    for (const auto add : {AddApply, AddMenu, AddSlideshow, AddTitle, AddInit, AddGallery, AddListings, AddGenerate})
+    for (const auto add :
+         {AddApply, AddMenu, AddSlideshow, AddTitle, AddInit, AddGallery, AddPlan, AddConcat, AddListings, AddGenerate})
         add(app, *this);
     // Last: subcommands that are added later would inherit it.
     app.footer(

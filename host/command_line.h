@@ -11,6 +11,7 @@
 #include "host/example_project.h"
 #include "host/gallery.h"
 #include "host/menu.h"
+#include "host/plan.h"
 #include "host/slideshow.h"
 #include "host/title.h"
 
@@ -31,8 +32,12 @@ struct CommandLine {
     std::map<const CLI::App*, std::function<void(const EffectModule&)>> work;
     /// The words that an option's value is made of.
     std::map<const CLI::Option*, std::vector<std::string>> words;
+    /// The options of those that make films or pictures.
+    std::map<const CLI::App*, RunOptions*> runs;
+    /// The two that take such a subcommand's whole command line behind their own options.
+    CLI::App *plan = nullptr, *concat = nullptr;
 
-    std::string module;
+    std::string module, progress;
     unsigned cpuFeatures = 0;
     bool quiet = false, verbose = false, json = false;
     std::string effect, document;
@@ -42,6 +47,8 @@ struct CommandLine {
     TitleOptions title;
     InitOptions init;
     GalleryOptions gallery;
+    PlanOptions planning;
+    long long lastFrame = 0;
 };
 
 }  // namespace Nifikral

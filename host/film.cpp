@@ -14,6 +14,7 @@ extern "C" {
 #include <sstream>
 
 #include "TarvoBased/ITarvoException.h"
+#include "host/chunks.h"
 #include "host/errors.h"
 #include "host/frame_adapter.h"
 #include "host/frame_range.h"
@@ -38,7 +39,7 @@ FrameRange RangeWithin(const Film& film, const RunOptions& options) {
 
 void RefuseManyFramesInOnePicture(const RunOptions& options, const FrameRange& range) {
     const std::string& path = options.output.path;
-    if (IsPictureOutput(options.output) && !av_filename_number_test(path.c_str()) && range.first != range.last)
+    if (IsPictureOutput(options.output) && !IsNumberedOutput(options.output) && range.first != range.last)
         throw HostError(ExitCode::Usage, path +
                                              " is one picture and the film has more; name them as in frame_%06d.png" +
                                              ", or pick one with --frames N");
@@ -58,7 +59,7 @@ OutputTraits StoredTraits(const Film& film, const OutputOptions& output, AVPixel
 
 // The sound beside the range of the film; null when none is asked for or the output holds none.
 std::unique_ptr<SoundTrack> OpenSound(const Film& film, const FilmOptions& options, const FrameRange& range) {
-    if (options.sound.empty()) return nullptr;
+    if (options.sound.empty() || !options.run.chunk.empty()) return nullptr;
     const AVCodec* const encoder = SoundEncoder(options.run.output, film.profile && film.profile->dvd);
     if (!encoder) {
         PrintWarning(options.run.output.path + " holds no sound; --audio is left out");
@@ -72,10 +73,15 @@ std::unique_ptr<SoundTrack> OpenSound(const Film& film, const FilmOptions& optio
 // Calls the generator for one frame after the other.
 class FilmSource {
  public:
-    /// `sound` is null where there is none.
-    FilmSource(AVBased::IVideoProc& generator, const Film& film, unsigned formatCode, const FrameRange& range,
-               SoundTrack* sound)
-        : m_generator(generator), m_film(film), m_formatCode(formatCode), m_range(range), m_sound(sound) {}
+    /// Times count from the frame `begin`. `sound` is null where there is none.
+    FilmSource(AVBased::IVideoProc& generator, const Film& film, unsigned formatCode, long long begin,
+               const FrameRange& range, SoundTrack* sound)
+        : m_generator(generator),
+          m_film(film),
+          m_formatCode(formatCode),
+          m_begin(begin),
+          m_range(range),
+          m_sound(sound) {}
 
     std::optional<SourceStep> Next() {
         if (m_film.seeks && m_number < m_range.first) {
@@ -88,11 +94,11 @@ class FilmSource {
         SourceStep step;
         step.number = m_number;
         step.frame = Make();
-        step.frame->pts = step.number - m_range.first;
+        step.frame->pts = step.number - m_begin;
         if (m_sound) {
             const bool last = m_number > m_range.last;
             step.audio = m_sound->Until(last ? std::numeric_limits<double>::infinity()
-                                             : double(m_number - m_range.first) / av_q2d(m_film.frameRate));
+                                             : double(m_number - m_begin) / av_q2d(m_film.frameRate));
         }
         return step;
     }
@@ -123,6 +129,7 @@ class FilmSource {
     AVBased::IVideoProc& m_generator;
     Film m_film;
     unsigned m_formatCode;
+    long long m_begin;
     FrameRange m_range;
     SoundTrack* m_sound;
     long long m_number = 0;
@@ -168,22 +175,28 @@ void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOpti
                 const std::string& name) {
     const RunOptions& options = filmOptions.run;
     const FrameRange range = RangeWithin(film, options);
+    FrameRange made = options.Chunk(range);
+    if (options.joinTo) made.last = *options.joinTo;
     RefuseManyFramesInOnePicture(options, range);
     AVPixelFormat preferred = IsPictureOutput(options.output) ? AV_PIX_FMT_BGRA : AV_PIX_FMT_YUV420P;
     if (!options.pixelFormat.empty()) preferred = FfmpegFormat(ParseFormat(options.pixelFormat));
-    OutputOptions output = options.output;
-    output.threads = options.ThreadCount();
+    const OutputOptions output = options.OutputFor(made);
+    if (options.skipExisting && IsMadeAlready(output, made)) {
+        PrintDetail(output.path + ": complete already");
+        return;
+    }
     OutputTraits traits = StoredTraits(film, output, preferred);
     const std::unique_ptr<SoundTrack> sound = OpenSound(film, filmOptions, range);
     if (sound) traits.audio = {&sound->Stream()};
-    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.dryRun);
+    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.dryRun || options.plan);
+    if (options.plan) return options.plan(range);
     const PictureShape shape = sink->Shape();
     const unsigned formatCode =
         options.pixelFormat.empty() ? EffectFormat(shape.format, false) : ParseFormat(options.pixelFormat);
     const bool overBlack = HasAlpha(FfmpegFormat(formatCode)) && !HasAlpha(shape.format);
 
     std::ostringstream summary;
-    summary << name << ": frames " << range.first << " to " << range.last << " of " << film.frames << ", "
+    summary << name << ": frames " << made.first << " to " << made.last << " of " << film.frames << ", "
             << av_q2d(film.frameRate) << " a second, made as " << av_get_pix_fmt_name(FfmpegFormat(formatCode))
             << " (code " << formatCode << "); " << options.output.path << ": " << sink->Description();
     if (options.dryRun) {
@@ -191,8 +204,12 @@ void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOpti
         return;
     }
     PrintDetail(summary.str());
+    if (options.joinTo) {
+        const auto soundUntil = [&](double s) { return sound ? sound->Until(s) : std::vector<PacketPtr>(); };
+        return JoinChunks(output, made, soundUntil, *sink);
+    }
 
-    FilmSource source(generator, film, formatCode, range, sound.get());
+    FilmSource source(generator, film, formatCode, range.first, made, sound.get());
     tbb::enumerable_thread_specific<PictureConverter> converters([&] { return PictureConverter(shape); });
     const Stages stages{[&] { return source.Next(); },
                         [&](SourceStep& step) {
@@ -201,7 +218,7 @@ void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOpti
                         }};
     RunReport report;
     {
-        Progress progress(range.last - range.first + 1);
+        Progress progress(made.Count());
         report = RunPipeline(stages, *sink, output.threads, progress);
     }
     std::ostringstream spent;

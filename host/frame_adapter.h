@@ -54,8 +54,8 @@ class FrameAdapter final : public AVBased::IRawVideoFrame {
 };
 
 /// Makes a picture fit to be changed in place. Decoders keep their reference pictures, so one that is shared is copied
-/// first; so is one whose rows run upwards in memory, or whose padding is not its own. Behind each row comes the next row's
-/// first sample, padding or not.
+/// first; so is one whose rows run upwards in memory, or whose padding is not its own. Behind each row comes the next
+/// row's first sample, padding or not.
 void PrepareForEffects(FramePtr& frame);
 
 }  // namespace Nifikral

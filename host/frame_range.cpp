@@ -6,6 +6,10 @@
 
 namespace Nifikral {
 
+std::string RangeText(const FrameRange& range) {
+    return std::to_string(range.first) + "-" + std::to_string(range.last);
+}
+
 FrameRange ParseRange(const std::string& text) {
     FrameRange range;
     if (text.empty()) return range;

@@ -10,7 +10,14 @@ struct FrameRange {
     static constexpr long long noEnd = std::numeric_limits<long long>::max();
 
     long long first = 0, last = noEnd;
+
+    bool IsWhole() const { return first == 0 && last == noEnd; }
+    /// Of a range with an end.
+    long long Count() const { return last - first + 1; }
 };
+
+/// "A-B", of a range with an end.
+std::string RangeText(const FrameRange& range);
 
 /// Reads "A-B", "A-" or "A"; "" means all. Throws a usage error for anything else.
 FrameRange ParseRange(const std::string& text);

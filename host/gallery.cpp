@@ -13,6 +13,7 @@
 #include "host/gallery_page.h"
 #include "host/gallery_settings.h"
 #include "host/part_file.h"
+#include "host/shell_word.h"
 
 namespace Nifikral {
 namespace {
@@ -108,16 +109,6 @@ PictureShape WritePhotograph(const std::string& from, const std::string& to) {
     sink->Write(std::move(frame), 0);
     sink->Finish();
     return sink->Shape();
-}
-
-std::string ShellWord(const std::string& text) {
-    constexpr char harmless[] =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
-        "_-./:=,%@+";
-    if (!text.empty() && text.find_first_not_of(harmless) == std::string::npos) return text;
-    std::string quoted = "'";
-    for (const char c : text) quoted += c == '\'' ? "'\\''" : std::string(1, c);
-    return quoted + "'";
 }
 
 // All parameters with the values that the effect itself tells once the settings are in it.

@@ -80,5 +80,6 @@ std::string TakeFfmpegComplaint() {
 }
 
 unsigned EarlyEnds() { return earlyEnds; }
+ExpectEarlyEnds::~ExpectEarlyEnds() { earlyEnds = m_before; }
 
 }  // namespace Nifikral

@@ -25,5 +25,16 @@ void CaptureFfmpegMessages();
 std::string TakeFfmpegComplaint();
 /// How often FFmpeg has said since the start that an input ends before its end.
 unsigned EarlyEnds();
+/// While it lives, early ends are no news: one looks whether a file is complete.
+class ExpectEarlyEnds {
+ public:
+    ExpectEarlyEnds() = default;
+    ~ExpectEarlyEnds();
+    ExpectEarlyEnds(const ExpectEarlyEnds&) = delete;
+    ExpectEarlyEnds& operator=(const ExpectEarlyEnds&) = delete;
+
+ private:
+    unsigned m_before = EarlyEnds();
+};
 
 }  // namespace Nifikral

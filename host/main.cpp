@@ -2,28 +2,63 @@
 
 #include <malloc.h>
 
+#include <iostream>
+
+#include "host/chunks.h"
 #include "host/command_line.h"
 #include "host/cpu_features.h"
 #include "host/errors.h"
 #include "host/interruption.h"
 #include "host/log.h"
 #include "host/media_manager.h"
+#include "host/progress.h"
 
 namespace {
 
 using namespace Nifikral;
 
-int Run(int argc, char** argv) {
+using Words = std::vector<std::string>;
+
+// What another subcommand wants of a run instead of the run itself, and its name.
+struct Purpose {
+    std::string name;
+    std::function<void(RunOptions&)> prepare;
+};
+
+// `words`: the command line behind the program.
+int Run(const std::string& program, const Words& words, const Purpose& purpose) {
     CommandLine line;
     try {
-        line.app.parse(argc, argv);
+        line.app.parse(Words(words.rbegin(), words.rend()));
     } catch (const CLI::Success& told) {
         return line.app.exit(told);
     } catch (const CLI::ParseError& error) {
         throw HostError(ExitCode::Usage, std::string(error.what()) + "; nifikral --help tells the usage");
     }
-    SetVerbosity(line.quiet ? Verbosity::Quiet : line.verbose ? Verbosity::Verbose : Verbosity::Normal);
     const CLI::App* const command = line.app.get_subcommands().front();
+    if (command == line.plan) {
+        const Words run = command->remaining();
+        return Run(program, run, {"plan", [&](RunOptions& options) {
+                                      options.plan = [&, output = options.output](const FrameRange& frames) {
+                                          std::cout << PlanRun(line.planning, program, run, output, frames);
+                                      };
+                                  }});
+    }
+    if (command == line.concat)
+        return Run(program, command->remaining(),
+                   {"concat", [&](RunOptions& options) { options.joinTo = line.lastFrame; }});
+    const auto run = line.runs.find(command);
+    if (!purpose.name.empty() && (run == line.runs.end() || !run->second->chunk.empty()))
+        throw HostError(ExitCode::Usage, "nifikral " + purpose.name +
+                                             " takes a whole run: apply, menu, slideshow or title, without --chunk");
+    if (run != line.runs.end()) {
+        run->second->output.mark = RunMark(words);
+        if (purpose.prepare) purpose.prepare(*run->second);
+    }
+    if (!line.progress.empty() && line.progress != "line" && line.progress != "json")
+        throw HostError(ExitCode::Usage, "--progress " + line.progress + " is none; give line or json");
+    SetProgressForm(line.progress == "json" ? ProgressForm::Json : ProgressForm::Line);
+    SetVerbosity(line.quiet ? Verbosity::Quiet : line.verbose ? Verbosity::Verbose : Verbosity::Normal);
     if (command->count("--cpu-features")) OverrideCpuFeatures(line.cpuFeatures);
     MediaManager manager;
     line.work.at(command)(EffectModule(line.module, &manager));
@@ -39,7 +74,7 @@ int main(int argc, char** argv) {
     InstallSignalHandlers();
     CaptureFfmpegMessages();
     try {
-        return Run(argc, argv);
+        return Run(argv[0], Words(argv + 1, argv + argc), {});
     } catch (const HostError& error) {
         PrintError(error.what());
         return int(error.Code());

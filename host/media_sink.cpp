@@ -69,6 +69,10 @@ bool IsPictureOutput(const OutputOptions& options) {
     return options.format.empty() && options.path != "-" && IsPictureFile(options.path, FindFormat(options));
 }
 
+bool IsNumberedOutput(const OutputOptions& options) {
+    return IsPictureOutput(options) && av_filename_number_test(options.path.c_str());
+}
+
 bool IsProgramStream(const OutputOptions& options) {
     constexpr std::string_view names[] = {"mpeg", "vob", "dvd", "svcd", "vcd"};
     const AVOutputFormat* const format = FindFormat(options);

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/ffmpeg_handles.h"
+#include "host/frame_range.h"
 #include "host/media_source.h"
 #include "host/picture_formats.h"
 
@@ -17,6 +19,8 @@ struct OutputOptions {
     std::vector<std::string> encoderOptions;  ///< "key=value" for the encoder
     bool overwrite = false;
     int threads = 1;
+    std::optional<FrameRange> chunk;  ///< only this chunk of the output is made, for JoinChunks
+    std::string mark;                 ///< of the run that the output belongs to
 };
 
 /// What the output inherits from where its pictures come from.
@@ -51,6 +55,10 @@ class MediaSink {
     /// `number` is the picture's within the whole input; its time is in the input's time base.
     virtual void Write(FramePtr frame, long long number) = 0;
     virtual void WriteAudio(PacketPtr) {}
+    /// Whether pictures of this coding are as this sink would code them itself, and WriteCoded takes them.
+    virtual bool CodesAlike(const AVCodecParameters&) const { return false; }
+    /// A picture that is coded already; its times are in `timeBase`.
+    virtual void WriteCoded(PacketPtr, AVRational /*timeBase*/) {}
     virtual void Finish() = 0;
 };
 
@@ -58,6 +66,10 @@ class MediaSink {
 bool IsPictureOutput(const OutputOptions& options);
 /// Whether OpenSink makes a program stream of this, as discs hold them.
 bool IsProgramStream(const OutputOptions& options);
+/// Whether each picture goes to a file of its own, named by its number.
+bool IsNumberedOutput(const OutputOptions& options);
+/// The file of one of them. Throws a usage error for a pattern that names none.
+std::string NumberedPath(const std::string& pattern, long long number);
 /// The encoder for sound that goes with this output; null when it holds none.
 const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd);
 /// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.

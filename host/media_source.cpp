@@ -154,8 +154,10 @@ long long MediaSource::CountFrames(const FrameRange& range) const {
 }
 
 std::optional<SourceStep> MediaSource::Next() {
+    const FrameRange &range = m_options.range, &chunk = m_options.chunk;
+    const long long first = std::max(range.first, chunk.first);
     while (!m_finished) {
-        if (m_decoded > m_options.range.last) {
+        if (m_decoded > std::min(range.last, chunk.last)) {
             ReadTrailingAudio();
             m_finished = true;
             return SourceStep{nullptr, 0, TakeAudio(true)};
@@ -168,22 +170,22 @@ std::optional<SourceStep> MediaSource::Next() {
         if (!frame) {
             const std::string has =
                 m_name + " has " + std::to_string(m_decoded) + " frames, 0 to " + std::to_string(m_decoded - 1);
-            if (m_decoded <= m_options.range.first)
+            if (m_decoded <= range.first)
                 throw HostError(ExitCode::Usage, "--frames lies past the end: " + has + "; choose among these");
-            if (m_options.range.last != FrameRange::noEnd) PrintWarning("--frames ends earlier: " + has);
+            if (chunk.last != FrameRange::noEnd)
+                throw HostError(ExitCode::Usage, "--chunk lies past the end: " + has + "; plan the chunks anew");
+            if (range.last != FrameRange::noEnd) PrintWarning("--frames ends earlier: " + has);
             m_finished = true;
             m_endTime = std::numeric_limits<double>::infinity();
             return SourceStep{nullptr, 0, TakeAudio(true)};
         }
         const long long number = m_decoded++;
-        if (number < m_options.range.first) {
+        if (number == range.first && number > 0) m_origin = frame->pts;
+        if (number < first) {
             DropAudioBefore(*frame);
             continue;
         }
-        if (number == m_options.range.first && number > 0) {
-            m_origin = frame->pts;
-            DropAudioBefore(*frame);
-        }
+        if (number == first && number > 0) DropAudioBefore(*frame);
         m_endTime = EndTime(*frame);
         if (m_origin != AV_NOPTS_VALUE) frame->pts -= m_origin;
         return SourceStep{std::move(frame), number, TakeAudio(false)};
@@ -235,7 +237,7 @@ bool MediaSource::ReadPacket() {
         const bool quickTime = std::string(m_input->iformat->name).find("mov") != std::string::npos;
         if (error != AVERROR_EOF)
             ReportDamage(ErrorText(error));
-        else if (quickTime && m_packets < m_video->nb_frames)
+        else if (quickTime && m_video->discard != AVDISCARD_ALL && m_packets < m_video->nb_frames)
             ReportDamage("the file ends before its end");
         return false;
     }
@@ -248,6 +250,30 @@ bool MediaSource::ReadPacket() {
     const int sent = avcodec_send_packet(m_decoder.get(), packet.get());
     if (sent < 0 && sent != AVERROR(EAGAIN) && sent != AVERROR_EOF) ReportDamage(ErrorText(sent));
     return true;
+}
+
+std::vector<PacketPtr> MediaSource::ReadAudio() {
+    if (m_options.range.IsWhole()) {
+        m_video->discard = AVDISCARD_ALL;
+        m_finished = !ReadPacket();
+        return TakeAudio(true);
+    }
+    // Where a range begins and ends, its pictures tell.
+    std::optional<SourceStep> step = Next();
+    return step ? std::move(step->audio) : std::vector<PacketPtr>();
+}
+
+std::vector<PacketPtr> MediaSource::AudioUntil(double seconds) {
+    std::vector<PacketPtr> taken;
+    const auto reached = [&] {
+        if (taken.empty()) return false;
+        const AVPacket& last = *taken.back();
+        return last.pts != AV_NOPTS_VALUE &&
+               Seconds(last.pts, m_input->streams[last.stream_index]->time_base) >= seconds;
+    };
+    while (!m_finished && !AudioStreams().empty() && !reached())
+        for (PacketPtr& packet : ReadAudio()) taken.push_back(std::move(packet));
+    return taken;
 }
 
 void MediaSource::ReportDamage(const std::string& what) {

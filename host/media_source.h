@@ -25,7 +25,9 @@ struct SourceStep {
 class MediaSource {
  public:
     struct Options {
-        FrameRange range;
+        FrameRange range = {};
+        FrameRange chunk =
+            {};  ///< what of the range Next hands out; times count from the range's first frame all the same
         int threads = 1;
         bool keepGoing = false;  ///< go on with what is readable of a damaged input
         bool audio = true;
@@ -38,6 +40,10 @@ class MediaSource {
 
     /// The next picture of the range; without a frame once, at the end, then nothing.
     std::optional<SourceStep> Next();
+
+    /// For one who has the pictures already, instead of Next: more audio of the range, up to a time or further; nothing
+    /// behind its end.
+    std::vector<PacketPtr> AudioUntil(double seconds);
 
     /// The first picture as it comes out, so that everything behind can be prepared for it.
     const AVFrame& FirstFrame() const { return *m_pending; }
@@ -55,6 +61,7 @@ class MediaSource {
     FramePtr DecodeNext();
     FramePtr ReceiveFrame();
     bool ReadPacket();
+    std::vector<PacketPtr> ReadAudio();
     void KeepAudio(PacketPtr packet);
     void DropAudioBefore(const AVFrame& frame);
     void ReadTrailingAudio();

@@ -20,6 +20,8 @@ class PictureSink final : public MediaSink {
           m_encoder(codec, options, traits, {.still = true}) {
         CheckOutputPath(options.path, options.overwrite);
         if (m_sequence && !options.overwrite) CheckNumbersAreFree();
+        if (options.chunk && !m_sequence)
+            throw HostError(ExitCode::Usage, options.path + " is one picture; there is nothing to share out");
     }
 
     const PictureShape& Shape() const override { return m_encoder.Shape(); }
@@ -40,10 +42,8 @@ class PictureSink final : public MediaSink {
 
  private:
     void Store(const AVPacket& packet) {
-        char name[4096];
-        if (m_sequence && av_get_frame_filename(name, sizeof name, m_options.path.c_str(), int(packet.pts)) < 0)
-            throw HostError(ExitCode::Usage, m_options.path + " is no pattern for names; use one %06d");
-        auto file = std::make_unique<PartFile>(m_sequence ? name : m_options.path, m_options.overwrite);
+        auto file = std::make_unique<PartFile>(m_sequence ? NumberedPath(m_options.path, packet.pts) : m_options.path,
+                                               m_options.overwrite);
         file->Write({reinterpret_cast<const char*>(packet.data), std::size_t(packet.size)});
         if (m_sequence)
             file->Commit();
@@ -56,8 +56,13 @@ class PictureSink final : public MediaSink {
         return (path.parent_path() / (path.stem().string() + "_%06d" + path.extension().string())).string();
     }
 
-    // Any file that the pattern could name; how many frames come is not known yet.
+    // Any file that the pattern could name; how many frames come is not known yet. Those of other chunks may be there.
     void CheckNumbersAreFree() const {
+        if (m_options.chunk) {
+            for (long long number = m_options.chunk->first; number <= m_options.chunk->last; ++number)
+                CheckOutputPath(NumberedPath(m_options.path, number), false);
+            return;
+        }
         const fs::path pattern(m_options.path);
         const std::string name = pattern.filename().string();
         const std::size_t begin = name.find('%'), end = name.find('d', begin);
@@ -83,6 +88,13 @@ class PictureSink final : public MediaSink {
 };
 
 }  // namespace
+
+std::string NumberedPath(const std::string& pattern, long long number) {
+    char path[4096];
+    if (av_get_frame_filename(path, sizeof path, pattern.c_str(), int(number)) < 0)
+        throw HostError(ExitCode::Usage, pattern + " is no pattern for names; use one %06d");
+    return path;
+}
 
 std::unique_ptr<MediaSink> OpenPictureSink(const OutputOptions& options, const OutputTraits& traits, bool) {
     // Nothing is made before the first picture comes, so that a trial needs no care.

@@ -87,7 +87,7 @@ std::vector<std::string> FindPictures(const std::vector<std::string>& inputs) {
 std::vector<std::string> ReadablePictures(const std::vector<std::string>& pictures, bool strict) {
     std::vector<std::string> faults(pictures.size());
     {
-        Progress progress((long long)pictures.size(), "checking picture");
+        Progress progress((long long)pictures.size(), "picture", "checking ");
         std::mutex mutex;
         tbb::parallel_for(std::size_t(0), pictures.size(), [&](std::size_t i) {
             if (IsInterrupted()) return;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string_view>
 
 extern "C" {
@@ -5,6 +6,7 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include "host/chunks.h"
 #include "host/encoder.h"
 #include "host/errors.h"
 #include "host/log.h"
@@ -45,23 +47,36 @@ class VideoSink final : public MediaSink {
           m_encoder(codec, options, traits,
                     {.globalHeader = (format.flags & AVFMT_GLOBALHEADER) != 0,
                      .formats = IsY4m(format) ? std::span(y4mFormats) : std::span<const AVPixelFormat>()}) {
-        if (options.path != "-") CheckOutputPath(options.path, options.overwrite);
+        // A chunk is coded as its whole output, but kept in the one container that holds every coding's times exactly.
+        const AVOutputFormat& container = options.chunk ? *av_guess_format(chunkContainer, nullptr, nullptr) : format;
+        const std::string path = options.chunk ? ChunkPath(options.path, *options.chunk) : options.path;
+        if (options.chunk && codec.id == AV_CODEC_ID_WRAPPED_AVFRAME)
+            throw HostError(ExitCode::Usage, m_name + ": " + format.name +
+                                                 " has nothing that chunks could be joined by; "
+                                                 "choose another extension, such as .mkv");
+        if (options.path != "-") CheckOutputPath(options.path, options.overwrite || options.chunk);
         if (tryOnly) return;
-        if (options.path != "-") m_part = std::make_unique<PartFile>(options.path, options.overwrite);
+        if (options.chunk) MakeChunkFolder(options.path);
+        if (options.path != "-") m_part = std::make_unique<PartFile>(path, options.overwrite);
         AVFormatContext* context = nullptr;
-        avformat_alloc_output_context2(&context, &format, nullptr, m_part ? m_part->Path().c_str() : "pipe:1");
+        avformat_alloc_output_context2(&context, &container, nullptr, m_part ? m_part->Path().c_str() : "pipe:1");
         m_output = Require<OutputPtr>(context);
-        if (format.video_codec == AV_CODEC_ID_MPEG2VIDEO && traits.dvd) SetDvdPacking();
+        if (container.video_codec == AV_CODEC_ID_MPEG2VIDEO && traits.dvd) SetDvdPacking();
         AddVideoStream(traits);
-        for (const AVStream* const stream : traits.audio) AddAudioStream(*stream);
-        av_dict_copy(&m_output->metadata, traits.metadata, 0);
+        if (options.chunk) {
+            m_output->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
+            av_dict_set(&m_output->metadata, chunkMark, options.mark.c_str(), 0);
+        } else {
+            for (const AVStream* const stream : traits.audio) AddAudioStream(*stream);
+            av_dict_copy(&m_output->metadata, traits.metadata, 0);
+        }
         const std::string url = m_part ? "file:" + m_part->Path() : "pipe:1";
         Check(avio_open(&m_output->pb, url.c_str(), AVIO_FLAG_WRITE));
         TakeFfmpegComplaint();
         if (const int error = avformat_write_header(m_output.get(), nullptr); error < 0) {
             const std::string complaint = TakeFfmpegComplaint();
             if (m_output->pb->error < 0) ThrowWriteError(m_name, m_output->pb->error);
-            throw HostError(ExitCode::Output, m_name + ": " + format.name + " cannot hold this (" +
+            throw HostError(ExitCode::Output, m_name + ": " + container.name + " cannot hold this (" +
                                                   (complaint.empty() ? ErrorText(error) : complaint) +
                                                   "); choose another extension or --encoder");
         }
@@ -85,8 +100,24 @@ class VideoSink final : public MediaSink {
             }
     }
 
+    bool CodesAlike(const AVCodecParameters& coded) const override {
+        const AVCodecContext& own = m_encoder.Context();
+        return coded.codec_id == own.codec_id && coded.width == own.width && coded.height == own.height &&
+               std::equal(coded.extradata, coded.extradata + coded.extradata_size, own.extradata,
+                          own.extradata + own.extradata_size);
+    }
+
+    void WriteCoded(PacketPtr packet, AVRational timeBase) override {
+        m_codedBefore = true;
+        av_packet_rescale_ts(packet.get(), timeBase, m_video->time_base);
+        packet->stream_index = m_video->index;
+        packet->pos = -1;
+        Check(av_interleaved_write_frame(m_output.get(), packet.get()));
+        Check(m_output->pb->error);
+    }
+
     void Finish() override {
-        m_encoder.Encode(nullptr, [this](AVPacket& packet) { Store(packet); });
+        if (!m_codedBefore) m_encoder.Encode(nullptr, [this](AVPacket& packet) { Store(packet); });
         Check(av_write_trailer(m_output.get()));
         avio_flush(m_output->pb);
         Check(m_output->pb->error);
@@ -159,6 +190,7 @@ class VideoSink final : public MediaSink {
     OutputPtr m_output;
     AVStream* m_video = nullptr;
     std::vector<AudioStream> m_audio;
+    bool m_codedBefore = false;  // and none are left in the encoder
 };
 
 }  // namespace
