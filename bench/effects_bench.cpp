@@ -1,3 +1,5 @@
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -97,18 +99,22 @@ std::shared_ptr<AVBased::IVideoProc> MakeEffect(const Job& job, InstructionSet s
     return effect;
 }
 
+Work MakeWork(const Job& job, InstructionSet set) {
+    return [effect = MakeEffect(job, set), position = job.position](CRawVideoFrame& frame) {
+        AVBased::ImagePostion record;
+        effect->ProcFrameInPlace(&record, position, &frame);
+    };
+}
+
+std::string WithLayout(const std::string& row, bool packed) { return row + (packed ? "/packed" : "/planar"); }
+
 void Register(const Job& job, InstructionSet set, bool packed) {
     std::string row = job.row;
     if (set == InstructionSet::Baseline) row += " (baseline)";
-    const auto make = [&job, set]() -> Work {
-        return [effect = MakeEffect(job, set), position = job.position](CRawVideoFrame& frame) {
-            AVBased::ImagePostion record;
-            effect->ProcFrameInPlace(&record, position, &frame);
-        };
-    };
+    const auto make = [&job, set] { return MakeWork(job, set); };
     const Measured measured = packed ? Measured{formatPacked, make, job.goalPacked}
                                      : Measured{job.planarFormat, make, job.goalPlanar, job.planarUnit};
-    benchmark::RegisterBenchmark((row + (packed ? "/packed" : "/planar")).c_str(), [=, &job](benchmark::State& state) {
+    benchmark::RegisterBenchmark(WithLayout(row, packed).c_str(), [=, &job](benchmark::State& state) {
         if (MakeEffect(job, set))
             Measure(state, measured);
         else
@@ -116,11 +122,26 @@ void Register(const Job& job, InstructionSet set, bool packed) {
     })->UseManualTime();
 }
 
+// Calls one row's effect on one frame, so many times and nothing else: for a program that counts instructions.
+int Call(const std::string& name, int times) {
+    for (const Job& job : jobs)
+        for (const bool packed : {true, false}) {
+            if (WithLayout(job.row, packed) != name) continue;
+            CRawVideoFrame frame(false, packed ? formatPacked : job.planarFormat, frameWidth, frameHeight, true);
+            const Work work = MakeWork(job, AVBased::BestInstructionSet());
+            for (int i = 0; i < times; ++i) work(frame);
+            return 0;
+        }
+    std::fprintf(stderr, "nifikral_bench: there is no row %s\n", name.c_str());
+    return 2;
+}
+
 }  // namespace
 }  // namespace Bench
 
 int main(int argc, char** argv) {
     using namespace Bench;
+    if (argc == 4 && std::strcmp(argv[1], "--calls") == 0) return Call(argv[3], std::atoi(argv[2]));
     char baselineFlag[] = "--baseline";
     char** const end = std::remove_if(argv + 1, argv + argc, [&](char* a) { return !std::strcmp(a, baselineFlag); });
     const bool baseline = end != argv + argc;
