@@ -3,7 +3,7 @@
 #include "TarvoBased/IStrings.h"
 #include "dvd_effects/generator_table.h"
 #include "dvd_effects/menu_motion.h"
-#include "tests/support/fake_manager.h"
+#include "tests/support/failing_host.h"
 #include "tests/support/test_frames.h"
 
 namespace AVBased::Testing {
@@ -298,27 +298,12 @@ Settings Everything() {
 }
 
 TEST_F(Menu, LivesWithAHostThatFailsAtEveryStep) {
-    for (FakeManager::Fault fault :
-         {FakeManager::Fault::Null, FakeManager::Fault::NullWithError, FakeManager::Fault::Throw}) {
-        bool failed = true;
-        for (int call = 0; failed; ++call) {
-            ASSERT_LT(call, 100);
-            ForgetError();
-            FakeManager host;
-            host.files = manager.files;
-            host.FailFrom(call, fault);
-            {
-                const EffectOwner menu(CreateEffect(&host, "menu_common", GeneratorTable()));
-                if (menu) {
-                    for (const auto& [name, value] : Everything()) menu->SetProperty(name.c_str(), value.c_str());
-                    for (int i = 0; i < 3; ++i) Next(*menu);
-                }
-                failed = host.HasFailed();
-                EXPECT_EQ(LastError().code != 0, failed) << "call " << call << " fault " << int(fault);
-            }
-            EXPECT_EQ(host.openSources, 0) << "call " << call << " fault " << int(fault);
-        }
-    }
+    UseFailingHosts(manager.files, [this](FakeManager& host) {
+        const EffectOwner menu(CreateEffect(&host, "menu_common", GeneratorTable()));
+        if (!menu) return;
+        for (const auto& [name, value] : Everything()) menu->SetProperty(name.c_str(), value.c_str());
+        for (int i = 0; i < 3; ++i) Next(*menu);
+    });
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include "dvd_effects/easing.h"
 #include "dvd_effects/generator_table.h"
 #include "dvd_effects/slide_timeline.h"
-#include "tests/support/fake_manager.h"
+#include "tests/support/failing_host.h"
 #include "tests/support/test_frames.h"
 
 namespace AVBased::Testing {
@@ -179,27 +179,16 @@ TEST_F(Slides, RefusesUnknownWordsAndTakesAnyNumber) {
 }
 
 TEST_F(Slides, LivesWithAHostThatFailsAtEveryStep) {
-    for (FakeManager::Fault fault :
-         {FakeManager::Fault::Null, FakeManager::Fault::NullWithError, FakeManager::Fault::Throw}) {
-        bool failed = true;
-        for (int call = 0; failed; ++call) {
-            ASSERT_LT(call, 100);
-            ForgetError();
-            FakeManager host;
-            host.files = manager.files;
-            host.FailFrom(call, fault);
-            const EffectOwner slides = Make({{"paths", "red;noise;blue"},
-                                             {"slideDuration", "1"},
-                                             {"transitionDuration", "1"},
-                                             {"fit", "blur"},
-                                             {"motion", "zoomin"}},
-                                            &host);
-            for (int i = 0; i < 6; ++i) Next(*slides);
-            failed = host.HasFailed();
-            EXPECT_EQ(LastError().code != 0, failed) << "call " << call << " fault " << int(fault);
-            EXPECT_EQ(host.openSources, 0) << "call " << call << " fault " << int(fault);
-        }
-    }
+    UseFailingHosts(manager.files, [this](FakeManager& host) {
+        const EffectOwner slides = Make({{"paths", "red;noise;blue"},
+                                         {"slideDuration", "1"},
+                                         {"transitionDuration", "1"},
+                                         {"fit", "blur"},
+                                         {"motion", "zoomin"}},
+                                        &host);
+        for (int i = 0; i < 6; ++i) Next(*slides);
+        EXPECT_EQ(host.openSources, 0);
+    });
 }
 
 }  // namespace
