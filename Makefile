@@ -9,6 +9,11 @@ run: packages $(release)/build.ninja  ## build, and show every effect and menu i
 	cmake --build --preset release --target nifikral nifikral_module
 	scripts/demo.sh $(release)/bin/nifikral out
 
+reference: packages $(release)/build.ninja  ## show every effect with all of its parameters on the page out/reference.html
+	cmake --build --preset release --target nifikral nifikral_module
+	scripts/sample_media.sh out/input
+	$(release)/bin/nifikral reference -y out/input/photo.jpg -o out/reference.html
+
 test: configure  ## build everything and run every test
 	cmake --build --preset release
 	ctest --preset release
@@ -46,4 +51,4 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run test bench bench-peers format check-format tidy clean packages configure
+.PHONY: help run reference test bench bench-peers format check-format tidy clean packages configure

@@ -215,7 +215,12 @@ void AddInit(CLI::App& app, CommandLine& line) {
     init->add_flag("-y,--overwrite", options.overwrite, "overwrite files of the same names");
     init->add_flag("-q,--quiet", line.quiet, "errors only");
     AddCommonOptions(*init, line);
-    line.work[init] = [&line](const EffectModule& module) { WriteExampleProject(line.init, module); };
+    line.work[init] = [&line](const EffectModule& module) {
+        const std::string project = WriteExampleProject(line.init, module);
+        if (!line.quiet)
+            std::cerr << project << " and its pictures are written; make the film with\n  nifikral menu "
+                      << line.init.templateName << " " << project << " -o menu.mp4\n";
+    };
 }
 
 void AddGallery(CLI::App& app, CommandLine& line) {
@@ -252,6 +257,19 @@ void AddConcat(CLI::App& app, CommandLine& line) {
         ->required()
         ->check(CLI::NonNegativeNumber);
     line.concat->prefix_command()->footer("Behind this option stands the run, as nifikral plan prints it.");
+}
+
+void AddReference(CLI::App& app, CommandLine& line) {
+    CLI::App* const reference =
+        app.add_subcommand("reference", "show all effects and menus, with all parameters, on one page");
+    reference->add_option("PHOTO", line.reference.photograph, "a picture that the effects are shown on")->required();
+    reference->add_option("-o,--output", line.reference.page, "the page, which holds its pictures itself")
+        ->type_name("FILE")
+        ->required();
+    reference->add_flag("-y,--overwrite", line.reference.overwrite, "overwrite an existing page");
+    reference->add_flag("-q,--quiet", line.quiet, "errors only");
+    AddCommonOptions(*reference, line);
+    line.work[reference] = [&line](const EffectModule& module) { MakeReference(line.reference, module); };
 }
 
 void AddListings(CLI::App& app, CommandLine& line) {
@@ -324,8 +342,8 @@ CommandLine::CommandLine() : app("video effects and disc menus for pictures and 
     app.require_subcommand(1);
     app.set_version_flag("--version", "nifikral " + std::string(Version()), "tell the version");
     app.set_help_flag("-h,--help", "tell the usage");
-    for (const auto add :
-         {AddApply, AddMenu, AddSlideshow, AddTitle, AddInit, AddGallery, AddPlan, AddConcat, AddListings, AddGenerate})
+    for (const auto add : {AddApply, AddMenu, AddSlideshow, AddTitle, AddInit, AddGallery, AddReference, AddPlan,
+                           AddConcat, AddListings, AddGenerate})
         add(app, *this);
     // Last: subcommands that are added later would inherit it.
     app.footer(

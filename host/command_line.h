@@ -12,6 +12,7 @@
 #include "host/gallery.h"
 #include "host/menu.h"
 #include "host/plan.h"
+#include "host/reference.h"
 #include "host/slideshow.h"
 #include "host/title.h"
 
@@ -49,6 +50,7 @@ struct CommandLine {
     GalleryOptions gallery;
     PlanOptions planning;
     long long lastFrame = 0;
+    ReferenceOptions reference;
 };
 
 }  // namespace Nifikral

@@ -1,14 +1,12 @@
 #include "host/example_project.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <deque>
 #include <filesystem>
 
 #include "host/errors.h"
 #include "host/example_pictures.h"
 #include "host/ffmpeg_handles.h"
-#include "host/log.h"
 #include "host/menu.h"
 #include "host/part_file.h"
 
@@ -142,7 +140,7 @@ void MakeFolder(const fs::path& folder) {
 
 }  // namespace
 
-void WriteExampleProject(const InitOptions& options, const EffectModule& module) {
+std::string WriteExampleProject(const InitOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);
     const fs::path folder = options.folder.empty() ? options.templateName : options.folder;
     std::vector<ExamplePicture> files = DrawExamplePictures();
@@ -153,10 +151,7 @@ void WriteExampleProject(const InitOptions& options, const EffectModule& module)
     for (const ExamplePicture& file : files)
         parts.emplace_back((folder / file.file).string(), options.overwrite).Write(file.png);
     for (PartFile& part : parts) part.Commit();
-    if (GetVerbosity() == Verbosity::Quiet) return;
-    const std::string project = (folder / projectFile).string();
-    std::fprintf(stderr, "%s and its pictures are written; make the film with\n  nifikral menu %s %s -o menu.mp4\n",
-                 project.c_str(), options.templateName.c_str(), project.c_str());
+    return (folder / projectFile).string();
 }
 
 }  // namespace Nifikral

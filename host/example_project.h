@@ -11,7 +11,8 @@ struct InitOptions {
     bool overwrite = false;
 };
 
-/// Writes an example project for a menu template, and the pictures that it shows, into a folder.
-void WriteExampleProject(const InitOptions& options, const EffectModule& module);
+/// Writes an example project for a menu template, and the pictures that it shows, into a folder. Answers the project's
+/// file.
+std::string WriteExampleProject(const InitOptions& options, const EffectModule& module);
 
 }  // namespace Nifikral

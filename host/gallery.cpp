@@ -2,18 +2,15 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 
-#include "host/apply.h"
 #include "host/catalogue.h"
 #include "host/effect_request.h"
 #include "host/errors.h"
 #include "host/gallery_page.h"
-#include "host/gallery_settings.h"
+#include "host/gallery_pictures.h"
 #include "host/part_file.h"
-#include "host/shell_word.h"
 
 namespace Nifikral {
 namespace {
@@ -21,6 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char photographFile[] = "photo.png";
+// Effects that work on single pixels show, and the page stays light.
 constexpr int longestSide = 960;
 
 // The page's pictures while they are made; they move into their folder when all are there.
@@ -79,38 +77,6 @@ void CheckPlaces(const GalleryOptions& options, const fs::path& files) {
                         options.photograph + " lies among the gallery's own pictures; copy it elsewhere first");
 }
 
-// Reduced, so that effects that work on single pixels show and the page stays light.
-PictureShape PageShape(PictureShape shape) {
-    const int longer = std::max(shape.width, shape.height);
-    if (longer <= longestSide) return shape;
-    const auto reduced = [&](int side) { return int(std::max(1LL, (2LL * side * longestSide / longer + 1) / 2)); };
-    shape.width = reduced(shape.width);
-    shape.height = reduced(shape.height);
-    return shape;
-}
-
-PictureShape WritePhotograph(const std::string& from, const std::string& to) {
-    MediaSource source(from, {.range = {0, 0}, .audio = false});
-    OutputTraits traits = TraitsOf(source, AV_PIX_FMT_RGB24);
-    traits.source = PageShape(traits.source);
-    traits.metadata = nullptr;
-    OutputOptions output;
-    output.path = to;
-    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, false);
-    std::optional<SourceStep> step = source.Next();
-    FramePtr& frame = step->frame;
-    if (HasAlpha(ShapeOf(*frame).format)) {
-        PictureShape packed = ShapeOf(*frame);
-        packed.format = AV_PIX_FMT_BGRA;
-        PictureConverter(packed).Convert(frame);
-        LayOverBlack(*frame);
-    }
-    PictureConverter(sink->Shape()).Convert(frame);
-    sink->Write(std::move(frame), 0);
-    sink->Finish();
-    return sink->Shape();
-}
-
 // All parameters with the values that the effect itself tells once the settings are in it.
 std::vector<GalleryParameter> Parameters(const EffectRequest& request, const EffectModule& module) {
     const EffectPtr effect = module.Create(request.effect);
@@ -132,24 +98,18 @@ void MakeGallery(const GalleryOptions& options, const EffectModule& module) {
     CheckPlaces(options, files);
     const std::string folder = files.filename().string() + "/";
     const PartFolder part(files);
-    const PictureShape shape = WritePhotograph(options.photograph, part.File(photographFile));
+    const PictureShape shape = WriteReduced(options.photograph, part.File(photographFile), longestSide);
     GalleryPage page{
         fs::path(options.photograph).filename().string(), folder + photographFile, shape.width, shape.height, {}};
     for (const EffectInfo& info : Catalogue()) {
         if ((info.traits & generator) || !module.Create(info.name)) continue;
-        const GallerySettings settings = SettingsForGallery(info.name, shape.width, shape.height);
-        const std::string request = info.name + (settings.text.empty() ? "" : ":" + settings.text);
         const std::string file = std::string(info.name) + ".jpg";
-        ApplyOptions apply;
-        apply.input = part.File(photographFile);
-        apply.effects.assign(std::size_t(settings.times), request);
-        apply.run.output.path = part.File(file);
-        Apply(apply, module);
-        std::string command = "nifikral apply " + ShellWord(page.photographFile) + " " + file;
-        for (const std::string& effect : apply.effects) command += " " + effect;
-        page.pictures.push_back({info.name, info.summary, folder + file, settings.times,
+        const std::vector<std::string> requests =
+            ShowEffect(info, part.File(photographFile), shape, part.File(file), module);
+        page.pictures.push_back({info.name, info.summary, folder + file, int(requests.size()),
                                  (info.traits & changesAlpha) != 0,
-                                 Parameters(ParseEffectRequest(request, module), module), command});
+                                 Parameters(ParseEffectRequest(requests.front(), module), module),
+                                 ApplyCommand(page.photographFile, file, requests)});
     }
     PartFile html(options.page, options.overwrite);
     html.Write(RenderGallery(page));
