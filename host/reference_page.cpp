@@ -24,8 +24,7 @@ header { max-width: 72rem; margin: 0 auto; }
 section > h2 { margin: 2.5rem 0 1rem; font-size: 1.6rem; }
 article { margin-bottom: 1.5rem; }
 h3 { margin: 0; font-size: 1.2rem; }
-.pair { display: flex; flex-wrap: wrap; align-items: flex-start; gap: .5rem; margin-bottom: .75rem; }
-.pair > * { width: 480px; max-width: 100%; margin: 0; }
+.pair > * { display: inline-block; width: 480px; max-width: 100%; margin: 0 .5rem .5rem 0; vertical-align: top; }
 .before { background-size: cover; }
 .before::before { content: ""; display: block; }
 thead th { border-bottom: 1px solid var(--line); }
