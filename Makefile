@@ -26,6 +26,16 @@ bench: configure  ## time the effects
 bench-peers: packages  ## time public libraries beside the effects
 	scripts/bench_peers.sh $(BENCH)
 
+debs: packages  ## make Debian packages in build/package
+	scripts/install_packages.sh package
+	cmake --preset package
+	cmake --build --preset package
+	rm -f build/package/*.deb
+	cd build/package && cpack -G DEB
+
+test-packages: debs  ## install the packages into a clean Debian and use them there, as root
+	scripts/test_packages.sh build/package
+
 format:  ## reformat the sources
 	$(sources) | xargs clang-format-14 -i
 
@@ -51,4 +61,4 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run reference test bench bench-peers format check-format tidy clean packages configure
+.PHONY: help run reference test bench bench-peers debs test-packages format check-format tidy clean packages configure
