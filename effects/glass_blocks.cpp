@@ -51,9 +51,7 @@ namespace {
 
 __m256i Load(const void* at) { return _mm256_loadu_si256(static_cast<const __m256i*>(at)); }
 
-void Store(std::uint8_t* to, __m256i value) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value);
-}
+void Store(std::uint8_t* to, __m256i value) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value); }
 
 // Writes the bytes of a block at `first` that lie in [begin, end).
 void StorePart(std::uint8_t* to, std::size_t first, std::size_t begin, std::size_t end, __m256i block) {
@@ -99,8 +97,8 @@ void GlassBlocks::MixColumns(std::uint8_t* to, const std::uint8_t* row) const {
         Store(to + half * halfBytes, UpperBytes(mixed(half), mixed(half + 1)));
 }
 
-void GlassBlocks::MixRows(std::uint8_t* to, const std::uint8_t* a, const std::uint8_t* b,
-                                            unsigned share, std::size_t begin, std::size_t end) {
+void GlassBlocks::MixRows(std::uint8_t* to, const std::uint8_t* a, const std::uint8_t* b, unsigned share,
+                          std::size_t begin, std::size_t end) {
     if (share == 0) {
         share = 1;
         b = a;

@@ -16,8 +16,8 @@ class GlassBlocks {
     /// What a row is mixed in: alone, before it is mixed with the row below, or together with that one.
     enum class Order { RowByRow, TwoRows };
 
-    /// For each column the sample that it shows and the share of the right neighbour, or of the one below, in 1/256; and
-    /// the bytes of a sample. Nothing where the blocks do not serve.
+    /// For each column the sample that it shows and the share of the right neighbour, or of the one below, in 1/256;
+    /// and the bytes of a sample. Nothing where the blocks do not serve.
     static std::optional<GlassBlocks> Make(const std::vector<unsigned>& columns,
                                            const std::vector<std::uint8_t>& shares, unsigned sampleBytes, Order order,
                                            InstructionSet set);
