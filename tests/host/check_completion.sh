@@ -1,8 +1,10 @@
 #!/bin/bash
 # Completes the last words of lines as a shell does by the command's own script.
 # Usage: check_completion.sh bash|zsh|fish COMMAND
+# Ends with 77 where it cannot be tried: zsh completes only at a terminal, which a bare chroot does not have.
 set -euo pipefail
 shell=$1 command=$2
+[[ $shell != zsh ]] || zsh -f -c 'zmodload zsh/zpty; zpty prompt true' || { echo "no pseudo terminal for zsh"; exit 77; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
