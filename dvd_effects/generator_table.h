@@ -1,6 +1,8 @@
 #pragma once
 
-#include "effects/effect_table.h"
+#include <span>
+
+#include "effects/base/effect_table.h"
 
 namespace AVBased {
 

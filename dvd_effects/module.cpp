@@ -1,4 +1,5 @@
 #include "dvd_effects/generator_table.h"
+#include "effects/ImageEffects.h"
 
 /// The module's one exported function; see AVBased::CreateVideoProcFunction.
 extern "C" [[gnu::visibility("default")]] AVBased::IVideoProc* CreateVideoProc(AVBased::IAVManager* manager,

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "TarvoBased/ITarvoException.h"
-#include "host/errors.h"
+#include "host/base/errors.h"
 
 namespace Nifikral {
 namespace {

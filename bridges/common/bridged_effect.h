@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "avbase/IRawVideoFrame.h"
-#include "host/effect_module.h"
+#include "host/catalogue/effect_module.h"
 
 namespace Nifikral {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "bridges/frei0r/interface.h"
-#include "host/catalogue.h"
+#include "host/catalogue/catalogue.h"
 
 namespace Nifikral::Frei0r {
 

@@ -12,10 +12,10 @@
 #include "bridges/frei0r/frame_clock.h"
 #include "bridges/frei0r/plugin.h"
 #include "bridges/frei0r/tell.h"
-#include "host/catalogue.h"
-#include "host/errors.h"
-#include "host/media_manager.h"
-#include "host/menu_project.h"
+#include "host/catalogue/catalogue.h"
+#include "host/base/errors.h"
+#include "host/films/media_manager.h"
+#include "host/films/menu_project.h"
 
 namespace Nifikral::Frei0r {
 namespace {

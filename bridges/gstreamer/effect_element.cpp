@@ -16,7 +16,7 @@
 #include "bridges/gstreamer/names.h"
 #include "bridges/gstreamer/picture.h"
 #include "bridges/gstreamer/property.h"
-#include "host/catalogue.h"
+#include "host/catalogue/catalogue.h"
 
 namespace Nifikral::Gst {
 namespace {

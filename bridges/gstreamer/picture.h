@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "bridges/common/borrowed_frame.h"
-#include "host/catalogue.h"
+#include "host/catalogue/catalogue.h"
 
 /// GStreamer's pictures as the module's frames.
 namespace Nifikral::Gst {

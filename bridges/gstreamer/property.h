@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "host/catalogue.h"
-#include "host/effect_module.h"
+#include "host/catalogue/catalogue.h"
+#include "host/catalogue/effect_module.h"
 
 namespace Nifikral::Gst {
 

@@ -7,7 +7,7 @@
 #include "TarvoBased/IStrings.h"
 #include "TarvoBased/ITarvoException.h"
 #include "avbase/IVideoProc.h"
-#include "effects/CBasedVideoEffect.h"
+#include "effects/base/CBasedVideoEffect.h"
 
 namespace AVBased {
 namespace {

@@ -1,7 +1,7 @@
 // Prints docs/frei0r-parameters.md: what the built plug-ins tell of themselves.
 #include <iostream>
 
-#include "host/catalogue.h"
+#include "host/catalogue/catalogue.h"
 #include "tests/bridges/frei0r/plugin_object.h"
 
 namespace {

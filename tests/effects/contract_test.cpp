@@ -7,7 +7,7 @@
 
 #include "TarvoBased/IStrings.h"
 #include "TarvoBased/error_codes.h"
-#include "effects/CBasedVideoEffect.h"
+#include "effects/base/CBasedVideoEffect.h"
 #include "tests/support/test_frames.h"
 
 namespace AVBased {

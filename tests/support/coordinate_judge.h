@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "effects/CBasedVideoEffect.h"
-#include "effects/coordinate_table.h"
+#include "effects/base/CBasedVideoEffect.h"
+#include "effects/geometry/coordinate_table.h"
 #include "tests/support/test_frames.h"
 
 namespace AVBased::Testing {

@@ -10,7 +10,7 @@
 #include "TarvoBased/ITarvoException.h"
 #include "avbase/IAVManager.h"
 #include "avbase/avbase_srcutils/avbase_crawvideoframe.h"
-#include "effects/frame_views.h"
+#include "effects/base/frame_views.h"
 
 namespace AVBased::Testing {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "effects/CBasedVideoEffect.h"
+#include "effects/base/CBasedVideoEffect.h"
 #include "tests/support/test_frames.h"
 
 namespace AVBased::Testing {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "effects/CBasedVideoEffect.h"
-#include "effects/coordinate_table.h"
+#include "effects/base/CBasedVideoEffect.h"
+#include "effects/geometry/coordinate_table.h"
 #include "tests/support/test_frames.h"
 
 namespace AVBased::Testing {

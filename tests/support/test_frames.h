@@ -15,7 +15,7 @@
 #include "TarvoBased/ITarvoException.h"
 #include "avbase/IVideoProc.h"
 #include "avbase/avbase_srcutils/pixel_formats.h"
-#include "effects/effect_table.h"
+#include "effects/ImageEffects.h"
 #include "tests/support/guarded_memory.h"
 
 namespace AVBased::Testing {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "bridges/common/borrowed_frame.h"
-#include "host/errors.h"
+#include "host/base/errors.h"
 
 namespace Nifikral {
 namespace {

@@ -9,7 +9,7 @@
 #include <set>
 #include <thread>
 
-#include "host/catalogue.h"
+#include "host/catalogue/catalogue.h"
 #include "tests/bridges/frei0r/in_process.h"
 #include "tests/bridges/frei0r/plugin_object.h"
 

@@ -1,6 +1,6 @@
 #include <set>
 
-#include "host/catalogue.h"
+#include "host/catalogue/catalogue.h"
 #include "tests/bridges/gstreamer/element_pair.h"
 
 namespace Nifikral::Gst::Testing {

@@ -1,0 +1,102 @@
+#include "dvd_effects/menu/menu_sources.h"
+
+#include <new>
+
+#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/canvas/menu_errors.h"
+
+namespace AVBased {
+
+using namespace TarvoBased;
+
+namespace {
+
+// Lines that the host reads beside an error of these operations.
+enum Line : int { lineArray = 300, lineOpen = 320, lineRead = 330, lineSources = 340, lineTextRender = 380 };
+
+constexpr int stillMilliseconds = 5000;
+
+template <class T>
+int InitPointers(T**& pointers, int n) {
+    pointers = nullptr;
+    return AtBoundary(lineArray, dvdEffectsUtilsName, [&] {
+        if (n >= 0) pointers = new (std::nothrow) T* [std::size_t(n)] {};
+        Require(pointers, textCreatePointerFailed, lineArray);
+        return 1;
+    });
+}
+
+const char* ImporterFor(bool isImage) { return isImage ? importerImage : ""; }
+
+}  // namespace
+
+SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImage, const char* message) {
+    Require(manager, textNullPointer, lineOpen);
+    SourceOwner source(manager->OpenSource(path.c_str(), ImporterFor(isImage)));
+    if (!source) RaiseHostFailure(message, lineOpen);
+    return source;
+}
+
+FrameOwner ReadFrame(IAVSource& source) {
+    FrameOwner frame(source.ReadFrame());
+    if (!frame) RaiseHostFailure(textNullPointer, lineRead);
+    return frame;
+}
+
+int InitAVSources(IAVSource**& sources, int n) { return InitPointers(sources, n); }
+int InitAVPropSet(IAVSourcePropertySet**& sets, int n) { return InitPointers(sets, n); }
+
+int CreateAVSources(IAVManager* manager, IAVSource**& sources, IAVSourcePropertySet**& sets, const std::string& paths,
+                    const std::string& kinds) {
+    sources = nullptr;
+    sets = nullptr;
+    return AtBoundary(lineSources, dvdEffectsUtilsName, [&] {
+        Require(manager, textNullPointer, lineSources);
+        const std::vector<std::string> path = SplitList(paths, ';'), kind = SplitList(kinds, ';');
+        Require(path.size() == kind.size(), textParamError, lineSources);
+        const int count = int(path.size());
+        std::vector<SourceOwner> opened(path.size());
+        std::vector<IAVSourcePropertySet*> settings(path.size());
+        for (std::size_t i = 0; i < path.size(); ++i) {
+            const bool isImage = kind[i] == "true";
+            opened[i].reset(manager->OpenSource(path[i].c_str(), ImporterFor(isImage)));
+            Require(opened[i] != nullptr, textParamError, lineSources);
+            if (!isImage) continue;
+            settings[i] = static_cast<IAVSourcePropertySet*>(opened[i]->GetInterface(IAVSourcePropertySet::name));
+            Require(settings[i], textParamError, lineSources);
+            settings[i]->SetProperty(IAVSourcePropertySet::stillDuration, stillMilliseconds);
+        }
+        IAVSource** newSources = nullptr;
+        IAVSourcePropertySet** newSets = nullptr;
+        if (!InitAVSources(newSources, count)) return 0;
+        if (!InitAVPropSet(newSets, count)) {
+            delete[] newSources;
+            return 0;
+        }
+        for (std::size_t i = 0; i < path.size(); ++i) {
+            newSources[i] = opened[i].release();
+            newSets[i] = settings[i];
+        }
+        sources = newSources;
+        sets = newSets;
+        return 1;
+    });
+}
+
+int CreateTextRender(IAVImporter* importer, IAVSource*& source, ISimpleHTMLRender*& render, const text_t& text) {
+    source = nullptr;
+    render = nullptr;
+    return AtBoundary(lineTextRender, dvdEffectsUtilsName, [&] {
+        Require(importer, textNullPointer, lineTextRender);
+        SourceOwner made(importer->CreateSource());
+        if (!made) RaiseHostFailure(textNullPointer, lineTextRender);
+        auto* const renderer = static_cast<ISimpleHTMLRender*>(made->GetInterface(ISimpleHTMLRender::name));
+        if (!renderer) RaiseHostFailure(textNullPointer, lineTextRender);
+        if (!renderer->SetHTML(TextHtml(text).c_str())) RaiseHostFailure(textUnexpectedError, lineTextRender);
+        render = renderer;
+        source = made.release();
+        return 1;
+    });
+}
+
+}  // namespace AVBased

@@ -1,0 +1,196 @@
+#include "dvd_effects/slides/CSlides.h"
+
+#include <algorithm>
+
+#include "dvd_effects/canvas/compositor.h"
+#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/slides/easing.h"
+#include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/menu/menu_frames.h"
+#include "dvd_effects/menu/menu_sources.h"
+#include "dvd_effects/slides/rasters.h"
+#include "effects/base/place_hash.h"
+
+namespace AVBased {
+
+using namespace TarvoBased;
+
+namespace {
+
+constexpr char unitName[] = "CSlides";
+
+// Lines that the host reads beside an error of a slideshow.
+enum Line : int { lineProperty = 40, lineFrame = 100, linePicture = 140 };
+
+constexpr char randomChoice[] = "random";
+
+constexpr std::pair<const char*, SlideFit> fits[] = {
+    {"pad", SlideFit::Pad}, {"crop", SlideFit::Crop}, {"blur", SlideFit::Blur}};
+
+void RequireKnown(bool known) { Require(known, textInvalidParamValue, lineProperty, unitName); }
+
+// A list of words that all of isKnown(word) takes.
+template <class IsKnown>
+std::vector<std::string> ParseWords(const std::string& list, IsKnown isKnown) {
+    std::vector<std::string> words = SplitList(list, ';');
+    RequireKnown(!words.empty());
+    for (const std::string& word : words) RequireKnown(isKnown(word));
+    return words;
+}
+
+}  // namespace
+
+struct CSlides::Property {
+    const char *name, *defaultText;
+    std::int32_t type;
+    void (*set)(CSlides&, const PropertyNode&);
+};
+
+const CSlides::Property CSlides::properties[9] = {
+    {"paths", "", typeText,
+     [](CSlides& slides, const PropertyNode& node) {
+         slides.m_paths = SplitList(node.text, ';');
+         slides.m_timeline.pictures = std::max<std::uint64_t>(slides.m_paths.size(), 1);
+         slides.ForgetPictures();
+     }},
+    {"slideDuration", "100", typeInt32,
+     [](CSlides& slides, const PropertyNode& node) {
+         slides.m_timeline.alone = std::max(node.Value<std::int32_t>(), 0);
+     }},
+    {"transitionDuration", "25", typeInt32,
+     [](CSlides& slides, const PropertyNode& node) {
+         slides.m_timeline.together = std::max(node.Value<std::int32_t>(), 0);
+     }},
+    {"transitions", "crossfade", typeText,
+     [](CSlides& slides, const PropertyNode& node) {
+         slides.m_transitions = ParseWords(
+             node.text, [](const std::string& word) { return word == randomChoice || FindTransition(word); });
+     }},
+    {"motion", "none", typeText,
+     [](CSlides& slides, const PropertyNode& node) {
+         slides.m_motions =
+             ParseWords(node.text, [](const std::string& word) { return FindSlideMotion(word, 0).has_value(); });
+         slides.ForgetPictures();
+     }},
+    {"motionAmount", "15", typeInt32,
+     [](CSlides& slides, const PropertyNode& node) {
+         slides.m_motionAmount = std::clamp(node.Value<std::int32_t>(), 1, 100);
+         slides.ForgetPictures();
+     }},
+    {"fit", "pad", typeText,
+     [](CSlides& slides, const PropertyNode& node) {
+         const auto* const fit = std::ranges::find(fits, node.text, [](const auto& row) { return row.first; });
+         RequireKnown(fit != std::end(fits));
+         slides.m_fit = fit->second;
+         slides.ForgetPictures();
+     }},
+    {"loop", "0", typeInt32,
+     [](CSlides& slides, const PropertyNode& node) { slides.m_timeline.loops = node.Value<std::int32_t>() != 0; }},
+    {"seed", "0", typeInt32,
+     [](CSlides& slides, const PropertyNode& node) {
+         slides.m_seed = node.Value<std::int32_t>();
+         slides.ForgetPictures();
+     }},
+};
+
+CSlides::CSlides(IAVManager* manager) : CBasedVideoImageEffect(effectSlideName), m_manager(manager) {
+    for (const Property& property : properties) {
+        PropertyNode node{property.defaultText, property.type};
+        node.Parse();
+        AddProperty(property.name, node);
+    }
+}
+
+void CSlides::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    for (const Property& property : properties)
+        if (name == property.name) property.set(*this, node);
+}
+
+bool CSlides::Seek(unsigned position) {
+    m_position = position;
+    return true;
+}
+
+void CSlides::ForgetPictures() {
+    for (Slide& slide : m_slides) slide.picture.reset();
+}
+
+void CSlides::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    const std::uint64_t position = m_position++;
+    if (!Canvas::Takes(*frame)) return;
+    const FrameSize size = SizeOf(*frame);
+    if (frame->GetPixelFormat() != m_format || size != m_size) {
+        m_format = frame->GetPixelFormat();
+        m_size = size;
+        m_top.reset();
+        ForgetPictures();
+    }
+    const bool drawable = std::max(size.width, size.height) <= largestSide;
+    if (!drawable || m_paths.empty()) FillBlack(*frame);
+    Require(drawable, textInvalidParamValue, lineFrame, unitName);
+    if (m_paths.empty() || !size.width || !size.height) return;
+
+    SlideTimeline timeline = m_timeline;
+    if (timeline.alone + timeline.together == 0) timeline.alone = 1;
+    const SlideTimeline::Frame at = timeline.At(position);
+    if (at.second)
+        DrawTransition(*frame, at);
+    else
+        Draw(*frame, at.first, at.first, WholeArea(size.width, size.height));
+}
+
+void CSlides::DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& at) {
+    const Transition& transition = TransitionAfter(at.first.index);
+    if (!m_top) m_top = std::make_unique<CRawVideoFrame>(false, m_format, m_size.width, m_size.height, true);
+    IRawVideoFrame &below = frame, &top = *m_top;
+    Draw(transition.firstOnTop ? top : below, at.first, *at.second, transition.placeFirst(m_size, at.t));
+    Draw(transition.firstOnTop ? below : top, *at.second, at.first, transition.placeSecond(m_size, at.t));
+    transition.compose(frame, top, at.t, Instructions());
+}
+
+void CSlides::Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept, const Area& place) {
+    IRawVideoFrame& picture = PictureAt(moment.index, kept.index);
+    const Area shown = MotionOf(moment.index).Shown(SizeOf(picture), m_size, moment.share);
+    DrawView(frame, picture, shown, place, Instructions());
+}
+
+std::uint32_t CSlides::Random(Choice choice, std::uint64_t index) const {
+    const FrameHash ofPicture{std::uint32_t(m_seed), std::int32_t(index)};
+    return ofPicture.Row(unsigned(choice), 0)(0);
+}
+
+SlideMotion CSlides::MotionOf(std::uint64_t index) const {
+    return *FindSlideMotion(m_motions[index % m_motions.size()], Random(Choice::Motion, index));
+}
+
+const Transition& CSlides::TransitionAfter(std::uint64_t index) const {
+    const std::string& name = m_transitions[index % m_transitions.size()];
+    if (name != randomChoice) return *FindTransition(name);
+    const std::span<const Transition> all = Transitions();
+    return all[Random(Choice::Transition, index) % (all.size() - 1)];
+}
+
+IRawVideoFrame& CSlides::PictureAt(std::uint64_t index, std::uint64_t kept) {
+    for (const Slide& slide : m_slides)
+        if (slide.picture && slide.index == index) return *slide.picture;
+    Slide& slide = m_slides[m_slides[0].picture && m_slides[0].index == kept ? 1 : 0];
+    slide.picture.reset();
+    const auto side = [&](unsigned own) {
+        const std::uint64_t larger = std::uint64_t(own) * unsigned(100 + m_motionAmount) / 100;
+        return MotionOf(index).Moves() ? unsigned(std::min<std::uint64_t>(larger, largestSide)) : own;
+    };
+    auto picture = std::make_unique<CRawVideoFrame>(false, m_format, side(m_size.width), side(m_size.height), true);
+    FillBlack(*picture);
+    AtBoundary(linePicture, unitName, [&] { Fill(*picture, m_paths[index]); });
+    slide = {index, std::move(picture)};
+    return *slide.picture;
+}
+
+void CSlides::Fill(CRawVideoFrame& picture, const std::string& path) {
+    // The file is closed again before anything is made of its picture.
+    const FrameOwner frame = ReadFrame(*OpenSource(m_manager, path, true));
+    FitPicture(*frame, m_fit, m_size.height, picture);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "avbase/IAVManager.h"
+#include "dvd_effects/slides/slide_picture.h"
+#include "dvd_effects/slides/slide_timeline.h"
+#include "dvd_effects/slides/transitions.h"
+#include "effects/base/CBasedVideoEffect.h"
+
+namespace AVBased {
+
+inline constexpr char effectSlideName[] = "slide";
+
+/// A slideshow: pictures one after another over the whole frame, each handed over to the next by a transition, and
+/// moving slowly meanwhile. Every processed frame is the next one of the show, whatever it held; Seek sets which one
+/// the next is. A frame depends on its number and the properties alone. Opaque throughout.
+///
+/// Picture i is alone for `slideDuration` frames from frame i * (slideDuration + transitionDuration) on, and shares the
+/// next `transitionDuration` frames with picture i + 1. The last one stays; with `loop` the first one follows it.
+///
+/// | Property             | Default     |                                                                            |
+/// |----------------------|-------------|----------------------------------------------------------------------------|
+/// | "paths"              | ""          | ";" list of pictures, in order                                             |
+/// | "slideDuration"      | "100"       | frames; 0 lets transition follow transition                                |
+/// | "transitionDuration" | "25"        | frames; 0 cuts                                                             |
+/// | "transitions"        | "crossfade" | ";" list, repeated: crossfade, push, wipe, zoom, iris, blinds, pageturn,   |
+/// |                      |             | cut (half way through its time), or random, any but the cut                |
+/// | "motion"             | "none"      | ";" list, repeated: none, zoomin, zoomout, panleft, panright, panup,       |
+/// |                      |             | pandown, or random                                                         |
+/// | "motionAmount"       | "15"        | how much larger a moving picture gets, in percent, 1 to 100                |
+/// | "fit"                | "pad"       | pictures of another shape: pad with black, crop, or blur (pad with a dark, |
+/// |                      |             | blurred copy)                                                              |
+/// | "loop"               | "0"         | not 0: starts over behind the last picture                                 |
+/// | "seed"               | "0"         | of the random choices                                                      |
+///
+/// A word that is not in a list above is refused. At most two pictures are held, whatever their number, and a file is
+/// open only while it is read. One that fails shows as black in its time, so that the others keep theirs; the error is
+/// filed whenever its turn comes. Without pictures all is black.
+class CSlides : public CBasedVideoImageEffect {
+ public:
+    /// `manager` is borrowed; without one, every picture is black.
+    explicit CSlides(IAVManager* manager);
+
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+    bool Seek(unsigned position) override;
+    void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
+
+ private:
+    struct Property;
+    static const Property properties[9];
+
+    // A picture as large as it is ever seen.
+    struct Slide {
+        std::uint64_t index = 0;
+        std::unique_ptr<CRawVideoFrame> picture;
+    };
+
+    enum class Choice : unsigned { Transition, Motion };
+
+    void ForgetPictures();
+    // The random number of a picture's choice.
+    std::uint32_t Random(Choice choice, std::uint64_t index) const;
+    SlideMotion MotionOf(std::uint64_t index) const;
+    const Transition& TransitionAfter(std::uint64_t index) const;
+    // The picture, made unless it is there; the one at `kept` stays.
+    IRawVideoFrame& PictureAt(std::uint64_t index, std::uint64_t kept);
+    void Fill(CRawVideoFrame& picture, const std::string& path);
+    void Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept, const Area& place);
+    void DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& at);
+
+    IAVManager* m_manager;
+    std::uint64_t m_position = 0;
+
+    std::vector<std::string> m_paths, m_transitions{"crossfade"}, m_motions{"none"};
+    SlideTimeline m_timeline{1, 100, 25, false};
+    std::int32_t m_motionAmount = 15, m_seed = 0;
+    SlideFit m_fit = SlideFit::Pad;
+
+    // What the pictures held were made for.
+    unsigned m_format = 0;
+    FrameSize m_size;
+    Slide m_slides[2];
+    std::unique_ptr<CRawVideoFrame> m_top;  // the upper picture of a transition
+};
+
+}  // namespace AVBased

@@ -1,0 +1,233 @@
+#include "dvd_effects/slides/CTitle.h"
+
+#include <algorithm>
+
+#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/slides/easing.h"
+#include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/menu/menu_frames.h"
+#include "dvd_effects/menu/menu_sources.h"
+
+namespace AVBased {
+
+using namespace TarvoBased;
+
+namespace {
+
+constexpr char unitName[] = "CTitle";
+
+// Lines that the host reads beside an error of a title.
+enum Line : int { lineProperty = 40, lineText = 100 };
+
+void RequireKnown(bool known) { Require(known, textInvalidParamValue, lineProperty, unitName); }
+
+template <class Value, std::size_t count>
+Value ParseWord(const std::pair<const char*, Value> (&table)[count], const std::string& word) {
+    const auto* const row = std::ranges::find(table, word, [](const auto& entry) { return entry.first; });
+    RequireKnown(row != std::end(table));
+    return row->second;
+}
+
+// In halves of the free space.
+constexpr std::pair<const char*, int> aligns[] = {{"left", 0}, {"center", 1}, {"right", 2}},
+                                      valigns[] = {{"top", 0}, {"middle", 1}, {"bottom", 2}};
+constexpr std::pair<const char*, CTitle::Motion> motions[] = {
+    {"none", {}}, {"left", {-1, 0}}, {"right", {1, 0}}, {"up", {0, -1}}, {"down", {0, 1}}, {"zoom", {0, 0, true}}};
+
+// The part of the free space before a text that is aligned so.
+std::int64_t Before(int align, std::int64_t box, std::int64_t text) { return (box - text) * align / 2; }
+
+void ParseColour(const std::string& colour, text_t& text) {
+    RequireKnown(colour.size() == 7 && colour[0] == '#' &&
+                 colour.find_first_not_of("0123456789abcdefABCDEF", 1) == std::string::npos);
+    const unsigned long value = std::stoul(colour.substr(1), nullptr, 16);
+    text.red = std::uint8_t(value >> 16);
+    text.green = std::uint8_t(value >> 8 & 255);
+    text.blue = std::uint8_t(value & 255);
+}
+
+void ParseBox(const std::string& list, text_t& text) {
+    const std::vector<std::string> items = SplitList(list, ';');
+    RequireKnown(items.empty() || items.size() == 4);
+    const auto item = [&](std::size_t i) { return items.empty() ? 0 : ParseInteger(items[i]); };
+    RequireKnown(items.empty() || (item(2) > 0 && item(3) > 0));
+    text.boxPosition = {item(0), item(1)};
+    text.boxSize = {item(2), item(3)};
+}
+
+}  // namespace
+
+struct CTitle::Property {
+    const char *name, *defaultText;
+    std::int32_t type;
+    void (*set)(CTitle&, const PropertyNode&);
+
+    template <std::int32_t CTitle::*number, std::int32_t least>
+    static void SetNumber(CTitle& title, const PropertyNode& node) {
+        title.*number = std::max(node.Value<std::int32_t>(), least);
+    }
+    template <std::string text_t::*part>
+    static void SetText(CTitle& title, const PropertyNode& node) {
+        title.m_text.*part = node.text;
+    }
+};
+
+const CTitle::Property CTitle::properties[14] = {
+    {"text", "", typeText, Property::SetText<&text_t::text>},
+    {"face", "Sans", typeText, Property::SetText<&text_t::face>},
+    {"fontstyle", "bold shadow", typeText, Property::SetText<&text_t::fontstyle>},
+    {"size", "0", typeInt32, Property::SetNumber<&CTitle::m_size, 0>},
+    {"color", "#ffffff", typeText,
+     [](CTitle& title, const PropertyNode& node) { ParseColour(node.text, title.m_text); }},
+    {"box", "", typeText, [](CTitle& title, const PropertyNode& node) { ParseBox(node.text, title.m_text); }},
+    {"align", "center", typeText,
+     [](CTitle& title, const PropertyNode& node) { title.m_align = ParseWord(aligns, node.text); }},
+    {"valign", "middle", typeText,
+     [](CTitle& title, const PropertyNode& node) { title.m_valign = ParseWord(valigns, node.text); }},
+    {"inDuration", "20", typeInt32, Property::SetNumber<&CTitle::m_inDuration, 0>},
+    {"outDuration", "20", typeInt32, Property::SetNumber<&CTitle::m_outDuration, 0>},
+    {"inMotion", "up", typeText,
+     [](CTitle& title, const PropertyNode& node) { title.m_inMotion = ParseWord(motions, node.text); }},
+    {"outMotion", "up", typeText,
+     [](CTitle& title, const PropertyNode& node) { title.m_outMotion = ParseWord(motions, node.text); }},
+    {"distance", "0", typeInt32, Property::SetNumber<&CTitle::m_distance, 0>},
+    {"lineDelay", "0", typeInt32, Property::SetNumber<&CTitle::m_lineDelay, 0>},
+};
+
+CTitle::CTitle(IAVManager* manager)
+    : CBasedVideoImageEffect(effectTitleName),
+      m_importer(manager ? manager->GetImporter(importerSimpleHtmlText) : nullptr) {
+    for (const Property& property : properties) {
+        PropertyNode node{property.defaultText, property.type};
+        node.Parse();
+        AddProperty(property.name, node);
+        property.set(*this, node);
+    }
+}
+
+void CTitle::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    for (const Property& property : properties)
+        if (name == property.name) {
+            property.set(*this, node);
+            m_ready = false;
+        }
+}
+
+bool CTitle::Seek(unsigned position) {
+    m_position = position;
+    return true;
+}
+
+void CTitle::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    const std::uint64_t position = m_position++;
+    if (!Canvas::Takes(*frame)) return;
+    if (frame->GetPixelFormat() != m_format || SizeOf(*frame) != m_frameSize) {
+        m_format = frame->GetPixelFormat();
+        m_frameSize = SizeOf(*frame);
+        m_ready = false;
+    }
+    if (!m_ready) MakeLines();
+    Canvas canvas(*frame, Instructions());
+    // Beyond, nothing changes any more.
+    constexpr std::uint64_t latest = std::uint64_t(1) << 46;
+    for (std::size_t i = 0; i < m_lines.size(); ++i)
+        if (m_lines[i].layer) DrawLine(canvas, i, std::int64_t(std::min(position, latest)));
+}
+
+std::int32_t CTitle::FontSize() const { return m_size ? m_size : std::max(std::int32_t(m_frameSize.height / 12), 1); }
+
+FrameOwner CTitle::Render(const std::string& line) const {
+    text_t item = m_text;
+    item.text = line;
+    item.size = FontSize();
+    IAVSource* source = nullptr;
+    ISimpleHTMLRender* render = nullptr;
+    if (!CreateTextRender(m_importer, source, render, item)) return nullptr;
+    return ReadFrame(*SourceOwner(source));
+}
+
+void CTitle::MakeLines() {
+    m_ready = true;
+    m_lines.clear();
+    // All are rendered before any is made, since together they decide how large each one gets.
+    std::vector<FrameOwner> rendered;
+    std::vector<FrameSize> sizes;
+    FrameSize block;
+    for (const std::string& line : SplitList(m_text.text, '\n')) {
+        FrameOwner frame;
+        if (!line.empty()) AtBoundary(lineText, unitName, [&] { frame = Render(line); });
+        sizes.push_back(frame ? SizeOf(*frame) : FrameSize{0, unsigned(FontSize())});
+        rendered.push_back(std::move(frame));
+        block = {std::max(block.width, sizes.back().width), block.height + sizes.back().height};
+    }
+    if (!block.width || !block.height) return;
+    const Box box = TextBox();
+    const FrameSize fitted = FitText(block, box.size);
+    m_lines.resize(rendered.size());
+    std::int64_t y = box.at.y + Before(m_valign, box.size.y, fitted.height);
+    m_middle = {box.at.x + box.size.x / 2.0, double(y) + fitted.height / 2.0};
+    for (std::size_t i = 0; i < rendered.size(); ++i) {
+        const auto scaled = [](unsigned side, unsigned to, unsigned from) {
+            return unsigned(std::max<std::uint64_t>(std::uint64_t(side) * to / from, 1));
+        };
+        const FrameSize size{scaled(sizes[i].width, fitted.width, block.width),
+                             scaled(sizes[i].height, fitted.height, block.height)};
+        Line& line = m_lines[i];
+        if (rendered[i])
+            AtBoundary(lineText, unitName, [&] {
+                LayerMaker(LayerKind{m_format == formatRgba32, m_frameSize.height})
+                    .Make(*rendered[i], size, line.layer);
+            });
+        line.middle = {double(box.at.x + Before(m_align, box.size.x, size.width)) + size.width / 2.0,
+                       double(y) + size.height / 2.0};
+        y += size.height;
+    }
+}
+
+CTitle::Box CTitle::TextBox() const {
+    if (m_text.boxSize.x > 0) return {m_text.boxPosition, m_text.boxSize};
+    const auto side = [](unsigned whole) { return std::int32_t(whole - whole / 10 * 2); };
+    return {{std::int32_t(m_frameSize.width / 10), std::int32_t(m_frameSize.height / 10)},
+            {side(m_frameSize.width), side(m_frameSize.height)}};
+}
+
+void CTitle::DrawLine(Canvas& canvas, std::size_t index, std::int64_t position) {
+    const std::int64_t duration = GetDuration();
+    const bool ends = duration > 1;
+    std::int64_t in = m_inDuration, out = m_outDuration;
+    if (ends && in + out > duration) {
+        in = in * duration / (in + out);
+        out = duration - in;
+    }
+    const auto share = [](std::int64_t done, std::int64_t whole) {
+        return Share(std::clamp<std::int64_t>(done, 0, whole), whole);
+    };
+    const std::int64_t later = std::int64_t(index) * m_lineDelay,
+                       earlier = std::int64_t(m_lines.size() - 1 - index) * m_lineDelay;
+    // How far it has come, and how much of it has not left.
+    const std::int64_t come = share(position - later + 1, in + 1);
+    const std::int64_t left = ends ? share(duration - earlier - position, out + 1) : fixedOne;
+    const auto opacity = std::uint8_t(Ease(std::min(come, left)) * 255 / fixedOne);
+    if (!opacity) return;
+
+    // It slows down as it comes and gains speed as it leaves.
+    const auto cube = [](std::int64_t t) {
+        const double part = double(t) / double(fixedOne);
+        return part * part * part;
+    };
+    constexpr double growth = 0.2;
+    const double before = cube(fixedOne - come), after = cube(fixedOne - left);
+    const double distance = m_distance ? m_distance : FontSize();
+    const double scale = 1 - (m_inMotion.grows ? growth * before : 0) + (m_outMotion.grows ? growth * after : 0);
+    const Line& line = m_lines[index];
+    const auto moved = [&](double place, double middle, int inDirection, int outDirection) {
+        return middle + (place - middle) * scale + distance * (outDirection * after - inDirection * before);
+    };
+    const Spot centre{moved(line.middle.x, m_middle.x, m_inMotion.x, m_outMotion.x),
+                      moved(line.middle.y, m_middle.y, m_inMotion.y, m_outMotion.y)};
+    canvas.LayTransformed(line.layer,
+                          Placement::Turned(centre, line.layer.Width() * scale, line.layer.Height() * scale), opacity);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "dvd_effects/templates/CAnimatedMenu.h"
+#include "dvd_effects/templates/arrangement.h"
+#include "dvd_effects/templates/mounts.h"
+
+namespace AVBased {
+
+inline constexpr char effectMenuBabyGirlName[] = "menu_babygirl";
+inline constexpr char effectMenuBabyBoyName[] = "menu_babyboy";
+
+/// A nursery: pictures with soft white rims float and bob, each in turn comes a little nearer, and bubbles and toys
+/// drift up between them, over a pastel sky with dots and clouds where no background is named.
+///
+/// Pictures fill their size and are placed by "startPositions", else in rows below the room for a title.
+class CBaby : public CAnimatedMenu {
+ protected:
+    struct Style {
+        Colour skyTop, skyBottom, cloud, shadow, toy;
+        double shape;  ///< a picture's width by its height
+        bool (*isToy)(double x, double y);
+        void (*cut)(const Layer& layer);  ///< to the pictures' outline
+    };
+    CBaby(const char* name, IAVManager* manager, const Style& style) : CAnimatedMenu(name, manager), m_style(style) {}
+
+    PictureFit Fit() const override { return PictureFit::Cover; }
+    FrameSize UsualBox() const override { return Rows(SourceCount()).Cell(); }
+    void Dress(Layer& picture, unsigned index) const override;
+    void Furnish() override;
+    bool HasOwnBackground() const override { return true; }
+    void PaintBackground(Canvas& canvas) const override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    CellGrid Rows(unsigned count) const;
+    // Those from `first` up to, but not, `last`.
+    void DrawToys(Canvas& canvas, unsigned first, unsigned last) const;
+
+    const Style& m_style;
+    mutable Mounts m_mounts;
+    Layer m_bubble, m_toy, m_cloud, m_backCloud;
+};
+
+/// Pink, with oval pictures, and hearts between the bubbles.
+class CBabyGirl : public CBaby {
+ public:
+    explicit CBabyGirl(IAVManager* manager) : CBaby(effectMenuBabyGirlName, manager, style) {}
+
+ private:
+    static const Style style;
+};
+
+/// Light blue, with round-cornered pictures, and stars between the bubbles.
+class CBabyBoy : public CBaby {
+ public:
+    explicit CBabyBoy(IAVManager* manager) : CBaby(effectMenuBabyBoyName, manager, style) {}
+
+ private:
+    static const Style style;
+};
+
+}  // namespace AVBased

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "dvd_effects/templates/CAnimatedMenu.h"
+#include "dvd_effects/templates/arrangement.h"
+#include "dvd_effects/templates/mounts.h"
+
+namespace AVBased {
+
+inline constexpr char effectSubMenuCommonName[] = "submenu_common";
+inline constexpr char effectInstructionMenuCommonName[] = "instructionmenu_common";
+
+/// What the menus below the common one share: pictures that fill their size, with thin white rims, over a plain blue
+/// grey where no background is named.
+class CCommonSheet : public CAnimatedMenu {
+ public:
+    using CAnimatedMenu::CAnimatedMenu;
+
+ protected:
+    PictureFit Fit() const override { return PictureFit::Cover; }
+    void Dress(Layer& picture, unsigned index) const override;
+    bool HasOwnBackground() const override { return true; }
+    void PaintBackground(Canvas& canvas) const override;
+
+ private:
+    mutable Mounts m_mounts;
+};
+
+/// The sub-menu: pictures in rows, below each a strip for its number and title; each in turn is bordered and comes a
+/// little nearer. "startPositions" places them elsewhere.
+class CCommonSub : public CCommonSheet {
+ public:
+    explicit CCommonSub(IAVManager* manager) : CCommonSheet(effectSubMenuCommonName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override;
+    void Furnish() override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    double StripHeight() const { return 0.5 * Unit(); }
+    CellGrid Rows(unsigned count) const;
+    void DrawCard(Canvas& canvas, const Actor& actor, Spot at, double lit) const;
+
+    Layer m_strip, m_accent;
+};
+
+/// The instruction menu: a light panel leaves room for texts from a fifteenth of the width and an eighth of the height
+/// on, up to the middle; on its right one picture comes slowly nearer and goes, and where there are several, each has
+/// its turn there. "startPositions" places them elsewhere.
+class CCommomInstrction : public CCommonSheet {
+ public:
+    explicit CCommomInstrction(IAVManager* manager) : CCommonSheet(effectInstructionMenuCommonName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override;
+    void Furnish() override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    Layer m_panel, m_accent;
+};
+
+}  // namespace AVBased

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "dvd_effects/templates/CAnimatedMenu.h"
+#include "dvd_effects/canvas/prepared_layer.h"
+
+namespace AVBased {
+
+inline constexpr char effectMenuFullScreenName[] = "menu_fullscreen";
+
+/// One picture at a time fills the screen, slowly drawn nearer or let go, and dissolves into the next one. A shade
+/// rises from the lower edge, for titles to stand on. Sizes and places of the sources do not count.
+class CFullScreen : public CAnimatedMenu {
+ public:
+    explicit CFullScreen(IAVManager* manager) : CAnimatedMenu(effectMenuFullScreenName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override { return MenuSize(); }
+    FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
+    PictureFit Fit() const override { return PictureFit::Cover; }
+    bool HasOwnBackground() const override { return true; }
+    void PaintBackground(Canvas& canvas) const override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    void ShowMoving(Canvas& canvas, const Actor& actor, double part, double opacity) const;
+    void DrawShade(Canvas& canvas);
+
+    PreparedLayer m_shade;
+};
+
+}  // namespace AVBased

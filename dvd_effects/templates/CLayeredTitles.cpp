@@ -1,0 +1,90 @@
+#include "dvd_effects/templates/CLayeredTitles.h"
+
+#include "dvd_effects/canvas/painting.h"
+
+namespace AVBased {
+
+namespace {
+
+// In turns.
+constexpr double dissolve = 0.5;
+constexpr Colour inks[] = {{16, 78, 102}, {168, 52, 60}, {216, 138, 44}, {52, 62, 120}};
+
+}  // namespace
+
+// Stretched from an eighth of the screen over all of it, a picture becomes soft.
+FrameSize CLayeredTitles::UsualBox() const {
+    const FrameSize menu = MenuSize();
+    return {std::max(1u, menu.width / 8), std::max(1u, menu.height / 8)};
+}
+
+void CLayeredTitles::Dress(Layer& picture, unsigned) const { MixIn(picture, Kind(), {20, 26, 38}, 90); }
+
+void CLayeredTitles::PaintBackground(Canvas& canvas) const {
+    const Layer ground(canvas.Width(), canvas.Height());
+    FillGradient(ground, Kind(), {58, 74, 98}, {22, 28, 42});
+    canvas.Lay(ground, 0, 0);
+}
+
+std::vector<CLayeredTitles::Title> CLayeredTitles::Titles() const {
+    std::vector<Title> titles;
+    for (const Text& text : Texts()) {
+        if (!IsShown(text.item)) continue;
+        const point_t at = PositionOf(text.item);
+        titles.push_back(
+            {double(at.x), double(at.y), double(text.layer.Width()), double(text.layer.Height()), &text.layer});
+    }
+    if (Texts().empty())
+        for (const double top : {0.56, 0.68, 0.8})
+            titles.push_back({Width() * (top - 0.45), Height() * top, Width() * 0.42, Height() * 0.06, nullptr});
+    return titles;
+}
+
+void CLayeredTitles::DrawScene(Canvas& canvas) {
+    const std::vector<Actor> actors = Actors();
+    if (!actors.empty()) {
+        const auto count = unsigned(actors.size());
+        const Turn turn = TurnAt(Phase(), count);
+        const auto show = [&](const Actor& actor, double part, double opacity) {
+            const double zoom = 1.03 + 0.08 * part;
+            Show(canvas, actor, Placement::Turned({Width() / 2, Height() / 2}, Width() * zoom, Height() * zoom),
+                 opacity);
+        };
+        show(actors[turn.index], (turn.part + dissolve) / (1 + dissolve), 1);
+        const double begun = turn.part - (1 - dissolve);
+        if (begun > 0) show(actors[(turn.index + 1) % count], begun / (1 + dissolve), Eased(begun / dissolve));
+    }
+    const std::vector<Title> titles = Titles();
+    for (unsigned i = 0; i < titles.size(); ++i) DrawBands(canvas, titles[i], i, unsigned(titles.size()));
+}
+
+// Two bands as long as the screen, the text on the one in front, each at its own pace on the way from one side of the
+// screen to the other; at rest they end behind the text.
+void CLayeredTitles::DrawBands(Canvas& canvas, const Title& title, unsigned index, unsigned count) {
+    const double side = index % 2 ? 1 : -1, late = 0.2 * index / count, phase = Phase();
+    // 1 out of sight on the side where it comes from, 0 at its place, -1 beyond the other side.
+    const auto away = [&](double delay) {
+        const double in = late + delay, out = 0.8 + 0.3 * late + delay;
+        return 1 - Passed(phase, in, in + 0.13) - Passed(phase, out, out + 0.11);
+    };
+    const double padding = title.height * 0.6, length = Width() * 1.2, high = title.height + padding;
+    const double end = title.left + title.width / 2 - side * (title.width / 2 + padding);
+    const double centre = end + side * length / 2, middle = title.top + title.height / 2;
+    const double far = side * (Width() + length), drift = side * Width() * 0.01 * Wave(phase * 2 + 0.17 * index);
+    const double front = far * away(0.03) + drift;
+    Band(canvas, index + 1, centre + far * away(0) - drift * 2 - side * padding * 1.5, middle + high * 0.24, length,
+         high, 0.5);
+    Band(canvas, index, centre + front, middle, length, high, 0.7);
+    if (title.text)
+        canvas.LayTransformed(
+            *title.text, Placement::Turned({title.left + title.width / 2 + front, middle}, title.width, title.height));
+}
+
+void CLayeredTitles::Band(Canvas& canvas, unsigned colour, double centre, double middle, double width, double height,
+                          double opacity) {
+    const unsigned i = colour % colours;
+    const Layer& ink = m_inks[i].For(Kind(), {1, 1}, [&] { return PlainLayer(Kind(), {1, 1}, inks[i]); });
+    canvas.LayTransformed(ink, Placement::Turned({centre, middle}, width, height), ByteOf(opacity));
+}
+
+}  // namespace AVBased

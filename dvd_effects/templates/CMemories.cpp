@@ -1,0 +1,78 @@
+#include "dvd_effects/templates/CMemories.h"
+
+#include "dvd_effects/templates/scenery.h"
+
+namespace AVBased {
+
+namespace {
+
+// How much larger than its cell a photograph is: they overlap.
+constexpr double overlap = 1.22;
+// Parts of the loop: until then all have fallen; from then on they lift off; and how long each one takes.
+constexpr double lastFall = 0.46, firstLift = 0.8, lastLift = 0.93, fallTime = 0.09, liftTime = 0.07, settleTime = 0.08;
+
+}  // namespace
+
+FrameSize CMemories::UsualBox() const {
+    const Grid heap = Grid::For(SourceCount(), {0, 0, 0.9 * Width(), 0.8 * Height()});
+    return PartOfMenu(std::min(0.6, overlap * 0.9 / heap.columns), std::min(0.6, overlap * 0.8 / heap.rows));
+}
+
+void CMemories::PaintBackground(Canvas& canvas) const {
+    const FrameSize size = MenuSize();
+    const Layer table(size.width, size.height);
+    Paint(table, Kind(), [&](double x, double y) {
+        const double fromLightX = x / Width() - 0.42, fromLightY = y / Height() - 0.36;
+        const double light = 1.25 - 1.5 * (fromLightX * fromLightX + fromLightY * fromLightY);
+        return Wood(x / Height(), y / Height()) * std::max(0.25, light);
+    });
+    canvas.Lay(table, 0, 0);
+}
+
+CPhotographs::Pose CMemories::Resting(const Actor& actor, const Grid& heap) const {
+    const unsigned i = actor.index;
+    const StageArea cell = heap.Cell(i);
+    const double size = std::min(overlap, 0.62 * Height() / cell.height);
+    const double scale = ScaleOf(actor, cell.ScaleOf(actor.picture.Width(), actor.picture.Height()) * size);
+    const Spot usual = cell.At(0.38 + 0.24 * Scattered(1, i), 0.4 + 0.2 * Scattered(2, i));
+    return {PlaceOf(actor, usual, scale), scale, (i % 2 ? 1 : -1) * (3 + 11 * Scattered(3, i))};
+}
+
+CPhotographs::Pose CMemories::At(double phase, unsigned index, unsigned count, const Pose& rest, double height) const {
+    const double order = count > 1 ? double(index) / (count - 1) : 0;
+    const double falls = order * lastFall, lands = falls + fallTime, lifts = Mixed(lastLift, firstLift, order);
+    if (phase < falls || phase >= lifts + liftTime) return {rest.centre, 1, 0, 0, 0};
+    Pose above = rest;
+    above.scale *= 1.9;
+    above.lift = 2;
+    above.degrees += (index % 2 ? -1 : 1) * (25 + 20 * Scattered(4, index));
+    above.centre.y = -height;
+    above.centre.x += (Scattered(5, index) - 0.5) * 0.4 * Width();
+    if (phase >= lifts) {
+        const double gone = (phase - lifts) / liftTime;
+        return PoseBetween(rest, above, gone * gone);
+    }
+    // It glides down and rocks until it lies.
+    const double left = std::max(0.0, 1 - (phase - falls) / fallTime);
+    Pose pose = PoseBetween(rest, above, left * left * left);
+    const double rocking = std::clamp(1 - (phase - lands) / settleTime, 0.0, 1.0);
+    if (phase > lands) pose.degrees += 2.5 * rocking * rocking * Wave(1.5 * (1 - rocking));
+    return pose;
+}
+
+void CMemories::DrawScene(Canvas& canvas) {
+    const std::vector<Actor> actors = Actors();
+    const auto count = unsigned(actors.size());
+    const StageArea stage = Stage();
+    const Grid heap = Grid::For(count, stage.Shrunk(0.04 * stage.width, 0.09 * stage.height));
+    Pile pile;
+    for (const Actor& actor : actors) {
+        const Pose rest = Resting(actor, heap);
+        const double longest = std::max(actor.picture.Width(), actor.picture.Height()) * rest.scale;
+        ShowPhotograph(pile, actor, At(Phase(), actor.index, count, rest, 1.5 * longest));
+    }
+    pile.Draw(canvas);
+    DrawTexts(canvas);
+}
+
+}  // namespace AVBased

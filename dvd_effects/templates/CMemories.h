@@ -1,0 +1,28 @@
+#pragma once
+
+#include "dvd_effects/templates/CPhotographs.h"
+
+namespace AVBased {
+
+inline constexpr char effectMenuMemoriesName[] = "menu_memories";
+
+/// Photographs with white borders that fall one after another onto a walnut table and settle there in a loose heap; in
+/// the end they lift off again, the last one first. The heap fills what the texts leave of the menu; "startPositions"
+/// places them elsewhere.
+class CMemories : public CPhotographs {
+ public:
+    explicit CMemories(IAVManager* manager) : CPhotographs(effectMenuMemoriesName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override;
+    void PaintBackground(Canvas& canvas) const override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    // Where a photograph of the heap comes to rest, and how it stands in the loop. It comes from above the menu, from
+    // as far as `height`, and leaves there.
+    Pose Resting(const Actor& actor, const Grid& heap) const;
+    Pose At(double phase, unsigned index, unsigned count, const Pose& rest, double height) const;
+};
+
+}  // namespace AVBased

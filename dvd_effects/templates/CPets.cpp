@@ -1,0 +1,152 @@
+#include "dvd_effects/templates/CPets.h"
+
+#include "dvd_effects/canvas/painting.h"
+#include "dvd_effects/templates/scenery.h"
+
+namespace AVBased {
+
+namespace {
+
+constexpr Colour frameColours[] = {{255, 132, 108}, {255, 201, 74}, {74, 182, 190}, {164, 124, 214}};
+
+// Parts of the loop: when the first and the last picture hop in, on the spot and away, and how long that takes.
+constexpr double lastIn = 0.3, firstSpot = 0.46, lastSpot = 0.74, firstOut = 0.84, lastOut = 0.92;
+constexpr double hopTime = 0.08, spotTime = 0.05, settleTime = 0.07;
+
+// How a picture stands on its place.
+struct Stance {
+    double above = 0;    // its foot, in heights of a hop
+    double absent = 0;   // how much of the way down out of the menu its foot is
+    double stretch = 0;  // of its height; what it loses in width
+};
+
+// Gives way under a landing and swings back.
+double Settled(double since, double time) {
+    const double left = std::clamp(1 - since / time, 0.0, 1.0);
+    return since > 0 ? -0.2 * left * Wave(1.5 * (1 - left)) : 0;
+}
+double Arch(double part) { return part > 0 && part < 1 ? 4 * part * (1 - part) : 0; }
+
+Stance StanceAt(double phase, double order) {
+    const double in = Mixed(0.0, lastIn, order), spot = Mixed(firstSpot, lastSpot, order);
+    const double out = Mixed(firstOut, lastOut, order), lands = in + hopTime, landsAgain = spot + spotTime;
+    if (phase < in || phase >= out + hopTime) return {0, 1, 0};
+    Stance stance;
+    const double entering = (phase - in) / hopTime, leaving = (phase - out) / hopTime;
+    const double flying = entering < 1 ? 1 - entering : std::max(0.0, leaving);
+    stance.absent = flying;
+    stance.above = 1.3 * Arch(flying) + 0.35 * Arch((phase - spot) / spotTime);
+    stance.stretch = 0.12 * Arch(flying) + 0.06 * Arch((phase - spot) / spotTime) + Settled(phase - lands, settleTime) +
+                     0.5 * Settled(phase - landsAgain, settleTime);
+    return stance;
+}
+
+// A paw in a square of side 1 whose toes point to the right: how much of a place it covers.
+double Paw(double x, double y, double pixel) {
+    constexpr struct {
+        double x, y, width, height;
+    } pads[] = {{0.32, 0.5, 0.25, 0.3},
+                {0.56, 0.14, 0.14, 0.1},
+                {0.8, 0.36, 0.16, 0.11},
+                {0.8, 0.64, 0.16, 0.11},
+                {0.56, 0.86, 0.14, 0.1}};
+    double covered = 0;
+    for (const auto& pad : pads) {
+        const double across = (x - pad.x) / pad.width, down = (y - pad.y) / pad.height;
+        covered = std::max(covered, (1 - across * across - down * down) * pad.height / 2 / pixel + 0.5);
+    }
+    return std::clamp(covered, 0.0, 1.0);
+}
+
+}  // namespace
+
+FrameSize CPets::UsualBox() const {
+    const Grid grid = Grid::For(SourceCount(), {0, 0, 0.9 * Width(), 0.8 * Height()});
+    return PartOfMenu(std::min(0.5, 0.74 / grid.columns), std::min(0.6, 0.66 / grid.rows));
+}
+
+void CPets::Dress(Layer& layer, unsigned index) const {
+    const unsigned side = std::min(layer.Width(), layer.Height()), border = side / 13 + 1;
+    const double radius = 0.2 * side;
+    layer = Framed(layer, Kind(), border, border, border, frameColours[index % std::size(frameColours)]);
+    RoundCorners(layer, radius);
+}
+
+void CPets::Furnish() {
+    m_shadow = SoftShadow(Kind(), 1);
+    const unsigned side = PartOfMenu(0, 0.07).height;
+    m_paw = Layer(side, side);
+    Paint(m_paw, Kind(), [&](double x, double y) {
+        return Tint{96, 66, 44, 200 * Paw(x / side, y / side, 1.0 / side)};
+    });
+}
+
+void CPets::PaintBackground(Canvas& canvas) const {
+    constexpr Tint skyTop{142, 208, 240}, skyLow{240, 248, 232};
+    constexpr struct {
+        double top, swing, waves, shift;
+        Tint crest, foot;
+    } hills[] = {{0.42, 0.06, 0.55, 0.1, {196, 226, 142}, {168, 212, 118}},
+                 {0.62, 0.05, 0.7, 0.55, {162, 210, 104}, {128, 186, 82}},
+                 {0.83, 0.03, 0.9, 0.2, {124, 188, 78}, {88, 154, 60}}};
+    const FrameSize size = MenuSize();
+    const Layer meadow(size.width, size.height);
+    Paint(meadow, Kind(), [&](double x, double y) {
+        const double across = x / Width(), down = y / Height(), wide = x / Height();
+        const double cloud =
+            Eased((0.65 * Noise(1, wide * 2, down * 5) + 0.35 * Noise(2, wide * 7, down * 14) - 0.55) / 0.2);
+        Tint tint = Mixed(Mixed(skyTop, skyLow, Eased(down / 0.5)), Tint{255, 255, 255}, 0.7 * cloud);
+        for (const auto& hill : hills) {
+            const double under = down - hill.top - hill.swing * Wave(hill.waves * across + hill.shift);
+            const double tufts = 0.96 + 0.07 * Noise(4, wide * 60, down * 25);
+            const Tint grass = Mixed(hill.crest, hill.foot, Eased(under / 0.3)) * tufts;
+            tint = Mixed(tint, grass, std::clamp(under * Height() + 0.5, 0.0, 1.0));
+        }
+        return tint;
+    });
+    canvas.Lay(meadow, 0, 0);
+}
+
+void CPets::DrawPaws(Canvas& canvas) const {
+    constexpr unsigned prints = 18;
+    // One trail to the right in front, one to the left farther away; a print fades some time after the step.
+    for (unsigned i = 0; i < 2 * prints; ++i) {
+        const bool far = i >= prints;
+        const unsigned k = i % prints;
+        const double part = (k + 0.5) / prints, age = Wrapped(Phase() - part + (far ? 0.35 : 0));
+        const double shown = Between(age, 0, 0.55, 0.04) * Mixed(1.0, 0.5, Eased(age / 0.55));
+        const double across = far ? 1 - part : part, side = (k % 2 ? 1 : -1) * (far ? 0.016 : 0.026);
+        const double down = (far ? 0.655 : 0.92) + 0.02 * Wave(1.3 * across) + side;
+        const double size = m_paw.Width() * (far ? 0.6 : 1);
+        const double degrees = (far ? 180 : 0) + 9 * Wave(1.3 * across + 0.25) + (k % 2 ? 8 : -8);
+        canvas.LayTransformed(m_paw, Placement::Turned({across * Width(), down * Height()}, size, size, degrees),
+                              ByteOf(shown));
+    }
+}
+
+void CPets::DrawScene(Canvas& canvas) {
+    DrawPaws(canvas);
+    const std::vector<Actor> actors = Actors();
+    const auto count = unsigned(actors.size());
+    const Grid grid = Grid::For(count, Stage());
+    for (const Actor& actor : actors) {
+        const StageArea cell = grid.Cell(actor.index);
+        const double scale = ScaleOf(actor, 0.9 * cell.ScaleOf(actor.picture.Width(), actor.picture.Height()));
+        const Stance stance = StanceAt(Phase(), count > 1 ? double(actor.index) / (count - 1) : 0);
+        const double height = actor.picture.Height() * scale * (1 + stance.stretch);
+        const double width = actor.picture.Width() * scale * (1 - 0.6 * stance.stretch);
+        const Spot place = PlaceOf(actor, cell.Middle(), scale);
+        const double ground = place.y + actor.picture.Height() * scale / 2;
+        const double foot = ground + stance.absent * (Height() + actor.picture.Height() * scale * 1.2 - ground) -
+                            stance.above * 0.3 * Height();
+        const Spot middle{place.x + 3 * (Scattered(1, actor.index) - 0.5), foot - height / 2};
+        const double near = std::clamp(1 - (ground - foot) / (0.3 * Height()), 0.0, 1.0) * (1 - stance.absent);
+        canvas.LayTransformed(m_shadow, Placement::Turned({middle.x, ground}, width * 0.95, 0.09 * height),
+                              std::uint8_t(150 * near * actor.opacity));
+        const double tilt = (actor.index % 2 ? 1 : -1) * (2 + 14 * stance.absent);
+        Show(canvas, actor, Placement::Turned(middle, width, height, tilt));
+    }
+    DrawTexts(canvas);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,34 @@
+#include "dvd_effects/templates/CPhotographs.h"
+
+#include "dvd_effects/canvas/painting.h"
+#include "dvd_effects/templates/scenery.h"
+
+namespace AVBased {
+
+CPhotographs::Pose CPhotographs::PoseBetween(const Pose& a, const Pose& b, double part) {
+    const auto mixed = [part](double from, double to) { return Mixed(from, to, part); };
+    return {{mixed(a.centre.x, b.centre.x), mixed(a.centre.y, b.centre.y)},
+            mixed(a.scale, b.scale),
+            mixed(a.degrees, b.degrees),
+            mixed(a.lift, b.lift),
+            mixed(a.opacity, b.opacity)};
+}
+
+void CPhotographs::Furnish() { m_shadow = SoftShadow(Kind(), 0); }
+
+void CPhotographs::Dress(Layer& layer, unsigned) const {
+    const unsigned border = std::max(1u, std::min(layer.Width(), layer.Height()) / 18);
+    layer = Framed(layer, Kind(), border, border, border, {250, 247, 240});
+}
+
+void CPhotographs::ShowPhotograph(Pile& pile, const Actor& actor, const Pose& pose) const {
+    const double width = actor.picture.Width() * pose.scale, height = actor.picture.Height() * pose.scale;
+    const double away = std::min(width, height) * (0.025 + 0.14 * pose.lift);
+    const double depth = 0.6 * (1 - 0.45 * std::clamp(pose.lift, 0.0, 1.0)) * pose.opacity * actor.opacity;
+    const Spot shade{pose.centre.x + away * 0.6, pose.centre.y + away};
+    pile.Put(m_shadow, Placement::Turned(shade, width * shadowStretch, height * shadowStretch, pose.degrees),
+             ByteOf(depth));
+    Show(pile, actor, Placement::Turned(pose.centre, width, height, pose.degrees), pose.opacity);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "dvd_effects/templates/CAnimatedMenu.h"
+
+namespace AVBased {
+
+inline constexpr char effectMenuPushName[] = "menu_push";
+
+/// Each picture pushes the one before it off the screen, to the left, up, to the right and down in turn; on the way
+/// both draw back a little from the edges. Sizes and places of the sources do not count.
+class CPush : public CAnimatedMenu {
+ public:
+    explicit CPush(IAVManager* manager) : CAnimatedMenu(effectMenuPushName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override { return MenuSize(); }
+    FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
+    PictureFit Fit() const override { return PictureFit::Cover; }
+    bool HasOwnBackground() const override { return true; }
+    void PaintBackground(Canvas& canvas) const override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    void DrawPush(Canvas& canvas, const Actor& leaving, const Actor& coming, double push) const;
+};
+
+}  // namespace AVBased

@@ -1,0 +1,67 @@
+#include "dvd_effects/templates/CStacking.h"
+
+#include "dvd_effects/templates/scenery.h"
+
+namespace AVBased {
+
+namespace {
+
+// Parts of the loop: until then all have set out; from then on the pile is swept; and how long each one takes.
+constexpr double lastStart = 0.66, slideTime = 0.11, firstSweep = 0.86, lastSweep = 0.91, sweepTime = 0.09;
+
+}  // namespace
+
+void CStacking::PaintBackground(Canvas& canvas) const {
+    constexpr Tint lit{104, 128, 138}, dark{17, 25, 35};
+    const FrameSize size = MenuSize();
+    const Layer cloth(size.width, size.height);
+    Paint(cloth, Kind(), [&](double x, double y) {
+        const double fromMiddleX = x / Width() - 0.5, fromMiddleY = y / Height() - 0.46;
+        const double light = Eased(1 - 1.9 * (fromMiddleX * fromMiddleX + fromMiddleY * fromMiddleY));
+        // Threads across and down.
+        const double scale = 500 / Height();
+        const double weave = Noise(1, x * scale, y * scale * 0.15) + Noise(2, x * scale * 0.15, y * scale);
+        return Mixed(dark, lit, light) * (0.88 + 0.12 * weave);
+    });
+    canvas.Lay(cloth, 0, 0);
+}
+
+CPhotographs::Pose CStacking::At(double phase, const Actor& actor, unsigned count, const StageArea& stage) const {
+    const unsigned i = actor.index;
+    const double order = count > 1 ? double(i) / (count - 1) : 0;
+    const double starts = order * lastStart, sweeps = Mixed(lastSweep, firstSweep, order);
+    const double height = std::min(0.7 * Height(), 0.9 * stage.height);
+    const double scale =
+        ScaleOf(actor, std::min(0.5 * Width() / actor.picture.Width(), height / actor.picture.Height()));
+    const Spot usual = stage.At(0.5 + 0.1 * (Scattered(1, i) - 0.5), 0.5 + 0.08 * (Scattered(2, i) - 0.5));
+    const Pose rest{PlaceOf(actor, usual, scale), scale, (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))};
+    if (phase < starts || phase >= sweeps + sweepTime) return {rest.centre, scale, 0, 0, 0};
+    Pose away = rest;
+    if (phase >= sweeps) {
+        const double gone = (phase - sweeps) / sweepTime;
+        away.centre = {1.7 * Width(), rest.centre.y + 0.25 * (Scattered(4, i) - 0.5) * Height()};
+        away.degrees += 30 + 25 * Scattered(5, i);
+        return PoseBetween(rest, away, gone * gone);
+    }
+    // Clockwise from the left, each from the side opposite to the last one but one.
+    constexpr Spot sides[] = {{-1.1, 0.15}, {1.1, -0.15}, {0.25, -1.2}, {-0.25, 1.2}};
+    const Spot side = sides[i % 4];
+    away.centre.x += side.x * Width();
+    away.centre.y += side.y * Height();
+    away.degrees += (i % 2 ? 1 : -1) * 40;
+    away.scale *= 1.25;
+    away.lift = 1;
+    const double left = std::max(0.0, 1 - (phase - starts) / slideTime);
+    return PoseBetween(rest, away, left * left * left);
+}
+
+void CStacking::DrawScene(Canvas& canvas) {
+    const std::vector<Actor> actors = Actors();
+    const StageArea stage = Stage();
+    Pile pile;
+    for (const Actor& actor : actors) ShowPhotograph(pile, actor, At(Phase(), actor, unsigned(actors.size()), stage));
+    pile.Draw(canvas);
+    DrawTexts(canvas);
+}
+
+}  // namespace AVBased

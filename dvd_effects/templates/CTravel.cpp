@@ -1,0 +1,144 @@
+#include "dvd_effects/templates/CTravel.h"
+
+#include <cmath>
+
+#include "dvd_effects/canvas/painting.h"
+#include "dvd_effects/templates/scenery.h"
+
+namespace AVBased {
+
+namespace {
+
+constexpr unsigned dashes = 56, dashSteps = 14;
+constexpr Colour routeColour{178, 44, 36};
+// Heights of a photograph far away and in front, in heights of the menu.
+constexpr double farHeight = 0.2, frontHeight = 0.36;
+
+// A way around the middle of an area that winds a little; 0 is in front, at the bottom.
+class Route {
+ public:
+    explicit Route(const StageArea& area) : m_area(area) {
+        for (unsigned i = 1; i <= steps; ++i) {
+            const Spot from = Turned(i - 1), to = Turned(i);
+            m_length[i] =
+                m_length[i - 1] + std::sqrt((to.x - from.x) * (to.x - from.x) + (to.y - from.y) * (to.y - from.y));
+        }
+    }
+    Spot At(double part) const {
+        const double length = Wrapped(part) * m_length[steps];
+        const auto i = unsigned(std::upper_bound(m_length + 1, m_length + steps, length) - m_length);
+        const double between =
+            m_length[i] > m_length[i - 1] ? (length - m_length[i - 1]) / (m_length[i] - m_length[i - 1]) : 0;
+        const Spot from = Turned(i - 1), to = Turned(i);
+        return {Mixed(from.x, to.x, between), Mixed(from.y, to.y, between)};
+    }
+
+ private:
+    static constexpr unsigned steps = 240;
+    Spot Turned(unsigned step) const {
+        const double turn = double(step % steps) / steps;
+        const double reach = 0.5 * (0.9 + 0.1 * Wave(3 * turn + 0.25));
+        return m_area.At(0.5 + reach * Wave(turn), 0.5 + reach * Wave(turn + 0.25) + 0.05 * Wave(4 * turn));
+    }
+
+    StageArea m_area;
+    double m_length[steps + 1] = {};
+};
+
+// A rectangle about a centre whose width runs along a direction.
+Placement Along(Spot centre, Spot direction, double width, double height) {
+    const double length = std::sqrt(direction.x * direction.x + direction.y * direction.y);
+    if (!(length > 0)) return {};
+    const double ax = direction.x / length * width / 2, ay = direction.y / length * width / 2;
+    const double dx = -direction.y / length * height / 2, dy = direction.x / length * height / 2;
+    return {{centre.x - ax - dx, centre.y - ay - dy},
+            {centre.x + ax - dx, centre.y + ay - dy},
+            {centre.x + ax + dx, centre.y + ay + dy},
+            {centre.x - ax + dx, centre.y - ay + dy}};
+}
+
+// A map at a place counted in heights of the menu.
+Tint Map(double x, double y) {
+    constexpr Tint sea{158, 190, 196}, shallow{190, 212, 208}, land{238, 224, 188}, hill{214, 190, 142},
+        coast{120, 92, 62};
+    const double height =
+        0.58 * Noise(21, x * 2.3, y * 2.3) + 0.28 * Noise(22, x * 6, y * 6) + 0.14 * Noise(23, x * 17, y * 17) - 0.5;
+    const double fibres = 0.95 + 0.06 * Noise(24, x * 160, y * 160);
+    const double off = height < 0 ? -height : height;
+    Tint tint = height < 0 ? Mixed(shallow, sea, Eased(off / 0.09)) : Mixed(land, hill, Eased(off / 0.3));
+    // Lines of equal height and depth, meridians and parallels.
+    const double level = Wrapped(off / 0.045);
+    if (level < 0.09) tint = Mixed(tint, coast, height < 0 ? 0.1 : 0.2);
+    for (const double line : {Wrapped(x * 3.2), Wrapped(y * 3.2 + 0.2)})
+        if (line < 0.008) tint = Mixed(tint, coast, 0.25);
+    return Mixed(coast, tint, Eased((off - 0.001) / 0.004)) * fibres;
+}
+
+}  // namespace
+
+void CTravel::Furnish() {
+    CPhotographs::Furnish();
+    const FrameSize dash = PartOfMenu(0.016, 0.009);
+    m_dash = PlainLayer(Kind(), dash, routeColour);
+    RoundCorners(m_dash, dash.height);
+    const unsigned dot = PartOfMenu(0, 0.022).height, rim = std::max(1u, dot / 5);
+    Layer red = PlainLayer(Kind(), {dot, dot}, routeColour);
+    CutEllipse(red, 0);
+    m_stop = Framed(red, Kind(), rim, rim, rim, {255, 250, 240});
+    CutEllipse(m_stop, 0);
+}
+
+void CTravel::PaintBackground(Canvas& canvas) const {
+    const FrameSize size = MenuSize();
+    const Layer map(size.width, size.height);
+    Paint(map, Kind(), [&](double x, double y) {
+        const double fromMiddleX = x / Width() - 0.5, fromMiddleY = y / Height() - 0.5;
+        const double squared = fromMiddleX * fromMiddleX + fromMiddleY * fromMiddleY;
+        return Map(x / Height(), y / Height()) * (1.04 - 0.9 * squared * squared * 2);
+    });
+    canvas.Lay(map, 0, 0);
+}
+
+void CTravel::DrawScene(Canvas& canvas) {
+    const std::vector<Actor> actors = Actors();
+    const auto count = unsigned(actors.size());
+    const StageArea stage = Stage();
+    const double far = std::min(farHeight, 0.3 * stage.height / Height()) * Height();
+    const double front = std::min(frontHeight, 0.56 * stage.height / Height()) * Height();
+    // The photographs stand above their stops.
+    const Route route({stage.left + 0.05 * Width(), stage.top + far, stage.width - 0.1 * Width(), stage.height - far});
+    for (unsigned i = 0; i < dashes; ++i) {
+        const double part = (i + Phase() * dashSteps) / dashes;
+        const Spot before = route.At(part - 0.002), after = route.At(part + 0.002);
+        canvas.LayTransformed(
+            m_dash, Along(route.At(part), {after.x - before.x, after.y - before.y}, m_dash.Width(), m_dash.Height()));
+    }
+    // One stop in each turn, and a rest there.
+    const double turn = Phase() * count, gone = WholePart(turn) + Passed(turn - WholePart(turn), 0.3, 1);
+    struct Stop {
+        double part, nearness;
+        unsigned index;
+    };
+    std::vector<Stop> stops;
+    for (unsigned i = 0; i < count; ++i) {
+        const double part = Wrapped((gone + i) / count), away = std::min(part, 1 - part);
+        stops.push_back({part, Eased(1 - away / 0.2) + (0.5 - away) * 0.2, i});
+    }
+    std::stable_sort(stops.begin(), stops.end(), [](const Stop& a, const Stop& b) { return a.nearness < b.nearness; });
+    Pile pile;
+    for (const auto& [part, nearness, i] : stops) {
+        const Layer& picture = actors[i].picture;
+        const double near = std::min(1.0, nearness);
+        const double fit = std::min(front / picture.Height(), 1.75 * front / picture.Width());
+        const double scale = ScaleOf(actors[i], fit) * Mixed(far / front, 1, near);
+        const Spot at = route.At(part);
+        const double shown = picture.Height() * scale, dot = m_stop.Height() * (0.8 + 0.5 * near);
+        const double sway = 2.5 * Wave(Phase() * 2 + Scattered(1, i));
+        ShowPhotograph(pile, actors[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});
+        pile.Put(m_stop, Placement::Turned(at, dot, dot), ByteOf(actors[i].opacity));
+    }
+    pile.Draw(canvas);
+    DrawTexts(canvas);
+}
+
+}  // namespace AVBased

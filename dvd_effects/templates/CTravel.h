@@ -1,0 +1,26 @@
+#pragma once
+
+#include "dvd_effects/templates/CPhotographs.h"
+
+namespace AVBased {
+
+inline constexpr char effectMenuTravelName[] = "menu_travel";
+
+/// A journey on an old map: photographs stand along a dashed route that closes, and travel it from stop to stop. The
+/// one that reaches the front is the largest. Places of the sources do not count. The route is drawn over a background
+/// of one's own too.
+class CTravel : public CPhotographs {
+ public:
+    explicit CTravel(IAVManager* manager) : CPhotographs(effectMenuTravelName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override { return PartOfMenu(0.4, 0.4); }
+    void Furnish() override;
+    void PaintBackground(Canvas& canvas) const override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    Layer m_dash, m_stop;
+};
+
+}  // namespace AVBased

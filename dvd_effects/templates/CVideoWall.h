@@ -1,0 +1,35 @@
+#pragma once
+
+#include "dvd_effects/templates/CAnimatedMenu.h"
+#include "dvd_effects/canvas/prepared_layer.h"
+
+namespace AVBased {
+
+inline constexpr char effectMenuVideoWallName[] = "menu_videowall";
+
+/// A wall of screens that breathes, the pictures on it again and again; each in turn comes out of the wall and covers
+/// its middle, while the others grow dim. Sizes and places of the sources do not count.
+class CVideoWall : public CAnimatedMenu {
+ public:
+    explicit CVideoWall(IAVManager* manager) : CAnimatedMenu(effectMenuVideoWallName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override;
+    FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
+    PictureFit Fit() const override { return PictureFit::Cover; }
+    bool HasOwnBackground() const override { return true; }
+    void PaintBackground(Canvas& canvas) const override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    // A rectangle about its middle.
+    struct Screen {
+        Spot centre;
+        double width, height;
+    };
+    Screen ScreenAt(unsigned cell, unsigned grid) const;
+
+    PreparedLayer m_shadow;
+};
+
+}  // namespace AVBased

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "dvd_effects/templates/CAnimatedMenu.h"
+
+namespace AVBased {
+
+inline constexpr char effectMenuVignetteName[] = "menu_vignette";
+
+/// One picture at a time in a wide oval whose edges melt into the dark, drifting slowly, dissolving into the next one;
+/// below it all pictures in a row of small ovals, where the one that is shown stands out. "additionSourceSizes" are the
+/// sizes of the large oval; places do not count.
+class CVignette : public CAnimatedMenu {
+ public:
+    explicit CVignette(IAVManager* manager) : CAnimatedMenu(effectMenuVignetteName, manager) {}
+
+ protected:
+    FrameSize UsualBox() const override;
+    PictureFit Fit() const override { return PictureFit::Cover; }
+    void Dress(Layer& picture, unsigned index) const override;
+    bool HasOwnBackground() const override { return true; }
+    void PaintBackground(Canvas& canvas) const override;
+    void DrawScene(Canvas& canvas) override;
+
+ private:
+    void ShowLarge(Canvas& canvas, const Actor& actor, double part, double opacity) const;
+    void ShowSmall(Canvas& canvas, const Actor& actor, unsigned count, double share) const;
+};
+
+}  // namespace AVBased

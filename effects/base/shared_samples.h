@@ -1,0 +1,35 @@
+#pragma once
+
+#include <algorithm>
+
+#include "effects/base/frame_views.h"
+
+namespace AVBased {
+
+/// One axis of a plane whose samples each serve a group of luma positions; luma itself has groups of one. A sample
+/// beyond the last luma position belongs to none and is not counted.
+struct SharedAxis {
+    unsigned lumaSize = 0, shift = 0, size = 0;
+
+    SharedAxis(unsigned lumaPositions, unsigned planeShift, unsigned planeSize)
+        : lumaSize(lumaPositions),
+          shift(planeShift),
+          size(lumaPositions ? std::min(planeSize, ((lumaPositions - 1) >> planeShift) + 1) : 0) {}
+
+    unsigned First(unsigned sample) const { return sample << shift; }
+    /// The position whose write stays where each writes in turn.
+    unsigned Last(unsigned sample) const { return std::min(First(sample) + (1u << shift), lumaSize) - 1; }
+    unsigned Count(unsigned sample) const { return Last(sample) - First(sample) + 1; }
+};
+
+inline bool IsChroma(unsigned plane) { return plane == 1 || plane == 2; }
+inline SharedAxis ColumnsOf(const PlanarView& view, unsigned plane) {
+    return {view.plane[0].width, IsChroma(plane) ? view.columnShift : 0, view.plane[plane].width};
+}
+inline SharedAxis RowsOf(const PlanarView& view, unsigned plane) {
+    return {view.plane[0].height, IsChroma(plane) ? view.rowShift : 0, view.plane[plane].height};
+}
+inline SharedAxis ColumnsOf(const PackedView& view) { return {view.width, 0, view.width}; }
+inline SharedAxis RowsOf(const PackedView& view) { return {view.height, 0, view.height}; }
+
+}  // namespace AVBased

@@ -1,0 +1,395 @@
+#include "effects/geometry/CircleEffects.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <memory>
+#include <numeric>
+#include <vector>
+
+#include "effects/base/fixed_point.h"
+#include "effects/base/property_table.h"
+
+namespace AVBased {
+namespace {
+
+constexpr Property<CircleSettings> rotateProperties[] = {
+    {"rotate_r", "0", &CircleSettings::radius},
+    {"rotate_x", "0", &CircleSettings::x},
+    {"rotate_y", "0", &CircleSettings::y},
+    {"rotate_scale", "0", &CircleSettings::scale},
+};
+
+constexpr char spherizeScaleName[] = "spherize_scale";
+constexpr Property<CircleSettings> spherizeProperties[] = {
+    {"spherize_r", "0", &CircleSettings::radius},
+    {"spherize_x", "0", &CircleSettings::x},
+    {"spherize_y", "0", &CircleSettings::y},
+    {spherizeScaleName, "0", &CircleSettings::scale},
+};
+
+// Up to these, squares of distances do not wrap around and single-precision numbers hold positions and distances, so
+// that what depends on a pixel's distances from the centre alone is the same in all four quarters of the circle and on
+// both sides of their diagonals.
+constexpr unsigned maxExactPosition = 1 << 15, maxExactRadius = 1 << 16;
+
+bool IsExact(const CircleSettings& circle, const Box& box) {
+    return std::max(box.xEnd, box.yEnd) <= maxExactPosition && circle.radius < maxExactRadius;
+}
+
+unsigned Distance(unsigned a, unsigned b) { return a < b ? b - a : a - b; }
+std::size_t DistancesIn(unsigned begin, unsigned end, unsigned centre) {
+    return std::max(Distance(begin, centre), Distance(end, centre)) + std::size_t(1);
+}
+
+// How many of the first `count` distances are inside; behind the first one that is not, none is.
+template <class Inside>
+unsigned CountWhile(unsigned count, Inside isInside) {
+    unsigned begin = 0;
+    while (begin < count) {
+        const unsigned middle = begin + (count - begin) / 2;
+        if (isInside(middle))
+            begin = middle + 1;
+        else
+            count = middle;
+    }
+    return begin;
+}
+
+// The pixels of a row that are less than `inside` columns away from the centre.
+struct Chord {
+    std::size_t begin, middle, end;  // indices of the row; left of the middle are those left of the centre
+
+    Chord(const SourceRow& row, unsigned centre, unsigned inside) {
+        const auto index = [&](unsigned x) {
+            return std::size_t(std::clamp(x, row.xBegin, row.xBegin + row.count) - row.xBegin);
+        };
+        begin = index(inside ? centre - std::min(centre, inside - 1) : centre);
+        end = index(centre + inside);
+        middle = std::clamp(index(centre), begin, end);
+    }
+};
+
+// Makes the pixels beside the chord their own sources.
+void KeepBeside(const Chord& chord, const SourceRow& row) {
+    const auto keep = [&](std::size_t begin, std::size_t end) {
+        std::iota(row.columns + begin, row.columns + end, row.xBegin + unsigned(begin));
+        std::fill(row.rows + begin, row.rows + end, row.y);
+    };
+    keep(0, chord.begin);
+    keep(chord.end, row.count);
+}
+
+// Calls pixel(i, distance, side) for the pixels of the chord, where the side is -1 or 1.
+template <class Pixel>
+void ForEachInside(const Chord& chord, const SourceRow& row, std::size_t centre, const Pixel& pixel) {
+    const std::size_t toLeft = centre - row.xBegin;
+    for (std::size_t i = chord.begin; i < chord.middle; ++i) pixel(i, toLeft - i, -1);
+    for (std::size_t i = chord.middle; i < chord.end; ++i) pixel(i, i - toLeft, 1);
+}
+
+float DistanceFrom(std::int32_t dx, std::int32_t dy) {
+    return float(std::sqrt(double(WrappingSum(WrappingProduct(dx, dx), WrappingProduct(dy, dy)))));
+}
+
+// Negated, since the distance in a huge picture may be no number.
+bool IsOutside(const CircleSettings& circle, float distance) { return !(float(circle.radius) > distance); }
+
+float TwistAt(const CircleSettings& circle, float distance, float nx, float ny) {
+    const double twist = double(float(circle.radius) - distance) * circle.scale;
+    return float(2 * (std::sqrt(double(nx * nx + ny * ny)) - 0.7) * (twist / double(circle.radius)));
+}
+
+// The angles of the pixels of a row from the centre's column on.
+void FillTwists(const CircleSettings& circle, unsigned dy, unsigned count, float* angles) {
+    const CircleSettings own = circle;
+    const float radius = float(own.radius), ny = float(dy) / radius;
+    for (std::int32_t dx = 0; dx < std::int32_t(count); ++dx)
+        angles[dx] = TwistAt(own, DistanceFrom(dx, std::int32_t(dy)), float(dx) / radius, ny);
+}
+
+// The turns of a quarter of the circle, row by row as they are asked for.
+class QuarterTurns {
+ public:
+    struct Row {
+        const float *sines, *cosines;
+        unsigned count;  // from the centre's column to the rim
+    };
+
+    QuarterTurns(const CircleSettings& circle, const Box& box, InstructionSet set)
+        : m_circle(circle),
+          m_fillTwists(variantsOf<FillTwists>.For(set)),
+          m_columns(DistancesIn(box.xBegin, box.xEnd, circle.x)),
+          m_counts(DistancesIn(box.yBegin, box.yEnd, circle.y), unknown),
+          m_sines(std::make_unique_for_overwrite<float[]>(m_columns * m_counts.size())),
+          m_cosines(std::make_unique_for_overwrite<float[]>(m_columns * m_counts.size())),
+          m_angles(m_columns) {}
+
+    Row At(unsigned dy) {
+        float *const sines = &m_sines[dy * m_columns], *const cosines = &m_cosines[dy * m_columns];
+        if (m_counts[dy] == unknown) {
+            const unsigned count = CountInside(dy);
+            m_fillTwists(m_circle, dy, count, m_angles.data());
+            for (unsigned dx = 0; dx < count; ++dx) {
+                const bool isKnown = dx < m_counts.size() && m_counts[dx] != unknown && dy < m_counts[dx];
+                const std::size_t mirrored = dx * m_columns + dy;
+                if (isKnown) {
+                    sines[dx] = m_sines[mirrored];
+                    cosines[dx] = m_cosines[mirrored];
+                } else {
+                    const float angle = m_angles[dx];
+                    sines[dx] = std::sin(angle);
+                    cosines[dx] = std::cos(angle);
+                }
+            }
+            m_counts[dy] = count;
+        }
+        return {sines, cosines, m_counts[dy]};
+    }
+
+ private:
+    static constexpr unsigned unknown = UINT32_MAX;
+
+    unsigned CountInside(unsigned dy) const {
+        const auto isInside = [&](unsigned dx) {
+            return !IsOutside(m_circle, DistanceFrom(std::int32_t(dx), std::int32_t(dy)));
+        };
+        return CountWhile(unsigned(m_columns), isInside);
+    }
+
+    CircleSettings m_circle;
+    void (*m_fillTwists)(const CircleSettings&, unsigned, unsigned, float*);
+    std::size_t m_columns;
+    std::vector<unsigned> m_counts;  // for each row
+    std::unique_ptr<float[]> m_sines, m_cosines;
+    std::vector<float> m_angles;
+};
+
+// No position in the reach of exact arithmetic comes near the limits of 32 bits; not-a-number becomes 0.
+std::uint32_t TruncatedPosition(float position) { return std::uint32_t(std::int32_t(position > 0 ? position : 0)); }
+
+void RotateRow(const CircleSettings& circle, const QuarterTurns::Row& turns, const SourceRow& to) {
+    const SourceRow row = to;
+    const QuarterTurns::Row turn = turns;
+    const float radius = float(circle.radius), centreX = float(circle.x), centreY = float(circle.y);
+    const float ny = (float(row.y) - centreY) / radius;
+    const Chord chord(row, circle.x, turn.count);
+    KeepBeside(chord, row);
+    std::fill(row.stays, row.stays + chord.begin, true);
+    std::fill(row.stays + chord.end, row.stays + row.count, true);
+    ForEachInside(chord, row, circle.x, [&](std::size_t i, std::size_t dx, int side) {
+        const float nx = float(std::int32_t(dx)) * float(side) / radius;
+        row.columns[i] = TruncatedPosition(centreX + (nx * turn.cosines[dx] - ny * turn.sines[dx]) * radius);
+        row.rows[i] = TruncatedPosition(centreY + (nx * turn.sines[dx] + ny * turn.cosines[dx]) * radius);
+    });
+}
+
+std::int32_t FactorOf(const CircleSettings& circle, std::uint32_t distance2) {
+    return TruncateToInt32(std::pow(std::sqrt(double(distance2)) / double(circle.radius), circle.scale) * 256);
+}
+
+// Between exponents this small and 0, the powers of neighbouring squared distances may be rounded out of order.
+constexpr double leastScale = 1e-3;
+
+// The lens's factors over the squared distance: they only rise or only fall, so each fills one step.
+class FactorSteps {
+ public:
+    FactorSteps(const CircleSettings& circle, std::uint32_t maxDistance2) {
+        std::int32_t factor = FactorOf(circle, 0);
+        for (std::uint32_t last = 0; last < maxDistance2; ++last) {
+            std::uint32_t next = last;
+            std::int32_t nextFactor = factor;
+            const auto look = [&](std::uint32_t distance2) {
+                const std::int32_t seen = FactorOf(circle, distance2);
+                if (seen == factor) {
+                    last = distance2;
+                } else {
+                    next = distance2;
+                    nextFactor = seen;
+                }
+            };
+            std::uint32_t ahead = 1;
+            while (next <= last && last < maxDistance2) {
+                look(last + std::min(ahead, maxDistance2 - last));
+                ahead *= 2;
+            }
+            while (next > last + 1) look(last + (next - last) / 2);
+            m_steps.push_back({last, factor});
+            factor = nextFactor;
+        }
+        m_steps.push_back({UINT32_MAX, factor});
+    }
+
+    // For the pixels of a row from the centre's column on.
+    void FillRow(std::uint32_t dy, unsigned count, std::int32_t* factors) const {
+        const auto endsBefore = [](const Step& step, std::uint32_t distance2) { return step.last < distance2; };
+        auto step = std::lower_bound(m_steps.begin(), m_steps.end(), dy * dy, endsBefore);
+        for (std::uint32_t dx = 0; dx < count; ++dx) {
+            const std::uint32_t distance2 = dx * dx + dy * dy;
+            if (step->last < distance2) {
+                // Mostly the next step is the one; where many lie in between, leaps find it.
+                std::ptrdiff_t leap = 1;
+                const std::ptrdiff_t left = m_steps.end() - step;
+                while (leap < left && step[leap].last < distance2) leap *= 2;
+                step = std::lower_bound(step + leap / 2 + 1, step + std::min(leap + 1, left), distance2, endsBefore);
+            }
+            factors[dx] = step->factor;
+        }
+    }
+
+ private:
+    struct Step {
+        std::uint32_t last;
+        std::int32_t factor;
+    };
+    std::vector<Step> m_steps;
+};
+
+Source ScaledAbout(const CircleSettings& circle, std::int32_t dx, std::int32_t dy, std::int32_t factor) {
+    return {circle.x + std::uint32_t(WrappingProduct(dx, factor) >> 8),
+            circle.y + std::uint32_t(WrappingProduct(dy, factor) >> 8)};
+}
+
+// `count` factors from the centre's column to the rim.
+void SpherizeRow(const CircleSettings& circle, const std::int32_t* factors, unsigned count, const SourceRow& to) {
+    const SourceRow row = to;
+    const CircleSettings own = circle;
+    const Chord chord(row, own.x, count);
+    KeepBeside(chord, row);
+    ForEachInside(chord, row, own.x, [&](std::size_t i, std::size_t dx, int side) {
+        const Source source = ScaledAbout(own, side * std::int32_t(dx), std::int32_t(row.y - own.y), factors[dx]);
+        row.columns[i] = source.x;
+        row.rows[i] = source.y;
+    });
+}
+
+}  // namespace
+
+std::optional<Box> CircleSettings::BoxIn(unsigned width, unsigned height) const {
+    if (x > width || y > height) return std::nullopt;
+    return Box{x > radius ? x - radius : 0, std::min(x + radius, width), y > radius ? y - radius : 0,
+               std::min(y + radius, height)};
+}
+
+std::optional<Source> RotateMap::operator()(unsigned x, unsigned y) const {
+    const float distance = DistanceFrom(std::int32_t(x - circle.x), std::int32_t(y - circle.y));
+    if (IsOutside(circle, distance)) return std::nullopt;
+    const float radius = float(circle.radius), centreX = float(circle.x), centreY = float(circle.y);
+    const float nx = (float(x) - centreX) / radius, ny = (float(y) - centreY) / radius;
+    const float angle = TwistAt(circle, distance, nx, ny), sine = std::sin(angle), cosine = std::cos(angle);
+    return Source{TruncateToUint32(centreX + (nx * cosine - ny * sine) * radius),
+                  TruncateToUint32(centreY + (nx * sine + ny * cosine) * radius)};
+}
+
+FillSourceRow RotateMap::Rows(const Box& box, InstructionSet set) const {
+    if (!IsExact(circle, box)) return PixelByPixel(*this);
+    return [circle = circle, turns = std::make_shared<QuarterTurns>(circle, box, set),
+            fill = variantsOf<RotateRow>.For(set)](const SourceRow& row) {
+        fill(circle, turns->At(Distance(row.y, circle.y)), row);
+    };
+}
+
+std::optional<Source> SpherizeMap::operator()(unsigned x, unsigned y) const {
+    const std::uint32_t dx = x - circle.x, dy = y - circle.y, distance2 = dx * dx + dy * dy;
+    if (distance2 > circle.radius * circle.radius) return Source{x, y};
+    return ScaledAbout(circle, std::int32_t(dx), std::int32_t(dy), FactorOf(circle, distance2));
+}
+
+FillSourceRow SpherizeMap::Rows(const Box& box, InstructionSet set) const {
+    if (!IsExact(circle, box) || !(std::abs(circle.scale) >= leastScale)) return PixelByPixel(*this);
+    const std::uint32_t radius2 = circle.radius * circle.radius;
+    const auto columns = std::uint32_t(DistancesIn(box.xBegin, box.xEnd, circle.x)),
+               rows = std::uint32_t(DistancesIn(box.yBegin, box.yEnd, circle.y));
+    return [circle = circle, radius2, factors = std::vector<std::int32_t>(columns),
+            steps = FactorSteps(circle, std::min(radius2, columns * columns + rows * rows)),
+            fill = variantsOf<SpherizeRow>.For(set)](const SourceRow& row) mutable {
+        const unsigned dy = Distance(row.y, circle.y);
+        const auto isInside = [&](unsigned dx) { return dx * dx + dy * dy <= radius2; };
+        const unsigned count = CountWhile(unsigned(factors.size()), isInside);
+        steps.FillRow(dy, count, factors.data());
+        fill(circle, factors.data(), count, row);
+    };
+}
+
+CRotateVideoImageEffect::CRotateVideoImageEffect() : CBasedVideoImageEffect(effectNameRotate) {
+    DeclareProperties(*this, rotateProperties);
+}
+
+void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    const auto isNamed = [&](const Property<CircleSettings>& property) { return name == property.name; };
+    // Deliberate: whichever property is set, its integer value is compared with the radius. Another centre or scale
+    // that happens to equal it keeps the old table.
+    if (std::ranges::any_of(rotateProperties, isNamed) && node.Value<std::uint32_t>() != m_settings.radius)
+        m_table.SetValid(false);
+    StoreProperty(m_settings, rotateProperties, name, node);
+}
+
+void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    ProcessWithTable(
+        *this, m_table,
+        {&CRotateVideoImageEffect::RotateRgba32Effect, &CRotateVideoImageEffect::RotateComponentEffect,
+         &CRotateVideoImageEffect::ConverRotateRgba32Effect, &CRotateVideoImageEffect::ConverRotateComponentEffect},
+        Instructions(), *frame);
+}
+
+void CRotateVideoImageEffect::RotateRgba32Effect(const PackedView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.width, picture.height))
+        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
+}
+
+void CRotateVideoImageEffect::RotateComponentEffect(const PlanarView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
+        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
+}
+
+void CRotateVideoImageEffect::ConverRotateRgba32Effect(const PackedView& picture) {
+    if (m_settings.BoxIn(picture.width, picture.height)) m_table.Replay(picture, Outside::White);
+}
+
+void CRotateVideoImageEffect::ConverRotateComponentEffect(const PlanarView& picture) {
+    if (m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height)) m_table.Replay(picture, Outside::White);
+}
+
+CSpherizeVideoImageEffect::CSpherizeVideoImageEffect() : CBasedVideoImageEffect(effectNameSpherize) {
+    DeclareProperties(*this, spherizeProperties);
+}
+
+void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    const double before = m_settings.scale;
+    bool changed = StoreProperty(m_settings, spherizeProperties, name, node);
+    // Deliberate: of a new scale only the integer that its slot begins with is compared, and with the old scale.
+    if (name == spherizeScaleName) changed = double(node.Value<std::int32_t>()) != before;
+    if (changed) m_table.SetValid(false);
+}
+
+void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    ProcessWithTable(
+        *this, m_table,
+        {&CSpherizeVideoImageEffect::SpherizeRgba32Effect, &CSpherizeVideoImageEffect::SpherizeComponentEffect,
+         &CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect,
+         &CSpherizeVideoImageEffect::ConverSpherizeComponentEffect},
+        Instructions(), *frame);
+}
+
+// Deliberate: a source outside the picture leaves a packed pixel as it was, but turns a planar one white.
+void CSpherizeVideoImageEffect::SpherizeRgba32Effect(const PackedView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.width, picture.height))
+        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::Unchanged);
+}
+
+void CSpherizeVideoImageEffect::SpherizeComponentEffect(const PlanarView& picture) {
+    if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
+        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::White);
+}
+
+void CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect(const PackedView& picture) {
+    if (m_settings.BoxIn(picture.width, picture.height)) m_table.Replay(picture, Outside::Unchanged);
+}
+
+void CSpherizeVideoImageEffect::ConverSpherizeComponentEffect(const PlanarView& picture) {
+    if (m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height)) m_table.Replay(picture, Outside::White);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/frame_views.h"
+
+namespace AVBased {
+
+inline constexpr char effectNameVideoWall[] = "videowall";
+
+struct VideoWallSettings {
+    double horiTiles = 3, verTiles = 3;
+};
+
+/// The picture shrunk to one tile in the top-left corner and repeated across and down the frame. Tile counts below 1
+/// and such that are not finite leave the frame as it is.
+class CWallVideoImageEffect : public CBasedVideoImageEffect {
+ public:
+    CWallVideoImageEffect();
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+    void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
+
+ private:
+    VideoWallSettings m_settings;
+};
+
+}  // namespace AVBased

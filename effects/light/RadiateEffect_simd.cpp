@@ -1,0 +1,162 @@
+#include "effects/light/radiate_axis.h"
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace AVBased {
+#if defined(__x86_64__)
+namespace {
+
+// Neighbouring pixels that one load and one permutation serve: towards a centre, samples draw together, so those of a
+// group lie no further apart than its pixels do.
+template <unsigned pixels, class Index>
+struct Group {
+    static constexpr unsigned size = pixels;
+    unsigned start;                       // the group's first pixel
+    unsigned base[radiateSamples];        // where the load starts
+    Index index[radiateSamples][pixels];  // which loaded pixel each pixel takes
+};
+using PackedGroup = Group<8, std::uint32_t>;
+using ComponentGroup = Group<16, std::uint8_t>;
+
+// The groups of a row, the last one moved back to end with it. None where samples lie too far apart: away from a centre
+// or in rows narrower than a group.
+template <class Group>
+std::vector<Group> GroupColumns(const RadiateAxis& columns) {
+    if (columns.size() < Group::size) return {};
+    std::vector<Group> groups;
+    for (unsigned x = 0; x < columns.size(); x += Group::size) {
+        Group& group = groups.emplace_back();
+        group.start = std::min(x, columns.size() - Group::size);
+        for (unsigned k = 0; k < radiateSamples; ++k) {
+            unsigned lowest = columns.size() - Group::size, highest = 0;
+            for (unsigned i = 0; i < Group::size; ++i) {
+                lowest = std::min(lowest, columns[group.start + i][k]);
+                highest = std::max(highest, columns[group.start + i][k]);
+            }
+            if (highest - lowest >= Group::size) return {};
+            group.base[k] = lowest;
+            for (unsigned i = 0; i < Group::size; ++i) group.index[k][i] = columns[group.start + i][k] - lowest;
+        }
+    }
+    return groups;
+}
+
+#pragma GCC push_options
+#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+
+// The rows that the samples of one output row lie in.
+template <class Sample>
+struct SampleRows {
+    const Sample* own;
+    const Sample* at[radiateSamples];
+    Sample* to;
+
+    SampleRows(const RadiateAxis& rows, unsigned y, const PlaneView<Sample>& target, const PlaneView<Sample>& from)
+        : own(from.Row(y)), to(target.Row(y)) {
+        for (unsigned k = 0; k < radiateSamples; ++k) at[k] = from.Row(rows[y][k]);
+    }
+};
+
+// Sums of bytes in 16-bit lanes without unpacking them: `both` gathers low + 256 x high bytes, `high` the high bytes
+// alone.
+struct ByteSums {
+    __m256i both, high;
+
+    explicit ByteSums(__m256i bytes) : both(bytes), high(_mm256_srli_epi16(bytes, 8)) {}
+    void Add(__m256i bytes) {
+        both = _mm256_add_epi16(both, bytes);
+        high = _mm256_add_epi16(high, _mm256_srli_epi16(bytes, 8));
+    }
+    __m256i Means(__m256i bias) const {
+        const __m256i low = _mm256_sub_epi16(both, _mm256_slli_epi16(high, 8));
+        return _mm256_or_si256(Mean(low, bias), _mm256_slli_epi16(Mean(high, bias), 8));
+    }
+
+ private:
+    // A mean below 0 is a large unsigned number, which becomes white as well.
+    static __m256i Mean(__m256i sum, __m256i bias) {
+        return _mm256_min_epu16(_mm256_add_epi16(_mm256_srli_epi16(sum, 4), bias), _mm256_set1_epi16(255));
+    }
+};
+
+__m256i Load(const void* address) { return _mm256_loadu_si256(static_cast<const __m256i*>(address)); }
+__m256i LoadHalves(const void* low, const void* high) {
+    return _mm256_loadu2_m128i(static_cast<const __m128i*>(high), static_cast<const __m128i*>(low));
+}
+
+// The loops over the samples stay loops: unrolled in full, GCC would add the samples up as a tree and spill them all.
+
+void RadiateGroup(const PackedGroup& group, __m256i bias, const SampleRows<Rgba32>& a, const SampleRows<Rgba32>& b) {
+    const __m256i ownA = Load(a.own + group.start), ownB = Load(b.own + group.start);
+    ByteSums sumsA(ownA), sumsB(ownB);
+#pragma GCC unroll 1
+    for (unsigned k = 0; k < radiateSamples; ++k) {
+        const __m256i index = Load(group.index[k]);
+        sumsA.Add(_mm256_permutevar8x32_epi32(Load(a.at[k] + group.base[k]), index));
+        sumsB.Add(_mm256_permutevar8x32_epi32(Load(b.at[k] + group.base[k]), index));
+    }
+    const __m256i alpha = _mm256_set1_epi32(std::int32_t(alphaMask));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(a.to + group.start),
+                        _mm256_blendv_epi8(sumsA.Means(bias), ownA, alpha));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(b.to + group.start),
+                        _mm256_blendv_epi8(sumsB.Means(bias), ownB, alpha));
+}
+
+void RadiateGroup(const ComponentGroup& group, __m256i bias, const SampleRows<std::uint8_t>& a,
+                  const SampleRows<std::uint8_t>& b) {
+    ByteSums sums(LoadHalves(a.own + group.start, b.own + group.start));
+#pragma GCC unroll 1
+    for (unsigned k = 0; k < radiateSamples; ++k) {
+        const __m256i index = LoadHalves(group.index[k], group.index[k]);
+        sums.Add(_mm256_shuffle_epi8(LoadHalves(a.at[k] + group.base[k], b.at[k] + group.base[k]), index));
+    }
+    const __m256i means = sums.Means(bias);
+    _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(b.to + group.start), reinterpret_cast<__m128i*>(a.to + group.start),
+                         means);
+}
+
+// Two rows at a time share the loads of an index. Strips of groups keep their tables and their rows' stretches in the
+// nearest cache.
+template <class Group, class Sample>
+void RadiateGroups(const std::vector<Group>& groups, const RadiateAxis& rows, std::uint32_t bias,
+                   const PlaneView<Sample>& to, const PlaneView<Sample>& from) {
+    constexpr std::size_t stripGroups = 16;
+    // Beyond these limits every mean is 255 all the same.
+    const __m256i lanes = _mm256_set1_epi16(std::int16_t(std::clamp(std::int32_t(bias), -512, 512)));
+    for (std::size_t begin = 0; begin < groups.size(); begin += stripGroups) {
+        const std::size_t end = std::min(begin + stripGroups, groups.size());
+        for (unsigned y = 0; y < rows.size(); y += 2) {
+            const SampleRows<Sample> a(rows, y, to, from), b(rows, std::min(y + 1, rows.size() - 1), to, from);
+            for (std::size_t i = begin; i < end; ++i) RadiateGroup(groups[i], lanes, a, b);
+        }
+    }
+}
+
+void RadiateRgba32Avx2(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias, const PackedView& to,
+                       const PackedView& from) {
+    const auto groups = GroupColumns<PackedGroup>(columns);
+    if (groups.empty()) return RadiateRgba32Effect(columns, rows, bias, to, from);
+    RadiateGroups(groups, rows, bias, to, from);
+}
+
+void RadiateComponentAvx2(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias,
+                          const ComponentView& to, const ComponentView& from) {
+    const auto groups = GroupColumns<ComponentGroup>(columns);
+    if (groups.empty()) return RadiateComponentEffect(columns, rows, bias, to, from);
+    RadiateGroups(groups, rows, bias, to, from);
+}
+
+#pragma GCC pop_options
+
+}  // namespace
+
+const RadiateRoutine<Rgba32> radiateRgba32{RadiateRgba32Effect, RadiateRgba32Avx2};
+const RadiateRoutine<std::uint8_t> radiateComponent{RadiateComponentEffect, RadiateComponentAvx2};
+#else
+const RadiateRoutine<Rgba32> radiateRgba32{RadiateRgba32Effect, RadiateRgba32Effect};
+const RadiateRoutine<std::uint8_t> radiateComponent{RadiateComponentEffect, RadiateComponentEffect};
+#endif
+
+}  // namespace AVBased

@@ -1,0 +1,249 @@
+#include "effects/light/SpotlightEffect.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "effects/base/property_table.h"
+#include "effects/base/row_loops.h"
+#include "effects/light/spotlight_rows.h"
+
+namespace AVBased {
+namespace {
+
+constexpr Property<SpotlightSettings> spotlightProperties[] = {
+    {"spotlight_x", "250", &SpotlightSettings::x},
+    {"spotlight_y", "250", &SpotlightSettings::y},
+    {"spotlight_r", "250", &SpotlightSettings::radius},
+    {"spotlight_brightness", "250", &SpotlightSettings::brightness},
+    {"spotlight_color", "250", &SpotlightSettings::colour},
+    {"spotlight_density", "250", &SpotlightSettings::density},
+};
+
+// (channel * (65536 - weight) + colour * weight) / 65536 + added, modulo 2^32: what falls below black turns white.
+std::uint32_t Tint(std::uint32_t channel, std::uint32_t colour, std::uint32_t weight, std::uint32_t added) {
+    return std::min((((channel << 16) + (colour - channel) * weight) >> 16) + added, 255u);
+}
+
+constexpr unsigned groupColumns = 64;                // a vector of bytes that are shared by two columns each
+constexpr unsigned pieceColumns = 4 * groupColumns;  // between fetches
+
+// Widened to whole groups of columns, so that the loops over them need no scalar ends.
+SpotRange Groups(SpotRange columns) {
+    return {columns.begin / groupColumns * groupColumns,
+            (columns.end + groupColumns - 1) / groupColumns * groupColumns};
+}
+
+// The row of a plane that serves the luma row in work, in whole groups: what the picture lacks stands in a spare row.
+template <class Sample>
+class GroupedRow {
+ public:
+    GroupedRow(const PlaneView<Sample>& plane, unsigned columnShift, unsigned rowShift, unsigned columns)
+        : m_plane(plane), m_columnShift(columnShift), m_rowShift(rowShift), m_spare(columns >> columnShift) {}
+
+    void GoTo(unsigned y) {
+        const unsigned row = y >> m_rowShift;
+        const bool exists = row < m_plane.height;
+        m_row = exists ? m_plane.Row(row) : m_spare.data();
+        m_width = exists ? m_plane.width : 0;
+    }
+    // Fetches columns of the next row but one.
+    void Fetch(SpotRange columns) const {
+        for (unsigned x = columns.begin >> m_columnShift; x < columns.end >> m_columnShift;
+             x += cacheLine / sizeof(Sample))
+            PrefetchToWrite(m_row + x, 2 * std::ptrdiff_t(m_plane.pitch));
+    }
+    // How many columns stand in whole groups of the picture.
+    unsigned Whole() const { return (m_width << m_columnShift) / groupColumns * groupColumns; }
+    Sample* Row() const { return m_row; }
+    // The rest of the row from a column on, in the spare row until it is put back.
+    Sample* TakeOut(unsigned column) {
+        CopyRest(m_row, m_spare.data(), column);
+        return m_spare.data();
+    }
+    void PutBack(unsigned column) { CopyRest(m_spare.data(), m_row, column); }
+
+ private:
+    void CopyRest(const Sample* from, Sample* to, unsigned column) const {
+        const std::size_t begin = column >> m_columnShift, end = std::min<std::size_t>(m_width, m_spare.size());
+        if (begin < end) std::copy(from + begin, from + end, to + begin);
+    }
+
+    PlaneView<Sample> m_plane;
+    unsigned m_columnShift, m_rowShift, m_width = 0;
+    Sample* m_row = nullptr;
+    std::vector<Sample> m_spare;
+};
+
+// Tints the columns of a range, a multiple of groups, in the light of the distances that are walked.
+template <bool soft>
+struct TintPixels {
+    static constexpr unsigned shift = 0;
+    SpotLevels<soft> levels;
+    SpotTint<soft> blueTint, greenTint, redTint;
+
+    template <class Walk>
+    void operator()(SpotRange range, Walk walk, Rgba32* row) const {
+        const TintPixels tint = *this;
+#pragma GCC ivdep  // pixels and distances share no memory
+        for (std::size_t x = range.begin; x < range.end; ++x) {
+            const SpotLevel level = walk(x, 0, tint.levels);
+            const std::uint32_t p = LoadWord(row + x);
+            // In halves of 16 bits, which need no widening.
+            const auto low = std::uint16_t(p), high = std::uint16_t(p >> 16);
+            const std::uint16_t blue = tint.blueTint.Brightened(low & 255, level),
+                                green = tint.greenTint.Brightened(low >> 8, level),
+                                red = tint.redTint.Brightened(high & 255, level);
+            const auto newLow = std::uint16_t(blue | green << 8), newHigh = std::uint16_t(red | (high & 0xFF00));
+            StoreWord(row + x, newLow | std::uint32_t(newHigh) << 16);
+        }
+    }
+};
+
+// Deliberate: shared chroma is tinted once for each luma position, and never brightened.
+template <bool soft, unsigned columnShift>
+struct TintComponents {
+    static constexpr unsigned shift = columnShift, shared = 1 << shift;
+    SpotLevels<soft> levels;
+    SpotTint<soft> lumaTint, uTint, vTint;
+
+    template <class Walk>
+    void operator()(SpotRange range, Walk walk, std::uint8_t* luma, std::uint8_t* u, std::uint8_t* v) const {
+        const TintComponents tint = *this;
+#pragma GCC ivdep  // samples and distances share no memory
+        for (std::size_t x = range.begin >> shift; x < range.end >> shift; ++x) {
+            std::uint16_t newU = u[x], newV = v[x];
+            for (unsigned i = 0; i < shared; ++i) {
+                const SpotLevel level = walk(x, i, tint.levels);
+                luma[x * shared + i] = std::uint8_t(tint.lumaTint.Brightened(luma[x * shared + i], level));
+                newU = tint.uTint(newU, level);
+                newV = tint.vTint(newV, level);
+            }
+            u[x] = std::uint8_t(newU);
+            v[x] = std::uint8_t(newV);
+        }
+    }
+};
+
+// Lights the rows of a disc's box: of a packed picture, or of three planes.
+template <class Tint, class... Samples>
+void LightRows(const SpotDisc& disc, const Tint& tint, unsigned width, unsigned height, GroupedRow<Samples>... rows) {
+    const SpotRange box = disc.Columns(width), down = disc.Rows(height), all = Groups(box);
+    SpotDistances distances(disc, all, width, Tint::shift, down.begin);
+    for (unsigned y = down.begin; y < down.end; ++y) {
+        const SpotRange chord = Groups(disc.Chord(y, box));
+        (rows.GoTo(y), ...);
+        const auto lightRow = [&](auto walk) {
+            const unsigned whole = std::min({rows.Whole()...});
+            const SpotRange inside{chord.begin, std::min(chord.end, whole)},
+                rest{std::max(chord.begin, whole), chord.end};
+            for (SpotRange piece = inside; piece.begin < inside.end; piece.begin = piece.end) {
+                piece.end = std::min(piece.begin + pieceColumns, inside.end);
+                (rows.Fetch(piece), ...);
+                tint(piece, walk, rows.Row()...);
+            }
+            if (rest.begin >= rest.end) return;
+            tint(rest, walk, rows.TakeOut(rest.begin)...);
+            (rows.PutBack(rest.begin), ...);
+        };
+        if (distances.Approaches()) {
+            lightRow(distances.FromHere<true>());
+            distances.Skip({all.begin, chord.begin});
+            distances.Skip({chord.end, all.end});
+        } else {
+            lightRow(distances.FromHere<false>());
+        }
+        distances.NextRow();
+    }
+}
+
+template <bool soft>
+void LightPacked(const SpotlightSettings& s, const SpotDisc& disc, const PackedView& picture) {
+    const bool darkens = s.brightness < 0;
+    const TintPixels<soft> tint{
+        SpotLevels<soft>(disc), {Blue(s.colour), darkens}, {Green(s.colour), darkens}, {Red(s.colour), darkens}};
+    const unsigned columns = Groups(disc.Columns(picture.width)).end;
+    LightRows(disc, tint, picture.width, picture.height, GroupedRow<Rgba32>(picture, 0, 0, columns));
+}
+
+template <bool soft, unsigned shift>
+void LightPlanar(const SpotlightSettings& s, const SpotDisc& disc, const PlanarView& picture) {
+    const bool darkens = s.brightness < 0;
+    const TintComponents<soft, shift> tint{
+        SpotLevels<soft>(disc), {s.yuv[0], darkens}, {s.yuv[1], darkens}, {s.yuv[2], darkens}};
+    const ComponentView& luma = picture.plane[0];
+    const unsigned columns = Groups(disc.Columns(luma.width)).end;
+    using Row = GroupedRow<std::uint8_t>;
+    LightRows(disc, tint, luma.width, luma.height, Row(luma, 0, 0, columns),
+              Row(picture.plane[1], shift, picture.rowShift, columns),
+              Row(picture.plane[2], shift, picture.rowShift, columns));
+}
+
+template <bool soft>
+constexpr auto LightPlanarVariants(unsigned columnShift) {
+    return columnShift == 0   ? variantsOf<LightPlanar<soft, 0>>
+           : columnShift == 1 ? variantsOf<LightPlanar<soft, 1>>
+                              : variantsOf<LightPlanar<soft, 2>>;
+}
+
+std::array<std::uint8_t, 3> YuvOf(std::uint32_t colour) {
+    const double red = Red(colour), green = Green(colour), blue = Blue(colour);
+    return {std::uint8_t(0.257 * red + 0.504 * green + 0.098 * blue + 16),
+            std::uint8_t(-0.148 * red - 0.291 * green + 0.439 * blue + 128),
+            std::uint8_t(0.439 * red - 0.368 * green - 0.071 * blue + 128)};
+}
+
+}  // namespace
+
+void SpotlightRgba32Effect(const SpotlightSettings& settings, const PackedView& picture) {
+    const std::uint32_t colour = settings.colour;
+    SpotDisc(settings).ForEachPixel(picture.width, picture.height, [&](unsigned x, unsigned y, SpotLight light) {
+        Rgba32& p = picture.Row(y)[x];
+        p.blue = std::uint8_t(Tint(p.blue, Blue(colour), light.weight, light.brightness));
+        p.green = std::uint8_t(Tint(p.green, Green(colour), light.weight, light.brightness));
+        p.red = std::uint8_t(Tint(p.red, Red(colour), light.weight, light.brightness));
+    });
+}
+
+void SpotlightComponentEffect(const SpotlightSettings& settings, const PlanarView& picture) {
+    const ComponentView& luma = picture.plane[0];
+    SpotDisc(settings).ForEachPixel(luma.width, luma.height, [&](unsigned x, unsigned y, SpotLight light) {
+        for (unsigned p = 0; p < 3; ++p)
+            if (std::uint8_t* const sample = picture.At(p, x, y))
+                *sample = std::uint8_t(Tint(*sample, settings.yuv[p], light.weight, p == 0 ? light.brightness : 0));
+    });
+}
+
+CSpotlightVideoImageEffect::CSpotlightVideoImageEffect() : CBasedVideoImageEffect(effectNameSpotlight) {
+    DeclareProperties(*this, spotlightProperties);
+}
+
+void CSpotlightVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    StoreProperty(m_settings, spotlightProperties, name, node);
+    if (name == "spotlight_color") std::ranges::copy(YuvOf(m_settings.colour), m_settings.yuv);
+    if (name == "spotlight_brightness")
+        m_settings.brightness = std::int32_t(std::uint32_t(m_settings.brightness) << 8) / 100;
+}
+
+void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    const SpotDisc disc(m_settings);
+    ForFrame(
+        [&](const PackedView& picture) {
+            if (!disc.Lights(picture.width, picture.height)) return;
+            if (!disc.IsHandy()) return SpotlightRgba32Effect(m_settings, picture);
+            const auto light = disc.IsSoft() ? Pick<LightPacked<true>>() : Pick<LightPacked<false>>();
+            light(m_settings, disc, picture);
+        },
+        [&](const PlanarView& picture) {
+            const ComponentView& luma = picture.plane[0];
+            if (!disc.Lights(luma.width, luma.height)) return;
+            if (!disc.IsHandy()) return SpotlightComponentEffect(m_settings, picture);
+            const auto light = disc.IsSoft() ? LightPlanarVariants<true>(picture.columnShift)
+                                             : LightPlanarVariants<false>(picture.columnShift);
+            light.For(Instructions())(m_settings, disc, picture);
+        },
+        *frame);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,94 @@
+#include "effects/neighbourhood/BlurSharpenEffects.h"
+
+#include <algorithm>
+
+#include "effects/neighbourhood/blur_sharpen_planes.h"
+#include "effects/base/property_table.h"
+
+namespace AVBased {
+namespace {
+
+constexpr Property<PassSettings> blurProperties[] = {{"blur_count", "1", &PassSettings::passes}};
+constexpr Property<PassSettings> sharpenProperties[] = {{"sharpen_count", "1", &PassSettings::passes}};
+
+template <class Kernel, std::size_t step>
+struct PlainRows {
+    static RowSum SumAt(const std::uint8_t* row) {
+        return RowSum(row[0] + Kernel::centreWeight * row[step] + row[2 * step]);
+    }
+
+    static void Sum(RowSum* __restrict sums, const std::uint8_t* __restrict row, RowSpan span) {
+        for (std::size_t x = 0; x < span.count; ++x) sums[x] = SumAt(row + x);
+    }
+
+    static void Filter(std::uint8_t* __restrict row, const std::uint8_t* __restrict below, RowSum* __restrict above,
+                       const RowSum* __restrict same, RowSpan span) {
+        for (std::size_t x = 0; x < span.count; ++x) {
+            const RowSum next = SumAt(below + x), box = RowSum(above[x] + same[x] + next);
+            std::uint8_t& sample = row[x + step];
+            if constexpr (Kernel::sharpens)
+                sample = std::uint8_t(std::clamp<RowSum>(RowSum(10 * sample - box), 0, 255));
+            else
+                sample = std::uint8_t((box + same[x]) >> 4);
+            above[x] = next;
+        }
+    }
+};
+
+// Every plane finishes a pass before the next one begins. Fourth bytes and alpha planes are filtered like the others.
+void RunPasses(std::uint32_t passes, const PlaneFilter& filter, IRawVideoFrame& frame) {
+    ForFrame(
+        [&](const PackedView& picture) {
+            for (std::uint32_t pass = 0; pass < passes; ++pass) filter.rgba32(picture);
+        },
+        [&](const PlanarView& picture) {
+            for (std::uint32_t pass = 0; pass < passes; ++pass)
+                for (unsigned p = 0; p < picture.planes; ++p) filter.component(picture.plane[p]);
+        },
+        frame);
+}
+
+const BlurSharpenFilters& Filters(InstructionSet set) {
+    return set == InstructionSet::Avx2 ? avx2BlurSharpen : plainBlurSharpen;
+}
+
+}  // namespace
+
+constinit const BlurSharpenFilters plainBlurSharpen = filtersOf<PlainRows>;
+
+void gauss_blur_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height) {
+    Filters(BestInstructionSet()).blur.component({data, width, pitch, height});
+}
+
+void laplacian_sharpen_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height) {
+    Filters(BestInstructionSet()).sharpen.component({data, width, pitch, height});
+}
+
+CSimpleGaussBlurEffect::CSimpleGaussBlurEffect() : CBasedVideoImageEffect(effectNameSimpleGaussBlur) {
+    DeclareProperties(*this, blurProperties);
+}
+
+void CSimpleGaussBlurEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    StoreProperty(m_settings, blurProperties, name, node);
+}
+
+void CSimpleGaussBlurEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    RunPasses(m_settings.passes, Filters(Instructions()).blur, *frame);
+}
+
+CSimpleLaplacianSharpenEffect::CSimpleLaplacianSharpenEffect()
+    : CBasedVideoImageEffect(effectNameSimpleLaplacianSharpen) {
+    DeclareProperties(*this, sharpenProperties);
+}
+
+void CSimpleLaplacianSharpenEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    StoreProperty(m_settings, sharpenProperties, name, node);
+}
+
+void CSimpleLaplacianSharpenEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    RunPasses(m_settings.passes, Filters(Instructions()).sharpen, *frame);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "effects/base/CBasedVideoEffect.h"
+
+namespace AVBased {
+
+inline constexpr char effectNameEdgeLight[] = "edgelight";
+
+/// Replaces `bytes` bytes of a row by the lengths of their gradients times `level`, modulo 256, plus `bias`. Right
+/// neighbours are one sample further in the row, so that much behind its end is read; lower ones are in the row `pitch`
+/// below. The routine for packed pixels has no bias and keeps the fourth bytes.
+using GradientRow = void(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias);
+GradientRow GradientComponentRow, GradientRgba32Row;
+extern const Variants<GradientRow> gradientComponentRows, gradientRgba32Rows;
+
+/// Glowing edges: each sample becomes the length of its gradient times a level, modulo 256.
+class CEdgeLightVideoImageEffect : public CBasedVideoImageEffect {
+ public:
+    CEdgeLightVideoImageEffect();
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+    void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
+
+    /// In place; `width` counts samples (pixels of the packed picture), `pitch` bytes.
+    void EdgeLightRgba32Effect(unsigned char* data, unsigned width, unsigned pitch, unsigned height) const;
+    void EdgeLightCompYEffect(unsigned char* data, unsigned width, unsigned pitch, unsigned height) const;
+    void EdgeLightCompUVEffect(unsigned char* data, unsigned width, unsigned pitch, unsigned height) const;
+
+    struct Settings {
+        std::uint32_t level = 3;
+    };
+
+ private:
+    void EdgeLightComponent(unsigned char* data, unsigned width, unsigned pitch, unsigned height,
+                            unsigned char bias) const;
+
+    Settings m_settings;
+};
+
+}  // namespace AVBased

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+
+#include "effects/base/CBasedVideoEffect.h"
+
+namespace AVBased {
+
+inline constexpr char effectNameEmboss[] = "emboss";
+
+/// Embosses `height` rows in place; `width` counts samples (pixels of a packed picture), `pitch` bytes.
+using EmbossRoutine = void (*)(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
+
+/// The plain routines: one plane of bytes, packed pixels.
+void emboss_effect_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
+void emboss_effect_rgba32_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
+/// The vectorised routines treat extremes and the ends of rows otherwise; on every processor they do so alike.
+void emboss_effect_component_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
+void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
+
+/// The routines in use: the plain ones until an effect is made on a processor with a vector unit. Atomic since effects
+/// may be made on several threads.
+extern std::atomic<EmbossRoutine> emboss_effect_component, emboss_effect_rgba32;
+
+/// The vectorised rules on the first `bytes` bytes of a row: on all of them, or on the colours of pixels only. `above`,
+/// the row above as it came, becomes the row as it came.
+void EmbossGroups(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level);
+void EmbossPixels(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level);
+using EmbossRowVariants = Variants<decltype(EmbossGroups)>;
+extern const EmbossRowVariants embossGroupsVariants, embossPixelsVariants;
+
+/// Raised edges: each sample against the one above it, scaled by a level, around grey.
+class CEmbossVideoImageEffect : public CBasedVideoImageEffect {
+ public:
+    CEmbossVideoImageEffect();
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
+    void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
+
+    struct Settings {
+        std::int32_t level = 0;
+    };
+
+ private:
+    Settings m_settings;
+};
+
+}  // namespace AVBased

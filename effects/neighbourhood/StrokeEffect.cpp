@@ -1,0 +1,156 @@
+#include "effects/neighbourhood/StrokeEffect.h"
+
+#include <vector>
+
+#include "effects/neighbourhood/pixel_tones.h"
+#include "effects/base/place_hash.h"
+#include "effects/base/property_table.h"
+#include "effects/base/row_loops.h"
+
+namespace AVBased {
+namespace {
+
+using Settings = CStrokeVideoImageEffect::Settings;
+
+constexpr Property<Settings> strokeProperties[] = {
+    {"stroke_strength", "50", &Settings::strength},
+    {"stroke_color", "0", &Settings::colour},
+};
+
+// Parallel strokes, each two pixels wide and of random darkness at knots 32 pixels apart, with an even change between.
+class Streaks {
+ public:
+    explicit Streaks(unsigned kind) {
+        for (unsigned stroke = 0; stroke < strokes; ++stroke)
+            for (unsigned knot = 0; knot < knots; ++knot)
+                m_darkness[stroke][knot] = FrameHash(0, 0).Row(kind, stroke)(knot) >> 24;
+    }
+    std::uint8_t operator()(unsigned across, unsigned along) const {
+        const unsigned* const stroke = m_darkness[across / 2 % strokes];
+        const unsigned knot = along / knotDistance % knots, part = along % knotDistance;
+        const unsigned sum = stroke[knot] * (knotDistance - part) + stroke[(knot + 1) % knots] * part;
+        return std::uint8_t(sum / knotDistance);
+    }
+
+ private:
+    static constexpr unsigned strokes = StrokePaper::side / 2, knotDistance = 32,
+                              knots = StrokePaper::side / knotDistance;
+    unsigned m_darkness[strokes][knots];
+};
+
+constexpr unsigned reach = 3, side = 2 * reach + 1;
+
+// In 16 bits, so that many fit a vector.
+std::uint16_t Excess(std::uint16_t value, std::uint16_t limit) { return std::uint16_t(std::max(value, limit) - limit); }
+
+// `sums` of columns, from `reach` before the first pixel on.
+void DrawRow(std::uint8_t* __restrict drawn, const std::uint8_t* __restrict tones, const std::uint16_t* __restrict sums,
+             const std::uint8_t* __restrict strokes, const std::uint8_t* __restrict crossStrokes, unsigned width,
+             std::uint16_t strength) {
+    for (std::size_t x = 0; x < width; ++x) {
+        std::uint16_t sum = 0;
+        for (unsigned i = 0; i < side; ++i) sum = std::uint16_t(sum + sums[x + i]);
+        const auto mean = std::uint16_t(std::uint32_t(sum) * 1338 >> 16);
+        const auto darkness = std::uint16_t(255 - mean);
+        const auto hatched =
+            std::uint16_t(Excess(darkness, strokes[x]) + Excess(darkness, std::uint16_t(112 + crossStrokes[x])));
+        const auto line = std::uint16_t(std::uint16_t(Excess(mean, std::uint16_t(tones[x] + 4)) * strength) >> 3);
+        const auto shade = std::uint16_t(std::uint16_t(hatched * strength) >> 6);
+        drawn[x] = std::uint8_t(255 - std::min<std::uint16_t>(std::uint16_t(line + shade), 225));
+    }
+}
+
+void TonesOfLuma(const std::uint8_t* row, std::uint8_t* __restrict tones, unsigned width) {
+    for (unsigned x = 0; x < width; ++x) tones[x] = ClampToByte((row[x] - 16) * 298 >> 8);
+}
+
+void DrawLuma(std::uint8_t* row, const std::uint8_t* __restrict drawn, unsigned width) {
+    for (unsigned x = 0; x < width; ++x) row[x] = std::uint8_t(16 + (drawn[x] * 220 >> 8));
+}
+
+void KeepColour(ComponentView plane, int colour) {
+    ForEachSample(plane, [colour](std::uint8_t chroma) { return std::uint8_t(128 + ((chroma - 128) * colour >> 8)); });
+}
+
+void AddRow(std::uint16_t* __restrict sums, const std::uint8_t* __restrict row, unsigned width) {
+    for (unsigned x = 0; x < width; ++x) sums[x] = std::uint16_t(sums[x] + row[x]);
+}
+void SubtractRow(std::uint16_t* __restrict sums, const std::uint8_t* __restrict row, unsigned width) {
+    for (unsigned x = 0; x < width; ++x) sums[x] = std::uint16_t(sums[x] - row[x]);
+}
+
+// Reads each row's tones once, `reach` rows before it is drawn.
+template <class Read, class Write>
+void Draw(unsigned width, unsigned height, const StrokePaper& paper, std::uint16_t strength, InstructionSet set,
+          Read read, Write write) {
+    if (width == 0 || height == 0) return;
+    const auto add = variantsOf<AddRow>.For(set), subtract = variantsOf<SubtractRow>.For(set);
+    const auto draw = variantsOf<DrawRow>.For(set);
+    std::vector<std::uint8_t> ring(std::size_t(side) * width), drawn(width);
+    std::vector<std::uint16_t> sums(width + 2 * reach);
+    std::uint16_t* const inside = &sums[reach];
+    const auto tones = [&](unsigned y) { return &ring[std::size_t(y % side) * width]; };
+    const auto nearest = [&](unsigned y, unsigned up, unsigned down) {
+        return tones(std::min(y + down - std::min(y + down, up), height - 1));
+    };
+    for (unsigned y = 0; y < std::min(reach + 1, height); ++y) read(y, tones(y));
+    for (unsigned i = 0; i < side; ++i) add(inside, nearest(0, reach, i), width);
+    for (unsigned y = 0; y < height; ++y) {
+        std::fill_n(&sums[0], reach, *inside);
+        std::fill_n(inside + width, reach, inside[width - 1]);
+        for (unsigned x = 0; x < width; x += StrokePaper::side)
+            draw(&drawn[x], tones(y) + x, &sums[x], paper.Strokes(y), paper.CrossStrokes(y),
+                 std::min(StrokePaper::side, width - x), strength);
+        write(y, drawn.data(), tones(y));
+        subtract(inside, nearest(y, reach, 0), width);
+        if (height - y > reach + 1) read(y + reach + 1, tones(y + reach + 1));
+        add(inside, nearest(y, 0, reach + 1), width);
+    }
+}
+
+}  // namespace
+
+StrokePaper::StrokePaper() : m_darkness(2 * side * side) {
+    const Streaks lines(0), crossLines(1);
+    for (unsigned y = 0; y < side; ++y)
+        for (unsigned x = 0; x < side; ++x) {
+            m_darkness[y * side + x] = lines(x + y, x - y);
+            m_darkness[(side + y) * side + x] = crossLines(2 * x - y, x + 2 * y);
+        }
+}
+
+CStrokeVideoImageEffect::CStrokeVideoImageEffect() : CBasedVideoImageEffect(effectNameStroke) {
+    DeclareProperties(*this, strokeProperties);
+}
+
+void CStrokeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedVideoImageEffect::OnSetProperty(name, node);
+    StoreProperty(m_settings, strokeProperties, name, node);
+}
+
+void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    const auto strength = std::uint16_t(std::clamp(m_settings.strength, 0, 100));
+    const int colour = std::clamp(m_settings.colour, 0, 100) * 256 / 100;
+    ForFrame(
+        [&](const PackedView& picture) {
+            Draw(
+                picture.width, picture.height, m_paper, strength, Instructions(),
+                [&](unsigned y, std::uint8_t* tones) { Pick<TonesOfPixels>()(picture.Row(y), tones, picture.width); },
+                [&](unsigned y, const std::uint8_t* drawn, const std::uint8_t* tones) {
+                    Pick<ChangeTones>()(picture.Row(y), drawn, tones, picture.width, colour);
+                });
+        },
+        [&](const PlanarView& picture) {
+            const ComponentView& luma = picture.plane[0];
+            Draw(
+                luma.width, luma.height, m_paper, strength, Instructions(),
+                [&](unsigned y, std::uint8_t* tones) { Pick<TonesOfLuma>()(luma.Row(y), tones, luma.width); },
+                [&](unsigned y, const std::uint8_t* drawn, const std::uint8_t*) {
+                    Pick<DrawLuma>()(luma.Row(y), drawn, luma.width);
+                });
+            for (unsigned p = 1; p < 3; ++p) Pick<KeepColour>()(picture.plane[p], colour);
+        },
+        *frame);
+}
+
+}  // namespace AVBased

@@ -1,0 +1,69 @@
+#include "host/base/progress.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <iomanip>
+#include <sstream>
+
+#include "host/base/log.h"
+
+namespace Nifikral {
+namespace {
+
+ProgressForm currentForm = ProgressForm::Line;
+
+}  // namespace
+
+void SetProgressForm(ProgressForm form) { currentForm = form; }
+
+Progress::Progress(long long total, const char* what, const char* verb)
+    : m_drawn(currentForm == ProgressForm::Line && isatty(STDERR_FILENO) && GetVerbosity() != Verbosity::Quiet),
+      m_what(what),
+      m_verb(verb),
+      m_total(total) {}
+
+Progress::~Progress() {
+    if (m_drawn) std::fputs("\r\033[K", stderr);
+}
+
+void Progress::Advance() {
+    ++m_done;
+    const Clock::time_point now = Clock::now();
+    const double seconds = std::chrono::duration<double>(now - m_begin).count();
+    const double rate = double(m_done) / std::max(seconds, 1e-6);
+    if (currentForm == ProgressForm::Json) {
+        PrintJson(rate);
+    } else if (m_drawn && now - m_lastDrawn >= std::chrono::milliseconds(200)) {
+        m_lastDrawn = now;
+        Draw(rate);
+    }
+}
+
+void Progress::Draw(double rate) const {
+    if (m_total >= m_done) {
+        const long long left = std::llround(double(m_total - m_done) / rate);
+        std::fprintf(stderr, "\r\033[K%s%s %lld of %lld, %.1f a second, %lld:%02lld left", m_verb, m_what, m_done,
+                     m_total, rate, left / 60, left % 60);
+    } else {
+        std::fprintf(stderr, "\r\033[K%s%s %lld, %.1f a second", m_verb, m_what, m_done, rate);
+    }
+    std::fflush(stderr);
+}
+
+void Progress::PrintJson(double rate) const {
+    const bool known = m_total >= m_done;
+    std::ostringstream line;
+    line << std::fixed << std::setprecision(2) << "{\"" << m_what << "\":" << m_done << ",\"" << m_what << "s\":";
+    line << (known ? std::to_string(m_total) : "null") << ",\"fps\":" << rate << ",\"secondsLeft\":";
+    if (known)
+        line << double(m_total - m_done) / rate << "}\n";
+    else
+        line << "null}\n";
+    // In one piece, so that warnings of other threads do not get in between.
+    std::fputs(line.str().c_str(), stderr);
+}
+
+}  // namespace Nifikral

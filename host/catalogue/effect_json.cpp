@@ -1,0 +1,67 @@
+#include "host/catalogue/effect_json.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+namespace Nifikral {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int documentVersion = 1;
+
+constexpr std::pair<EffectTraits, const char*> traitNames[] = {{variesWithTime, "varies-with-time"},
+                                                               {changesAlpha, "changes-alpha"},
+                                                               {generator, "generator"},
+                                                               {menu, "menu"},
+                                                               {newEachFrame, "new-each-frame"}};
+
+Json Number(double value) { return value == std::trunc(value) ? Json((long long)value) : Json(value); }
+
+void AddRange(Json& json, const char* name, const ValueRange& range) {
+    if (std::isfinite(range.low)) json[name]["minimum"] = Number(range.low);
+    if (std::isfinite(range.high)) json[name]["maximum"] = Number(range.high);
+}
+
+Json ParameterJson(const ParameterDetails& parameter) {
+    const PropertyInfo& property = parameter.property;
+    const ParameterInfo& info = parameter.info;
+    const bool isText = property.type == PropertyType::Text;
+    Json json = {{"name", property.name}, {"type", TypeName(property.type)}, {"kind", KindName(info.kind)}};
+    json["default"] = isText ? Json(property.defaultText) : Number(std::strtod(property.defaultText.c_str(), nullptr));
+    if (info.initial) json["initial"] = Number(*info.initial);
+    json["group"] = info.group;
+    json["meaning"] = info.meaning;
+    if (*info.unit) json["unit"] = info.unit;
+    AddRange(json, "sensible", info.sensible);
+    AddRange(json, "bearable", info.bearable);
+    if (!isText) json["step"] = Number(info.step);
+    for (const Choice& choice : info.choices)
+        json["choices"].push_back({{"value", choice.value}, {"meaning", choice.meaning}});
+    for (const char* const word : info.words) json["words"].push_back(word);
+    if (*info.separator) json["separator"] = info.separator;
+    json["keyframable"] = parameter.keyframable;
+    return json;
+}
+
+}  // namespace
+
+std::string EffectsAsJson(std::span<const EffectDetails> effects) {
+    Json all = {{"version", documentVersion}, {"effects", Json::array()}};
+    for (const EffectDetails& effect : effects) {
+        Json json = {{"name", effect.name},
+                     {"category", effect.info.category},
+                     {"summary", effect.info.summary},
+                     {"traits", Json::array()},
+                     {"parameters", Json::array()}};
+        for (const auto& [trait, name] : traitNames)
+            if (effect.info.traits & trait) json["traits"].push_back(name);
+        for (const ParameterDetails& parameter : effect.parameters)
+            json["parameters"].push_back(ParameterJson(parameter));
+        all["effects"].push_back(json);
+    }
+    return all.dump(2) + "\n";
+}
+
+}  // namespace Nifikral

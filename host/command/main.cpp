@@ -1,0 +1,87 @@
+// The command nifikral: puts the module's effects on pictures and videos, and makes films with its generators.
+
+#include <malloc.h>
+
+#include <iostream>
+
+#include "host/run/chunks.h"
+#include "host/command/command_line.h"
+#include "host/command/cpu_features.h"
+#include "host/base/errors.h"
+#include "host/base/interruption.h"
+#include "host/base/log.h"
+#include "host/films/media_manager.h"
+#include "host/base/progress.h"
+
+namespace {
+
+using namespace Nifikral;
+
+using Words = std::vector<std::string>;
+
+// What another subcommand wants of a run instead of the run itself, and its name.
+struct Purpose {
+    std::string name;
+    std::function<void(RunOptions&)> prepare;
+};
+
+// `words`: the command line behind the program.
+int Run(const std::string& program, const Words& words, const Purpose& purpose) {
+    CommandLine line;
+    try {
+        line.app.parse(Words(words.rbegin(), words.rend()));
+    } catch (const CLI::Success& told) {
+        return line.app.exit(told);
+    } catch (const CLI::ParseError& error) {
+        throw HostError(ExitCode::Usage, std::string(error.what()) + "; nifikral --help tells the usage");
+    }
+    const CLI::App* const command = line.app.get_subcommands().front();
+    if (command == line.plan) {
+        const Words run = command->remaining();
+        return Run(program, run, {"plan", [&](RunOptions& options) {
+                                      options.plan = [&, output = options.output](const FrameRange& frames) {
+                                          std::cout << PlanRun(line.planning, program, run, output, frames);
+                                      };
+                                  }});
+    }
+    if (command == line.concat)
+        return Run(program, command->remaining(),
+                   {"concat", [&](RunOptions& options) { options.joinTo = line.lastFrame; }});
+    const auto run = line.runs.find(command);
+    if (!purpose.name.empty() && (run == line.runs.end() || !run->second->chunk.empty()))
+        throw HostError(ExitCode::Usage, "nifikral " + purpose.name +
+                                             " takes a whole run: apply, menu, slideshow or title, without --chunk");
+    if (run != line.runs.end()) {
+        run->second->output.mark = RunMark(words);
+        if (purpose.prepare) purpose.prepare(*run->second);
+    }
+    if (!line.progress.empty() && line.progress != "line" && line.progress != "json")
+        throw HostError(ExitCode::Usage, "--progress " + line.progress + " is none; give line or json");
+    SetProgressForm(line.progress == "json" ? ProgressForm::Json : ProgressForm::Line);
+    SetVerbosity(line.quiet ? Verbosity::Quiet : line.verbose ? Verbosity::Verbose : Verbosity::Normal);
+    if (command->count("--cpu-features")) OverrideCpuFeatures(line.cpuFeatures);
+    MediaManager manager;
+    line.work.at(command)(EffectModule(line.module, &manager));
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Pictures come and go by the thousand: memory given back to the system each time would be cleared each time.
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    InstallSignalHandlers();
+    CaptureFfmpegMessages();
+    try {
+        return Run(argv[0], Words(argv + 1, argv + argc), {});
+    } catch (const HostError& error) {
+        PrintError(error.what());
+        return int(error.Code());
+    } catch (const std::bad_alloc&) {
+        PrintError("out of memory; use fewer --threads or smaller pictures");
+    } catch (const std::exception& error) {
+        PrintError(error.what());
+    }
+    return int(ExitCode::Failed);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "host/catalogue/effect_module.h"
+
+namespace Nifikral {
+
+struct InitOptions {
+    std::string templateName, folder;
+    bool overwrite = false;
+};
+
+/// Writes an example project for a menu template, and the pictures that it shows, into a folder. Answers the project's
+/// file.
+std::string WriteExampleProject(const InitOptions& options, const EffectModule& module);
+
+}  // namespace Nifikral

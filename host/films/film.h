@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/catalogue/effect_module.h"
+#include "host/films/film_profile.h"
+#include "host/run/run_options.h"
+
+namespace Nifikral {
+
+/// What commands that make films are told.
+struct FilmOptions {
+    RunOptions run;
+    std::string profile;  ///< a name, or empty
+    std::string sound;    ///< a file, or empty
+    double fade = 2;      ///< seconds in which the sound fades out
+    std::string length;   ///< seconds, "audio" for the sound's, or empty
+
+    /// `length` in seconds; nothing when it is empty. Throws usage and input errors.
+    std::optional<double> Seconds() const;
+};
+
+/// A film that a generator makes.
+struct Film {
+    int width = 0, height = 0;  ///< as it is made, in square pixels
+    AVRational frameRate = {25, 1};
+    long long frames = 0;
+    const FilmProfile* profile = nullptr;  ///< videos are stored in its size
+    bool seeks = false;                    ///< the generator jumps to any frame; others have to make those before it
+
+    /// The number of frames that last as long, at least one.
+    long long FramesIn(double seconds) const;
+};
+
+/// Lets a generator, ready with all its properties, make a film, or the part of it that the options ask for: these
+/// frames are the same as in the whole film. `name` is told in what is printed.
+void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name);
+
+/// The name of the first side that the output could not hold, "" when it can: videos need even ones.
+std::string OddSide(const Film& film, const OutputOptions& output);
+
+/// Sets properties; a refusal is told through `refuse(property, reason)`.
+void SetProperties(AVBased::IVideoProc& generator, const std::vector<std::pair<std::string, std::string>>& properties,
+                   const std::function<void(const std::string&, const std::string&)>& refuse);
+
+}  // namespace Nifikral

@@ -1,0 +1,209 @@
+#include "host/films/manager_sources.h"
+
+#include <algorithm>
+#include <cstring>
+#include <deque>
+#include <stdexcept>
+#include <thread>
+
+#include "TarvoBased/CBaseException.h"
+#include "TarvoBased/boundary.h"
+#include "TarvoBased/error_codes.h"
+#include "host/media/frame_adapter.h"
+#include "host/media/media_source.h"
+#include "host/media/picture_formats.h"
+#include "host/films/styled_text.h"
+#include "host/films/text_renderer.h"
+
+namespace Nifikral {
+namespace {
+
+using namespace TarvoBased;
+using AVBased::IRawVideoFrame;
+
+constexpr char sourceName[] = "manager_sources";
+// Lines that a caller reads beside an error of this unit.
+enum Line : int { lineInterface = 20, lineRead = 40, lineProperty = 60, lineHtml = 80 };
+
+constexpr unsigned formatBgra = 30;
+
+// A frame of its own for the caller, who may change it and keep it longer than the source.
+IRawVideoFrame* HandOver(FramePtr frame, unsigned formatCode) {
+    return new FrameAdapter(std::move(frame), formatCode, 0);
+}
+
+class Source : public AVBased::IAVSource {
+ public:
+    void* GetInterface(const char* name) override {
+        return AtBoundary(lineInterface, sourceName, [&] {
+            RequirePointer(name, lineInterface, sourceName);
+            void* const found = FindInterface(name);
+            if (!found) throw CBaseException(errorNoInterface, name, lineInterface, sourceName);
+            return found;
+        });
+    }
+    IRawVideoFrame* ReadFrame() override {
+        return AtBoundary(lineRead, sourceName, [&] { return Read(); });
+    }
+    void Free() override { delete this; }
+
+ protected:
+    virtual ~Source() = default;
+
+ private:
+    virtual void* FindInterface(const char*) { return nullptr; }
+    virtual IRawVideoFrame* Read() = 0;
+};
+
+class PictureSource final : public Source, public AVBased::IAVSourcePropertySet {
+ public:
+    explicit PictureSource(FramePtr picture) : m_picture(std::move(picture)) {
+        PictureShape shape = ShapeOf(*m_picture);
+        shape.format = FfmpegFormat(formatBgra);
+        PictureConverter(shape).Convert(m_picture);
+    }
+
+    bool IsStill() override { return true; }
+    bool SetProperty(int identifier, int value) override {
+        return AtBoundary(lineProperty, sourceName, [&] {
+            if (identifier != stillDuration || value < 0)
+                throw CBaseException(errorGeneral, textInvalidParamValue, lineProperty, sourceName);
+            m_duration = unsigned(value);
+            return true;
+        });
+    }
+
+ private:
+    void* FindInterface(const char* name) override {
+        return std::strcmp(name, AVBased::IAVSourcePropertySet::name) == 0
+                   ? static_cast<AVBased::IAVSourcePropertySet*>(this)
+                   : nullptr;
+    }
+    IRawVideoFrame* Read() override {
+        IRawVideoFrame* const frame = HandOver(Require<FramePtr>(av_frame_clone(m_picture.get())), formatBgra);
+        frame->SetDuration(m_duration);
+        return frame;
+    }
+
+    FramePtr m_picture;
+    unsigned m_duration = 0;
+};
+
+MediaSource OpenMedia(const std::string& path) {
+    constexpr unsigned mostThreads = 4;
+    // A lone hyphen is a file here, not stdin.
+    return {path == "-" ? "./-" : path,
+            {.range = {},
+             .threads = int(std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads)),
+             .audio = false,
+             .largestSide = largestSide,
+             .damageRemedy = "repair it or save it anew"}};
+}
+
+FramePtr NextFrame(MediaSource& media) {
+    std::optional<SourceStep> step = media.Next();
+    return step ? std::move(step->frame) : nullptr;
+}
+
+class VideoSource final : public Source {
+ public:
+    // `begun` are the frames that were already taken from `media`.
+    VideoSource(const std::string& path, MediaSource media, std::deque<FramePtr> begun)
+        : m_path(path),
+          m_media(std::move(media)),
+          m_begun(std::move(begun)),
+          m_converter(WantedShape(*m_begun.front())) {}
+
+    bool IsStill() override { return false; }
+
+ private:
+    PictureShape WantedShape(const AVFrame& first) {
+        PictureShape shape = ShapeOf(first);
+        m_formatCode = EffectFormat(shape.format, false);
+        shape.format = FfmpegFormat(m_formatCode);
+        shape.matrix = UsualMatrix(shape.height);
+        shape.fullRange = false;
+        return shape;
+    }
+
+    IRawVideoFrame* Read() override {
+        FramePtr frame;
+        if (!m_begun.empty()) {
+            frame = std::move(m_begun.front());
+            m_begun.pop_front();
+        } else {
+            frame = NextFrame(m_media);
+        }
+        if (!frame) {
+            m_media = OpenMedia(m_path);
+            frame = NextFrame(m_media);
+        }
+        m_converter.Convert(frame);
+        return HandOver(std::move(frame), m_formatCode);
+    }
+
+    std::string m_path;
+    MediaSource m_media;
+    std::deque<FramePtr> m_begun;
+    unsigned m_formatCode = 0;
+    PictureConverter m_converter;
+};
+
+class TextSource final : public Source, public AVBased::ISimpleHTMLRender {
+ public:
+    bool IsStill() override { return true; }
+    bool SetHTML(const char* html) override {
+        return AtBoundary(lineHtml, sourceName, [&] {
+            RequirePointer(html, lineHtml, sourceName);
+            const std::optional<StyledText> text = ParseFontElement(html);
+            if (!text)
+                throw CBaseException(errorBadFormat,
+                                     "A text is to be <font color='#rrggbb' size='' face='' fontstyle=''>", lineHtml,
+                                     sourceName);
+            try {
+                m_picture = RenderText(*text);
+            } catch (const std::runtime_error& error) {
+                throw CBaseException(errorBadFormat, error.what(), lineHtml, sourceName);
+            }
+            return true;
+        });
+    }
+
+ private:
+    void* FindInterface(const char* name) override {
+        return std::strcmp(name, AVBased::ISimpleHTMLRender::name) == 0 ? static_cast<AVBased::ISimpleHTMLRender*>(this)
+                                                                        : nullptr;
+    }
+    IRawVideoFrame* Read() override {
+        if (!m_picture) throw CBaseException(errorGeneral, "The text is not told yet", lineRead, sourceName);
+        return HandOver(Require<FramePtr>(av_frame_clone(m_picture.get())), formatBgra);
+    }
+
+    FramePtr m_picture;
+};
+
+}  // namespace
+
+AVBased::IAVSource* OpenPictureSource(const std::string& path) {
+    MediaSource media = OpenMedia(path);
+    FramePtr first = NextFrame(media);
+    // Whether a picture is cut short shows behind it.
+    NextFrame(media);
+    return new PictureSource(std::move(first));
+}
+
+AVBased::IAVSource* OpenFileSource(const std::string& path) {
+    MediaSource media = OpenMedia(path);
+    std::deque<FramePtr> begun;
+    begun.push_back(NextFrame(media));
+    FramePtr second = NextFrame(media);
+    if (!second) return new PictureSource(std::move(begun.front()));
+    begun.push_back(std::move(second));
+    return new VideoSource(path, std::move(media), std::move(begun));
+}
+
+AVRational VideoFrameRate(const std::string& path) { return OpenMedia(path).FrameRate(); }
+
+AVBased::IAVSource* NewTextSource() { return new TextSource; }
+
+}  // namespace Nifikral

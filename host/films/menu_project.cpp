@@ -1,0 +1,348 @@
+#include "host/films/menu_project.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+#include "avbase/IAVManager.h"
+#include "host/base/log.h"
+#include "host/films/manager_sources.h"
+#include "host/films/media_manager.h"
+#include "host/base/nearest_names.h"
+#include "host/films/text_renderer.h"
+
+namespace Nifikral {
+namespace {
+
+struct ProjectKey {
+    const char* name;
+    const char* value;
+};
+constexpr ProjectKey projectKeys[] = {
+    {"template", "the template's name, as a check"},
+    {"profile", "pal-4:3, pal-16:9, ntsc-4:3, ntsc-16:9, hd or uhd: size, frame rate and shape of the pixels"},
+    {"width", "of the menu, in square pixels; the profile's unless given"},
+    {"height", "the same"},
+    {"frameRate", "frames a second: 25, 29.97, \"30000/1001\"; the profile's or 25 unless given"},
+    {"duration", "seconds; 10 unless given"},
+    {"sourcePath", "the picture or video behind everything"},
+    {"backgroundMask", "a picture that is white where that shows"},
+    {"additionSourcePaths", "[file, ...]: pictures and videos; every list below has one entry for each of them"},
+    {"isAdditionSourceImages", "[true or false, ...]: false for a video; follows from the file unless given"},
+    {"additionSourceSizes", "[[width, height], ...] to fit into; the template's or the picture's own unless given"},
+    {"maskPaths", "[file, ...]: a picture that is white where the entry shows, \"\" for none"},
+    {"startPositions", "[[x, y], ...] of the top-left corner; the template's own unless given"},
+    {"endPositions", "[[x, y], ...]; the start unless given"},
+    {"moveSpeeds", "[number, ...]: pixels to the right a frame"},
+    {"moveFormulas", "[[slope, intercept], ...]: frame n moves y by n (slope x + intercept)"},
+    {"startTrans", "[0 to 255, ...]: opacity on the first frame; 255 unless given"},
+    {"endTrans", "[0 to 255, ...]: opacity at the end of the fade; 255 unless given"},
+    {"fadeSpeeds", "[number, ...]: steps of the opacity a frame"},
+    {"textInfos",
+     "[{\"text\": ..., \"size\": pixels, \"box\": [x, y] or [x, y, width, height]}, ...]; each also with \"face\", "
+     "\"fontstyle\" (words of bold italic underline outline shadow), \"color\" (\"#rrggbb\"), and either \"move\" "
+     "({\"end\": [x, y], \"formula\": [slope, intercept], \"speed\": n}) or \"show\" ([first, last] frame, from 0)"},
+    {"textNumber", "follows from textInfos"},
+    {"additionSourceNumber", "follows from additionSourcePaths"},
+};
+constexpr const char* textKeys[] = {"text", "face", "fontstyle", "size", "color", "box", "move", "show"};
+constexpr const char* moveKeys[] = {"end", "formula", "speed"};
+
+constexpr Limits sides{1, largestSide}, trans{0, 255}, frameNumbers{0, 1 << 30};
+
+// The module's lists know no escapes.
+void RefuseSeparators(const ProjectItem& item, const std::string& text, const char* separators) {
+    if (const std::size_t at = text.find_first_of(separators); at != std::string::npos)
+        item.Fault("\"" + text + "\" holds '" + text[at] +
+                   "', which the module's lists cannot carry; choose another name or text");
+}
+
+MenuText ReadText(const ProjectItem& item) {
+    item.RefuseOtherKeys(textKeys);
+    MenuText text;
+    text.item = item.Name();
+    text.styled.text = item["text"].Text();
+    if (item["text"] && text.styled.text.empty())
+        item["text"].Fault("is empty; write something or leave the entry out");
+    if (item["face"]) text.styled.face = item["face"].Text();
+    if (item["fontstyle"]) text.styleWords = item["fontstyle"].Text();
+    RefuseSeparators(item["text"], text.styled.text, ";\\");
+    RefuseSeparators(item["face"], text.styled.face, ";\\'");
+    RefuseSeparators(item["fontstyle"], text.styleWords, ";\\'");
+    text.styled.style = ParseStyle(text.styleWords);
+    text.styled.size = item["size"].Integer({1, 4096});
+    const unsigned colour = item["color"] ? item["color"].Colour() : 0xFFFFFF;
+    text.styled.red = std::uint8_t(colour >> 16);
+    text.styled.green = std::uint8_t(colour >> 8);
+    text.styled.blue = std::uint8_t(colour);
+    const bool placeOnly = item["box"].Entries().size() == 2;
+    const std::vector<int> box = item["box"].Integers(placeOnly ? "[x, y]" : "[x, y, width, height]");
+    std::copy(box.begin(), box.end(), text.box.begin());
+    if (const ProjectItem move = item["move"]) {
+        move.RefuseOtherKeys(moveKeys);
+        text.moves = true;
+        text.end = move["end"].Integers("[x, y]");
+        if (move["formula"]) text.formula = move["formula"].Integers("[slope, intercept]");
+        text.speed = move["speed"].IntegerOr(0);
+        if (item["show"]) item["show"].Fault("does not go together with \"move\"; leave one of them out");
+    } else if (const ProjectItem show = item["show"]) {
+        const bool fromOnly = show.Entries().size() == 1;
+        const std::vector<int> frames = show.Integers(fromOnly ? "[first]" : "[first, last]", frameNumbers);
+        text.firstFrame = frames[0];
+        if (!fromOnly) text.lastFrame = frames[1];
+        if (!fromOnly && frames[1] < frames[0]) show.Fault("ends before it begins; give [first, last]");
+    }
+    return text;
+}
+
+// Calls `read` with each source and its entry of a list that has one for each.
+void ForEachSource(const ProjectItem& list, std::vector<MenuSource>& sources, const char* shape,
+                   const std::function<void(MenuSource&, const ProjectItem&)>& read) {
+    if (!list) return;
+    const std::vector<ProjectItem> entries = list.Entries();
+    if (entries.size() != sources.size())
+        list.Fault("has " + std::to_string(entries.size()) + " entries for " + std::to_string(sources.size()) +
+                   " additionSourcePaths; give " + shape + " for each of them");
+    for (std::size_t i = 0; i < std::min(entries.size(), sources.size()); ++i) read(sources[i], entries[i]);
+}
+
+std::vector<MenuSource> ReadSources(const ProjectItem& root, const std::string& project) {
+    std::vector<MenuSource> sources;
+    for (const ProjectItem& entry : root["additionSourcePaths"].Entries()) {
+        MenuSource& source = sources.emplace_back();
+        source.item = entry.Name();
+        source.path = ProjectPath(project, entry.Text());
+        if (source.path.empty()) entry.Fault("names no file; give a picture or a video");
+    }
+    using Item = const ProjectItem&;
+    const auto each = [&](const char* key, const char* shape, const std::function<void(MenuSource&, Item)>& read) {
+        ForEachSource(root[key], sources, shape, read);
+    };
+    const auto number = [&](const char* key, int MenuSource::*member, const Limits& limits) {
+        each(key, "a whole number", [&](MenuSource& source, Item item) { source.*member = item.Integer(limits); });
+    };
+    const auto pair = [&](const char* key, const char* shape, std::vector<int> MenuSource::*member,
+                          const Limits& limits = {}) {
+        each(key, shape, [&](MenuSource& source, Item item) { source.*member = item.Integers(shape, limits); });
+    };
+    each("maskPaths", "a picture's name or \"\"", [&](MenuSource& source, Item item) {
+        if (!item) return;
+        source.maskItem = item.Name();
+        source.mask = ProjectPath(project, item.Text());
+    });
+    pair("additionSourceSizes", "[width, height]", &MenuSource::size, sides);
+    pair("startPositions", "[x, y]", &MenuSource::start);
+    pair("endPositions", "[x, y]", &MenuSource::end);
+    pair("moveFormulas", "[slope, intercept]", &MenuSource::formula);
+    number("moveSpeeds", &MenuSource::speed, {});
+    number("startTrans", &MenuSource::startTrans, trans);
+    number("endTrans", &MenuSource::endTrans, trans);
+    number("fadeSpeeds", &MenuSource::fadeSpeed, {});
+    for (MenuSource& source : sources)
+        if (source.end.empty()) source.end = source.start;
+    return sources;
+}
+
+void CheckNumber(const ProjectItem& number, std::size_t count, const char* list) {
+    if (number && number.Integer() != int(count))
+        number.Fault("is " + std::to_string(number.Integer()) + " and not the " + std::to_string(count) +
+                     " entries of " + list + "; leave it out, it follows from them");
+}
+
+struct FreeSource {
+    void operator()(AVBased::IAVSource* source) const { source->Free(); }
+};
+using SourcePtr = std::unique_ptr<AVBased::IAVSource, FreeSource>;
+
+// Opens a file as the module will. Null, and a fault filed, when that fails.
+SourcePtr TryFile(const std::string& item, const std::string& path, const char* importer, Faults& faults) {
+    if (path.empty()) return nullptr;
+    MediaManager manager;
+    SourcePtr source(manager.OpenSource(path.c_str(), importer));
+    if (const std::optional<std::string> error = TakeFiledMessage()) faults.AddInput(item, *error);
+    return source;
+}
+
+// A menu shows a frame of a video for each of its own.
+void WarnOfSpeed(const std::string& path, AVRational menuRate) {
+    const double own = av_q2d(VideoFrameRate(path)), menu = av_q2d(menuRate);
+    if (std::abs(own / menu - 1) < 0.005) return;
+    std::ostringstream line;
+    line << path << " has " << own << " frames a second and the menu " << menu << ": it plays "
+         << (own > menu ? "slower" : "faster") << " than it was recorded; set frameRate or convert it";
+    PrintWarning(line.str());
+}
+
+void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
+    if (const SourcePtr opened = TryFile("sourcePath", project.background, "", faults); opened && !opened->IsStill())
+        WarnOfSpeed(project.background, project.film.frameRate);
+    TryFile("backgroundMask", project.backgroundMask, AVBased::importerImage, faults);
+    const std::vector<ProjectItem> kinds = root["isAdditionSourceImages"].Entries();
+    for (std::size_t i = 0; i < project.sources.size(); ++i) {
+        MenuSource& source = project.sources[i];
+        const SourcePtr opened = TryFile(source.item, source.path, "", faults);
+        const bool still = !opened || opened->IsStill();
+        source.isImage = i < kinds.size() ? kinds[i].Boolean() : still;
+        if (source.isImage && !still)
+            PrintWarning(source.path +
+                         " is a video, and isAdditionSourceImages says picture: only its first frame shows");
+        if (!source.isImage) WarnOfSpeed(source.path, project.film.frameRate);
+        TryFile(source.maskItem, source.mask, source.isImage ? AVBased::importerImage : "", faults);
+    }
+}
+
+// Rendering tells which fonts and characters are missing.
+void TryTexts(const MenuProject& project, Faults& faults) {
+    for (const MenuText& text : project.texts) {
+        if (text.styled.text.empty()) continue;
+        try {
+            RenderText(text.styled);
+        } catch (const std::runtime_error& error) {
+            faults.Add(text.item, error.what());
+        }
+    }
+}
+
+const FilmProfile* ReadProfile(const ProjectItem& item) {
+    if (!item) return nullptr;
+    const std::string name = item.Text();
+    const FilmProfile* const profile = FindProfile(name);
+    if (!profile) item.Fault("\"" + name + "\" is no profile" + DidYouMean(name, ProfileNames()));
+    return profile;
+}
+
+// `asked` is the profile that the command names, which outdoes the project's.
+Film ReadFilm(const ProjectItem& root, const FilmProfile* asked) {
+    constexpr double usualSeconds = 10, longestSeconds = 24 * 3600;
+    Film film;
+    const FilmProfile* const profile = film.profile = asked ? asked : ReadProfile(root["profile"]);
+    if (profile) film.frameRate = profile->frameRate;
+    if (const ProjectItem rate = root["frameRate"]; rate && !asked) {
+        film.frameRate = rate.FrameRate();
+        if (profile && profile->dvd && av_cmp_q(film.frameRate, profile->frameRate) != 0)
+            rate.Fault("is not the rate of the profile " + std::string(profile->name) + "; leave it out");
+    }
+    film.frames = film.FramesIn(root["duration"] ? root["duration"].Real(0.001, longestSeconds) : usualSeconds);
+    if (profile && !root["width"] && !root["height"]) {
+        film.width = profile->SquareWidth();
+        film.height = profile->height;
+        return film;
+    }
+    film.width = root["width"].Integer(sides);
+    film.height = root["height"].Integer(sides);
+    constexpr double alike = 0.02;
+    if (profile && std::abs(film.width / (film.height * av_q2d(profile->shownAspect)) - 1) > alike)
+        root["width"].Fault("and height have another shape than the profile " + std::string(profile->name) + "; give " +
+                            std::to_string(profile->SquareWidth()) + " and " + std::to_string(profile->height));
+    return film;
+}
+
+// Items of one list, a separator between them.
+template <class Items, class Write>
+std::string Join(const Items& items, char separator, Write write) {
+    std::string list;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i > 0) list += separator;
+        list += write(items[i]);
+    }
+    return list;
+}
+
+std::string Numbers(const std::vector<int>& numbers) {
+    return Join(numbers, ';', [](int number) { return std::to_string(number); });
+}
+
+std::string TextList(const MenuText& text) {
+    const StyledText& styled = text.styled;
+    std::vector<int> numbers = {styled.size, styled.red, styled.green, styled.blue};
+    numbers.insert(numbers.end(), text.box.begin(), text.box.end());
+    const std::string head = styled.text + ";" + styled.face + ";" + text.styleWords + ";" + Numbers(numbers) + ";";
+    if (text.moves)
+        // The list's last item is counted and not read.
+        return head + "true;" + Numbers({text.end[0], text.end[1], text.formula[0], text.formula[1], text.speed, 0});
+    // The module counts frames from 1 and takes 0 for no limit.
+    const bool limited = text.firstFrame > 0 || text.lastFrame >= 0;
+    return head + "false;" + (limited ? "true;" : "false;") + Numbers({text.firstFrame + 1, text.lastFrame + 1});
+}
+
+}  // namespace
+
+MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
+                            Faults& faults) {
+    const Json json = LoadProject(path);
+    const ProjectItem root(&json, "", faults);
+    std::vector<const char*> keys;
+    for (const ProjectKey& key : projectKeys) keys.push_back(key.name);
+    root.RefuseOtherKeys(keys);
+    if (const ProjectItem own = root["template"]; own && own.Text() != templateName)
+        own.Fault("is \"" + own.Text() + "\", and the command names " + templateName + "; make them agree");
+
+    MenuProject project;
+    project.film = ReadFilm(root, profile);
+    if (root["sourcePath"]) project.background = ProjectPath(path, root["sourcePath"].Text());
+    if (root["backgroundMask"]) project.backgroundMask = ProjectPath(path, root["backgroundMask"].Text());
+    for (const ProjectItem& entry : root["textInfos"].Entries()) project.texts.push_back(ReadText(entry));
+    project.sources = ReadSources(root, path);
+    for (const char* const key : {"startPositions", "endPositions", "moveSpeeds", "moveFormulas"})
+        project.placesSources |= bool(root[key]);
+    CheckNumber(root["textNumber"], project.texts.size(), "textInfos");
+    CheckNumber(root["additionSourceNumber"], project.sources.size(), "additionSourcePaths");
+    ForEachSource(root["isAdditionSourceImages"], project.sources, "true or false", [](auto&, const auto&) {});
+
+    TryFiles(project, root, faults);
+    TryTexts(project, faults);
+    return project;
+}
+
+std::string DescribeProjectKeys() {
+    std::string text;
+    for (const ProjectKey& key : projectKeys)
+        text.append("  ").append(key.name) += std::string(": ") + key.value + "\n";
+    return text;
+}
+
+std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProject& project) {
+    std::vector<std::pair<std::string, std::string>> properties = {{"duration", std::to_string(project.film.frames)},
+                                                                   {"width", std::to_string(project.film.width)},
+                                                                   {"height", std::to_string(project.film.height)}};
+    const auto add = [&](const char* name, const std::string& value) { properties.emplace_back(name, value); };
+    if (!project.background.empty()) add("sourcePath", project.background);
+    if (!project.backgroundMask.empty()) add("backgroundMask", project.backgroundMask);
+    if (!project.texts.empty()) {
+        add("textNumber", std::to_string(project.texts.size()));
+        add("textInfos", Join(project.texts, '\\', TextList));
+    }
+    const std::vector<MenuSource>& sources = project.sources;
+    if (sources.empty()) return properties;
+    const auto addAll = [&](const char* name, const std::function<std::string(const MenuSource&)>& write) {
+        add(name, Join(sources, ';', write));
+    };
+    const auto addNumbers = [&](const char* name, int MenuSource::*member) {
+        addAll(name, [&](const MenuSource& source) { return std::to_string(source.*member); });
+    };
+    const auto addPairs = [&](const char* name, std::vector<int> MenuSource::*member) {
+        addAll(name, [&](const MenuSource& source) { return Numbers(source.*member); });
+    };
+    // The number comes first: it makes the records that the lists fill.
+    add("additionSourceNumber", std::to_string(sources.size()));
+    addAll("isAdditionSourceImages", [](const MenuSource& source) { return source.isImage ? "true" : "false"; });
+    addAll("additionSourcePaths", [](const MenuSource& source) { return PathInList(source.path); });
+    if (!sources.front().size.empty()) addPairs("additionSourceSizes", &MenuSource::size);
+    if (std::any_of(sources.begin(), sources.end(), [](const MenuSource& source) { return !source.mask.empty(); }))
+        addAll("maskPaths", [](const MenuSource& source) { return PathInList(source.mask); });
+    if (project.placesSources) {
+        addPairs("startPositions", &MenuSource::start);
+        addPairs("endPositions", &MenuSource::end);
+        addPairs("moveFormulas", &MenuSource::formula);
+        addNumbers("moveSpeeds", &MenuSource::speed);
+    }
+    addNumbers("startTrans", &MenuSource::startTrans);
+    addNumbers("endTrans", &MenuSource::endTrans);
+    addNumbers("fadeSpeeds", &MenuSource::fadeSpeed);
+    return properties;
+}
+
+}  // namespace Nifikral

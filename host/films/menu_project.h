@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/films/film.h"
+#include "host/films/project_reader.h"
+#include "host/films/styled_text.h"
+
+namespace Nifikral {
+
+/// One text of a menu.
+struct MenuText {
+    std::string item;  ///< its name in the project
+    StyledText styled;
+    std::string styleWords;
+    std::array<int, 4> box{};  ///< x, y, width, height
+    bool moves = false;
+    std::vector<int> end = {0, 0}, formula = {0, 0};
+    int speed = 0;
+    int firstFrame = 0, lastFrame = -1;  ///< between which it is shown, from 0; last -1: no limit
+};
+
+/// One picture or video on a menu. Which parts a project leaves out, its list as a whole leaves out.
+struct MenuSource {
+    std::string item, path, maskItem, mask;
+    bool isImage = true;
+    std::vector<int> size, start = {0, 0}, end, formula = {0, 0};
+    int speed = 0, startTrans = 255, endTrans = 255, fadeSpeed = 0;
+};
+
+/// A menu's project, its files' names as the command finds them.
+struct MenuProject {
+    Film film;
+    std::string background, backgroundMask;
+    std::vector<MenuText> texts;
+    std::vector<MenuSource> sources;
+    bool placesSources = false;  ///< else the template does
+};
+
+/// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.
+/// `profile`, unless null, stands in for the project's own.
+MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
+                            Faults& faults);
+
+/// The keys of project files and what they take, one a line.
+std::string DescribeProjectKeys();
+
+/// The module's properties for a project, in the order in which they have to be set.
+std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProject& project);
+
+}  // namespace Nifikral

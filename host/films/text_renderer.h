@@ -1,0 +1,16 @@
+#pragma once
+
+#include "host/media/ffmpeg_handles.h"
+#include "host/films/styled_text.h"
+
+namespace Nifikral {
+
+/// The largest side of a picture that this host makes or opens for a generator.
+inline constexpr int largestSide = 16384;
+
+/// Draws a text on a transparent picture (BGRA, colours not multiplied by alpha) that is just large enough for it. A
+/// font family that is not installed and characters that it lacks are told once, with the font that was used instead.
+/// Throws std::runtime_error for a text that is no UTF-8, a size below 1 and a text too large to draw. Threads: any.
+FramePtr RenderText(const StyledText& text);
+
+}  // namespace Nifikral

@@ -1,0 +1,133 @@
+#include "host/films/title.h"
+
+#include <cmath>
+#include <sstream>
+
+#include "host/base/errors.h"
+#include "host/films/film.h"
+
+namespace Nifikral {
+namespace {
+
+constexpr char generatorName[] = "title";
+
+struct Place {
+    const char *name, *align, *valign;
+};
+constexpr Place places[] = {
+    {"top-left", "left", "top"},       {"top", "center", "top"},       {"top-right", "right", "top"},
+    {"left", "left", "middle"},        {"middle", "center", "middle"}, {"right", "right", "middle"},
+    {"bottom-left", "left", "bottom"}, {"bottom", "center", "bottom"}, {"bottom-right", "right", "bottom"}};
+
+const Place& FindPlace(const std::string& name) {
+    std::ostringstream line;
+    line << "--place " << name << " is none; give one of these:";
+    for (const Place& place : places) {
+        if (name == place.name) return place;
+        line << " " << place.name;
+    }
+    throw HostError(ExitCode::Usage, line.str());
+}
+
+std::string WithLineFeeds(const std::string& text) {
+    std::string lines;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool feed = text.compare(i, 2, "\\n") == 0;
+        lines += feed ? '\n' : text[i];
+        if (feed) ++i;
+    }
+    return lines;
+}
+
+bool HasSinglePicture(const std::string& input) {
+    if (input == "-") return false;
+    MediaSource source(input, {.range = {}, .audio = false});
+    source.Next();
+    const std::optional<SourceStep> second = source.Next();
+    return !second || !second->frame;
+}
+
+// When a title comes and goes, in frames.
+struct Schedule {
+    long long begin = 0, length = 0, in = 0, out = 0;
+};
+
+Schedule ScheduleOver(const MediaSource& source, const TitleOptions& options) {
+    const double rate = av_q2d(source.FrameRate());
+    const auto frames = [&](double seconds) { return std::llround(seconds * rate); };
+    Schedule when{frames(options.begin), frames(options.seconds), frames(options.inSeconds),
+                  frames(options.outSeconds)};
+    const long long whole = source.CountFrames({});
+    if (whole > 0 && when.begin >= whole) {
+        std::ostringstream line;
+        line << "--begin lies behind the end of the video, at " << double(whole) / rate
+             << " seconds; choose an earlier time";
+        throw HostError(ExitCode::Usage, line.str());
+    }
+    // Where the end is not known, the title stays.
+    if (options.seconds == 0 && whole > 0) when.length = whole - when.begin;
+    return when;
+}
+
+Schedule ScheduleOverStill(const MediaSource& source, const TitleOptions& options) {
+    if (IsPictureOutput(options.run.output)) return {};
+    constexpr double usualSeconds = 5;
+    TitleOptions whole = options;
+    if (options.seconds == 0) whole.seconds = usualSeconds;
+    whole.begin = 0;
+    Schedule when = ScheduleOver(source, whole);
+    when.begin = std::llround(options.begin * av_q2d(source.FrameRate()));
+    return when;
+}
+
+using Settings = std::vector<std::pair<std::string, std::string>>;
+
+Settings Look(const TitleOptions& options) {
+    const Place& place = FindPlace(options.place);
+    Settings look = {{"text", WithLineFeeds(options.text)},
+                     {"size", std::to_string(options.size)},
+                     {"align", place.align},
+                     {"valign", place.valign}};
+    for (const auto& [name, value] :
+         {std::pair("face", options.face), std::pair("fontstyle", options.style), std::pair("color", options.colour),
+          std::pair("inMotion", options.inMotion), std::pair("outMotion", options.outMotion)})
+        if (!value.empty()) look.emplace_back(name, value);
+    return look;
+}
+
+}  // namespace
+
+std::vector<std::string> TitlePlaces() {
+    std::vector<std::string> names;
+    for (const Place& place : places) names.emplace_back(place.name);
+    return names;
+}
+
+void PutTitle(const TitleOptions& options, const EffectModule& module) {
+    const Settings look = Look(options);
+    const EffectPtr trial = module.Create(generatorName);
+    if (!trial) throw HostError(ExitCode::Failed, module.Path() + " makes no titles; name another --module");
+    SetProperties(*trial, look, [](const std::string& name, const std::string& reason) {
+        throw HostError(ExitCode::Usage,
+                        "the title refuses its " + name + ": " + reason + "; nifikral info title tells what it takes");
+    });
+    const bool single = HasSinglePicture(options.input);
+    ApplyOptions apply;
+    apply.input = options.input;
+    apply.run = options.run;
+    RunEffects(apply, module, single, [&](const MediaSource& source) {
+        const Schedule when = single ? ScheduleOverStill(source, options) : ScheduleOver(source, options);
+        EffectRequest request{generatorName, {}, when.begin};
+        const auto set = [&](const std::string& name, const std::string& value) {
+            request.settings.push_back({name, ParameterValue(value, PropertyType::Text)});
+        };
+        for (const auto& [name, value] : look) set(name, value);
+        set("duration", std::to_string(when.length));
+        set("inDuration", std::to_string(when.in));
+        set("outDuration", std::to_string(when.out));
+        const bool still = single && !IsPictureOutput(options.run.output);
+        return EffectRun{{request}, false, still ? when.begin + when.length : 0};
+    });
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,196 @@
+#include "host/media/encoder.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include <algorithm>
+#include <string_view>
+
+#include "host/base/errors.h"
+#include "host/base/log.h"
+
+namespace Nifikral {
+namespace {
+
+bool Is(const AVCodec& codec, std::initializer_list<std::string_view> names) {
+    return std::find(names.begin(), names.end(), std::string_view(codec.name)) != names.end();
+}
+
+bool IsJpeg(const AVCodec& codec) { return codec.id == AV_CODEC_ID_MJPEG || codec.id == AV_CODEC_ID_LJPEG; }
+
+// Codecs whose streams count time in frames and cannot hold the fine clocks of containers.
+bool CountsTimeInFrames(const AVCodec& codec) {
+    switch (codec.id) {
+        case AV_CODEC_ID_MPEG1VIDEO:
+        case AV_CODEC_ID_MPEG2VIDEO:
+        case AV_CODEC_ID_MPEG4:
+        case AV_CODEC_ID_H263:
+        case AV_CODEC_ID_FLV1:
+        case AV_CODEC_ID_MSMPEG4V2:
+        case AV_CODEC_ID_MSMPEG4V3:
+        case AV_CODEC_ID_WRAPPED_AVFRAME:
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::vector<AVPixelFormat> Formats(const AVCodec& codec, const Encoder::Purpose& purpose) {
+    std::vector<AVPixelFormat> formats(purpose.formats.begin(), purpose.formats.end());
+    if (formats.empty() && codec.pix_fmts)
+        for (const AVPixelFormat* format = codec.pix_fmts; *format != AV_PIX_FMT_NONE; ++format)
+            formats.push_back(*format);
+    std::erase_if(formats, [](AVPixelFormat format) {
+        bool twin = false;
+        return PlainFormat(format, twin) != format || !sws_isSupportedOutput(format);
+    });
+    return formats;
+}
+
+AVPixelFormat ChooseFormat(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose) {
+    std::vector<AVPixelFormat> formats = Formats(codec, purpose);
+    AVPixelFormat wanted = traits.preferred;
+    if (Is(codec, {"libx264", "libx265"})) {
+        // Widely played formats only, and these have no half chroma sample.
+        const bool odd = traits.source.width % 2 || traits.source.height % 2;
+        if (IsRgb(wanted)) wanted = AV_PIX_FMT_YUV420P;
+        if (odd) wanted = AV_PIX_FMT_YUV444P;
+    } else if (Is(codec, {"libwebp", "libwebp_anim"})) {
+        wanted = AV_PIX_FMT_BGRA;
+    } else if (IsJpeg(codec)) {
+        formats = {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV444P};
+    } else if (purpose.still && !IsRgb(wanted)) {
+        wanted = HasAlpha(wanted) ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24;
+    }
+    if (formats.empty() || std::find(formats.begin(), formats.end(), wanted) != formats.end()) return wanted;
+    formats.push_back(AV_PIX_FMT_NONE);
+    return avcodec_find_best_pix_fmt_of_list(formats.data(), wanted, HasAlpha(wanted), nullptr);
+}
+
+PictureShape ChooseShape(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose) {
+    PictureShape shape = traits.source;
+    shape.format = ChooseFormat(codec, traits, purpose);
+    const bool yuv = !IsRgb(shape.format), yuvSource = !IsRgb(traits.source.format);
+    shape.fullRange = yuv && (IsJpeg(codec) || (yuvSource && traits.source.fullRange));
+    if (yuv && IsJpeg(codec)) shape.matrix = AVCOL_SPC_BT470BG;
+    if (yuv && !yuvSource && !IsJpeg(codec)) shape.matrix = UsualMatrix(shape.height);
+    if (!yuv) shape.matrix = AVCOL_SPC_RGB;
+    return shape;
+}
+
+}  // namespace
+
+const AVCodec& FindEncoder(const std::string& name, AVCodecID usual) {
+    const AVCodec* const codec =
+        name.empty() ? avcodec_find_encoder(usual) : avcodec_find_encoder_by_name(name.c_str());
+    if (codec && codec->type == AVMEDIA_TYPE_VIDEO) return *codec;
+    if (name.empty())
+        throw HostError(ExitCode::Output, std::string("there is no encoder for ") + avcodec_get_name(usual) +
+                                              "; choose another extension or name one with --encoder");
+    throw HostError(ExitCode::Usage, "--encoder " + name + " names no video encoder; ffmpeg -encoders lists them");
+}
+
+Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const OutputTraits& traits, const Purpose& purpose)
+    : m_context(Require<CodecPtr>(avcodec_alloc_context3(&codec))),
+      m_shape(ChooseShape(codec, traits, purpose)),
+      m_sourceBase(traits.timeBase) {
+    AVCodecContext& context = *m_context;
+    context.width = m_shape.width;
+    context.height = m_shape.height;
+    context.pix_fmt = m_shape.format;
+    context.sample_aspect_ratio = traits.pixelAspect;
+    context.framerate = traits.frameRate;
+    context.time_base = CountsTimeInFrames(codec) || purpose.still ? av_inv_q(traits.frameRate) : traits.timeBase;
+    if (purpose.still) m_sourceBase = context.time_base;
+    context.thread_count = options.threads;
+    context.color_primaries = traits.primaries;
+    context.color_trc = traits.transfer;
+    context.colorspace = m_shape.matrix;
+    context.chroma_sample_location = traits.chromaLocation;
+    const bool yuv = !IsRgb(m_shape.format);
+    context.color_range = yuv && m_shape.fullRange ? AVCOL_RANGE_JPEG : yuv ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
+    if (yuv && !m_shape.fullRange && !IsRgb(traits.source.format)) context.color_range = traits.range;
+    context.field_order = traits.fieldOrder;
+    // Interlaced 4:2:0 needs pairs of chroma rows in each field.
+    if (traits.fieldOrder != AV_FIELD_PROGRESSIVE && m_shape.height % 4 == 0)
+        context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
+    if (purpose.globalHeader) context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    SetQuality(options, traits.dvd);
+    TakeFfmpegComplaint();
+    if (const int error = avcodec_open2(&context, &codec, nullptr); error < 0) {
+        const std::string complaint = TakeFfmpegComplaint();
+        throw HostError(ExitCode::Output, std::string("the encoder ") + codec.name + " does not take " +
+                                              av_get_pix_fmt_name(m_shape.format) + " pictures of " +
+                                              std::to_string(m_shape.width) + "x" + std::to_string(m_shape.height) +
+                                              " (" + (complaint.empty() ? ErrorText(error) : complaint) +
+                                              "); choose another with --encoder or another extension");
+    }
+}
+
+// What every player of video DVDs can follow.
+void Encoder::SetDvdRates() {
+    AVCodecContext& context = *m_context;
+    context.bit_rate = 6'000'000;
+    context.rc_max_rate = 9'000'000;
+    context.rc_buffer_size = 224 * 1024 * 8;
+    context.gop_size = context.framerate.num == 25 * context.framerate.den ? 15 : 18;
+    context.max_b_frames = 2;
+}
+
+void Encoder::SetQuality(const OutputOptions& options, bool dvd) {
+    AVCodecContext& context = *m_context;
+    const AVCodec& codec = *context.codec;
+    const auto set = [&](const char* key, const char* value) {
+        return av_opt_set(&context, key, value, AV_OPT_SEARCH_CHILDREN) >= 0;
+    };
+    if (Is(codec, {"libx264", "libx265"})) set("crf", "18");
+    if (Is(codec, {"libvpx-vp9", "libvpx"})) {
+        set("crf", "20");
+        set("b", "0");
+        set("row-mt", "1");
+        set("cpu-used", "3");
+    }
+    if (Is(codec, {"libwebp", "libwebp_anim"})) set("quality", "92");
+    if (dvd && codec.id == AV_CODEC_ID_MPEG2VIDEO) {
+        SetDvdRates();
+    } else if (IsJpeg(codec) || CountsTimeInFrames(codec)) {
+        context.flags |= AV_CODEC_FLAG_QSCALE;
+        context.global_quality = 2 * FF_QP2LAMBDA;
+    }
+    for (const std::string& option : options.encoderOptions) {
+        const std::size_t equals = option.find('=');
+        if (equals == std::string::npos || !set(option.substr(0, equals).c_str(), option.substr(equals + 1).c_str()))
+            throw HostError(ExitCode::Usage, "--encoder-option " + option + " is none of " + codec.name +
+                                                 "'s; ffmpeg -h encoder=" + codec.name + " lists them");
+    }
+}
+
+std::string Encoder::Description() const {
+    return std::string(m_context->codec->name) + ", " + av_get_pix_fmt_name(m_shape.format) + " " +
+           std::to_string(m_shape.width) + "x" + std::to_string(m_shape.height);
+}
+
+void Encoder::Encode(FramePtr frame, const std::function<void(AVPacket&)>& store) {
+    if (frame) {
+        frame->pict_type = AV_PICTURE_TYPE_NONE;
+        frame->quality = m_context->global_quality;
+        frame->pts = av_rescale_q(frame->pts, m_sourceBase, m_context->time_base);
+        if (m_lastTime != AV_NOPTS_VALUE) frame->pts = std::max(frame->pts, m_lastTime + 1);
+        m_lastTime = frame->pts;
+        frame->pkt_duration = av_rescale_q(frame->pkt_duration, m_sourceBase, m_context->time_base);
+    }
+    int error = avcodec_send_frame(m_context.get(), frame.get());
+    const PacketPtr packet = NewPacket();
+    while (error >= 0) {
+        error = avcodec_receive_packet(m_context.get(), packet.get());
+        if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
+        if (error >= 0) store(*packet);
+        av_packet_unref(packet.get());
+    }
+    throw HostError(ExitCode::Failed, std::string("the encoder ") + m_context->codec->name + " fails (" +
+                                          ErrorText(error) + "); choose another with --encoder");
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <span>
+
+#include "host/media/media_sink.h"
+
+namespace Nifikral {
+
+/// A started encoder with the settings that suit it.
+class Encoder {
+ public:
+    struct Purpose {
+        bool still = false;                           ///< picture files: pts are numbers of frames
+        bool globalHeader = false;                    ///< the container wants the headers apart
+        std::span<const AVPixelFormat> formats = {};  ///< all that the container holds, when fewer than the encoder's
+    };
+
+    Encoder(const AVCodec& codec, const OutputOptions& options, const OutputTraits& traits, const Purpose& purpose);
+
+    const PictureShape& Shape() const { return m_shape; }
+    const AVCodecContext& Context() const { return *m_context; }
+    std::string Description() const;
+    /// Null ends the encoding. `store` is called for each packet, whose times are in the context's time base.
+    void Encode(FramePtr frame, const std::function<void(AVPacket&)>& store);
+
+ private:
+    void SetQuality(const OutputOptions& options, bool dvd);
+    void SetDvdRates();
+
+    CodecPtr m_context;
+    PictureShape m_shape;
+    AVRational m_sourceBase;
+    std::int64_t m_lastTime = AV_NOPTS_VALUE;
+};
+
+/// The encoder by name, or the usual one. Throws a usage error for a name that there is none of.
+const AVCodec& FindEncoder(const std::string& name, AVCodecID usual);
+
+std::unique_ptr<MediaSink> OpenVideoSink(const OutputOptions& options, const OutputTraits& traits,
+                                         const AVOutputFormat& format, bool tryOnly);
+std::unique_ptr<MediaSink> OpenPictureSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
+
+}  // namespace Nifikral

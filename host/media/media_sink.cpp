@@ -1,0 +1,104 @@
+#include "host/media/media_sink.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+
+#include "host/media/encoder.h"
+#include "host/base/errors.h"
+
+namespace Nifikral {
+namespace {
+
+bool IsPictureFile(const std::string& path, const AVOutputFormat* format) {
+    const std::string extension = std::filesystem::path(path).extension().string();
+    return (format && std::string(format->name) == "image2") || extension == ".webp";
+}
+
+const AVOutputFormat* FindFormat(const OutputOptions& options) {
+    std::string name = options.format;
+    if (name.empty() && options.path == "-") name = "nut";
+    if (name.empty()) return av_guess_format(nullptr, options.path.c_str(), nullptr);
+    const AVOutputFormat* const format = av_guess_format(name.c_str(), nullptr, nullptr);
+    return format ? format : av_guess_format(nullptr, ("." + name).c_str(), nullptr);
+}
+
+}  // namespace
+
+OutputTraits TraitsOf(const MediaSource& input, AVPixelFormat preferred) {
+    const AVFrame& first = input.FirstFrame();
+    const AVStream& stream = input.VideoStream();
+    OutputTraits traits;
+    traits.source = ShapeOf(first);
+    traits.preferred = preferred;
+    traits.primaries = first.color_primaries;
+    traits.transfer = first.color_trc;
+    traits.range = first.color_range;
+    traits.chromaLocation = first.chroma_location;
+    // Containers may know the pixels' shape where the pictures do not.
+    traits.pixelAspect = first.sample_aspect_ratio.num ? first.sample_aspect_ratio : stream.sample_aspect_ratio;
+    traits.frameRate = input.FrameRate();
+    traits.timeBase = stream.time_base;
+    if (first.interlaced_frame) {
+        // The container may know how the fields are stored, the picture only which is shown first.
+        traits.fieldOrder = stream.codecpar->field_order;
+        if (traits.fieldOrder == AV_FIELD_UNKNOWN || traits.fieldOrder == AV_FIELD_PROGRESSIVE)
+            traits.fieldOrder = first.top_field_first ? AV_FIELD_TB : AV_FIELD_BT;
+    }
+    traits.audio = input.AudioStreams();
+    traits.metadata = input.Metadata();
+    return traits;
+}
+
+OutputTraits TraitsOfFilm(int width, int height, AVRational frameRate, AVPixelFormat preferred) {
+    const bool highDefinition = UsualMatrix(height) == AVCOL_SPC_BT709;
+    OutputTraits traits;
+    traits.source = {preferred, width, height, UsualMatrix(height), false};
+    traits.preferred = preferred;
+    traits.primaries = highDefinition ? AVCOL_PRI_BT709 : height == 576 ? AVCOL_PRI_BT470BG : AVCOL_PRI_SMPTE170M;
+    traits.transfer = highDefinition ? AVCOL_TRC_BT709 : AVCOL_TRC_SMPTE170M;
+    traits.range = AVCOL_RANGE_MPEG;
+    traits.chromaLocation = AVCHROMA_LOC_LEFT;
+    traits.pixelAspect = {1, 1};
+    traits.frameRate = frameRate;
+    traits.timeBase = av_inv_q(frameRate);
+    return traits;
+}
+
+bool IsPictureOutput(const OutputOptions& options) {
+    return options.format.empty() && options.path != "-" && IsPictureFile(options.path, FindFormat(options));
+}
+
+bool IsNumberedOutput(const OutputOptions& options) {
+    return IsPictureOutput(options) && av_filename_number_test(options.path.c_str());
+}
+
+bool IsProgramStream(const OutputOptions& options) {
+    constexpr std::string_view names[] = {"mpeg", "vob", "dvd", "svcd", "vcd"};
+    const AVOutputFormat* const format = FindFormat(options);
+    return format && std::find(std::begin(names), std::end(names), format->name) != std::end(names);
+}
+
+const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd) {
+    const AVOutputFormat* const format = FindFormat(options);
+    if (IsPictureOutput(options) || !format || format->audio_codec == AV_CODEC_ID_NONE) return nullptr;
+    if (dvd && IsProgramStream(options)) return avcodec_find_encoder(AV_CODEC_ID_AC3);
+    // Few players expect it in this one container that could hold it.
+    const bool aac = std::string_view(format->name) != "avi" &&
+                     avformat_query_codec(format, AV_CODEC_ID_AAC, FF_COMPLIANCE_NORMAL) == 1;
+    return avcodec_find_encoder(aac ? AV_CODEC_ID_AAC : format->audio_codec);
+}
+
+std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly) {
+    if (IsPictureOutput(options)) return OpenPictureSink(options, traits, tryOnly);
+    const AVOutputFormat* format = FindFormat(options);
+    if (traits.dvd && IsProgramStream(options)) format = av_guess_format("dvd", nullptr, nullptr);
+    if (format && !(format->flags & AVFMT_NOFILE)) return OpenVideoSink(options, traits, *format, tryOnly);
+    if (!options.format.empty())
+        throw HostError(ExitCode::Usage, "-f " + options.format + " names no format; try nut, y4m, matroska or mp4");
+    throw HostError(ExitCode::Usage, options.path +
+                                         ": its extension tells no format; use .mp4, .mkv, .png, .jpg, or "
+                                         "name the format with -f");
+}
+
+}  // namespace Nifikral

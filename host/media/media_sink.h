@@ -1,0 +1,78 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/media/ffmpeg_handles.h"
+#include "host/media/frame_range.h"
+#include "host/media/media_source.h"
+#include "host/media/picture_formats.h"
+
+namespace Nifikral {
+
+struct OutputOptions {
+    std::string path;     ///< "-" for stdout; a name with %06d or the like for one picture file a frame
+    std::string format;   ///< a container's name; empty: by the path's extension
+    std::string encoder;  ///< an FFmpeg encoder's name; empty: the usual one
+    std::vector<std::string> encoderOptions;  ///< "key=value" for the encoder
+    bool overwrite = false;
+    int threads = 1;
+    std::optional<FrameRange> chunk;  ///< only this chunk of the output is made, for JoinChunks
+    std::string mark;                 ///< of the run that the output belongs to
+};
+
+/// What the output inherits from where its pictures come from.
+struct OutputTraits {
+    PictureShape source;
+    AVPixelFormat preferred = AV_PIX_FMT_NONE;  ///< taken when the encoder can
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
+    AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+    AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
+    AVRational pixelAspect = {0, 1}, frameRate = {25, 1}, timeBase = {1, 25};
+    AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
+    bool dvd = false;  ///< program streams are to be as video DVDs have them
+    std::vector<const AVStream*> audio;
+    const AVDictionary* metadata = nullptr;
+};
+
+/// The traits of an input, whose streams they borrow.
+OutputTraits TraitsOf(const MediaSource& input, AVPixelFormat preferred);
+/// The traits of a film that is made here: progressive, square pixels, limited range and the usual colours for its
+/// height. Times count frames.
+OutputTraits TraitsOfFilm(int width, int height, AVRational frameRate, AVPixelFormat preferred);
+
+/// Encodes pictures and stores them. What it has begun and not finished leaves nothing under a final name. Throws
+/// output errors that name the file and the remedy. Threads: one at a time.
+class MediaSink {
+ public:
+    virtual ~MediaSink() = default;
+    /// How pictures must come.
+    virtual const PictureShape& Shape() const = 0;
+    virtual std::string Description() const = 0;
+    /// `number` is the picture's within the whole input; its time is in the input's time base.
+    virtual void Write(FramePtr frame, long long number) = 0;
+    virtual void WriteAudio(PacketPtr) {}
+    /// Whether pictures of this coding are as this sink would code them itself, and WriteCoded takes them.
+    virtual bool CodesAlike(const AVCodecParameters&) const { return false; }
+    /// A picture that is coded already; its times are in `timeBase`.
+    virtual void WriteCoded(PacketPtr, AVRational /*timeBase*/) {}
+    virtual void Finish() = 0;
+};
+
+/// Whether OpenSink makes a sink for stills of this.
+bool IsPictureOutput(const OutputOptions& options);
+/// Whether OpenSink makes a program stream of this, as discs hold them.
+bool IsProgramStream(const OutputOptions& options);
+/// Whether each picture goes to a file of its own, named by its number.
+bool IsNumberedOutput(const OutputOptions& options);
+/// The file of one of them. Throws a usage error for a pattern that names none.
+std::string NumberedPath(const std::string& pattern, long long number);
+/// The encoder for sound that goes with this output; null when it holds none.
+const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd);
+/// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.
+std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
+
+}  // namespace Nifikral

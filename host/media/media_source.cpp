@@ -1,0 +1,337 @@
+#include "host/media/media_source.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+
+#include "host/base/errors.h"
+#include "host/base/interruption.h"
+#include "host/base/log.h"
+#include "host/media/picture_formats.h"
+
+namespace Nifikral {
+namespace {
+
+namespace fs = std::filesystem;
+
+int OnWait(void*) { return IsInterrupted(); }
+
+[[noreturn]] void Refuse(const std::string& line) { throw HostError(ExitCode::Input, line); }
+
+bool IsPipe(const std::string& path) { return path == "-"; }
+
+// Whether the path stands for numbered files, and not for a file of that very name.
+bool IsSequence(const std::string& path) {
+    std::error_code error;
+    return av_filename_number_test(path.c_str()) && !fs::exists(path, error);
+}
+
+void CheckLocalFile(const std::string& path) {
+    std::error_code error;
+    if (IsPipe(path) || path.find("://") != std::string::npos || IsSequence(path)) return;
+    if (!fs::exists(path, error)) Refuse(path + ": no such file; check the name");
+    if (fs::is_directory(path, error))
+        Refuse(path + " is a folder; name a file in it, or its pictures as " + path + "/%06d.png");
+    if (fs::is_regular_file(path, error) && fs::file_size(path, error) == 0)
+        Refuse(path + " is empty; nothing was ever written to it or its download failed");
+}
+
+InputPtr Open(const std::string& path, AVIOContext* standardInput) {
+    // Without the prefix a colon in a file's name would be taken for a protocol.
+    const bool plainFile = !IsPipe(path) && path.find("://") == std::string::npos;
+    const std::string url = plainFile ? "file:" + path : IsPipe(path) ? "" : path;
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context) throw std::bad_alloc();
+    context->interrupt_callback.callback = OnWait;
+    context->pb = standardInput;
+    AVDictionary* options = nullptr;
+    if (plainFile && !IsSequence(path)) av_dict_set(&options, "pattern_type", "none", 0);
+    TakeFfmpegComplaint();
+    int error = avformat_open_input(&context, url.c_str(), nullptr, &options);
+    av_dict_free(&options);
+    InputPtr input(error < 0 ? nullptr : context);
+    // Any text file passes for terminal art.
+    const bool media = input && std::string(input->iformat->name) != "tty";
+    if (media) error = avformat_find_stream_info(input.get(), nullptr);
+    ThrowIfInterrupted();
+    if (media && error >= 0) return input;
+    const std::string complaint = TakeFfmpegComplaint();
+    const std::string reason = !complaint.empty() ? complaint : error < 0 ? ErrorText(error) : "it is text";
+    if (error == AVERROR(EACCES)) Refuse(path + ": permission denied; make it readable");
+    if (standardInput)
+        Refuse("stdin brings no picture or video that can be read in one pass (" + reason +
+               "); give a file, or a format made for pipes such as nut, matroska or y4m");
+    Refuse(path + " is no picture or video that can be read, or it is cut short (" + reason + "); give a media file");
+}
+
+std::vector<PacketPtr> MoveOut(std::deque<PacketPtr>& packets, std::size_t count) {
+    std::vector<PacketPtr> taken;
+    for (; count > 0; --count) {
+        taken.push_back(std::move(packets.front()));
+        packets.pop_front();
+    }
+    return taken;
+}
+
+double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2d(base); }
+
+}  // namespace
+
+MediaSource::MediaSource(const std::string& path, const Options& options)
+    : m_path(path), m_name(IsPipe(path) ? "the input from stdin" : path), m_options(options) {
+    CheckLocalFile(path);
+    m_earlyEnds = EarlyEnds();
+    if (IsPipe(path)) m_standardInput = OpenStandardInput();
+    m_input = Open(path, m_standardInput.get());
+    const AVCodec* codec = nullptr;
+    const int index = av_find_best_stream(m_input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
+    if (index == AVERROR_DECODER_NOT_FOUND) Refuse(m_name + ": there is no decoder for its pictures; convert it first");
+    if (index < 0) Refuse(m_name + " holds no picture and no video; give a file that does");
+    m_video = m_input->streams[index];
+    RefuseHugePictures();
+    for (unsigned i = 0; i < m_input->nb_streams; ++i) {
+        AVStream* const stream = m_input->streams[i];
+        const bool audio = m_options.audio && stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
+        if (stream != m_video && !audio) stream->discard = AVDISCARD_ALL;
+    }
+    m_decoder = Require<CodecPtr>(avcodec_alloc_context3(codec));
+    int error = avcodec_parameters_to_context(m_decoder.get(), m_video->codecpar);
+    m_decoder->pkt_timebase = m_video->time_base;
+    m_decoder->thread_count = m_options.threads;
+    if (error >= 0) error = avcodec_open2(m_decoder.get(), codec, nullptr);
+    if (error < 0) Refuse(m_name + ": its decoder does not start (" + ErrorText(error) + "); convert it first");
+    if (m_input->start_time != AV_NOPTS_VALUE)
+        m_origin = av_rescale_q(m_input->start_time, AV_TIME_BASE_Q, m_video->time_base);
+    m_pending = DecodeNext();
+    if (!m_pending) Refuse(m_name + " holds no picture that can be decoded; it is damaged or cut short");
+    m_orientation.Prepare(*m_pending, *m_video);
+    m_orientation.Apply(m_pending);
+}
+
+void MediaSource::RefuseHugePictures() const {
+    const int width = m_video->codecpar->width, height = m_video->codecpar->height, most = m_options.largestSide;
+    if (width > most || height > most)
+        Refuse(m_name + " is " + std::to_string(width) + "x" + std::to_string(height) + " pixels large; scale it to " +
+               std::to_string(most) + "x" + std::to_string(most) + " at most");
+}
+
+std::vector<const AVStream*> MediaSource::AudioStreams() const {
+    std::vector<const AVStream*> streams;
+    for (unsigned i = 0; i < m_input->nb_streams; ++i)
+        if (m_input->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) streams.push_back(m_input->streams[i]);
+    return streams;
+}
+
+AVRational MediaSource::FrameRate() const {
+    const AVRational rate = av_guess_frame_rate(m_input.get(), m_video, nullptr);
+    return rate.num > 0 && rate.den > 0 ? rate : AVRational{25, 1};
+}
+
+long long MediaSource::EstimatedFrameCount() const {
+    long long count = m_video->nb_frames;
+    double seconds = 0;
+    if (m_video->duration > 0)
+        seconds = Seconds(m_video->duration, m_video->time_base);
+    else if (m_input->duration > 0)
+        seconds = double(m_input->duration) / AV_TIME_BASE;
+    if (count <= 0) count = std::llround(seconds * av_q2d(FrameRate()));
+    if (count <= 0) return 0;
+    return std::max(0LL, std::min(count - 1, m_options.range.last) - m_options.range.first + 1);
+}
+
+long long MediaSource::CountFrames(const FrameRange& range) const {
+    if (IsPipe(m_path)) return 0;
+    const InputPtr input = Open(m_path, nullptr);
+    const PacketPtr packet = NewPacket();
+    for (unsigned i = 0; i < input->nb_streams; ++i)
+        if (int(i) != m_video->index) input->streams[i]->discard = AVDISCARD_ALL;
+    long long count = 0;
+    for (; count <= range.last && av_read_frame(input.get(), packet.get()) >= 0; av_packet_unref(packet.get()))
+        if (packet->stream_index == m_video->index && !(packet->flags & AV_PKT_FLAG_DISCARD)) ++count;
+    ThrowIfInterrupted();
+    return std::max(0LL, count - range.first);
+}
+
+std::optional<SourceStep> MediaSource::Next() {
+    const FrameRange &range = m_options.range, &chunk = m_options.chunk;
+    const long long first = std::max(range.first, chunk.first);
+    while (!m_finished) {
+        if (m_decoded > std::min(range.last, chunk.last)) {
+            ReadTrailingAudio();
+            m_finished = true;
+            return SourceStep{nullptr, 0, TakeAudio(true)};
+        }
+        FramePtr frame = std::move(m_pending);
+        if (!frame) {
+            frame = DecodeNext();
+            if (frame) m_orientation.Apply(frame);
+        }
+        if (!frame) {
+            const std::string has =
+                m_name + " has " + std::to_string(m_decoded) + " frames, 0 to " + std::to_string(m_decoded - 1);
+            if (m_decoded <= range.first)
+                throw HostError(ExitCode::Usage, "--frames lies past the end: " + has + "; choose among these");
+            if (chunk.last != FrameRange::noEnd)
+                throw HostError(ExitCode::Usage, "--chunk lies past the end: " + has + "; plan the chunks anew");
+            if (range.last != FrameRange::noEnd) PrintWarning("--frames ends earlier: " + has);
+            m_finished = true;
+            m_endTime = std::numeric_limits<double>::infinity();
+            return SourceStep{nullptr, 0, TakeAudio(true)};
+        }
+        const long long number = m_decoded++;
+        if (number == range.first && number > 0) m_origin = frame->pts;
+        if (number < first) {
+            DropAudioBefore(*frame);
+            continue;
+        }
+        if (number == first && number > 0) DropAudioBefore(*frame);
+        m_endTime = EndTime(*frame);
+        if (m_origin != AV_NOPTS_VALUE) frame->pts -= m_origin;
+        return SourceStep{std::move(frame), number, TakeAudio(false)};
+    }
+    return std::nullopt;
+}
+
+FramePtr MediaSource::DecodeNext() {
+    for (;;) {
+        ThrowIfInterrupted();
+        if (FramePtr frame = ReceiveFrame()) return frame;
+        if (m_inputEnded) return nullptr;
+        if (!ReadPacket()) {
+            m_inputEnded = true;
+            avcodec_send_packet(m_decoder.get(), nullptr);
+        }
+    }
+}
+
+FramePtr MediaSource::ReceiveFrame() {
+    FramePtr frame = NewFrame();
+    int error = AVERROR(EAGAIN);
+    // At the end one bad picture must not hide those that still wait behind it.
+    do error = avcodec_receive_frame(m_decoder.get(), frame.get());
+    while (m_inputEnded && error < 0 && error != AVERROR_EOF && error != AVERROR(EAGAIN) &&
+           (ReportDamage(ErrorText(error)), true));
+    if (error == AVERROR_EOF && EarlyEnds() > m_earlyEnds) ReportDamage("the file ends before its end");
+    if (error < 0 && error != AVERROR_EOF && error != AVERROR(EAGAIN)) ReportDamage(ErrorText(error));
+    if (error < 0) return nullptr;
+    if (frame->decode_error_flags || (frame->flags & AV_FRAME_FLAG_CORRUPT)) ReportDamage("a picture is incomplete");
+    const std::int64_t oneFrame = std::max<std::int64_t>(
+        1, frame->pkt_duration > 0 ? frame->pkt_duration : av_rescale_q(1, av_inv_q(FrameRate()), m_video->time_base));
+    frame->pkt_duration = oneFrame;
+    frame->pts = frame->best_effort_timestamp;
+    if (frame->pts == AV_NOPTS_VALUE) frame->pts = m_lastTime == AV_NOPTS_VALUE ? 0 : m_lastTime + oneFrame;
+    if (m_lastTime != AV_NOPTS_VALUE) frame->pts = std::max(frame->pts, m_lastTime + 1);
+    m_lastTime = frame->pts;
+    bool fullRange = frame->color_range == AVCOL_RANGE_JPEG;
+    frame->format = PlainFormat(AVPixelFormat(frame->format), fullRange);
+    if (fullRange) frame->color_range = AVCOL_RANGE_JPEG;
+    return frame;
+}
+
+bool MediaSource::ReadPacket() {
+    PacketPtr packet = NewPacket();
+    const int error = av_read_frame(m_input.get(), packet.get());
+    if (error < 0) {
+        ThrowIfInterrupted();
+        const bool quickTime = std::string(m_input->iformat->name).find("mov") != std::string::npos;
+        if (error != AVERROR_EOF)
+            ReportDamage(ErrorText(error));
+        else if (quickTime && m_video->discard != AVDISCARD_ALL && m_packets < m_video->nb_frames)
+            ReportDamage("the file ends before its end");
+        return false;
+    }
+    if (packet->stream_index != m_video->index) {
+        KeepAudio(std::move(packet));
+        return true;
+    }
+    ++m_packets;
+    if (packet->flags & AV_PKT_FLAG_CORRUPT) ReportDamage("a part of the file is missing");
+    const int sent = avcodec_send_packet(m_decoder.get(), packet.get());
+    if (sent < 0 && sent != AVERROR(EAGAIN) && sent != AVERROR_EOF) ReportDamage(ErrorText(sent));
+    return true;
+}
+
+std::vector<PacketPtr> MediaSource::ReadAudio() {
+    if (m_options.range.IsWhole()) {
+        m_video->discard = AVDISCARD_ALL;
+        m_finished = !ReadPacket();
+        return TakeAudio(true);
+    }
+    // Where a range begins and ends, its pictures tell.
+    std::optional<SourceStep> step = Next();
+    return step ? std::move(step->audio) : std::vector<PacketPtr>();
+}
+
+std::vector<PacketPtr> MediaSource::AudioUntil(double seconds) {
+    std::vector<PacketPtr> taken;
+    const auto reached = [&] {
+        if (taken.empty()) return false;
+        const AVPacket& last = *taken.back();
+        return last.pts != AV_NOPTS_VALUE &&
+               Seconds(last.pts, m_input->streams[last.stream_index]->time_base) >= seconds;
+    };
+    while (!m_finished && !AudioStreams().empty() && !reached())
+        for (PacketPtr& packet : ReadAudio()) taken.push_back(std::move(packet));
+    return taken;
+}
+
+void MediaSource::ReportDamage(const std::string& what) {
+    const std::string line =
+        m_name + " is damaged or cut short at frame " + std::to_string(m_decoded) + " (" + what + ")";
+    if (!m_options.keepGoing) Refuse(line + "; " + m_options.damageRemedy);
+    if (!m_damageTold) PrintWarning(line + "; going on with what is readable");
+    m_damageTold = true;
+}
+
+double MediaSource::EndTime(const AVFrame& frame) const {
+    return Seconds(frame.pts + frame.pkt_duration, m_video->time_base);
+}
+
+void MediaSource::KeepAudio(PacketPtr packet) {
+    if (packet->pts == AV_NOPTS_VALUE) packet->pts = packet->dts;
+    m_audio.push_back(std::move(packet));
+}
+
+void MediaSource::DropAudioBefore(const AVFrame& frame) {
+    const double begin = Seconds(frame.pts, m_video->time_base);
+    std::erase_if(m_audio, [&](const PacketPtr& packet) {
+        return Seconds(packet->pts, m_input->streams[packet->stream_index]->time_base) < begin;
+    });
+}
+
+void MediaSource::ReadTrailingAudio() {
+    // Files interleave their streams within about a second.
+    constexpr double interleaving = 1;
+    while (!m_inputEnded && !AudioStreams().empty()) {
+        PacketPtr packet = NewPacket();
+        if (av_read_frame(m_input.get(), packet.get()) < 0) return;
+        if (packet->stream_index != m_video->index)
+            KeepAudio(std::move(packet));
+        else if (Seconds(packet->dts, m_video->time_base) > m_endTime + interleaving)
+            return;
+    }
+}
+
+std::vector<PacketPtr> MediaSource::TakeAudio(bool atEnd) {
+    std::size_t count = m_audio.size();
+    // A range that ends takes no audio from behind it, and where that is, is known when its last frame comes.
+    if (m_options.range.last != FrameRange::noEnd) {
+        const auto isLater = [&](const PacketPtr& packet) {
+            return Seconds(packet->pts, m_input->streams[packet->stream_index]->time_base) >= m_endTime;
+        };
+        if (atEnd) std::erase_if(m_audio, isLater);
+        count = std::size_t(std::find_if(m_audio.begin(), m_audio.end(), isLater) - m_audio.begin());
+    }
+    std::vector<PacketPtr> taken = MoveOut(m_audio, count);
+    for (const PacketPtr& packet : taken) {
+        if (m_origin == AV_NOPTS_VALUE) continue;
+        const AVRational base = m_input->streams[packet->stream_index]->time_base;
+        const std::int64_t shift = av_rescale_q(m_origin, m_video->time_base, base);
+        if (packet->pts != AV_NOPTS_VALUE) packet->pts -= shift;
+        if (packet->dts != AV_NOPTS_VALUE) packet->dts -= shift;
+    }
+    return taken;
+}
+
+}  // namespace Nifikral

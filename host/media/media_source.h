@@ -1,0 +1,88 @@
+#pragma once
+
+#include <deque>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/media/ffmpeg_handles.h"
+#include "host/media/frame_range.h"
+#include "host/media/orientation.h"
+#include "host/media/standard_input.h"
+
+namespace Nifikral {
+
+/// One step of the input: a picture, or at the end none, with the audio that was read on the way to it.
+struct SourceStep {
+    FramePtr frame;
+    long long number = 0;  ///< of the picture within the whole input, from 0
+    std::vector<PacketPtr> audio;
+};
+
+/// Opens a picture, a video or a sequence of pictures and decodes it, upright, in order. Throws input errors that name
+/// the file and the remedy. Threads: one at a time.
+class MediaSource {
+ public:
+    struct Options {
+        FrameRange range = {};
+        FrameRange chunk =
+            {};  ///< what of the range Next hands out; times count from the range's first frame all the same
+        int threads = 1;
+        bool keepGoing = false;  ///< go on with what is readable of a damaged input
+        bool audio = true;
+        int largestSide = std::numeric_limits<int>::max();  ///< pictures with a longer one are refused
+        /// What a message about a damaged input advises.
+        const char* damageRemedy = "--keep-going takes what is readable";
+    };
+
+    MediaSource(const std::string& path, const Options& options);
+
+    /// The next picture of the range; without a frame once, at the end, then nothing.
+    std::optional<SourceStep> Next();
+
+    /// For one who has the pictures already, instead of Next: more audio of the range, up to a time or further; nothing
+    /// behind its end.
+    std::vector<PacketPtr> AudioUntil(double seconds);
+
+    /// The first picture as it comes out, so that everything behind can be prepared for it.
+    const AVFrame& FirstFrame() const { return *m_pending; }
+    const AVStream& VideoStream() const { return *m_video; }
+    std::vector<const AVStream*> AudioStreams() const;
+    const AVDictionary* Metadata() const { return m_input->metadata; }
+    AVRational FrameRate() const;
+    /// The number of pictures as the container has it or as its times suggest; 0 when unknown.
+    long long EstimatedFrameCount() const;
+    /// Counts the pictures of a range by reading through the file once more; 0 when that is impossible (a pipe).
+    long long CountFrames(const FrameRange& range) const;
+
+ private:
+    void RefuseHugePictures() const;
+    FramePtr DecodeNext();
+    FramePtr ReceiveFrame();
+    bool ReadPacket();
+    std::vector<PacketPtr> ReadAudio();
+    void KeepAudio(PacketPtr packet);
+    void DropAudioBefore(const AVFrame& frame);
+    void ReadTrailingAudio();
+    std::vector<PacketPtr> TakeAudio(bool atEnd);
+    void ReportDamage(const std::string& what);
+    double EndTime(const AVFrame& frame) const;
+
+    std::string m_path, m_name;
+    Options m_options;
+    StandardInputPtr m_standardInput;  // before the input, which reads from it
+    InputPtr m_input;
+    AVStream* m_video = nullptr;
+    CodecPtr m_decoder;
+    Orientation m_orientation;
+    FramePtr m_pending;
+    std::deque<PacketPtr> m_audio;
+    long long m_decoded = 0, m_packets = 0;
+    std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE;
+    double m_endTime = 0;
+    unsigned m_earlyEnds = 0;  // of all inputs, when this one was opened
+    bool m_inputEnded = false, m_finished = false, m_damageTold = false;
+};
+
+}  // namespace Nifikral

@@ -1,0 +1,111 @@
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "host/media/encoder.h"
+#include "host/base/errors.h"
+#include "host/media/part_file.h"
+
+namespace Nifikral {
+namespace {
+
+namespace fs = std::filesystem;
+
+// One picture file a frame; or a single one, which stands under its name when the run has ended well.
+class PictureSink final : public MediaSink {
+ public:
+    PictureSink(const OutputOptions& options, const OutputTraits& traits, const AVCodec& codec)
+        : m_options(options),
+          m_sequence(av_filename_number_test(options.path.c_str())),
+          m_encoder(codec, options, traits, {.still = true}) {
+        CheckOutputPath(options.path, options.overwrite);
+        if (m_sequence && !options.overwrite) CheckNumbersAreFree();
+        if (options.chunk && !m_sequence)
+            throw HostError(ExitCode::Usage, options.path + " is one picture; there is nothing to share out");
+    }
+
+    const PictureShape& Shape() const override { return m_encoder.Shape(); }
+    std::string Description() const override { return m_encoder.Description(); }
+
+    void Write(FramePtr frame, long long number) override {
+        if (!m_sequence && m_frames++ > 0)
+            throw HostError(ExitCode::Usage, m_options.path + " is one picture and the input has more; name them as " +
+                                                 NumberedName() + ", or pick one with --frames N-N");
+        frame->pts = number;
+        m_encoder.Encode(std::move(frame), [this](AVPacket& packet) { Store(packet); });
+    }
+
+    void Finish() override {
+        m_encoder.Encode(nullptr, [this](AVPacket& packet) { Store(packet); });
+        if (m_single) m_single->Commit();
+    }
+
+ private:
+    void Store(const AVPacket& packet) {
+        auto file = std::make_unique<PartFile>(m_sequence ? NumberedPath(m_options.path, packet.pts) : m_options.path,
+                                               m_options.overwrite);
+        file->Write({reinterpret_cast<const char*>(packet.data), std::size_t(packet.size)});
+        if (m_sequence)
+            file->Commit();
+        else
+            m_single = std::move(file);
+    }
+
+    std::string NumberedName() const {
+        const fs::path path(m_options.path);
+        return (path.parent_path() / (path.stem().string() + "_%06d" + path.extension().string())).string();
+    }
+
+    // Any file that the pattern could name; how many frames come is not known yet. Those of other chunks may be there.
+    void CheckNumbersAreFree() const {
+        if (m_options.chunk) {
+            for (long long number = m_options.chunk->first; number <= m_options.chunk->last; ++number)
+                CheckOutputPath(NumberedPath(m_options.path, number), false);
+            return;
+        }
+        const fs::path pattern(m_options.path);
+        const std::string name = pattern.filename().string();
+        const std::size_t begin = name.find('%'), end = name.find('d', begin);
+        if (end == std::string::npos) return;
+        const std::string head = name.substr(0, begin), tail = name.substr(end + 1);
+        std::error_code error;
+        const fs::path folder = pattern.has_parent_path() ? pattern.parent_path() : fs::path(".");
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+            const std::string other = entry.path().filename().string();
+            if (other.size() <= head.size() + tail.size() || !other.starts_with(head) || !other.ends_with(tail))
+                continue;
+            const std::string number = other.substr(head.size(), other.size() - head.size() - tail.size());
+            if (std::all_of(number.begin(), number.end(), [](unsigned char c) { return std::isdigit(c); }))
+                CheckOutputPath(entry.path().string(), false);
+        }
+    }
+
+    OutputOptions m_options;
+    bool m_sequence;
+    Encoder m_encoder;
+    long long m_frames = 0;
+    std::unique_ptr<PartFile> m_single;
+};
+
+}  // namespace
+
+std::string NumberedPath(const std::string& pattern, long long number) {
+    char path[4096];
+    if (av_get_frame_filename(path, sizeof path, pattern.c_str(), int(number)) < 0)
+        throw HostError(ExitCode::Usage, pattern + " is no pattern for names; use one %06d");
+    return path;
+}
+
+std::unique_ptr<MediaSink> OpenPictureSink(const OutputOptions& options, const OutputTraits& traits, bool) {
+    // Nothing is made before the first picture comes, so that a trial needs no care.
+    AVCodecID usual = AV_CODEC_ID_WEBP;
+    std::string encoder = options.encoder;
+    if (fs::path(options.path).extension() != ".webp")
+        usual = av_guess_codec(av_guess_format("image2", nullptr, nullptr), nullptr, options.path.c_str(), nullptr,
+                               AVMEDIA_TYPE_VIDEO);
+    else if (encoder.empty() && avcodec_find_encoder_by_name("libwebp"))
+        encoder = "libwebp";
+    return std::make_unique<PictureSink>(options, traits, FindEncoder(encoder, usual));
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/media/ffmpeg_handles.h"
+
+namespace Nifikral {
+
+/// The part of a file's sound that a film takes, in seconds.
+struct SoundCut {
+    double begin = 0, end = 0;
+    double filmEnd = 0;  ///< where the whole film ends, and the fade-out with it
+    double fade = 0;     ///< length of the fade-out
+};
+
+/// How long the sound of a file is, by reading through it. Throws input errors that name the file and the remedy.
+double SoundSeconds(const std::string& path);
+
+/// The sound of a film: that of a file from its beginning, faded out at the end, as stereo in 48 kHz. Throws input
+/// errors that name the file and the remedy. Threads: one at a time.
+class SoundTrack {
+ public:
+    SoundTrack(const std::string& path, const AVCodec& encoder, const SoundCut& cut);
+    ~SoundTrack();
+
+    /// What Until hands out, as a container is told of it.
+    const AVStream& Stream() const;
+    /// The packets that begin before a time, counted from the cut's begin, and were not handed out yet.
+    std::vector<PacketPtr> Until(double seconds);
+
+ private:
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
+};
+
+}  // namespace Nifikral

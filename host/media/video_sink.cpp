@@ -1,0 +1,204 @@
+#include <algorithm>
+#include <string_view>
+
+extern "C" {
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include "host/media/chunk_file.h"
+#include "host/media/encoder.h"
+#include "host/base/errors.h"
+#include "host/base/log.h"
+#include "host/media/part_file.h"
+
+namespace Nifikral {
+namespace {
+
+struct CloseOutput {
+    void operator()(AVFormatContext* output) const {
+        if (output->pb) avio_closep(&output->pb);
+        avformat_free_context(output);
+    }
+};
+using OutputPtr = std::unique_ptr<AVFormatContext, CloseOutput>;
+
+constexpr AVPixelFormat y4mFormats[] = {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUV411P,
+                                        AV_PIX_FMT_GRAY8};
+
+bool IsY4m(const AVOutputFormat& format) { return std::string_view(format.name) == "yuv4mpegpipe"; }
+
+// The container's own choice, except where another serves better.
+AVCodecID UsualCodec(const AVOutputFormat& format) {
+    const std::string_view name = format.name;
+    if (name == "nut") return AV_CODEC_ID_RAWVIDEO;
+    if (avformat_query_codec(&format, AV_CODEC_ID_H264, FF_COMPLIANCE_NORMAL) == 1 && name != "avi" &&
+        avcodec_find_encoder(AV_CODEC_ID_H264))
+        return AV_CODEC_ID_H264;
+    return format.video_codec;
+}
+
+// One video stream with the input's audio packets beside it.
+class VideoSink final : public MediaSink {
+ public:
+    VideoSink(const OutputOptions& options, const OutputTraits& traits, const AVOutputFormat& format,
+              const AVCodec& codec, bool tryOnly)
+        : m_name(options.path == "-" ? "stdout" : options.path),
+          m_encoder(codec, options, traits,
+                    {.globalHeader = (format.flags & AVFMT_GLOBALHEADER) != 0,
+                     .formats = IsY4m(format) ? std::span(y4mFormats) : std::span<const AVPixelFormat>()}) {
+        // A chunk is coded as its whole output, but kept in the one container that holds every coding's times exactly.
+        const AVOutputFormat& container = options.chunk ? *av_guess_format(chunkContainer, nullptr, nullptr) : format;
+        const std::string path = options.chunk ? ChunkPath(options.path, *options.chunk) : options.path;
+        if (options.chunk && codec.id == AV_CODEC_ID_WRAPPED_AVFRAME)
+            throw HostError(ExitCode::Usage, m_name + ": " + format.name +
+                                                 " has nothing that chunks could be joined by; "
+                                                 "choose another extension, such as .mkv");
+        if (options.path != "-") CheckOutputPath(options.path, options.overwrite || options.chunk);
+        if (tryOnly) return;
+        if (options.chunk) MakeChunkFolder(options.path);
+        if (options.path != "-") m_part = std::make_unique<PartFile>(path, options.overwrite);
+        AVFormatContext* context = nullptr;
+        avformat_alloc_output_context2(&context, &container, nullptr, m_part ? m_part->Path().c_str() : "pipe:1");
+        m_output = Require<OutputPtr>(context);
+        if (container.video_codec == AV_CODEC_ID_MPEG2VIDEO && traits.dvd) SetDvdPacking();
+        AddVideoStream(traits);
+        if (options.chunk) {
+            m_output->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
+            av_dict_set(&m_output->metadata, chunkMark, options.mark.c_str(), 0);
+        } else {
+            for (const AVStream* const stream : traits.audio) AddAudioStream(*stream);
+            av_dict_copy(&m_output->metadata, traits.metadata, 0);
+        }
+        const std::string url = m_part ? "file:" + m_part->Path() : "pipe:1";
+        Check(avio_open(&m_output->pb, url.c_str(), AVIO_FLAG_WRITE));
+        TakeFfmpegComplaint();
+        if (const int error = avformat_write_header(m_output.get(), nullptr); error < 0) {
+            const std::string complaint = TakeFfmpegComplaint();
+            if (m_output->pb->error < 0) ThrowWriteError(m_name, m_output->pb->error);
+            throw HostError(ExitCode::Output, m_name + ": " + container.name + " cannot hold this (" +
+                                                  (complaint.empty() ? ErrorText(error) : complaint) +
+                                                  "); choose another extension or --encoder");
+        }
+    }
+
+    const PictureShape& Shape() const override { return m_encoder.Shape(); }
+    std::string Description() const override { return m_encoder.Description(); }
+
+    void Write(FramePtr frame, long long) override {
+        m_encoder.Encode(std::move(frame), [this](AVPacket& packet) { Store(packet); });
+    }
+
+    void WriteAudio(PacketPtr packet) override {
+        for (const AudioStream& stream : m_audio)
+            if (stream.from == packet->stream_index) {
+                av_packet_rescale_ts(packet.get(), stream.timeBase, stream.to->time_base);
+                packet->stream_index = stream.to->index;
+                packet->pos = -1;
+                Check(av_interleaved_write_frame(m_output.get(), packet.get()));
+                return;
+            }
+    }
+
+    bool CodesAlike(const AVCodecParameters& coded) const override {
+        const AVCodecContext& own = m_encoder.Context();
+        return coded.codec_id == own.codec_id && coded.width == own.width && coded.height == own.height &&
+               std::equal(coded.extradata, coded.extradata + coded.extradata_size, own.extradata,
+                          own.extradata + own.extradata_size);
+    }
+
+    void WriteCoded(PacketPtr packet, AVRational timeBase) override {
+        m_codedBefore = true;
+        av_packet_rescale_ts(packet.get(), timeBase, m_video->time_base);
+        packet->stream_index = m_video->index;
+        packet->pos = -1;
+        Check(av_interleaved_write_frame(m_output.get(), packet.get()));
+        Check(m_output->pb->error);
+    }
+
+    void Finish() override {
+        if (!m_codedBefore) m_encoder.Encode(nullptr, [this](AVPacket& packet) { Store(packet); });
+        Check(av_write_trailer(m_output.get()));
+        avio_flush(m_output->pb);
+        Check(m_output->pb->error);
+        Check(avio_closep(&m_output->pb));
+        if (m_part) m_part->Commit();
+    }
+
+ private:
+    struct AudioStream {
+        int from;
+        AVRational timeBase;
+        AVStream* to;
+    };
+
+    // The sectors of a disc, and the most that a player reads in a second.
+    void SetDvdPacking() {
+        m_output->packet_size = 2048;
+        m_output->max_delay = AV_TIME_BASE * 7 / 10;
+        av_opt_set_int(m_output->priv_data, "muxrate", 10080000, 0);
+    }
+
+    AVStream& NewStream() {
+        AVStream* const stream = avformat_new_stream(m_output.get(), nullptr);
+        if (!stream) throw std::bad_alloc();
+        return *stream;
+    }
+
+    void AddVideoStream(const OutputTraits& traits) {
+        AVStream& stream = NewStream();
+        if (avcodec_parameters_from_context(stream.codecpar, &m_encoder.Context()) < 0) throw std::bad_alloc();
+        stream.time_base = m_encoder.Context().time_base;
+        stream.avg_frame_rate = stream.r_frame_rate = traits.frameRate;
+        stream.sample_aspect_ratio = traits.pixelAspect;
+        m_video = &stream;
+    }
+
+    void AddAudioStream(const AVStream& from) {
+        const AVOutputFormat& format = *m_output->oformat;
+        const AVCodecID codec = from.codecpar->codec_id;
+        // Not 1: some containers cannot tell and find out when their header is written.
+        const bool holds = avformat_query_codec(&format, codec, FF_COMPLIANCE_NORMAL) != 0;
+        if (format.audio_codec == AV_CODEC_ID_NONE || !holds) {
+            PrintWarning(m_name + ": " + format.name + " cannot hold the sound (" + avcodec_get_name(codec) +
+                         ") as it is; it is left out");
+            return;
+        }
+        AVStream& to = NewStream();
+        if (avcodec_parameters_copy(to.codecpar, from.codecpar) < 0) throw std::bad_alloc();
+        to.codecpar->codec_tag = 0;
+        to.time_base = from.time_base;
+        to.disposition = from.disposition;
+        av_dict_copy(&to.metadata, from.metadata, 0);
+        m_audio.push_back({from.index, from.time_base, &to});
+    }
+
+    void Store(AVPacket& packet) {
+        av_packet_rescale_ts(&packet, m_encoder.Context().time_base, m_video->time_base);
+        packet.stream_index = m_video->index;
+        Check(av_interleaved_write_frame(m_output.get(), &packet));
+        Check(m_output->pb->error);
+    }
+
+    void Check(int error) const {
+        if (error < 0) ThrowWriteError(m_name, error);
+    }
+
+    std::string m_name;
+    Encoder m_encoder;
+    std::unique_ptr<PartFile> m_part;  // before the output: closed first, then removed
+    OutputPtr m_output;
+    AVStream* m_video = nullptr;
+    std::vector<AudioStream> m_audio;
+    bool m_codedBefore = false;  // and none are left in the encoder
+};
+
+}  // namespace
+
+std::unique_ptr<MediaSink> OpenVideoSink(const OutputOptions& options, const OutputTraits& traits,
+                                         const AVOutputFormat& format, bool tryOnly) {
+    const AVCodec& codec = FindEncoder(options.encoder, UsualCodec(format));
+    return std::make_unique<VideoSink>(options, traits, format, codec, tryOnly);
+}
+
+}  // namespace Nifikral

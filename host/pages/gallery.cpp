@@ -1,0 +1,120 @@
+#include "host/pages/gallery.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "host/catalogue/catalogue.h"
+#include "host/run/effect_request.h"
+#include "host/base/errors.h"
+#include "host/pages/gallery_page.h"
+#include "host/pages/gallery_pictures.h"
+#include "host/media/part_file.h"
+
+namespace Nifikral {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char photographFile[] = "photo.png";
+// Effects that work on single pixels show, and the page stays light.
+constexpr int longestSide = 960;
+
+// The page's pictures while they are made; they move into their folder when all are there.
+class PartFolder {
+ public:
+    explicit PartFolder(const fs::path& final)
+        : m_final(final), m_part(final.string() + "." + std::to_string(getpid()) + ".part") {
+        std::error_code error;
+        if (!fs::create_directory(m_part, error)) Refuse(error);
+    }
+    ~PartFolder() {
+        std::error_code error;
+        fs::remove_all(m_part, error);
+    }
+    PartFolder(const PartFolder&) = delete;
+    PartFolder& operator=(const PartFolder&) = delete;
+
+    std::string File(const std::string& name) const { return (m_part / name).string(); }
+
+    // File by file, so that whatever else lies in the folder stays.
+    void Commit() const {
+        std::error_code error;
+        fs::create_directory(m_final, error);
+        if (error) Refuse(error);
+        for (const fs::directory_entry& entry : fs::directory_iterator(m_part)) {
+            fs::rename(entry.path(), m_final / entry.path().filename(), error);
+            if (error) Refuse(error);
+        }
+    }
+
+ private:
+    [[noreturn]] void Refuse(const std::error_code& error) const {
+        ThrowWriteError(m_final.string(), AVERROR(error ? error.value() : EEXIST));
+    }
+
+    fs::path m_final, m_part;
+};
+
+fs::path FilesFolder(const std::string& page) {
+    const fs::path path(page);
+    return path.parent_path() / (path.stem().string() + "_files");
+}
+
+void CheckPlaces(const GalleryOptions& options, const fs::path& files) {
+    if (options.page == "-" || av_filename_number_test(options.page.c_str()))
+        throw HostError(ExitCode::Usage,
+                        options.page + " cannot name a page with a folder of pictures; use a name like gallery.html");
+    CheckOutputPath(options.page, options.overwrite);
+    std::error_code error;
+    if (!fs::exists(files, error)) return;
+    if (!fs::is_directory(files, error))
+        throw HostError(ExitCode::Output, files.string() + ", the folder for the pictures, is no folder; name another");
+    if (!options.overwrite) throw HostError(ExitCode::Output, files.string() + " exists already; -y overwrites it");
+    if (fs::equivalent(fs::path(options.photograph).parent_path() / ".", files, error))
+        throw HostError(ExitCode::Usage,
+                        options.photograph + " lies among the gallery's own pictures; copy it elsewhere first");
+}
+
+// All parameters with the values that the effect itself tells once the settings are in it.
+std::vector<GalleryParameter> Parameters(const EffectRequest& request, const EffectModule& module) {
+    const EffectPtr effect = module.Create(request.effect);
+    for (const ParameterSetting& setting : request.settings)
+        effect->SetProperty(setting.property.c_str(), setting.value.At(0, 1).c_str());
+    std::vector<GalleryParameter> parameters;
+    for (const PropertyInfo& property : Properties(*effect)) {
+        if (property.name == "duration") continue;
+        const ParameterInfo* const info = FindParameter(request.effect, property.name);
+        parameters.push_back({property.name, property.defaultText, info ? info->meaning : "", info ? info->unit : ""});
+    }
+    return parameters;
+}
+
+}  // namespace
+
+void MakeGallery(const GalleryOptions& options, const EffectModule& module) {
+    const fs::path files = FilesFolder(options.page);
+    CheckPlaces(options, files);
+    const std::string folder = files.filename().string() + "/";
+    const PartFolder part(files);
+    const PictureShape shape = WriteReduced(options.photograph, part.File(photographFile), longestSide);
+    GalleryPage page{
+        fs::path(options.photograph).filename().string(), folder + photographFile, shape.width, shape.height, {}};
+    for (const EffectInfo& info : Catalogue()) {
+        if ((info.traits & generator) || !module.Create(info.name)) continue;
+        const std::string file = std::string(info.name) + ".jpg";
+        const std::vector<std::string> requests =
+            ShowEffect(info, part.File(photographFile), shape, part.File(file), module);
+        page.pictures.push_back({info.name, info.summary, folder + file, int(requests.size()),
+                                 (info.traits & changesAlpha) != 0,
+                                 Parameters(ParseEffectRequest(requests.front(), module), module),
+                                 ApplyCommand(page.photographFile, file, requests)});
+    }
+    PartFile html(options.page, options.overwrite);
+    html.Write(RenderGallery(page));
+    part.Commit();
+    html.Commit();
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,66 @@
+#include "host/pages/gallery_page.h"
+
+#include <sstream>
+
+#include "host/pages/html.h"
+
+namespace Nifikral {
+namespace {
+
+class Page {
+ public:
+    explicit Page(const GalleryPage& page) : m_page(page) {}
+
+    std::string Render() {
+        const std::string title = Html(m_page.photographName) + " under every effect";
+        m_out << PageHead(title) << "<header>\n"
+              << "<h1>" << title << "</h1>\n<p>The photograph as it is, at " << m_page.width << " by " << m_page.height
+              << " pixels; below it the same photograph under each of " << m_page.pictures.size()
+              << " effects. The command below a picture makes exactly that picture when it runs in this page's "
+                 "folder.</p>\n<figure>\n";
+        Image(m_page.photographFile, "the photograph as it is", false);
+        m_out << "</figure>\n<nav aria-label=\"Effects\">\n<ul>\n";
+        for (const GalleryPicture& picture : m_page.pictures)
+            m_out << "<li><a href=\"#" << Link(picture.effect) << "\">" << Html(picture.effect) << "</a></li>\n";
+        m_out << "</ul>\n</nav>\n</header>\n<main>\n";
+        for (const GalleryPicture& picture : m_page.pictures) Article(picture);
+        m_out << "</main>\n</body>\n</html>\n";
+        return m_out.str();
+    }
+
+ private:
+    void Image(const std::string& file, const std::string& description, bool lazy) {
+        m_out << "<a href=\"" << Link(file) << "\"><img src=\"" << Link(file) << "\" alt=\"" << Html(description)
+              << "\" width=\"" << m_page.width << "\" height=\"" << m_page.height << "\""
+              << (lazy ? " loading=\"lazy\"" : "") << "></a>\n";
+    }
+
+    void Article(const GalleryPicture& picture) {
+        m_out << "<article id=\"" << Html(picture.effect) << "\">\n<h2>" << Html(picture.effect) << "</h2>\n<p>"
+              << Html(picture.summary)
+              << (picture.times > 1 ? ", here " + std::to_string(picture.times) + " times" : "")
+              << (picture.overBlack ? ", here over black" : "") << "</p>\n";
+        Image(picture.file, "the photograph under " + picture.effect + ": " + picture.summary, true);
+        if (picture.parameters.empty())
+            m_out << "<p>It has no parameters.</p>\n";
+        else
+            m_out << "<table>\n";
+        for (const GalleryParameter& parameter : picture.parameters) {
+            m_out << "<tr><th scope=\"row\"><code>" << Html(parameter.name) << "</code></th><td><code>"
+                  << Html(parameter.value) << "</code></td><td>" << Html(parameter.meaning);
+            if (!parameter.unit.empty()) m_out << " (" << Html(parameter.unit) << ")";
+            m_out << "</td></tr>\n";
+        }
+        if (!picture.parameters.empty()) m_out << "</table>\n";
+        m_out << "<pre><code>" << Html(picture.command) << "</code></pre>\n</article>\n";
+    }
+
+    const GalleryPage& m_page;
+    std::ostringstream m_out;
+};
+
+}  // namespace
+
+std::string RenderGallery(const GalleryPage& page) { return Page(page).Render(); }
+
+}  // namespace Nifikral

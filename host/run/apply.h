@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/run/effect_request.h"
+#include "host/media/media_source.h"
+#include "host/run/run_options.h"
+
+namespace Nifikral {
+
+struct ApplyOptions {
+    std::string input;
+    std::vector<std::string> effects;
+    RunOptions run;
+    bool keepGoing = false;
+};
+
+/// Takes the input through the effects into the output.
+void Apply(const ApplyOptions& options, const EffectModule& module);
+
+/// What is done to an input.
+struct EffectRun {
+    std::vector<EffectRequest> requests;
+    bool countsFromRange = true;  ///< positions count from the first frame asked for, else from the input's first
+    long long stillFrames = 0;    ///< above 0: the input's only picture is shown for so many frames
+};
+
+/// The same with effects that follow from the input. `single`: the input has one picture, which `plan` may repeat.
+void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
+                const std::function<EffectRun(const MediaSource&)>& plan);
+
+}  // namespace Nifikral

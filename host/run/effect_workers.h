@@ -1,0 +1,42 @@
+#pragma once
+
+#include <tbb/enumerable_thread_specific.h>
+
+#include "host/run/effect_chain.h"
+#include "host/media/media_source.h"
+#include "host/media/picture_formats.h"
+
+namespace Nifikral {
+
+/// How pictures look between decoder and encoder.
+struct PicturePath {
+    unsigned effectFormat = 0;  ///< code of the layout that effects see
+    PictureShape effectShape;
+    bool overBlack = false;  ///< what effects did to the alpha has to show in an output without alpha
+};
+
+/// The chain of effects, with the conversions before and behind it, for every thread that comes by. Threads: any.
+class EffectWorkers {
+ public:
+    /// `module` and `requests` must outlive this object. `frameCount`: of the run, 0 when unknown.
+    EffectWorkers(const PicturePath& path, const PictureShape& sinkShape, const EffectModule& module,
+                  const std::vector<EffectRequest>& requests, long long frameCount);
+
+    /// Makes a picture as the sink takes it; `position` is its place in the run, from 0.
+    void Process(FramePtr& frame, long long position);
+    /// Seconds within the effects, of all threads together.
+    double EffectSeconds() const;
+
+ private:
+    // What one thread needs for itself.
+    struct Worker {
+        EffectChain chain;
+        PictureConverter toEffects, toSink;
+        double seconds = 0;
+    };
+
+    PicturePath m_path;
+    tbb::enumerable_thread_specific<Worker> m_workers;
+};
+
+}  // namespace Nifikral

@@ -1,3 +1,0 @@
-#include "host/version.h"
-
-const char* Nifikral::Version() { return NIFIKRAL_VERSION; }

@@ -1,0 +1,213 @@
+#include <cstring>
+
+#include "TarvoBased/ITarvoException.h"
+#include "TarvoBased/error_codes.h"
+#include "avbase/IRawVideoFrame.h"
+#include "host/base/log.h"
+#include "host/films/media_manager.h"
+#include "host/films/text_renderer.h"
+#include "tests/host/command.h"
+
+namespace Nifikral {
+namespace {
+
+using AVBased::IAVSource;
+using AVBased::IRawVideoFrame;
+
+struct Release {
+    template <class Object>
+    void operator()(Object* object) const {
+        object->Free();
+    }
+};
+using SourcePtr = std::unique_ptr<IAVSource, Release>;
+using RawFramePtr = std::unique_ptr<IRawVideoFrame, Release>;
+
+class Manager : public CommandTest {
+ protected:
+    Manager() { CaptureFfmpegMessages(); }
+
+    SourcePtr Open(const std::string& name, const char* importer) {
+        TarvoBased::GetTarvoException()->Clear();
+        return SourcePtr(manager.OpenSource((folder / name).c_str(), importer));
+    }
+    static std::string Filed() { return TarvoBased::GetTarvoException()->GetExceptionMsg(); }
+
+    // All planes without padding.
+    static std::string Bytes(IRawVideoFrame& frame) {
+        std::string bytes;
+        for (unsigned p = 0; p < frame.GetBufferCount(); ++p) {
+            unsigned rowBytes = 0, pitch = 0, rows = 0;
+            const unsigned char* const data = frame.GetBuffer(p, &rowBytes, &pitch, &rows);
+            for (unsigned y = 0; y < rows; ++y)
+                bytes.append(reinterpret_cast<const char*>(data + std::size_t(y) * pitch), rowBytes);
+        }
+        return bytes;
+    }
+
+    MediaManager manager;
+};
+
+TEST_F(Manager, OpensPicturesOfEveryKindUprightWithTheirAlpha) {
+    Ffmpeg("-f lavfi -i color=red@0.5:size=6x4,format=rgba -frames:v 1 half.png");
+    Ffmpeg("-f lavfi -i color=red@0.5:size=6x4,format=rgba,format=rgba64be -frames:v 1 deep.png");
+    Ffmpeg("-f lavfi -i color=red:size=6x4,format=rgb24 -frames:v 1 plain.bmp");
+    Ffmpeg("-f lavfi -i color=gray:size=6x4,format=gray -frames:v 1 grey.png");
+    struct Case {
+        const char* file;
+        unsigned char blue, green, red, alpha;
+    };
+    for (const Case& c : {Case{"half.png", 0, 0, 254, 128}, Case{"deep.png", 0, 0, 254, 128},
+                          Case{"plain.bmp", 0, 0, 254, 255}, Case{"grey.png", 128, 128, 128, 255}})
+        for (const char* const importer : {"ImageImporter", ""}) {
+            const SourcePtr source = Open(c.file, importer);
+            ASSERT_TRUE(source) << c.file << Filed();
+            EXPECT_TRUE(source->IsStill());
+            const RawFramePtr frame(source->ReadFrame());
+            ASSERT_EQ(frame->GetPixelFormat(), 30u);
+            const std::string pixel = Bytes(*frame).substr(0, 4);
+            const unsigned char expected[4] = {c.blue, c.green, c.red, c.alpha};
+            for (std::size_t i = 0; i < 4; ++i)
+                EXPECT_NEAR(static_cast<unsigned char>(pixel[i]), expected[i], 2) << c.file << " byte " << i;
+        }
+
+    // A photograph that says of itself that it lies on its side (orientation 6: turned a quarter clockwise).
+    Ffmpeg("-f lavfi -i testsrc=size=48x32 -frames:v 1 flat.jpg");
+    const std::string jpeg = ReadFile(folder / "flat.jpg");
+    const std::string exif(
+        "\xff\xe1\x00\x22"
+        "Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0",
+        36);
+    std::ofstream(folder / "turned.jpg") << jpeg.substr(0, 2) << exif << jpeg.substr(2);
+    const SourcePtr turned = Open("turned.jpg", "ImageImporter");
+    ASSERT_TRUE(turned) << Filed();
+    const RawFramePtr frame(turned->ReadFrame());
+    unsigned width = 0, height = 0;
+    frame->GetDimension(&width, &height);
+    EXPECT_EQ(width, 32u);
+    EXPECT_EQ(height, 48u);
+}
+
+TEST_F(Manager, ReadsAVideoFrameByFrameOverAndOver) {
+    Ffmpeg("-f lavfi -i testsrc2=size=32x24:rate=10:duration=0.5,format=yuv420p -c:v libx264 -qp 0 in.mp4");
+    const std::string frames = RawPictures("in.mp4", "yuv420p");
+    constexpr std::size_t size = 32 * 24 * 3 / 2;
+    ASSERT_EQ(frames.size(), 5 * size);
+    SourcePtr source = Open("in.mp4", "");
+    ASSERT_TRUE(source) << Filed();
+    EXPECT_FALSE(source->IsStill());
+    RawFramePtr kept;
+    for (std::size_t n = 0; n < 12; ++n) {
+        RawFramePtr frame(source->ReadFrame());
+        ASSERT_TRUE(frame) << n << Filed();
+        ASSERT_EQ(frame->GetPixelFormat(), 0u);
+        EXPECT_EQ(Bytes(*frame), frames.substr(n % 5 * size, size)) << "frame " << n;
+        // The caller may do as it likes with its frame: the decoder's references are not the caller's.
+        unsigned pitch = 0, rows = 0;
+        std::memset(frame->GetBuffer(0, nullptr, &pitch, &rows), 77, 32);
+        if (n == 3) kept = std::move(frame);
+    }
+    source.reset();
+    EXPECT_EQ(Bytes(*kept).substr(32), frames.substr(3 * size + 32, size - 32));
+}
+
+TEST_F(Manager, FilesWhatItCannotOpenWithTheFilesName) {
+    Ffmpeg("-f lavfi -i testsrc2=size=64x48 -frames:v 1 photo.jpg");
+    const std::string photo = ReadFile(folder / "photo.jpg");
+    std::ofstream(folder / "cut.jpg") << photo.substr(0, photo.size() / 2);
+    std::ofstream(folder / "text.jpg") << "no picture\n";
+    std::ofstream(folder / "empty.png");
+    // A head that promises a picture of 20000 x 20000.
+    Ffmpeg("-f lavfi -i color=red:size=20000x2 -frames:v 1 huge.png");
+    const std::pair<const char*, const char*> cases[] = {{"nosuch.png", "no such file"},
+                                                         {"empty.png", "is empty"},
+                                                         {"text.jpg", "damaged"},
+                                                         {"cut.jpg", "cut short"},
+                                                         {"huge.png", "16384x16384"}};
+    for (const auto& [file, word] : cases)
+        for (const char* const importer : {"ImageImporter", ""}) {
+            EXPECT_FALSE(Open(file, importer)) << file;
+            EXPECT_NE(Filed().find(file), std::string::npos) << Filed();
+            EXPECT_NE(Filed().find(word), std::string::npos) << Filed();
+            EXPECT_EQ(Filed().find("--keep-going"), std::string::npos) << Filed();
+        }
+    EXPECT_TRUE(Open("photo.jpg", "")) << "another file's fault is not this one's: " << Filed();
+    EXPECT_FALSE(Open("photo.jpg", "NoSuchImporter"));
+    EXPECT_EQ(manager.OpenSource(nullptr, ""), nullptr);
+    EXPECT_EQ(manager.GetImporter("NoSuchImporter"), nullptr);
+    TarvoBased::GetTarvoException()->Clear();
+}
+
+class Text : public ::testing::Test {
+ protected:
+    RawFramePtr Render(const std::string& html) {
+        source.reset(manager.GetImporter("SimpleHTMLTextImporter")->CreateSource());
+        auto* const render = static_cast<AVBased::ISimpleHTMLRender*>(source->GetInterface("ISimpleHTMLRender"));
+        if (!render->SetHTML(html.c_str())) return nullptr;
+        return RawFramePtr(source->ReadFrame());
+    }
+    RawFramePtr Styled(const std::string& style, const std::string& text) {
+        return Render("<font color='#20c040' size='40' face='DejaVu Sans' fontstyle='" + style + "'>" + text +
+                      "</font>");
+    }
+    static unsigned Width(IRawVideoFrame& frame) {
+        unsigned width = 0;
+        frame.GetDimension(&width, nullptr);
+        return width;
+    }
+    // How many pixels are at least half opaque and of this colour.
+    static unsigned Count(IRawVideoFrame& frame, unsigned char blue, unsigned char green, unsigned char red) {
+        unsigned rowBytes = 0, pitch = 0, rows = 0, count = 0;
+        const unsigned char* const data = frame.GetBuffer(0, &rowBytes, &pitch, &rows);
+        for (unsigned y = 0; y < rows; ++y)
+            for (unsigned x = 0; x < rowBytes; x += 4) {
+                const unsigned char* const p = data + y * pitch + x;
+                count += p[3] >= 128 && p[0] == blue && p[1] == green && p[2] == red;
+            }
+        return count;
+    }
+
+    MediaManager manager;
+    SourcePtr source;
+};
+
+TEST_F(Text, IsShownAsWrittenWhateverItHolds) {
+    for (const char* const text : {"a &amp; b", "<b>c</b>", "x</font>y", "it's 'q' > \"r\"", "\xc3\xa9 \\ %"}) {
+        const RawFramePtr frame = Styled("", text);
+        ASSERT_TRUE(frame) << text;
+        StyledText plain{text, "DejaVu Sans", {}, 40, 0x20, 0xc0, 0x40};
+        const FramePtr expected = RenderText(plain);
+        EXPECT_EQ(Width(*frame), unsigned(expected->width)) << text;
+        plain.text.pop_back();
+        EXPECT_LT(RenderText(plain)->width, expected->width) << text;
+    }
+    for (const char* const other : {"", "text", "<font color='#20c040' size='40' face='A'>t</font>",
+                                    "<font color='red' size='40' face='A' fontstyle=''>t</font>",
+                                    "<font color='#20c040' size='0' face='A' fontstyle=''>t</font>",
+                                    "<font color='#20c040' size='99999' face='A' fontstyle=''>t</font>",
+                                    "<font color='#20c040' size='4' face='A' fontstyle=''>\xff</font>"}) {
+        EXPECT_FALSE(Render(other)) << other;
+        EXPECT_EQ(TarvoBased::GetTarvoException()->GetExceptionCode(), TarvoBased::errorBadFormat) << other;
+    }
+    TarvoBased::GetTarvoException()->Clear();
+}
+
+TEST_F(Text, HasEveryStyleThatIsAskedFor) {
+    const RawFramePtr plain = Styled("", "Hg"), bold = Styled("bold", "Hg"), underline = Styled("underline", "Hg"),
+                      outline = Styled("outline", "Hg"), shadow = Styled("shadow", "Hg"),
+                      both = Styled("bold shadow", "Hg"), lines = Styled("", "Hg\nHg");
+    const auto ink = [](const RawFramePtr& frame) { return Count(*frame, 0x40, 0xc0, 0x20); };
+    const auto dark = [](const RawFramePtr& frame) { return Count(*frame, 0, 0, 0); };
+    EXPECT_GT(ink(plain), 200u);
+    EXPECT_GT(ink(bold), ink(plain) * 5 / 4);
+    EXPECT_GT(ink(underline), ink(plain) + Width(*plain) / 2);
+    EXPECT_EQ(dark(plain), 0u);
+    EXPECT_GT(dark(outline), 200u);
+    EXPECT_GT(dark(shadow), 100u);
+    EXPECT_GT(dark(both), 100u);
+    EXPECT_GT(ink(both), ink(shadow) * 5 / 4);
+    EXPECT_NEAR(ink(lines), 2 * ink(plain), ink(plain) / 10);
+}
+
+}  // namespace
+}  // namespace Nifikral
