@@ -6,19 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "host/run/apply.h"
+#include "host/catalogue/effect_module.h"
 #include "host/pages/command_description.h"
-#include "host/films/example_project.h"
-#include "host/pages/gallery.h"
-#include "host/films/menu.h"
 #include "host/run/plan.h"
-#include "host/pages/reference.h"
-#include "host/films/slideshow.h"
-#include "host/films/title.h"
+#include "host/run/run_options.h"
 
 namespace Nifikral {
 
-/// What stands on the command line, and the options that put it there.
+/// What stands on the command line, and the options that put it there. Each subcommand keeps its own settings.
 struct CommandLine {
     CommandLine();
     CommandLine(const CommandLine&) = delete;
@@ -37,20 +32,12 @@ struct CommandLine {
     std::map<const CLI::App*, RunOptions*> runs;
     /// The two that take such a subcommand's whole command line behind their own options.
     CLI::App *plan = nullptr, *concat = nullptr;
+    PlanOptions planning;
+    long long lastFrame = 0;
 
     std::string module, progress;
     unsigned cpuFeatures = 0;
-    bool quiet = false, verbose = false, json = false;
-    std::string effect, document;
-    ApplyOptions apply;
-    MenuOptions menu;
-    SlideshowOptions slideshow;
-    TitleOptions title;
-    InitOptions init;
-    GalleryOptions gallery;
-    PlanOptions planning;
-    long long lastFrame = 0;
-    ReferenceOptions reference;
+    bool quiet = false, verbose = false;
 };
 
 }  // namespace Nifikral

@@ -4,14 +4,14 @@
 
 #include <iostream>
 
-#include "host/run/chunks.h"
-#include "host/command/command_line.h"
-#include "host/command/cpu_features.h"
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
-#include "host/films/media_manager.h"
 #include "host/base/progress.h"
+#include "host/command/command_line.h"
+#include "host/command/cpu_features.h"
+#include "host/films/media_manager.h"
+#include "host/run/chunks.h"
 
 namespace {
 

@@ -1,0 +1,31 @@
+#include "host/command/apply_command.h"
+
+#include <memory>
+
+#include "host/command/common_options.h"
+#include "host/run/apply.h"
+
+namespace Nifikral {
+
+void AddApply(CommandLine& line) {
+    CLI::App* const apply = line.app.add_subcommand("apply", "put effects on a picture or a video");
+    apply->footer("Pictures are turned upright first, so that coordinates mean what the viewer sees.");
+    const auto given = std::make_shared<ApplyOptions>();
+    ApplyOptions& options = *given;
+    apply->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
+    apply
+        ->add_option("OUT", options.run.output.path,
+                     "by its extension a video (the sound is copied) or a picture; out_%06d.png for one a frame; - for "
+                     "stdout")
+        ->required();
+    apply
+        ->add_option("EFFECT", options.effects,
+                     "EFFECT[:name=value]...; a value may change over time: A..B over the run, @frame:value,... at key "
+                     "points")
+        ->required();
+    apply->add_flag("--keep-going", options.keepGoing, "take what is readable of a damaged input");
+    AddRunOptions(*apply, line, options.run);
+    line.work[apply] = [given](const EffectModule& module) { Apply(*given, module); };
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,83 @@
+#include "host/command/common_options.h"
+
+#include "host/catalogue/catalogue.h"
+#include "host/films/film_profile.h"
+
+namespace Nifikral {
+
+void Take(CommandLine& line, CLI::Option* option, const std::vector<std::string>& words) {
+    std::string text = option->get_description();
+    for (const std::string& word : words)
+        text += (&word == &words.front() ? ": " : &word == &words.back() ? " or " : ", ") + word;
+    option->description(text);
+    line.words[option] = words;
+}
+
+std::vector<std::string> WordsOf(const char* effect, const char* parameter) {
+    const std::span<const char* const> words = FindParameter(effect, parameter)->words;
+    return {words.begin(), words.end()};
+}
+
+CLI::Range RangeOf(const char* effect, const char* parameter) {
+    const ValueRange range = FindParameter(effect, parameter)->sensible;
+    return {int(range.low), int(range.high)};
+}
+
+void AddCommonOptions(CLI::App& app, CommandLine& line) {
+    app.add_option("--module", line.module, "the effect module to load (else $NIFIKRAL_MODULE, else the one installed)")
+        ->type_name("FILE");
+    app.add_option("--cpu-features", line.cpuFeatures,
+                   "the feature word that the module reads: 0 plain routines, 1 or 4 vectorised ones");
+}
+
+void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
+    app.add_option("-f,--output-format", options.output.format, "the output's format, such as nut or y4m")
+        ->type_name("FORMAT");
+    app.add_option("--format", options.pixelFormat,
+                   "the pixel format that the module sees: a code or FFmpeg's name (default: the nearest)")
+        ->type_name("FORMAT");
+    app.add_option("--frames", options.frames, "only frames A-B, counted from 0, both included")->type_name("A-B");
+    app.add_option("--chunk", options.chunk,
+                   "only the run's frames A-B, without sound, to be joined by nifikral concat; nifikral plan tells how")
+        ->type_name("A-B");
+    app.add_flag("--skip-existing", options.skipExisting,
+                 "leave an output that is complete as it is, and make one that is not anew");
+    app.add_option("--threads", options.threads, "processor cores to use (default: all)")->check(CLI::Range(1, 1024));
+    app.add_option("--encoder", options.output.encoder, "FFmpeg's encoder to use, such as ffv1")->type_name("ENCODER");
+    app.add_option("--encoder-option", options.output.encoderOptions, "an option of the encoder")
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false);
+    app.add_flag("-y,--overwrite", options.output.overwrite, "overwrite an existing output");
+    app.add_flag("--dry-run", options.dryRun, "check everything and tell what would be done");
+    Take(line, app.add_option("--progress", line.progress, "how stderr tells how far it is")->type_name("FORM"),
+         {"line", "json"});
+    app.add_flag("-q,--quiet", line.quiet, "errors only");
+    app.add_flag("-v,--verbose", line.verbose, "tell details");
+    AddCommonOptions(app, line);
+    line.runs[&app] = &options;
+}
+
+void AddFilmOutput(CLI::App& app, FilmOptions& options) {
+    app.add_option("-o,--output", options.run.output.path,
+                   "a video, a picture, pictures as out_%06d.png, or - for stdout")
+        ->type_name("FILE")
+        ->required();
+}
+
+void AddFilmOptions(CLI::App& app, CommandLine& line, FilmOptions& options) {
+    Take(line,
+         app.add_option("--profile", options.profile,
+                        "size, frame rate and shape of the pixels (with pal or ntsc an .mpg is as video DVDs want "
+                        "it)")
+             ->type_name("PROFILE"),
+         ProfileNames());
+    app.add_option("--audio", options.sound, "a file whose sound goes with the film")->type_name("FILE");
+    app.add_option("--audio-fade", options.fade, "seconds in which the sound fades out at the end")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, 600.0));
+    app.add_option("--length", options.length, "of the film in seconds, or audio for the length of the sound")
+        ->type_name("SECONDS");
+    AddRunOptions(app, line, options.run);
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "host/command/command_line.h"
+#include "host/films/film.h"
+#include "host/run/run_options.h"
+
+/// What several subcommands take.
+namespace Nifikral {
+
+/// Words for an option, named in its help: "fit: pad, crop or blur".
+void Take(CommandLine& line, CLI::Option* option, const std::vector<std::string>& words);
+/// The words that a text parameter of an effect takes, and the range that a number makes sense in.
+std::vector<std::string> WordsOf(const char* effect, const char* parameter);
+CLI::Range RangeOf(const char* effect, const char* parameter);
+
+/// Settings of every subcommand that loads the module.
+void AddCommonOptions(CLI::App& app, CommandLine& line);
+/// Settings of every subcommand that makes a film or pictures.
+void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options);
+/// Where those that make a film of their own put it, and their settings.
+void AddFilmOutput(CLI::App& app, FilmOptions& options);
+void AddFilmOptions(CLI::App& app, CommandLine& line, FilmOptions& options);
+
+}  // namespace Nifikral

@@ -1,0 +1,43 @@
+#include "host/command/menu_commands.h"
+
+#include <iostream>
+#include <memory>
+
+#include "host/command/common_options.h"
+#include "host/films/example_project.h"
+#include "host/films/menu.h"
+#include "host/films/menu_project.h"
+
+namespace Nifikral {
+
+void AddMenu(CommandLine& line) {
+    CLI::App* const menu = line.app.add_subcommand("menu", "make a disc menu from a project file");
+    const auto given = std::make_shared<MenuOptions>();
+    MenuOptions& options = *given;
+    menu->add_option("TEMPLATE", options.templateName, "the menu's template; nifikral list shows all")->required();
+    menu->add_option("PROJECT", options.project, "the project file; nifikral init makes an example")->required();
+    AddFilmOutput(*menu, options.film);
+    AddFilmOptions(*menu, line, options.film);
+    menu->footer("Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeProjectKeys());
+    line.work[menu] = [given](const EffectModule& module) { RenderMenu(*given, module); };
+}
+
+void AddInit(CommandLine& line) {
+    CLI::App* const init = line.app.add_subcommand("init", "write an example project with its pictures");
+    const auto given = std::make_shared<InitOptions>();
+    InitOptions& options = *given;
+    init->add_option("TEMPLATE", options.templateName, "the template that it is for; nifikral list shows all")
+        ->required();
+    init->add_option("FOLDER", options.folder, "where to put it (default: a new folder named as the template)");
+    init->add_flag("-y,--overwrite", options.overwrite, "overwrite files of the same names");
+    init->add_flag("-q,--quiet", line.quiet, "errors only");
+    AddCommonOptions(*init, line);
+    line.work[init] = [given, &line](const EffectModule& module) {
+        const std::string project = WriteExampleProject(*given, module);
+        if (!line.quiet)
+            std::cerr << project << " and its pictures are written; make the film with\n  nifikral menu "
+                      << given->templateName << " " << project << " -o menu.mp4\n";
+    };
+}
+
+}  // namespace Nifikral

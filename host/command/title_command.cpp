@@ -1,0 +1,49 @@
+#include "host/command/title_command.h"
+
+#include <memory>
+
+#include "host/command/common_options.h"
+#include "host/films/title.h"
+
+namespace Nifikral {
+
+void AddTitle(CommandLine& line) {
+    CLI::App* const title = line.app.add_subcommand("title", "put a title over a picture or a video");
+    const auto given = std::make_shared<TitleOptions>();
+    TitleOptions& options = *given;
+    constexpr double longest = 86400;
+    title->add_option("TEXT", options.text, "the words; \\n begins a new line")->required();
+    title->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
+    title
+        ->add_option("OUT", options.run.output.path,
+                     "a video (the sound is copied) or a picture; out_%06d.png for one a frame; - for stdout")
+        ->required();
+    title->add_option("--face", options.face, "font family");
+    Take(line, title->add_option("--style", options.style, "any of these words")->type_name("STYLE"),
+         WordsOf("title", "fontstyle"));
+    title->add_option("--size", options.size, "of the font, in pixels (default: a twelfth of the height)")
+        ->check(CLI::Range(1, 1000));
+    title->add_option("--color", options.colour, "of the letters")->type_name("#RRGGBB");
+    Take(line,
+         title->add_option("--place", options.place, "where it stands")->capture_default_str()->type_name("PLACE"),
+         TitlePlaces());
+    Take(line, title->add_option("--in", options.inMotion, "how it comes")->type_name("MOTION"),
+         WordsOf("title", "inMotion"));
+    Take(line, title->add_option("--out", options.outMotion, "how it goes")->type_name("MOTION"),
+         WordsOf("title", "outMotion"));
+    title->add_option("--in-seconds", options.inSeconds, "how long it takes to come")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    title->add_option("--out-seconds", options.outSeconds, "how long it takes to go")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    title->add_option("--begin", options.begin, "when it begins to come, in seconds")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, longest));
+    title->add_option("--seconds", options.seconds, "how long it shows (default: to the end; over one picture, 5)")
+        ->check(CLI::Range(0.0, longest));
+    AddRunOptions(*title, line, options.run);
+    line.work[title] = [given](const EffectModule& module) { PutTitle(*given, module); };
+}
+
+}  // namespace Nifikral
