@@ -37,8 +37,4 @@ class Encoder {
 /// The encoder by name, or the usual one. Throws a usage error for a name that there is none of.
 const AVCodec& FindEncoder(const std::string& name, AVCodecID usual);
 
-std::unique_ptr<MediaSink> OpenVideoSink(const OutputOptions& options, const OutputTraits& traits,
-                                         const AVOutputFormat& format, bool tryOnly);
-std::unique_ptr<MediaSink> OpenPictureSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
-
 }  // namespace Nifikral

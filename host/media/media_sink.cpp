@@ -4,8 +4,9 @@
 #include <filesystem>
 #include <string_view>
 
-#include "host/media/encoder.h"
 #include "host/base/errors.h"
+#include "host/media/picture_sink.h"
+#include "host/media/video_sink.h"
 
 namespace Nifikral {
 namespace {
@@ -90,7 +91,7 @@ const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd) {
 }
 
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly) {
-    if (IsPictureOutput(options)) return OpenPictureSink(options, traits, tryOnly);
+    if (IsPictureOutput(options)) return OpenPictureSink(options, traits);
     const AVOutputFormat* format = FindFormat(options);
     if (traits.dvd && IsProgramStream(options)) format = av_guess_format("dvd", nullptr, nullptr);
     if (format && !(format->flags & AVFMT_NOFILE)) return OpenVideoSink(options, traits, *format, tryOnly);

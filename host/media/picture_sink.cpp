@@ -1,9 +1,11 @@
+#include "host/media/picture_sink.h"
+
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 
-#include "host/media/encoder.h"
 #include "host/base/errors.h"
+#include "host/media/encoder.h"
 #include "host/media/part_file.h"
 
 namespace Nifikral {
@@ -96,8 +98,7 @@ std::string NumberedPath(const std::string& pattern, long long number) {
     return path;
 }
 
-std::unique_ptr<MediaSink> OpenPictureSink(const OutputOptions& options, const OutputTraits& traits, bool) {
-    // Nothing is made before the first picture comes, so that a trial needs no care.
+std::unique_ptr<MediaSink> OpenPictureSink(const OutputOptions& options, const OutputTraits& traits) {
     AVCodecID usual = AV_CODEC_ID_WEBP;
     std::string encoder = options.encoder;
     if (fs::path(options.path).extension() != ".webp")

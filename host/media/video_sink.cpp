@@ -1,3 +1,5 @@
+#include "host/media/video_sink.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -6,10 +8,10 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
-#include "host/media/chunk_file.h"
-#include "host/media/encoder.h"
 #include "host/base/errors.h"
 #include "host/base/log.h"
+#include "host/media/chunk_file.h"
+#include "host/media/encoder.h"
 #include "host/media/part_file.h"
 
 namespace Nifikral {
