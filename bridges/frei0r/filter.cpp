@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "avbase/avbase_srcutils/pixel_formats.h"
 #include "bridges/common/borrowed_frame.h"
 #include "bridges/common/bridged_effect.h"
 #include "bridges/frei0r/frame_clock.h"
@@ -18,18 +19,11 @@
 namespace Nifikral::Frei0r {
 namespace {
 
-constexpr unsigned packedFormat = 30, bytesPerPixel = 4;
+constexpr unsigned bytesPerPixel = 4;
 
-// Exchanging blue and red changes what these make. The others take either order, and are given the one that needs no
-// conversion in most hosts. The interface has a model for any order too, but with it hosts pass alpha first as well.
-constexpr std::string_view colourMatters[] = {"aged_film", "portrait", "stroke",    "colorfilter",
-                                              "popstyle",  "addnoise", "spotlight", "2D_3D_TransForm"};
-
-int ModelOf(std::string_view effect) {
-    for (const std::string_view name : colourMatters)
-        if (effect == name) return modelBgra;
-    return modelRgba;
-}
+// Most effects take blue and red in either order, and are given the one that needs no conversion in most hosts. The
+// interface has a model for any order too, but with it hosts pass alpha first as well.
+int ModelOf(const EffectInfo* effect) { return effect && (effect->traits & knowsRedFromBlue) ? modelBgra : modelRgba; }
 
 // What hosts are told of an effect, in memory that stays.
 struct Description {
@@ -44,8 +38,9 @@ const Description& DescriptionOf(const char* effect) {
     static std::map<std::string, Description, std::less<>> known;
     const std::lock_guard lock(mutex);
     if (const auto found = known.find(std::string_view(effect)); found != known.end()) return found->second;
-    Description description{std::string("nifikral ") + effect, {}, ModelOf(effect), {}};
-    if (const EffectInfo* const info = FindEffect(effect)) {
+    const EffectInfo* const info = FindEffect(effect);
+    Description description{std::string("nifikral ") + effect, {}, ModelOf(info), {}};
+    if (info) {
         description.explanation = info->summary;
         description.parameters = ParametersOf(*info);
     }
@@ -119,7 +114,7 @@ class FilterInstance final : public Instance {
         if (input != output) std::memcpy(output, input, std::size_t(pitch) * m_height);
         const int position = Position(time);
         const BorrowedPlane plane{static_cast<unsigned char*>(output), pitch, pitch, m_height};
-        BorrowedFrame frame(packedFormat, m_width, m_height, {&plane, 1}, position);
+        BorrowedFrame frame(AVBased::formatRgba32, m_width, m_height, {&plane, 1}, position);
         TellOnce(m_effect.Process(frame, position));
     }
 

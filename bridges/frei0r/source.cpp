@@ -7,20 +7,23 @@
 #include <vector>
 
 #include "avbase/IImageConverter.h"
+#include "avbase/avbase_srcutils/pixel_formats.h"
 #include "bridges/common/borrowed_frame.h"
 #include "bridges/common/bridged_effect.h"
 #include "bridges/frei0r/frame_clock.h"
 #include "bridges/frei0r/plugin.h"
 #include "bridges/frei0r/tell.h"
-#include "host/catalogue/catalogue.h"
 #include "host/base/errors.h"
+#include "host/catalogue/catalogue.h"
 #include "host/films/media_manager.h"
 #include "host/films/menu_project.h"
 
 namespace Nifikral::Frei0r {
 namespace {
 
-constexpr unsigned packedFormat = 30, bytesPerPixel = 4;
+using AVBased::formatRgba32;
+
+constexpr unsigned bytesPerPixel = 4;
 
 const EffectModule& Module() {
     static MediaManager manager;
@@ -76,11 +79,11 @@ class Menu {
             return std::nullopt;
         }
         if (!m_scaler)
-            m_scaler.reset(AVBased::CreateImageConverter(packedFormat, shown.width, shown.height, packedFormat,
+            m_scaler.reset(AVBased::CreateImageConverter(formatRgba32, shown.width, shown.height, formatRgba32,
                                                          output.width, output.height));
         const BorrowedPlane from = shown.Plane(), to = output.Plane();
-        BorrowedFrame source(packedFormat, shown.width, shown.height, {&from, 1});
-        BorrowedFrame destination(packedFormat, output.width, output.height, {&to, 1});
+        BorrowedFrame source(formatRgba32, shown.width, shown.height, {&from, 1});
+        BorrowedFrame destination(formatRgba32, output.width, output.height, {&to, 1});
         if (m_scaler) m_scaler->Convert(&source, &destination);
         return TakeModuleError();
     }
@@ -104,7 +107,7 @@ class Menu {
         for (std::size_t i = 0; i < m_picture.size(); ++i) m_picture[i] = black[i % bytesPerPixel];
         const Picture shown = Shown();
         const BorrowedPlane plane = shown.Plane();
-        BorrowedFrame frame(packedFormat, shown.width, shown.height, {&plane, 1}, int(m_next));
+        BorrowedFrame frame(formatRgba32, shown.width, shown.height, {&plane, 1}, int(m_next));
         return m_generator->Process(frame, int(m_next));
     }
 

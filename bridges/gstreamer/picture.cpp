@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 
+#include "avbase/avbase_srcutils/pixel_formats.h"
+
 namespace Nifikral::Gst {
 namespace {
 
@@ -13,9 +15,15 @@ struct PictureFormat {
 
 // What effects know as it is.
 constexpr PictureFormat pictureFormats[] = {
-    {GST_VIDEO_FORMAT_BGRA, 30}, {GST_VIDEO_FORMAT_BGRx, 30}, {GST_VIDEO_FORMAT_I420, 0},
-    {GST_VIDEO_FORMAT_YV12, 0},  {GST_VIDEO_FORMAT_Y42B, 4},  {GST_VIDEO_FORMAT_YUV9, 6},
-    {GST_VIDEO_FORMAT_YVU9, 6},  {GST_VIDEO_FORMAT_Y41B, 7},  {GST_VIDEO_FORMAT_A420, 35},
+    {GST_VIDEO_FORMAT_BGRA, AVBased::formatRgba32},
+    {GST_VIDEO_FORMAT_BGRx, AVBased::formatRgba32},
+    {GST_VIDEO_FORMAT_I420, 0},
+    {GST_VIDEO_FORMAT_YV12, 0},
+    {GST_VIDEO_FORMAT_Y42B, 4},
+    {GST_VIDEO_FORMAT_YUV9, 6},
+    {GST_VIDEO_FORMAT_YVU9, 6},
+    {GST_VIDEO_FORMAT_Y41B, 7},
+    {GST_VIDEO_FORMAT_A420, 35},
 };
 
 unsigned CodeOf(GstVideoFormat format) {

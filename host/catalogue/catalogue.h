@@ -52,11 +52,12 @@ struct ParameterInfo {
 
 enum EffectTraits : unsigned {
     plain = 0,
-    variesWithTime = 1,  ///< reads the position: the number of frames must be known
-    changesAlpha = 2,    ///< shows in the alpha channel alone
-    generator = 4,       ///< makes pictures of its own from what it opens through the host
-    menu = 8,            ///< a generator with the properties of a menu
-    newEachFrame = 16,   ///< draws afresh at every position, whatever the number of frames
+    variesWithTime = 1,     ///< reads the position: the number of frames must be known
+    changesAlpha = 2,       ///< shows in the alpha channel alone
+    generator = 4,          ///< makes pictures of its own from what it opens through the host
+    menu = 8,               ///< a generator with the properties of a menu
+    newEachFrame = 16,      ///< draws afresh at every position, whatever the number of frames
+    knowsRedFromBlue = 32,  ///< makes something else where the two are exchanged before and after it
 };
 
 struct EffectInfo {

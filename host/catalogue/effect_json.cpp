@@ -15,7 +15,8 @@ constexpr std::pair<EffectTraits, const char*> traitNames[] = {{variesWithTime, 
                                                                {changesAlpha, "changes-alpha"},
                                                                {generator, "generator"},
                                                                {menu, "menu"},
-                                                               {newEachFrame, "new-each-frame"}};
+                                                               {newEachFrame, "new-each-frame"},
+                                                               {knowsRedFromBlue, "knows-red-from-blue"}};
 
 Json Number(double value) { return value == std::trunc(value) ? Json((long long)value) : Json(value); }
 

@@ -9,11 +9,12 @@
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
+#include "avbase/avbase_srcutils/pixel_formats.h"
+#include "host/films/styled_text.h"
+#include "host/films/text_renderer.h"
 #include "host/media/frame_adapter.h"
 #include "host/media/media_source.h"
 #include "host/media/picture_formats.h"
-#include "host/films/styled_text.h"
-#include "host/films/text_renderer.h"
 
 namespace Nifikral {
 namespace {
@@ -25,7 +26,7 @@ constexpr char sourceName[] = "manager_sources";
 // Lines that a caller reads beside an error of this unit.
 enum Line : int { lineInterface = 20, lineRead = 40, lineProperty = 60, lineHtml = 80 };
 
-constexpr unsigned formatBgra = 30;
+using AVBased::formatRgba32;
 
 // A frame of its own for the caller, who may change it and keep it longer than the source.
 IRawVideoFrame* HandOver(FramePtr frame, unsigned formatCode) {
@@ -59,7 +60,7 @@ class PictureSource final : public Source, public AVBased::IAVSourcePropertySet 
  public:
     explicit PictureSource(FramePtr picture) : m_picture(std::move(picture)) {
         PictureShape shape = ShapeOf(*m_picture);
-        shape.format = FfmpegFormat(formatBgra);
+        shape.format = FfmpegFormat(formatRgba32);
         PictureConverter(shape).Convert(m_picture);
     }
 
@@ -80,7 +81,7 @@ class PictureSource final : public Source, public AVBased::IAVSourcePropertySet 
                    : nullptr;
     }
     IRawVideoFrame* Read() override {
-        IRawVideoFrame* const frame = HandOver(Require<FramePtr>(av_frame_clone(m_picture.get())), formatBgra);
+        IRawVideoFrame* const frame = HandOver(Require<FramePtr>(av_frame_clone(m_picture.get())), formatRgba32);
         frame->SetDuration(m_duration);
         return frame;
     }
@@ -176,7 +177,7 @@ class TextSource final : public Source, public AVBased::ISimpleHTMLRender {
     }
     IRawVideoFrame* Read() override {
         if (!m_picture) throw CBaseException(errorGeneral, "The text is not told yet", lineRead, sourceName);
-        return HandOver(Require<FramePtr>(av_frame_clone(m_picture.get())), formatBgra);
+        return HandOver(Require<FramePtr>(av_frame_clone(m_picture.get())), formatRgba32);
     }
 
     FramePtr m_picture;

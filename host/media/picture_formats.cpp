@@ -7,15 +7,18 @@ extern "C" {
 #include <algorithm>
 #include <charconv>
 
+#include "avbase/avbase_srcutils/pixel_formats.h"
 #include "host/base/errors.h"
 
 namespace Nifikral {
 namespace {
 
+using AVBased::formatRgba32;
+
 constexpr unsigned formatYuv420 = 0, formatYuv422 = 4, formatYuv410 = 6, formatYuv411 = 7, formatYuva420 = 35,
-                   formatYuva444 = 60, formatBgra = 30;
+                   formatYuva444 = 60;
 constexpr unsigned effectFormats[] = {
-    formatYuv420, formatYuv422, formatYuv410, formatYuv411, formatBgra, formatYuva420, formatYuva444, 12, 13};
+    formatYuv420, formatYuv422, formatYuv410, formatYuv411, formatRgba32, formatYuva420, formatYuva444, 12, 13};
 
 const AVPixFmtDescriptor& Describe(AVPixelFormat format) { return *av_pix_fmt_desc_get(format); }
 
@@ -98,7 +101,7 @@ unsigned EffectFormat(AVPixelFormat format, bool withAlpha) {
     const int own = FormatCode(format);
     const bool alpha = withAlpha || HasAlpha(format);
     if (IsForEffects(own) && HasAlpha(FfmpegFormat(unsigned(own))) >= alpha) return unsigned(own);
-    if (!IsYuv(format)) return formatBgra;
+    if (!IsYuv(format)) return formatRgba32;
     const AVPixFmtDescriptor& description = Describe(format);
     const int columns = description.log2_chroma_w, rows = description.log2_chroma_h;
     if (columns == 1 && rows == 1) return alpha ? formatYuva420 : formatYuv420;

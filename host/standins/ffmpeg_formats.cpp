@@ -4,6 +4,8 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include "avbase/avbase_srcutils/pixel_formats.h"
+
 namespace Nifikral {
 namespace {
 
@@ -13,16 +15,19 @@ struct Row {
 };
 
 // Plane 1 is U and plane 2 is V in every planar format. Where only the layout of a code is fixed (packed 16, 24 and 32
-// bits beside 30), the order of its colours is this host's choice.
+// bits beside formatRgba32), the order of its colours is this host's choice.
 constexpr Row rows[] = {
-    {0, AV_PIX_FMT_YUV420P},   {12, AV_PIX_FMT_YUV420P},   {4, AV_PIX_FMT_YUV422P},   {13, AV_PIX_FMT_YUV422P},
-    {5, AV_PIX_FMT_YUV444P},   {14, AV_PIX_FMT_YUV444P},   {6, AV_PIX_FMT_YUV410P},   {7, AV_PIX_FMT_YUV411P},
-    {33, AV_PIX_FMT_YUV440P},  {35, AV_PIX_FMT_YUVA420P},  {60, AV_PIX_FMT_YUVA444P}, {1, AV_PIX_FMT_YUYV422},
-    {17, AV_PIX_FMT_UYVY422},  {2, AV_PIX_FMT_BGR24},      {3, AV_PIX_FMT_RGB24},     {8, AV_PIX_FMT_GRAY8},
-    {9, AV_PIX_FMT_MONOBLACK}, {10, AV_PIX_FMT_MONOWHITE}, {11, AV_PIX_FMT_NV12},     {18, AV_PIX_FMT_UYYVYY411},
-    {27, AV_PIX_FMT_RGBA},     {28, AV_PIX_FMT_ARGB},      {29, AV_PIX_FMT_ABGR},     {30, AV_PIX_FMT_BGRA},
-    {43, AV_PIX_FMT_RGB565LE}, {44, AV_PIX_FMT_RGB555LE},  {45, AV_PIX_FMT_BGR565LE}, {46, AV_PIX_FMT_BGR555LE},
-    {47, AV_PIX_FMT_RGB565BE}, {48, AV_PIX_FMT_RGB555BE},  {49, AV_PIX_FMT_BGR565BE}, {50, AV_PIX_FMT_BGR555BE},
+    {0, AV_PIX_FMT_YUV420P},   {12, AV_PIX_FMT_YUV420P},   {4, AV_PIX_FMT_YUV422P},
+    {13, AV_PIX_FMT_YUV422P},  {5, AV_PIX_FMT_YUV444P},    {14, AV_PIX_FMT_YUV444P},
+    {6, AV_PIX_FMT_YUV410P},   {7, AV_PIX_FMT_YUV411P},    {33, AV_PIX_FMT_YUV440P},
+    {35, AV_PIX_FMT_YUVA420P}, {60, AV_PIX_FMT_YUVA444P},  {1, AV_PIX_FMT_YUYV422},
+    {17, AV_PIX_FMT_UYVY422},  {2, AV_PIX_FMT_BGR24},      {3, AV_PIX_FMT_RGB24},
+    {8, AV_PIX_FMT_GRAY8},     {9, AV_PIX_FMT_MONOBLACK},  {10, AV_PIX_FMT_MONOWHITE},
+    {11, AV_PIX_FMT_NV12},     {18, AV_PIX_FMT_UYYVYY411}, {27, AV_PIX_FMT_RGBA},
+    {28, AV_PIX_FMT_ARGB},     {29, AV_PIX_FMT_ABGR},      {AVBased::formatRgba32, AV_PIX_FMT_BGRA},
+    {43, AV_PIX_FMT_RGB565LE}, {44, AV_PIX_FMT_RGB555LE},  {45, AV_PIX_FMT_BGR565LE},
+    {46, AV_PIX_FMT_BGR555LE}, {47, AV_PIX_FMT_RGB565BE},  {48, AV_PIX_FMT_RGB555BE},
+    {49, AV_PIX_FMT_BGR565BE}, {50, AV_PIX_FMT_BGR555BE},
 };
 
 constexpr Row twins[] = {
