@@ -22,9 +22,9 @@ struct Property {
 };
 
 /// Declares every row of `table` with its default as text and value. Settings keep their initial members.
-template <class Settings, std::size_t count>
-void DeclareProperties(CBaseAVProc& object, const Property<Settings> (&table)[count]) {
-    for (const Property<Settings>& property : table) {
+template <class Table>
+void DeclareProperties(CBaseAVProc& object, const Table& table) {
+    for (const auto& property : table) {
         CBaseAVProc::PropertyNode node{property.defaultText, property.Type()};
         node.Parse();
         object.AddProperty(property.name, node);
@@ -32,8 +32,8 @@ void DeclareProperties(CBaseAVProc& object, const Property<Settings> (&table)[co
 }
 
 /// Copies the parsed value of `node` into the member of the row called `name`. True when that changed the member.
-template <class Settings, std::size_t count>
-bool StoreProperty(Settings& settings, const Property<Settings> (&table)[count], const std::string& name,
+template <class Settings, class Table>
+bool StoreProperty(Settings& settings, const Table& table, const std::string& name,
                    const CBaseAVProc::PropertyNode& node) {
     for (const Property<Settings>& property : table)
         if (name == property.name)

@@ -2,18 +2,15 @@
 
 #include "effects/base/fixed_point.h"
 #include "effects/base/place_hash.h"
-#include "effects/base/property_table.h"
 #include "effects/base/shared_samples.h"
 
 namespace AVBased {
 namespace {
 
-using Settings = CAddNoiseVideoImageEffect::Settings;
-
-constexpr Property<Settings> addNoiseProperties[] = {
-    {"addnoise_strength", "15", &Settings::strength},
-    {"addnoise_color", "0", &Settings::colour},
-    {"addnoise_seed", "0", &Settings::seed},
+constexpr Property<AddNoiseSettings> addNoiseProperties[] = {
+    {"addnoise_strength", "15", &AddNoiseSettings::strength},
+    {"addnoise_color", "0", &AddNoiseSettings::colour},
+    {"addnoise_seed", "0", &AddNoiseSettings::seed},
 };
 
 constexpr int packedUnit = 28, lumaUnit = 24, colouredLumaUnit = 16, chromaUnits[] = {16, 11, 8, 6, 4};
@@ -66,14 +63,7 @@ void GrainChroma(std::uint8_t* __restrict row, unsigned width, const std::uint8_
 
 }  // namespace
 
-CAddNoiseVideoImageEffect::CAddNoiseVideoImageEffect() : CBasedVideoImageEffect(effectNameAddNoise) {
-    DeclareProperties(*this, addNoiseProperties);
-}
-
-void CAddNoiseVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, addNoiseProperties, name, node);
-}
+CAddNoiseVideoImageEffect::CAddNoiseVideoImageEffect() : CSettingsEffect(effectNameAddNoise, addNoiseProperties) {}
 
 void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRawVideoFrame* frame) {
     if (position == noPosition) position = frame->GetTimeStamp();

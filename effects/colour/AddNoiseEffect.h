@@ -1,10 +1,16 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
 inline constexpr char effectNameAddNoise[] = "addnoise";
+
+struct AddNoiseSettings {
+    std::int32_t strength = 15;  ///< in levels; held within 0 to 255
+    std::int32_t colour = 0;     ///< not 0: each colour has a grain of its own
+    std::uint32_t seed = 0;
+};
 
 /// Film grain, strongest in the middle tones. It follows from the seed and the frame's position alone (place_hash.h),
 /// so neighbouring frames differ and each comes out the same again.
@@ -16,20 +22,10 @@ inline constexpr char effectNameAddNoise[] = "addnoise";
 /// when coloured; alpha is kept. Planar luma has the unit 24, coloured 16, and coloured chroma 16, 11, 8, 6 or 4 by the
 /// number of times that it is halved, which is what the packed grain comes to in these planes; a chroma sample's weight
 /// is that of the first luma sample which it covers, and plain grain leaves chroma as it is.
-class CAddNoiseVideoImageEffect : public CBasedVideoImageEffect {
+class CAddNoiseVideoImageEffect : public CSettingsEffect<AddNoiseSettings> {
  public:
-    struct Settings {
-        std::int32_t strength = 15;  ///< in levels; held within 0 to 255
-        std::int32_t colour = 0;     ///< not 0: each colour has a grain of its own
-        std::uint32_t seed = 0;
-    };
-
     CAddNoiseVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    Settings m_settings;
 };
 
 }  // namespace AVBased

@@ -1,21 +1,18 @@
 #include "effects/colour/BrightnessContrastEffect.h"
 
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
 
 namespace AVBased {
 namespace {
 
-using Settings = CBrightnessContrastEffect::Settings;
-
 constexpr int lineNoTable = 243;
 constexpr double limit = 100;
 constexpr std::size_t tones = 256;
 
-constexpr Property<Settings> properties[] = {
-    {"brightness", "0", &Settings::brightness},
-    {"contrast", "0", &Settings::contrast},
-    {"saturation", "0", &Settings::saturation},
+constexpr Property<BrightnessContrastSettings> properties[] = {
+    {"brightness", "0", &BrightnessContrastSettings::brightness},
+    {"contrast", "0", &BrightnessContrastSettings::contrast},
+    {"saturation", "0", &BrightnessContrastSettings::saturation},
 };
 
 // Deliberate: the host reads the clamped number back.
@@ -51,21 +48,18 @@ void ChangeTonesComponent(ComponentView plane, ToneLine line) { ForEachSample(pl
 
 constinit const ToneRoutines plainToneRoutines{ChangeTonesComponent, ChangeTonesRgba32, ChangeColoursRgba32};
 
-ToneLine CBrightnessContrastEffect::Settings::PackedTones() const {
+ToneLine BrightnessContrastSettings::PackedTones() const {
     return {Slope(contrast), TruncateToInt32(brightness * 255 / 100) + 127};
 }
 
-ToneLine CBrightnessContrastEffect::Settings::LumaTones() const {
+ToneLine BrightnessContrastSettings::LumaTones() const {
     return {Slope(contrast), TruncateToInt32(1.27 * brightness) + 127};
 }
 
-std::int32_t CBrightnessContrastEffect::Settings::ColourFactor() const {
-    return TruncateToInt32((100 + saturation) * 5.12);
-}
+std::int32_t BrightnessContrastSettings::ColourFactor() const { return TruncateToInt32((100 + saturation) * 5.12); }
 
 CBrightnessContrastEffect::CBrightnessContrastEffect()
-    : CBasedVideoImageEffect(effectNameBrightnessContrast), m_table(tones, lineNoTable) {
-    DeclareProperties(*this, properties);
+    : CSettingsEffect(effectNameBrightnessContrast, properties), m_table(tones, lineNoTable) {
     FillTable();
 }
 

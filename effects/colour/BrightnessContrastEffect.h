@@ -3,28 +3,28 @@
 #include <cstdint>
 
 #include "TarvoBased/res_keeper.h"
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 #include "effects/colour/tone_routines.h"
 
 namespace AVBased {
 
 inline constexpr char effectNameBrightnessContrast[] = "brightness_contrast";
 
+/// In per cent, -100 to 100.
+struct BrightnessContrastSettings {
+    double brightness = 0, contrast = 0, saturation = 0;
+
+    bool ChangesTones() const { return brightness != 0 || contrast != 0; }
+    ToneLine PackedTones() const;
+    /// Deliberate: half the packed step of brightness.
+    ToneLine LumaTones() const;
+    /// How far colours move from grey, in 1/256. Deliberate: 256 lies at -50, and 0 skips the step altogether.
+    std::int32_t ColourFactor() const;
+};
+
 /// Tones brightened and stretched, colours strengthened or drawn towards grey.
-class CBrightnessContrastEffect : public CBasedVideoImageEffect {
+class CBrightnessContrastEffect : public CSettingsEffect<BrightnessContrastSettings> {
  public:
-    /// In per cent, -100 to 100.
-    struct Settings {
-        double brightness = 0, contrast = 0, saturation = 0;
-
-        bool ChangesTones() const { return brightness != 0 || contrast != 0; }
-        ToneLine PackedTones() const;
-        /// Deliberate: half the packed step of brightness.
-        ToneLine LumaTones() const;
-        /// How far colours move from grey, in 1/256. Deliberate: 256 lies at -50, and 0 skips the step altogether.
-        std::int32_t ColourFactor() const;
-    };
-
     CBrightnessContrastEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
@@ -32,7 +32,6 @@ class CBrightnessContrastEffect : public CBasedVideoImageEffect {
  private:
     void FillTable();
 
-    Settings m_settings;
     TarvoBased::ResKeeper<std::int32_t> m_table;  // what PackedTones() makes of each byte
 };
 

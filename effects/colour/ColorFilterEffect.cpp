@@ -2,10 +2,9 @@
 
 #include <vector>
 
-#include "effects/colour/chroma_blocks.h"
 #include "effects/base/fixed_point.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
+#include "effects/colour/chroma_blocks.h"
 
 namespace AVBased {
 namespace {
@@ -140,14 +139,7 @@ void ColorFilterComponentEffect(const PlanarView& picture, const GlassMatrix& ma
 
 }  // namespace
 
-CColorFilterEffect::CColorFilterEffect() : CBasedVideoImageEffect(effectNameColorFilter) {
-    DeclareProperties(*this, colorFilterProperties);
-}
-
-void CColorFilterEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, colorFilterProperties, name, node);
-}
+CColorFilterEffect::CColorFilterEffect() : CSettingsEffect(effectNameColorFilter, colorFilterProperties) {}
 
 void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const Glass glass(m_settings);

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -12,7 +12,6 @@ struct ColorFilterSettings {
     std::uint32_t colour = 0xFF9933;  ///< 0xRRGGBB
     std::int32_t density = 60;        ///< per cent
 };
-
 /// A coloured glass before the lens: each channel lets 256 - (255 - colour) x density x 256 / 25500 parts of 256 of its
 /// light through, so that white behind a glass of density 100 takes on the colour. A density outside 0 to 100 counts
 /// as the nearer limit. Packed colours become colour x part / 256, truncated. Planar ones become what the same product
@@ -20,14 +19,10 @@ struct ColorFilterSettings {
 /// sample x weight in 1/64, rounded down, from weights in 1/16384, the sum is rounded and clamped to a byte. Luma reads
 /// the chroma sample that serves it, or the nearest one; chroma the mean luma of the pixels that it serves, the last
 /// ones repeated at an odd edge. Alpha stays.
-class CColorFilterEffect : public CBasedVideoImageEffect {
+class CColorFilterEffect : public CSettingsEffect<ColorFilterSettings> {
  public:
     CColorFilterEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    ColorFilterSettings m_settings;
 };
 
 }  // namespace AVBased

@@ -2,9 +2,8 @@
 
 #include <vector>
 
-#include "effects/colour/chroma_blocks.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
+#include "effects/colour/chroma_blocks.h"
 
 namespace AVBased {
 namespace {
@@ -210,14 +209,7 @@ void PopStyleComponentEffect(const PlanarView& picture, Prints& prints, ChromaRo
 
 }  // namespace
 
-CPopStyleVideoImageEffect::CPopStyleVideoImageEffect() : CBasedVideoImageEffect(effectNamePopStyle) {
-    DeclareProperties(*this, popStyleProperties);
-}
-
-void CPopStyleVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, popStyleProperties, name, node);
-}
+CPopStyleVideoImageEffect::CPopStyleVideoImageEffect() : CSettingsEffect(effectNamePopStyle, popStyleProperties) {}
 
 void CPopStyleVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     ForFrame(

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -13,7 +13,6 @@ struct PopStyleSettings {
     std::int32_t palette = 0;
     std::int32_t panels = 0;  ///< anything but 0: four of them
 };
-
 /// Pop art: the tones of the picture as 2 to 5 flat colours out of one of four palettes. The tone of a planar pixel is
 /// its luma, that of a packed one (66 red + 129 green + 25 blue + 128) / 256 + 16, and of n colours pixel tones from
 /// 16 + 219 k / n on get colour k, counted from 0. Palettes have five colours; of those, colour k is number
@@ -23,14 +22,10 @@ struct PopStyleSettings {
 /// four, the left and upper ones larger in an odd one, each with the whole picture, shrunk by the rounded means of 2 x
 /// 2 tones and alphas; the palettes follow one another from the chosen one on. A number of colours out of range counts
 /// as the nearer limit, a palette modulo 4. Without panels, alpha stays.
-class CPopStyleVideoImageEffect : public CBasedVideoImageEffect {
+class CPopStyleVideoImageEffect : public CSettingsEffect<PopStyleSettings> {
  public:
     CPopStyleVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    PopStyleSettings m_settings;
 };
 
 }  // namespace AVBased

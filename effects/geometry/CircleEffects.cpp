@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "effects/base/fixed_point.h"
-#include "effects/base/property_table.h"
 
 namespace AVBased {
 namespace {
@@ -311,49 +310,25 @@ FillSourceRow SpherizeMap::Rows(const Box& box, InstructionSet set) const {
     };
 }
 
-CRotateVideoImageEffect::CRotateVideoImageEffect() : CBasedVideoImageEffect(effectNameRotate) {
-    DeclareProperties(*this, rotateProperties);
-}
+CRotateVideoImageEffect::CRotateVideoImageEffect() : CTableEffect(effectNameRotate, rotateProperties) {}
 
 void CRotateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
+    const std::uint32_t radius = m_settings.radius;
+    CTableEffect::OnSetProperty(name, node);
     const auto isNamed = [&](const Property<CircleSettings>& property) { return name == property.name; };
     // Deliberate: whichever property is set, its integer value is compared with the radius. Another centre or scale
     // that happens to equal it keeps the old table.
-    if (std::ranges::any_of(rotateProperties, isNamed) && node.Value<std::uint32_t>() != m_settings.radius)
+    if (std::ranges::any_of(rotateProperties, isNamed) && node.Value<std::uint32_t>() != radius)
         m_table.SetValid(false);
-    StoreProperty(m_settings, rotateProperties, name, node);
 }
 
 void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ProcessWithTable(
-        *this, m_table,
-        {&CRotateVideoImageEffect::RotateRgba32Effect, &CRotateVideoImageEffect::RotateComponentEffect,
-         &CRotateVideoImageEffect::ConverRotateRgba32Effect, &CRotateVideoImageEffect::ConverRotateComponentEffect},
-        Instructions(), *frame);
+    using Effect = CRotateVideoImageEffect;
+    Process(*this, *frame, &Effect::RotateRgba32Effect, &Effect::RotateComponentEffect,
+            &Effect::ConverRotateRgba32Effect, &Effect::ConverRotateComponentEffect);
 }
 
-void CRotateVideoImageEffect::RotateRgba32Effect(const PackedView& picture) {
-    if (const auto box = m_settings.BoxIn(picture.width, picture.height))
-        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
-}
-
-void CRotateVideoImageEffect::RotateComponentEffect(const PlanarView& picture) {
-    if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
-        m_table.Build(*box, RotateMap{m_settings}, picture, Outside::White);
-}
-
-void CRotateVideoImageEffect::ConverRotateRgba32Effect(const PackedView& picture) {
-    if (m_settings.BoxIn(picture.width, picture.height)) m_table.Replay(picture, Outside::White);
-}
-
-void CRotateVideoImageEffect::ConverRotateComponentEffect(const PlanarView& picture) {
-    if (m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height)) m_table.Replay(picture, Outside::White);
-}
-
-CSpherizeVideoImageEffect::CSpherizeVideoImageEffect() : CBasedVideoImageEffect(effectNameSpherize) {
-    DeclareProperties(*this, spherizeProperties);
-}
+CSpherizeVideoImageEffect::CSpherizeVideoImageEffect() : CTableEffect(effectNameSpherize, spherizeProperties) {}
 
 void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoImageEffect::OnSetProperty(name, node);
@@ -365,31 +340,9 @@ void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyN
 }
 
 void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ProcessWithTable(
-        *this, m_table,
-        {&CSpherizeVideoImageEffect::SpherizeRgba32Effect, &CSpherizeVideoImageEffect::SpherizeComponentEffect,
-         &CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect,
-         &CSpherizeVideoImageEffect::ConverSpherizeComponentEffect},
-        Instructions(), *frame);
-}
-
-// Deliberate: a source outside the picture leaves a packed pixel as it was, but turns a planar one white.
-void CSpherizeVideoImageEffect::SpherizeRgba32Effect(const PackedView& picture) {
-    if (const auto box = m_settings.BoxIn(picture.width, picture.height))
-        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::Unchanged);
-}
-
-void CSpherizeVideoImageEffect::SpherizeComponentEffect(const PlanarView& picture) {
-    if (const auto box = m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height))
-        m_table.Build(*box, SpherizeMap{m_settings}, picture, Outside::White);
-}
-
-void CSpherizeVideoImageEffect::ConverSpherizeRgba32Effect(const PackedView& picture) {
-    if (m_settings.BoxIn(picture.width, picture.height)) m_table.Replay(picture, Outside::Unchanged);
-}
-
-void CSpherizeVideoImageEffect::ConverSpherizeComponentEffect(const PlanarView& picture) {
-    if (m_settings.BoxIn(picture.plane[0].width, picture.plane[0].height)) m_table.Replay(picture, Outside::White);
+    using Effect = CSpherizeVideoImageEffect;
+    Process(*this, *frame, &Effect::SpherizeRgba32Effect, &Effect::SpherizeComponentEffect,
+            &Effect::ConverSpherizeRgba32Effect, &Effect::ConverSpherizeComponentEffect);
 }
 
 }  // namespace AVBased

@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "effects/base/CBasedVideoEffect.h"
-#include "effects/geometry/coordinate_table.h"
+#include "effects/geometry/table_effect.h"
 
 /// Distortions inside a circle.
 namespace AVBased {
@@ -36,37 +35,32 @@ struct SpherizeMap {
 };
 
 /// A swirl whose angle depends on the distance from the centre.
-class CRotateVideoImageEffect : public CBasedVideoImageEffect {
+class CRotateVideoImageEffect : public CTableEffect<CircleSettings> {
  public:
     CRotateVideoImageEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void RotateRgba32Effect(const PackedView& picture);
-    void RotateComponentEffect(const PlanarView& picture);
-    void ConverRotateRgba32Effect(const PackedView& picture);
-    void ConverRotateComponentEffect(const PlanarView& picture);
-
-    CircleSettings m_settings;
-    CoordinateTable m_table;
+    void RotateRgba32Effect(const PackedView& picture) { Compute<RotateMap>(picture, Outside::White); }
+    void RotateComponentEffect(const PlanarView& picture) { Compute<RotateMap>(picture, Outside::White); }
+    void ConverRotateRgba32Effect(const PackedView& picture) { Replay(picture, Outside::White); }
+    void ConverRotateComponentEffect(const PlanarView& picture) { Replay(picture, Outside::White); }
 };
 
 /// A bulge, or a pinch with a negative scale.
-class CSpherizeVideoImageEffect : public CBasedVideoImageEffect {
+class CSpherizeVideoImageEffect : public CTableEffect<CircleSettings> {
  public:
     CSpherizeVideoImageEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void SpherizeRgba32Effect(const PackedView& picture);
-    void SpherizeComponentEffect(const PlanarView& picture);
-    void ConverSpherizeRgba32Effect(const PackedView& picture);
-    void ConverSpherizeComponentEffect(const PlanarView& picture);
-
-    CircleSettings m_settings;
-    CoordinateTable m_table;
+    // Deliberate: a source outside the picture leaves a packed pixel as it was, but turns a planar one white.
+    void SpherizeRgba32Effect(const PackedView& picture) { Compute<SpherizeMap>(picture, Outside::Unchanged); }
+    void SpherizeComponentEffect(const PlanarView& picture) { Compute<SpherizeMap>(picture, Outside::White); }
+    void ConverSpherizeRgba32Effect(const PackedView& picture) { Replay(picture, Outside::Unchanged); }
+    void ConverSpherizeComponentEffect(const PlanarView& picture) { Replay(picture, Outside::White); }
 };
 
 }  // namespace AVBased

@@ -6,9 +6,8 @@
 #include <vector>
 
 #include "effects/base/fixed_point.h"
-#include "effects/geometry/glass_blocks.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
+#include "effects/geometry/glass_blocks.h"
 #include "effects/geometry/row_sampler.h"
 
 namespace AVBased {
@@ -355,14 +354,7 @@ void MagnifyPlane(const Glass& glass, const SharedAxis& across, const SharedAxis
 }  // namespace
 
 CMagnifierVideoImageEffect::CMagnifierVideoImageEffect(unsigned cpuFeatures)
-    : CBasedVideoImageEffect(effectNameMagnifier), m_vectorised(HasVectorUnit(cpuFeatures)) {
-    DeclareProperties(*this, magnifierProperties);
-}
-
-void CMagnifierVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, magnifierProperties, name, node);
-}
+    : CSettingsEffect(effectNameMagnifier, magnifierProperties), m_vectorised(HasVectorUnit(cpuFeatures)) {}
 
 void CMagnifierVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const MagnifierSettings& s = m_settings;

@@ -10,7 +10,6 @@
 #endif
 
 #include "effects/base/frame_copy.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
 #include "effects/geometry/row_sampler.h"
 
@@ -235,14 +234,7 @@ void MiragePlane(const AxisMap& lumaColumns, const AxisMap& lumaRows, const Shar
 
 }  // namespace
 
-CMirageVideoImageEffect::CMirageVideoImageEffect() : CBasedVideoImageEffect(effectNameMirage) {
-    DeclareProperties(*this, mirageProperties);
-}
-
-void CMirageVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, mirageProperties, name, node);
-}
+CMirageVideoImageEffect::CMirageVideoImageEffect() : CSettingsEffect(effectNameMirage, mirageProperties) {}
 
 void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const std::uint32_t factor = m_settings.width + 200;

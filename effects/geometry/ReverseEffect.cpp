@@ -8,7 +8,6 @@
 #endif
 
 #include "effects/base/frame_views.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
 
 namespace AVBased {
@@ -145,14 +144,7 @@ void ReverseFrame(IRawVideoFrame& frame, bool mirror, bool vertical, Instruction
              frame);
 }
 
-CReverseVideoImageEffect::CReverseVideoImageEffect() : CBasedVideoImageEffect(effectNameReverse) {
-    DeclareProperties(*this, reverseProperties);
-}
-
-void CReverseVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, reverseProperties, name, node);
-}
+CReverseVideoImageEffect::CReverseVideoImageEffect() : CSettingsEffect(effectNameReverse, reverseProperties) {}
 
 void CReverseVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const bool mirror = m_settings.mirror == 1, vertical = m_settings.vertical == 1;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -12,16 +12,11 @@ struct ReverseSettings {
 
 /// Exchanges left and right, or top and bottom, or both, in every plane.
 void ReverseFrame(IRawVideoFrame& frame, bool mirror, bool vertical, InstructionSet set);
-
 /// The picture left to right, top to bottom or both. Every plane turns, alpha included; padding stays.
-class CReverseVideoImageEffect : public CBasedVideoImageEffect {
+class CReverseVideoImageEffect : public CSettingsEffect<ReverseSettings> {
  public:
     CReverseVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    ReverseSettings m_settings;
 };
 
 }  // namespace AVBased

@@ -5,11 +5,10 @@
 #include <utility>
 #include <vector>
 
+#include "effects/base/frame_views.h"
+#include "effects/base/row_loops.h"
 #include "effects/geometry/ReverseEffect.h"
 #include "effects/geometry/axis_scaling.h"
-#include "effects/base/frame_views.h"
-#include "effects/base/property_table.h"
-#include "effects/base/row_loops.h"
 
 namespace AVBased {
 namespace {
@@ -184,14 +183,7 @@ void TurnPlane(const PlaneView<Sample>& plane, Sample black, Turn& turn) {
 
 }  // namespace
 
-CRotate90X::CRotate90X() : CBasedVideoImageEffect(effectNameRotate90X) {
-    DeclareProperties(*this, rotate90XProperties);
-}
-
-void CRotate90X::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, rotate90XProperties, name, node);
-}
+CRotate90X::CRotate90X() : CSettingsEffect(effectNameRotate90X, rotate90XProperties) {}
 
 void CRotate90X::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const unsigned turns = unsigned(m_settings.turns) % 4;

@@ -5,7 +5,6 @@
 
 #include "avbase/avbase.h"
 #include "effects/base/fixed_point.h"
-#include "effects/base/property_table.h"
 #include "effects/geometry/row_sampler.h"
 
 namespace AVBased {
@@ -120,14 +119,7 @@ AxisMap WithRowsBelow(AxisMap rows, unsigned height) {
 
 }  // namespace
 
-CTensileVideoImageEffect::CTensileVideoImageEffect() : CBasedVideoImageEffect(effectNameTensile) {
-    DeclareProperties(*this, tensileProperties);
-}
-
-void CTensileVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, tensileProperties, name, node);
-}
+CTensileVideoImageEffect::CTensileVideoImageEffect() : CSettingsEffect(effectNameTensile, tensileProperties) {}
 
 void CTensileVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const TensileSettings& s = m_settings;

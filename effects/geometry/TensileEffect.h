@@ -1,6 +1,6 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 #include "effects/geometry/row_sampler.h"
 
 namespace AVBased {
@@ -26,16 +26,11 @@ struct TensileSettings {
     std::uint32_t horizontal = 0, horizontalX1 = 0, horizontalX2 = 0;
     double horizontalScale = 0;
 };
-
 /// A band of columns, of rows or both stretched, the rest squeezed so that the picture keeps its size.
-class CTensileVideoImageEffect : public CBasedVideoImageEffect {
+class CTensileVideoImageEffect : public CSettingsEffect<TensileSettings> {
  public:
     CTensileVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    TensileSettings m_settings;
 };
 
 }  // namespace AVBased

@@ -5,18 +5,15 @@
 #include <vector>
 
 #include "effects/base/fixed_point.h"
-#include "effects/base/property_table.h"
 #include "effects/base/shared_samples.h"
 
 namespace AVBased {
 namespace {
 
-using Settings = CTrans2D3D::Settings;
-
-constexpr Property<Settings> properties[] = {
-    {"2D_3D_TransForm_strength", "25", &Settings::strength},
-    {"2D_3D_TransForm_output", "0", &Settings::output},
-    {"2D_3D_TransForm_swap", "0", &Settings::swap},
+constexpr Property<Trans2D3DSettings> properties[] = {
+    {"2D_3D_TransForm_strength", "25", &Trans2D3DSettings::strength},
+    {"2D_3D_TransForm_output", "0", &Trans2D3DSettings::output},
+    {"2D_3D_TransForm_swap", "0", &Trans2D3DSettings::swap},
 };
 
 constexpr unsigned cellSide = 16, step = 4;
@@ -304,12 +301,7 @@ void TopAndBottom(const PlaneView<Sample>& plane, const PlaneView<Sample>& from,
 
 }  // namespace
 
-CTrans2D3D::CTrans2D3D() : CBasedVideoImageEffect(effectName2D3D) { DeclareProperties(*this, properties); }
-
-void CTrans2D3D::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, properties, name, node);
-}
+CTrans2D3D::CTrans2D3D() : CSettingsEffect(effectName2D3D, properties) {}
 
 void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const int strength = std::clamp(m_settings.strength, 0, 100);
@@ -317,7 +309,7 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const InstructionSet set = Instructions();
     // Only this output reads rows that are written by then.
     std::optional<FrameCopy> copy;
-    if (m_settings.output == topAndBottom) copy.emplace(*frame);
+    if (m_settings.output == Trans2D3DSettings::topAndBottom) copy.emplace(*frame);
     ForFrame(
         [&](const PackedView& picture, const PackedView& from) {
             if (picture.width == 0 || picture.height == 0) return;
@@ -325,9 +317,10 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
                 const Rgba32& p = picture.Row(y)[x];
                 return (171 * p.red - 22 * p.green - 149 * p.blue) >> 8;
             });
-            if (m_settings.output == anaglyph) Anaglyph(picture, map, swapped, set);
-            if (m_settings.output == sideBySide) SideBySide(picture, 0, 0, map, swapped, set);
-            if (m_settings.output == topAndBottom) TopAndBottom(picture, from, 0, 0, map, swapped, set);
+            if (m_settings.output == Trans2D3DSettings::anaglyph) Anaglyph(picture, map, swapped, set);
+            if (m_settings.output == Trans2D3DSettings::sideBySide) SideBySide(picture, 0, 0, map, swapped, set);
+            if (m_settings.output == Trans2D3DSettings::topAndBottom)
+                TopAndBottom(picture, from, 0, 0, map, swapped, set);
         },
         [&](const PlanarView& picture, const PlanarView& from) {
             const ComponentView& luma = picture.plane[0];
@@ -336,13 +329,14 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
                 const std::uint8_t *const u = picture.At(1, x, y), *const v = picture.At(2, x, y);
                 return u && v ? *v - *u : 0;
             });
-            if (m_settings.output == anaglyph) return Anaglyph(picture, map, swapped, set);
+            if (m_settings.output == Trans2D3DSettings::anaglyph) return Anaglyph(picture, map, swapped, set);
             for (unsigned p = 0; p < picture.planes; ++p) {
                 const unsigned columnShift = IsChroma(p) ? picture.columnShift : 0;
                 const unsigned rowShift = IsChroma(p) ? picture.rowShift : 0;
                 const ComponentView& plane = picture.plane[p];
-                if (m_settings.output == sideBySide) SideBySide(plane, columnShift, rowShift, map, swapped, set);
-                if (m_settings.output == topAndBottom)
+                if (m_settings.output == Trans2D3DSettings::sideBySide)
+                    SideBySide(plane, columnShift, rowShift, map, swapped, set);
+                if (m_settings.output == Trans2D3DSettings::topAndBottom)
                     TopAndBottom(plane, from.plane[p], columnShift, rowShift, map, swapped, set);
             }
         },

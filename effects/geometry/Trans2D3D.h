@@ -1,10 +1,18 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
 inline constexpr char effectName2D3D[] = "2D_3D_TransForm";
+
+struct Trans2D3DSettings {
+    enum Output { anaglyph, sideBySide, topAndBottom };
+
+    std::int32_t strength = 25;      ///< in 1/1000 of the width, from the farthest to the nearest; held within 0 to 100
+    std::int32_t output = anaglyph;  ///< any other value than these three leaves the picture
+    std::int32_t swap = 0;           ///< not 0: the eyes change places
+};
 
 /// A flat picture for two eyes. What stands lower in the picture and what is warmer in colour counts as nearer; the
 /// depth is so smooth that no contour tears.
@@ -22,21 +30,10 @@ inline constexpr char effectName2D3D[] = "2D_3D_TransForm";
 /// r = (298 x dy + 409 x dv) >> 8 from the differences to the left, these are y + (66 x r >> 8), u - (38 x r >> 8) and
 /// v + (112 x r >> 8), held within bytes; for chroma dy is the mean over its pixels of the first row. Side by side,
 /// either view is halved in width, each sample the rounded mean of two; top and bottom, in height.
-class CTrans2D3D : public CBasedVideoImageEffect {
+class CTrans2D3D : public CSettingsEffect<Trans2D3DSettings> {
  public:
-    enum Output { anaglyph, sideBySide, topAndBottom };
-    struct Settings {
-        std::int32_t strength = 25;  ///< in 1/1000 of the width, from the farthest to the nearest; held within 0 to 100
-        std::int32_t output = anaglyph;  ///< any other value than these three leaves the picture
-        std::int32_t swap = 0;           ///< not 0: the eyes change places
-    };
-
     CTrans2D3D();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    Settings m_settings;
 };
 
 }  // namespace AVBased

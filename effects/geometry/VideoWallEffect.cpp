@@ -7,10 +7,9 @@
 #include <vector>
 
 #include "effects/base/fixed_point.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
-#include "effects/geometry/row_sampler.h"
 #include "effects/base/streaming_stores.h"
+#include "effects/geometry/row_sampler.h"
 
 namespace AVBased {
 namespace {
@@ -146,14 +145,7 @@ void BuildWall(const TileAxis& across, const TileAxis& down, const SharedAxis& c
 
 }  // namespace
 
-CWallVideoImageEffect::CWallVideoImageEffect() : CBasedVideoImageEffect(effectNameVideoWall) {
-    DeclareProperties(*this, videoWallProperties);
-}
-
-void CWallVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, videoWallProperties, name, node);
-}
+CWallVideoImageEffect::CWallVideoImageEffect() : CSettingsEffect(effectNameVideoWall, videoWallProperties) {}
 
 void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const double across = m_settings.horiTiles, down = m_settings.verTiles;

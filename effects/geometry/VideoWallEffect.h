@@ -1,7 +1,7 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
 #include "effects/base/frame_views.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -10,17 +10,12 @@ inline constexpr char effectNameVideoWall[] = "videowall";
 struct VideoWallSettings {
     double horiTiles = 3, verTiles = 3;
 };
-
 /// The picture shrunk to one tile in the top-left corner and repeated across and down the frame. Tile counts below 1
 /// and such that are not finite leave the frame as it is.
-class CWallVideoImageEffect : public CBasedVideoImageEffect {
+class CWallVideoImageEffect : public CSettingsEffect<VideoWallSettings> {
  public:
     CWallVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    VideoWallSettings m_settings;
 };
 
 }  // namespace AVBased

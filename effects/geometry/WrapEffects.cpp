@@ -8,7 +8,6 @@
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/error_codes.h"
 #include "effects/base/fixed_point.h"
-#include "effects/base/property_table.h"
 
 namespace AVBased {
 
@@ -103,8 +102,6 @@ class LensTable {
  private:
     std::int32_t m_lens[512];
 };
-
-Box Whole(unsigned width, unsigned height) { return {0, width, 0, height}; }
 
 // The factor of a pixel's distances from the centre, in 256ths.
 std::int32_t InversionAt(const MirrorInvertMap& map, std::int32_t dx, std::int32_t dy) {
@@ -218,47 +215,22 @@ std::optional<Source> TileReflectMap::operator()(unsigned x, unsigned y) const {
     return TileReflected(*this, x, y, [&](std::int32_t angle) { return LensAt(angle, settings); });
 }
 
-CMirrorInvertVideoImageEffect::CMirrorInvertVideoImageEffect() : CBasedVideoImageEffect(effectNameMirrorInvert) {
-    DeclareProperties(*this, mirrorInvertProperties);
-}
-
-void CMirrorInvertVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    if (StoreProperty(m_settings, mirrorInvertProperties, name, node)) m_table.SetValid(false);
-}
+CMirrorInvertVideoImageEffect::CMirrorInvertVideoImageEffect()
+    : CTableEffect(effectNameMirrorInvert, mirrorInvertProperties) {}
 
 void CMirrorInvertVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     using Effect = CMirrorInvertVideoImageEffect;
-    ProcessWithTable(*this, m_table,
-                     {&Effect::MirrorInvertRgba32EffectFirst, &Effect::MirrorInvertComponentEffectFirst,
-                      &Effect::MirrorInvertRgba32Effect, &Effect::MirrorInvertComponentEffect},
-                     Instructions(), *frame);
+    Process(*this, *frame, &Effect::MirrorInvertRgba32EffectFirst, &Effect::MirrorInvertComponentEffectFirst,
+            &Effect::MirrorInvertRgba32Effect, &Effect::MirrorInvertComponentEffect);
 }
 
-void CMirrorInvertVideoImageEffect::MirrorInvertRgba32EffectFirst(const PackedView& picture) {
-    m_table.Build(Whole(picture.width, picture.height), MirrorInvertMap{m_settings, picture.width, picture.height},
-                  picture, Outside::Nearest);
-}
-
-void CMirrorInvertVideoImageEffect::MirrorInvertComponentEffectFirst(const PlanarView& picture) {
-    const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
-    m_table.Build(Whole(width, height), MirrorInvertMap{m_settings, width, height}, picture, Outside::Nearest);
-}
-
-void CMirrorInvertVideoImageEffect::MirrorInvertRgba32Effect(const PackedView& picture) {
-    m_table.Replay(picture, Outside::Nearest);
-}
-
-void CMirrorInvertVideoImageEffect::MirrorInvertComponentEffect(const PlanarView& picture) {
-    m_table.Replay(picture, Outside::Nearest);
-}
-
-CTileReflectVideoImageEffect::CTileReflectVideoImageEffect() : CBasedVideoImageEffect(effectNameTileReflect) {
+// Its properties are stored as what follows from them, so none of them has a member.
+CTileReflectVideoImageEffect::CTileReflectVideoImageEffect() : CTableEffect(effectNameTileReflect, {}) {
     DeclareProperties(*this, tileReflectProperties);
 }
 
 void CTileReflectVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
+    CTableEffect::OnSetProperty(name, node);
     TileReflectSettings settings = m_settings;
     const std::int32_t value = node.Value<std::int32_t>();
     if (name == angleName) {
@@ -278,28 +250,8 @@ void CTileReflectVideoImageEffect::OnSetProperty(const std::string& name, Proper
 
 void CTileReflectVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     using Effect = CTileReflectVideoImageEffect;
-    ProcessWithTable(*this, m_table,
-                     {&Effect::TileReflectRgba32EffectFirst, &Effect::TileReflectComponentEffectFirst,
-                      &Effect::TileReflectRgba32Effect, &Effect::TileReflectComponentEffect},
-                     Instructions(), *frame);
-}
-
-void CTileReflectVideoImageEffect::TileReflectRgba32EffectFirst(const PackedView& picture) {
-    m_table.Build(Whole(picture.width, picture.height), TileReflectMap{m_settings, picture.width, picture.height},
-                  picture, Outside::Nearest);
-}
-
-void CTileReflectVideoImageEffect::TileReflectComponentEffectFirst(const PlanarView& picture) {
-    const unsigned width = picture.plane[0].width, height = picture.plane[0].height;
-    m_table.Build(Whole(width, height), TileReflectMap{m_settings, width, height}, picture, Outside::Nearest);
-}
-
-void CTileReflectVideoImageEffect::TileReflectRgba32Effect(const PackedView& picture) {
-    m_table.Replay(picture, Outside::Nearest);
-}
-
-void CTileReflectVideoImageEffect::TileReflectComponentEffect(const PlanarView& picture) {
-    m_table.Replay(picture, Outside::Nearest);
+    Process(*this, *frame, &Effect::TileReflectRgba32EffectFirst, &Effect::TileReflectComponentEffectFirst,
+            &Effect::TileReflectRgba32Effect, &Effect::TileReflectComponentEffect);
 }
 
 }  // namespace AVBased

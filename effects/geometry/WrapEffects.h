@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "effects/base/CBasedVideoEffect.h"
-#include "effects/geometry/coordinate_table.h"
+#include "effects/geometry/table_effect.h"
 
 /// Distortions of the whole picture that wrap around its edges.
 namespace AVBased {
@@ -14,6 +13,8 @@ inline constexpr char effectNameMirrorInvert[] = "mirrorinvert";
 
 struct MirrorInvertSettings {
     std::int32_t amount = 100;
+
+    std::optional<Box> BoxIn(unsigned width, unsigned height) const { return Box{0, width, 0, height}; }
 };
 
 /// The inversion in a circle about the centre of a picture of the given size.
@@ -31,6 +32,7 @@ struct TileReflectSettings {
 
     void SetAngle(std::int32_t degrees);  ///< -180 to 180
     void SetSize(std::int32_t size);      ///< not 0
+    std::optional<Box> BoxIn(unsigned width, unsigned height) const { return Box{0, width, 0, height}; }
 };
 
 /// Rotated tiles, each a lens, over a picture of the given size.
@@ -42,37 +44,37 @@ struct TileReflectMap {
 };
 
 /// The picture turned inside out about its centre.
-class CMirrorInvertVideoImageEffect : public CBasedVideoImageEffect {
+class CMirrorInvertVideoImageEffect : public CTableEffect<MirrorInvertSettings> {
  public:
     CMirrorInvertVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void MirrorInvertRgba32EffectFirst(const PackedView& picture);
-    void MirrorInvertComponentEffectFirst(const PlanarView& picture);
-    void MirrorInvertRgba32Effect(const PackedView& picture);
-    void MirrorInvertComponentEffect(const PlanarView& picture);
-
-    MirrorInvertSettings m_settings;
-    CoordinateTable m_table;
+    void OnSettingsChanged() override { m_table.SetValid(false); }
+    void MirrorInvertRgba32EffectFirst(const PackedView& picture) {
+        Compute<MirrorInvertMap>(picture, Outside::Nearest);
+    }
+    void MirrorInvertComponentEffectFirst(const PlanarView& picture) {
+        Compute<MirrorInvertMap>(picture, Outside::Nearest);
+    }
+    void MirrorInvertRgba32Effect(const PackedView& picture) { Replay(picture, Outside::Nearest); }
+    void MirrorInvertComponentEffect(const PlanarView& picture) { Replay(picture, Outside::Nearest); }
 };
 
 /// The picture seen through rotated glass tiles. A tile size of 0 and an angle beyond 180 degrees are refused.
-class CTileReflectVideoImageEffect : public CBasedVideoImageEffect {
+class CTileReflectVideoImageEffect : public CTableEffect<TileReflectSettings> {
  public:
     CTileReflectVideoImageEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    void TileReflectRgba32EffectFirst(const PackedView& picture);
-    void TileReflectComponentEffectFirst(const PlanarView& picture);
-    void TileReflectRgba32Effect(const PackedView& picture);
-    void TileReflectComponentEffect(const PlanarView& picture);
-
-    TileReflectSettings m_settings;
-    CoordinateTable m_table;
+    void TileReflectRgba32EffectFirst(const PackedView& picture) { Compute<TileReflectMap>(picture, Outside::Nearest); }
+    void TileReflectComponentEffectFirst(const PlanarView& picture) {
+        Compute<TileReflectMap>(picture, Outside::Nearest);
+    }
+    void TileReflectRgba32Effect(const PackedView& picture) { Replay(picture, Outside::Nearest); }
+    void TileReflectComponentEffect(const PlanarView& picture) { Replay(picture, Outside::Nearest); }
 };
 
 }  // namespace AVBased

@@ -8,9 +8,9 @@
 #include <optional>
 #include <vector>
 
+#include "effects/base/frame_views.h"
 #include "effects/geometry/block_gather.h"
 #include "effects/geometry/box.h"
-#include "effects/base/frame_views.h"
 
 /// Geometric effects: each destination pixel takes a source pixel, and the pieces below do the rest. The placers serve
 /// effects with and without a table.
@@ -176,29 +176,5 @@ class CoordinateTable {
     GatherPlan m_pixels;
     BlockPlan m_luma, m_chroma;
 };
-
-/// The routines of an effect with a table, for packed and planar pictures.
-template <class Effect>
-struct TableRoutines {
-    void (Effect::*firstPacked)(const PackedView& picture);
-    void (Effect::*firstPlanar)(const PlanarView& picture);
-    void (Effect::*replayPacked)(const PackedView& picture);
-    void (Effect::*replayPlanar)(const PlanarView& picture);
-};
-
-/// Replays the effect's table if it is valid; computes it otherwise.
-template <class Effect>
-void ProcessWithTable(Effect& effect, CoordinateTable& table, const TableRoutines<Effect>& routines, InstructionSet set,
-                      IRawVideoFrame& frame) {
-    table.UseInstructionSet(set);
-    const auto run = [&](auto packed, auto planar) {
-        ForFrame([&](const PackedView& picture) { (effect.*packed)(picture); },
-                 [&](const PlanarView& picture) { (effect.*planar)(picture); }, frame);
-    };
-    if (table.IsValid()) return run(routines.replayPacked, routines.replayPlanar);
-    run(routines.firstPacked, routines.firstPlanar);
-    // Deliberate: also after a frame of a format that no routine knows.
-    table.SetValid(true);
-}
 
 }  // namespace AVBased

@@ -1,16 +1,13 @@
 #include "effects/light/FadeEffects.h"
 
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
 
 namespace AVBased {
 namespace {
 
-using Settings = CFadeVideoImageEffect::Settings;
-
-constexpr Property<Settings> fadeProperties[] = {
-    {"FadeMin", "0", &Settings::lowest},
-    {"FadeMax", "255", &Settings::highest},
+constexpr Property<FadeSettings> fadeProperties[] = {
+    {"FadeMin", "0", &FadeSettings::lowest},
+    {"FadeMax", "255", &FadeSettings::highest},
 };
 
 // A level beyond 256 keeps the low byte of the product; bits of the level above the low sixteen never reach it.
@@ -33,8 +30,8 @@ void ScaleOpacity(IRawVideoFrame& frame, std::uint32_t level, InstructionSet set
 
 constexpr std::uint32_t wholeLevel = 256;
 
-constexpr Property<CTransparencyAjustEffect::Settings> transparencyProperties[] = {
-    {"transparency_opacity", "50", &CTransparencyAjustEffect::Settings::opacity},
+constexpr Property<TransparencySettings> transparencyProperties[] = {
+    {"transparency_opacity", "50", &TransparencySettings::opacity},
 };
 
 }  // namespace
@@ -59,14 +56,7 @@ void fade_in_out_direct_component_c(unsigned char* data, unsigned width, unsigne
 }
 
 CFadeVideoImageEffect::CFadeVideoImageEffect(const char* name, Direction direction)
-    : CBasedVideoImageEffect(name), m_direction(direction) {
-    DeclareProperties(*this, fadeProperties);
-}
-
-void CFadeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, fadeProperties, name, node);
-}
+    : CSettingsEffect(name, fadeProperties), m_direction(direction) {}
 
 std::uint32_t CFadeVideoImageEffect::Level(std::uint32_t position, std::uint32_t duration) const {
     const std::uint32_t elapsed = m_direction == Direction::In ? position : duration - position;
@@ -105,14 +95,8 @@ void CDirectFadeEffect::Scale(IRawVideoFrame& frame, std::uint32_t level) {
         frame);
 }
 
-CTransparencyAjustEffect::CTransparencyAjustEffect() : CBasedVideoImageEffect(effectNameTransparency) {
-    DeclareProperties(*this, transparencyProperties);
-}
-
-void CTransparencyAjustEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, transparencyProperties, name, node);
-}
+CTransparencyAjustEffect::CTransparencyAjustEffect()
+    : CSettingsEffect(effectNameTransparency, transparencyProperties) {}
 
 void CTransparencyAjustEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const std::uint32_t opacity = std::uint32_t(std::clamp(m_settings.opacity, 0, 100));

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 /// Effects that scale a picture's opacity, or its colours, by one level: over time, or by as much at all times.
 namespace AVBased {
@@ -20,18 +20,18 @@ void fade_in_out_direct_rgba32_c(unsigned char* data, unsigned width, unsigned p
 void fade_in_out_direct_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height,
                                     unsigned level, unsigned rest);
 
+/// Levels in 1/256. With the highest at 255, even a picture that is wholly there loses a trace of itself.
+struct FadeSettings {
+    std::int32_t lowest = 0, highest = 255;
+};
+
 /// What all fades do: a level from the place within the duration, by which the opacity is scaled; formats without an
 /// alpha channel stay as they are.
-class CFadeVideoImageEffect : public CBasedVideoImageEffect {
+class CFadeVideoImageEffect : public CSettingsEffect<FadeSettings> {
  public:
     enum class Direction { In, Out };
-    /// Levels in 1/256. With the highest at 255, even a picture that is wholly there loses a trace of itself.
-    struct Settings {
-        std::int32_t lowest = 0, highest = 255;
-    };
 
     CFadeVideoImageEffect(const char* name, Direction direction);
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  protected:
@@ -42,7 +42,6 @@ class CFadeVideoImageEffect : public CBasedVideoImageEffect {
     std::uint32_t Level(std::uint32_t position, std::uint32_t duration) const;
 
     Direction m_direction;
-    Settings m_settings;
 };
 
 /// The picture appears over the effect's duration.
@@ -81,21 +80,17 @@ class CDirectFadeOutEffect : public CDirectFadeEffect {
     CDirectFadeOutEffect() : CDirectFadeEffect(effectNameFadeOut, Direction::Out) {}
 };
 
+struct TransparencySettings {
+    std::int32_t opacity = 50;  ///< per cent
+};
+
 /// The whole picture as translucent as wished, its own transparent parts the more so: alpha becomes alpha x level /
 /// 256, truncated, where the level is opacity x 256 / 100. An opacity outside 0 to 100 counts as the nearer limit; at
 /// 100 the picture stays. Formats without an alpha channel stay as they are.
-class CTransparencyAjustEffect : public CBasedVideoImageEffect {
+class CTransparencyAjustEffect : public CSettingsEffect<TransparencySettings> {
  public:
-    struct Settings {
-        std::int32_t opacity = 50;  ///< per cent
-    };
-
     CTransparencyAjustEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    Settings m_settings;
 };
 
 }  // namespace AVBased

@@ -1,6 +1,5 @@
 #include "effects/light/RadiateEffect.h"
 
-#include "effects/base/property_table.h"
 #include "effects/light/radiate_axis.h"
 
 namespace AVBased {
@@ -44,14 +43,7 @@ void RadiateComponentEffect(const RadiateAxis& columns, const RadiateAxis& rows,
         }
 }
 
-CRadiateVideoImageEffect::CRadiateVideoImageEffect() : CBasedVideoImageEffect(effectNameRadiate) {
-    DeclareProperties(*this, radiateProperties);
-}
-
-void CRadiateVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, radiateProperties, name, node);
-}
+CRadiateVideoImageEffect::CRadiateVideoImageEffect() : CSettingsEffect(effectNameRadiate, radiateProperties) {}
 
 void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const auto x = m_settings.x, y = m_settings.y, level = m_settings.level;

@@ -4,7 +4,6 @@
 #include <array>
 #include <vector>
 
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
 #include "effects/light/spotlight_rows.h"
 
@@ -214,13 +213,11 @@ void SpotlightComponentEffect(const SpotlightSettings& settings, const PlanarVie
     });
 }
 
-CSpotlightVideoImageEffect::CSpotlightVideoImageEffect() : CBasedVideoImageEffect(effectNameSpotlight) {
-    DeclareProperties(*this, spotlightProperties);
-}
+CSpotlightVideoImageEffect::CSpotlightVideoImageEffect() : CSettingsEffect(effectNameSpotlight, spotlightProperties) {}
 
 void CSpotlightVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, spotlightProperties, name, node);
+    CSettingsEffect::OnSetProperty(name, node);
+    // Deliberate: both members hold what follows from their properties, each time that these are set.
     if (name == "spotlight_color") std::ranges::copy(YuvOf(m_settings.colour), m_settings.yuv);
     if (name == "spotlight_brightness")
         m_settings.brightness = std::int32_t(std::uint32_t(m_settings.brightness) << 8) / 100;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
 #include "effects/base/frame_views.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -21,14 +21,11 @@ void SpotlightComponentEffect(const SpotlightSettings& settings, const PlanarVie
 
 /// A disc lit: tinted towards a colour and brightened, fully in the core, fading out across a ring. A radius below 2
 /// lights nothing.
-class CSpotlightVideoImageEffect : public CBasedVideoImageEffect {
+class CSpotlightVideoImageEffect : public CSettingsEffect<SpotlightSettings> {
  public:
     CSpotlightVideoImageEffect();
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    SpotlightSettings m_settings;
 };
 
 }  // namespace AVBased

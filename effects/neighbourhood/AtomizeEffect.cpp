@@ -3,17 +3,14 @@
 #include <vector>
 
 #include "effects/base/place_hash.h"
-#include "effects/base/property_table.h"
 #include "effects/base/shared_samples.h"
 
 namespace AVBased {
 namespace {
 
-using Settings = CAtomizeVideoImageEffect::Settings;
-
-constexpr Property<Settings> atomizeProperties[] = {
-    {"atomize_radius", "6", &Settings::radius},
-    {"atomize_seed", "0", &Settings::seed},
+constexpr Property<AtomizeSettings> atomizeProperties[] = {
+    {"atomize_radius", "6", &AtomizeSettings::radius},
+    {"atomize_seed", "0", &AtomizeSettings::seed},
 };
 
 // -radius to radius, from the sum of two random bytes.
@@ -58,14 +55,7 @@ void Scatter(const PlaneView<Sample>& plane, unsigned columnShift, unsigned rowS
 
 }  // namespace
 
-CAtomizeVideoImageEffect::CAtomizeVideoImageEffect() : CBasedVideoImageEffect(effectNameAtomize) {
-    DeclareProperties(*this, atomizeProperties);
-}
-
-void CAtomizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, atomizeProperties, name, node);
-}
+CAtomizeVideoImageEffect::CAtomizeVideoImageEffect() : CSettingsEffect(effectNameAtomize, atomizeProperties) {}
 
 void CAtomizeVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRawVideoFrame* frame) {
     if (position == noPosition) position = frame->GetTimeStamp();

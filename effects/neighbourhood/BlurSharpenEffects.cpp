@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "effects/neighbourhood/blur_sharpen_planes.h"
-#include "effects/base/property_table.h"
 
 namespace AVBased {
 namespace {
@@ -64,28 +63,14 @@ void laplacian_sharpen_component_c(unsigned char* data, unsigned width, unsigned
     Filters(BestInstructionSet()).sharpen.component({data, width, pitch, height});
 }
 
-CSimpleGaussBlurEffect::CSimpleGaussBlurEffect() : CBasedVideoImageEffect(effectNameSimpleGaussBlur) {
-    DeclareProperties(*this, blurProperties);
-}
-
-void CSimpleGaussBlurEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, blurProperties, name, node);
-}
+CSimpleGaussBlurEffect::CSimpleGaussBlurEffect() : CSettingsEffect(effectNameSimpleGaussBlur, blurProperties) {}
 
 void CSimpleGaussBlurEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     RunPasses(m_settings.passes, Filters(Instructions()).blur, *frame);
 }
 
 CSimpleLaplacianSharpenEffect::CSimpleLaplacianSharpenEffect()
-    : CBasedVideoImageEffect(effectNameSimpleLaplacianSharpen) {
-    DeclareProperties(*this, sharpenProperties);
-}
-
-void CSimpleLaplacianSharpenEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, sharpenProperties, name, node);
-}
+    : CSettingsEffect(effectNameSimpleLaplacianSharpen, sharpenProperties) {}
 
 void CSimpleLaplacianSharpenEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     RunPasses(m_settings.passes, Filters(Instructions()).sharpen, *frame);

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 /// Two effects on each sample and its eight neighbours, any number of passes over the picture.
 namespace AVBased {
@@ -20,27 +20,17 @@ void laplacian_sharpen_component_c(unsigned char* data, unsigned width, unsigned
 struct PassSettings {
     std::uint32_t passes = 1;
 };
-
 /// Softens the picture.
-class CSimpleGaussBlurEffect : public CBasedVideoImageEffect {
+class CSimpleGaussBlurEffect : public CSettingsEffect<PassSettings> {
  public:
     CSimpleGaussBlurEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    PassSettings m_settings;
 };
-
 /// Makes edges crisper.
-class CSimpleLaplacianSharpenEffect : public CBasedVideoImageEffect {
+class CSimpleLaplacianSharpenEffect : public CSettingsEffect<PassSettings> {
  public:
     CSimpleLaplacianSharpenEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    PassSettings m_settings;
 };
 
 }  // namespace AVBased

@@ -4,13 +4,12 @@
 #include <limits>
 
 #include "effects/base/frame_views.h"
-#include "effects/base/property_table.h"
 
 namespace AVBased {
 namespace {
 
-constexpr Property<CEdgeLightVideoImageEffect::Settings> properties[] = {
-    {"edgelight_level", "3", &CEdgeLightVideoImageEffect::Settings::level},
+constexpr Property<EdgeLightSettings> properties[] = {
+    {"edgelight_level", "3", &EdgeLightSettings::level},
 };
 
 // Deliberate: only the low byte is kept, so strong edges wrap around.
@@ -60,14 +59,7 @@ void CEdgeLightVideoImageEffect::EdgeLightCompUVEffect(unsigned char* data, unsi
     EdgeLightComponent(data, width, pitch, height, 128);
 }
 
-CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect() : CBasedVideoImageEffect(effectNameEdgeLight) {
-    DeclareProperties(*this, properties);
-}
-
-void CEdgeLightVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, properties, name, node);
-}
+CEdgeLightVideoImageEffect::CEdgeLightVideoImageEffect() : CSettingsEffect(effectNameEdgeLight, properties) {}
 
 void CEdgeLightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     ForFrame(

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -13,11 +13,14 @@ using GradientRow = void(unsigned char* row, unsigned bytes, unsigned pitch, uns
 GradientRow GradientComponentRow, GradientRgba32Row;
 extern const Variants<GradientRow> gradientComponentRows, gradientRgba32Rows;
 
+struct EdgeLightSettings {
+    std::uint32_t level = 3;
+};
+
 /// Glowing edges: each sample becomes the length of its gradient times a level, modulo 256.
-class CEdgeLightVideoImageEffect : public CBasedVideoImageEffect {
+class CEdgeLightVideoImageEffect : public CSettingsEffect<EdgeLightSettings> {
  public:
     CEdgeLightVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
     /// In place; `width` counts samples (pixels of the packed picture), `pitch` bytes.
@@ -25,15 +28,9 @@ class CEdgeLightVideoImageEffect : public CBasedVideoImageEffect {
     void EdgeLightCompYEffect(unsigned char* data, unsigned width, unsigned pitch, unsigned height) const;
     void EdgeLightCompUVEffect(unsigned char* data, unsigned width, unsigned pitch, unsigned height) const;
 
-    struct Settings {
-        std::uint32_t level = 3;
-    };
-
  private:
     void EdgeLightComponent(unsigned char* data, unsigned width, unsigned pitch, unsigned height,
                             unsigned char bias) const;
-
-    Settings m_settings;
 };
 
 }  // namespace AVBased

@@ -5,14 +5,13 @@
 #include "avbase/avbase.h"
 #include "effects/base/fixed_point.h"
 #include "effects/base/frame_views.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
 
 namespace AVBased {
 namespace {
 
-constexpr Property<CEmbossVideoImageEffect::Settings> properties[] = {
-    {"emboss_level", "0", &CEmbossVideoImageEffect::Settings::level},
+constexpr Property<EmbossSettings> properties[] = {
+    {"emboss_level", "0", &EmbossSettings::level},
 };
 
 // Calls work(row, above) from the last row to the second, so that the row above is still as it came.
@@ -120,17 +119,11 @@ void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitc
         [=](std::uint8_t* row, std::uint8_t* above, unsigned count) { emboss(row, above, count, level); });
 }
 
-CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CBasedVideoImageEffect(effectNameEmboss) {
-    DeclareProperties(*this, properties);
+CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CSettingsEffect(effectNameEmboss, properties) {
     if (HasVectorUnit(AVBasedGetCPUFeatures())) {
         emboss_effect_component = emboss_effect_component_mmx;
         emboss_effect_rgba32 = emboss_effect_rgba32_mmx;
     }
-}
-
-void CEmbossVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, properties, name, node);
 }
 
 void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {

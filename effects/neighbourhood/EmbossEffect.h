@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -29,19 +29,15 @@ void EmbossPixels(unsigned char* row, unsigned char* above, unsigned bytes, unsi
 using EmbossRowVariants = Variants<decltype(EmbossGroups)>;
 extern const EmbossRowVariants embossGroupsVariants, embossPixelsVariants;
 
+struct EmbossSettings {
+    std::int32_t level = 0;
+};
+
 /// Raised edges: each sample against the one above it, scaled by a level, around grey.
-class CEmbossVideoImageEffect : public CBasedVideoImageEffect {
+class CEmbossVideoImageEffect : public CSettingsEffect<EmbossSettings> {
  public:
     CEmbossVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
-    struct Settings {
-        std::int32_t level = 0;
-    };
-
- private:
-    Settings m_settings;
 };
 
 }  // namespace AVBased

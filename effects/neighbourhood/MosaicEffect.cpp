@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "effects/base/frame_views.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
 #include "effects/base/streaming_stores.h"
 
@@ -201,14 +200,8 @@ void MosaicComponentEffect(PlanarView picture, const MosaicSettings& settings) {
 }  // namespace
 
 CMosaicVideoImageEffect::CMosaicVideoImageEffect(unsigned cpuFeatures)
-    : CBasedVideoImageEffect(effectNameMosaic), m_vectorised(cpuFeatures & (cpuFeatureMmx | cpuFeatureSse2)) {
-    DeclareProperties(*this, mosaicProperties);
-}
-
-void CMosaicVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, mosaicProperties, name, node);
-}
+    : CSettingsEffect(effectNameMosaic, mosaicProperties),
+      m_vectorised(cpuFeatures & (cpuFeatureMmx | cpuFeatureSse2)) {}
 
 void CMosaicVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const auto packed = m_vectorised ? Pick<MosaicRgba32EffectMMX>() : Pick<MosaicRgba32Effect>();

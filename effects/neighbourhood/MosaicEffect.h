@@ -1,7 +1,7 @@
 #pragma once
 
 #include "avbase/avbase.h"
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -11,16 +11,13 @@ struct MosaicSettings {
     std::uint32_t x1 = 0, y1 = 0, x2 = 0, y2 = 0;  ///< corners of a rectangle, in either order
     std::uint32_t step = 0;                        ///< the block side as a power of two
 };
-
 /// A rectangle cut into squares, each filled with the colour of its top-left pixel.
-class CMosaicVideoImageEffect : public CBasedVideoImageEffect {
+class CMosaicVideoImageEffect : public CSettingsEffect<MosaicSettings> {
  public:
     explicit CMosaicVideoImageEffect(unsigned cpuFeatures = AVBasedGetCPUFeatures());
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    MosaicSettings m_settings;
     bool m_vectorised;
 };
 

@@ -4,7 +4,6 @@
 
 #include "effects/base/frame_views.h"
 #include "effects/neighbourhood/oil_picture.h"
-#include "effects/base/property_table.h"
 
 namespace AVBased {
 namespace {
@@ -133,14 +132,8 @@ void OilPaintingComponentEffect(const PlanarView& view, const OilPaintingSetting
 
 }  // namespace
 
-COilPaintingVideoImageEffect::COilPaintingVideoImageEffect() : CBasedVideoImageEffect(effectNameOilPainting) {
-    DeclareProperties(*this, oilPaintingProperties);
-}
-
-void COilPaintingVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, oilPaintingProperties, name, node);
-}
+COilPaintingVideoImageEffect::COilPaintingVideoImageEffect()
+    : CSettingsEffect(effectNameOilPainting, oilPaintingProperties) {}
 
 void COilPaintingVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     ForFrame([&](const PackedView& view) { OilPaintingRgba32Effect(view, m_settings, Instructions()); },

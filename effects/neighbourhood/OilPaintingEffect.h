@@ -1,6 +1,6 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -10,16 +10,11 @@ struct OilPaintingSettings {
     std::uint32_t radius = 3;       ///< the brush is a square of side 2 x radius + 1
     std::uint32_t coarseness = 50;  ///< intensity classes 0 to coarseness; the registered text says 3
 };
-
 /// Each pixel takes the mean colour of the most frequent intensity class in the brush around it.
-class COilPaintingVideoImageEffect : public CBasedVideoImageEffect {
+class COilPaintingVideoImageEffect : public CSettingsEffect<OilPaintingSettings> {
  public:
     COilPaintingVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    OilPaintingSettings m_settings;
 };
 
 }  // namespace AVBased

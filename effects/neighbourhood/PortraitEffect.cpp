@@ -3,19 +3,16 @@
 #include <numeric>
 #include <vector>
 
-#include "effects/neighbourhood/pixel_tones.h"
-#include "effects/base/property_table.h"
 #include "effects/base/shared_samples.h"
+#include "effects/neighbourhood/pixel_tones.h"
 
 namespace AVBased {
 namespace {
 
-using Settings = CPortraitVideoImageEffect::Settings;
-
-constexpr Property<Settings> portraitProperties[] = {
-    {"portrait_strength", "50", &Settings::strength},
-    {"portrait_radius", "8", &Settings::radius},
-    {"portrait_glow", "15", &Settings::glow},
+constexpr Property<PortraitSettings> portraitProperties[] = {
+    {"portrait_strength", "50", &PortraitSettings::strength},
+    {"portrait_radius", "8", &PortraitSettings::radius},
+    {"portrait_glow", "15", &PortraitSettings::glow},
 };
 
 // One number for each cell of 2 x 2 pixels.
@@ -193,7 +190,7 @@ void SmoothTones(std::uint8_t* __restrict tones, unsigned width, const std::uint
 // `read` answers a row's tones, which stay until it is read again twice; `skin` fills a row of cells with the weights
 // of their colours; `write` takes a row's tones to be changed.
 template <class Read, class Skin, class Write>
-void Soften(unsigned width, unsigned height, const Settings& settings, int white, InstructionSet set, Read read,
+void Soften(unsigned width, unsigned height, const PortraitSettings& settings, int white, InstructionSet set, Read read,
             Skin skin, Write write) {
     if (width == 0 || height == 0) return;
     const unsigned columns = (width + 1) / 2, rows = (height + 1) / 2;
@@ -244,14 +241,7 @@ void Soften(unsigned width, unsigned height, const Settings& settings, int white
 
 }  // namespace
 
-CPortraitVideoImageEffect::CPortraitVideoImageEffect() : CBasedVideoImageEffect(effectNamePortrait) {
-    DeclareProperties(*this, portraitProperties);
-}
-
-void CPortraitVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, portraitProperties, name, node);
-}
+CPortraitVideoImageEffect::CPortraitVideoImageEffect() : CSettingsEffect(effectNamePortrait, portraitProperties) {}
 
 void CPortraitVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     ForFrame(

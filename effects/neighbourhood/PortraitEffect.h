@@ -1,10 +1,16 @@
 #pragma once
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
 inline constexpr char effectNamePortrait[] = "portrait";
+
+struct PortraitSettings {
+    std::int32_t strength = 50;  ///< in per cent; held within 0 to 100
+    std::int32_t radius = 8;     ///< in pixels; held within 1 to 64
+    std::int32_t glow = 15;      ///< in per cent; held within 0 to 100
+};
 
 /// A flattering softness: contrast that is small for its surroundings goes, most of it on bright skin, while edges,
 /// eyes and hair keep theirs; bright parts glow a little. Colours change with their tones only.
@@ -20,20 +26,10 @@ inline constexpr char effectNamePortrait[] = "portrait";
 /// b and l a tone t becomes s = t + (256 x b - a x t + 2^15 >> 16), held within a byte, and with light s + (max(white -
 /// s, 0) x ((l >> 8)^2 x g >> 8) >> 16), g being 256 hundredths of the glow and white 235 for luma, 255 for packed
 /// pixels, of which each colour then moves by as much as the tone.
-class CPortraitVideoImageEffect : public CBasedVideoImageEffect {
+class CPortraitVideoImageEffect : public CSettingsEffect<PortraitSettings> {
  public:
-    struct Settings {
-        std::int32_t strength = 50;  ///< in per cent; held within 0 to 100
-        std::int32_t radius = 8;     ///< in pixels; held within 1 to 64
-        std::int32_t glow = 15;      ///< in per cent; held within 0 to 100
-    };
-
     CPortraitVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
-
- private:
-    Settings m_settings;
 };
 
 }  // namespace AVBased

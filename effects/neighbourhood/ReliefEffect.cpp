@@ -6,13 +6,12 @@
 #include <vector>
 
 #include "effects/base/frame_views.h"
-#include "effects/base/property_table.h"
 
 namespace AVBased {
 namespace {
 
-constexpr Property<CReliefVideoImageEffect::Settings> properties[] = {
-    {"relief_angle", "40", &CReliefVideoImageEffect::Settings::angle},
+constexpr Property<ReliefSettings> properties[] = {
+    {"relief_angle", "40", &ReliefSettings::angle},
 };
 
 // A row in work, byte by byte with its neighbours, and the sums of the two rows that it completes and continues.
@@ -94,9 +93,7 @@ void ReliefComponentEffect(ComponentView plane, const ReliefKernel& kernel) {
 }
 
 CReliefVideoImageEffect::CReliefVideoImageEffect()
-    : CBasedVideoImageEffect(effectNameRelief), m_kernel(Kernel(m_settings.angle)) {
-    DeclareProperties(*this, properties);
-}
+    : CSettingsEffect(effectNameRelief, properties), m_kernel(Kernel(m_settings.angle)) {}
 
 ReliefKernel CReliefVideoImageEffect::Kernel(std::int32_t angle) {
     constexpr double pi = std::numbers::pi;
@@ -108,11 +105,6 @@ ReliefKernel CReliefVideoImageEffect::Kernel(std::int32_t angle) {
             weight(pi),  //
             weight(-pi / 4),    weight(-pi / 2),
             weight(-3 * pi / 4)};
-}
-
-void CReliefVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    if (StoreProperty(m_settings, properties, name, node)) m_kernel = Kernel(m_settings.angle);
 }
 
 void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {

@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "effects/base/CBasedVideoEffect.h"
 #include "effects/base/frame_views.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -18,21 +18,21 @@ void ReliefComponentEffect(ComponentView plane, const ReliefKernel& kernel);
 extern const Variants<decltype(ReliefRgba32Effect)> reliefRgba32Variants;
 extern const Variants<decltype(ReliefComponentEffect)> reliefComponentVariants;
 
+struct ReliefSettings {
+    std::int32_t angle = 40;
+};
+
 /// A surface lit from an angle: each sample becomes a weighted sum of the 3x3 block around it.
-class CReliefVideoImageEffect : public CBasedVideoImageEffect {
+class CReliefVideoImageEffect : public CSettingsEffect<ReliefSettings> {
  public:
     CReliefVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
     static ReliefKernel Kernel(std::int32_t angle);
 
-    struct Settings {
-        std::int32_t angle = 40;
-    };
-
  private:
-    Settings m_settings;
+    void OnSettingsChanged() override { m_kernel = Kernel(m_settings.angle); }
+
     ReliefKernel m_kernel;
 };
 

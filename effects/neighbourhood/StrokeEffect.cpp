@@ -2,19 +2,16 @@
 
 #include <vector>
 
-#include "effects/neighbourhood/pixel_tones.h"
 #include "effects/base/place_hash.h"
-#include "effects/base/property_table.h"
 #include "effects/base/row_loops.h"
+#include "effects/neighbourhood/pixel_tones.h"
 
 namespace AVBased {
 namespace {
 
-using Settings = CStrokeVideoImageEffect::Settings;
-
-constexpr Property<Settings> strokeProperties[] = {
-    {"stroke_strength", "50", &Settings::strength},
-    {"stroke_color", "0", &Settings::colour},
+constexpr Property<StrokeSettings> strokeProperties[] = {
+    {"stroke_strength", "50", &StrokeSettings::strength},
+    {"stroke_color", "0", &StrokeSettings::colour},
 };
 
 // Parallel strokes, each two pixels wide and of random darkness at knots 32 pixels apart, with an even change between.
@@ -119,14 +116,7 @@ StrokePaper::StrokePaper() : m_darkness(2 * side * side) {
         }
 }
 
-CStrokeVideoImageEffect::CStrokeVideoImageEffect() : CBasedVideoImageEffect(effectNameStroke) {
-    DeclareProperties(*this, strokeProperties);
-}
-
-void CStrokeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    StoreProperty(m_settings, strokeProperties, name, node);
-}
+CStrokeVideoImageEffect::CStrokeVideoImageEffect() : CSettingsEffect(effectNameStroke, strokeProperties) {}
 
 void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const auto strength = std::uint16_t(std::clamp(m_settings.strength, 0, 100));

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/settings_effect.h"
 
 namespace AVBased {
 
@@ -23,6 +23,11 @@ class StrokePaper {
     std::vector<std::uint8_t> m_darkness;
 };
 
+struct StrokeSettings {
+    std::int32_t strength = 50;  ///< in per cent; held within 0 to 100
+    std::int32_t colour = 0;     ///< in per cent, how much of the picture's colours stays; held within 0 to 100
+};
+
 /// A pencil drawing: lines where the picture is darker than around it, hatching where it is dark, white paper
 /// elsewhere.
 ///
@@ -33,19 +38,12 @@ class StrokePaper {
 /// each colour becomes drawn + ((colour - t) x kept >> 8), held within a byte, where kept is 256 hundredths of the
 /// colour setting; alpha stays. The tone of luma is (luma - 16) x 298 >> 8, held within a byte, and luma becomes 16 +
 /// (drawn x 220 >> 8), chroma 128 + ((chroma - 128) x kept >> 8).
-class CStrokeVideoImageEffect : public CBasedVideoImageEffect {
+class CStrokeVideoImageEffect : public CSettingsEffect<StrokeSettings> {
  public:
-    struct Settings {
-        std::int32_t strength = 50;  ///< in per cent; held within 0 to 100
-        std::int32_t colour = 0;     ///< in per cent, how much of the picture's colours stays; held within 0 to 100
-    };
-
     CStrokeVideoImageEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    Settings m_settings;
     StrokePaper m_paper;
 };
 
