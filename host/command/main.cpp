@@ -39,7 +39,7 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     if (command == line.plan) {
         const Words run = command->remaining();
         return Run(program, run, {"plan", [&](RunOptions& options) {
-                                      options.plan = [&, output = options.output](const FrameRange& frames) {
+                                      options.reportFrames = [&, output = options.output](const FrameRange& frames) {
                                           std::cout << PlanRun(line.planning, program, run, output, frames);
                                       };
                                   }});

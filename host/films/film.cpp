@@ -14,36 +14,15 @@ extern "C" {
 #include <sstream>
 
 #include "TarvoBased/ITarvoException.h"
-#include "host/run/chunks.h"
 #include "host/base/errors.h"
-#include "host/media/frame_adapter.h"
-#include "host/media/frame_range.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
-#include "host/run/pipeline.h"
+#include "host/media/frame_adapter.h"
 #include "host/media/sound_track.h"
+#include "host/run/run.h"
 
 namespace Nifikral {
 namespace {
-
-FrameRange RangeWithin(const Film& film, const RunOptions& options) {
-    FrameRange range = ParseRange(options.frames);
-    const std::string has =
-        "the film has " + std::to_string(film.frames) + " frames, 0 to " + std::to_string(film.frames - 1);
-    if (range.first >= film.frames)
-        throw HostError(ExitCode::Usage, "--frames lies past the end: " + has + "; choose among these");
-    if (range.last != FrameRange::noEnd && range.last >= film.frames) PrintWarning("--frames ends earlier: " + has);
-    range.last = std::min(range.last, film.frames - 1);
-    return range;
-}
-
-void RefuseManyFramesInOnePicture(const RunOptions& options, const FrameRange& range) {
-    const std::string& path = options.output.path;
-    if (IsPictureOutput(options.output) && !IsNumberedOutput(options.output) && range.first != range.last)
-        throw HostError(ExitCode::Usage, path +
-                                             " is one picture and the film has more; name them as in frame_%06d.png" +
-                                             ", or pick one with --frames N");
-}
 
 // How the output has the film: pictures in square pixels, videos as the profile wants them.
 OutputTraits StoredTraits(const Film& film, const OutputOptions& output, AVPixelFormat preferred) {
@@ -71,42 +50,70 @@ std::unique_ptr<SoundTrack> OpenSound(const Film& film, const FilmOptions& optio
 }
 
 // Calls the generator for one frame after the other.
-class FilmSource {
+class FilmMaker final : public PictureMaker {
  public:
-    /// Times count from the frame `begin`. `sound` is null where there is none.
-    FilmSource(AVBased::IVideoProc& generator, const Film& film, unsigned formatCode, long long begin,
-               const FrameRange& range, SoundTrack* sound)
-        : m_generator(generator),
-          m_film(film),
-          m_formatCode(formatCode),
-          m_begin(begin),
-          m_range(range),
-          m_sound(sound) {}
+    FilmMaker(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name,
+              const FramesOfRun& frames)
+        : m_generator(generator), m_film(film), m_options(options), m_name(name), m_frames(frames) {}
 
-    std::optional<SourceStep> Next() {
-        if (m_film.seeks && m_number < m_range.first) {
-            m_number = m_range.first;
+    FrameRange Existing(const FrameRange& range, bool) override { return range; }
+
+    OutputTraits Traits(const OutputOptions& output) override {
+        AVPixelFormat preferred = IsPictureOutput(output) ? AV_PIX_FMT_BGRA : AV_PIX_FMT_YUV420P;
+        if (const std::string& asked = m_options.run.pixelFormat; !asked.empty())
+            preferred = FfmpegFormat(ParseFormat(asked));
+        OutputTraits traits = StoredTraits(m_film, output, preferred);
+        m_sound = OpenSound(m_film, m_options, m_frames.run);
+        if (m_sound) traits.audio = {&m_sound->Stream()};
+        return traits;
+    }
+
+    std::string Prepare(const PictureShape& shape) override {
+        const std::string& asked = m_options.run.pixelFormat;
+        m_format = asked.empty() ? EffectFormat(shape.format, false) : ParseFormat(asked);
+        m_overBlack = HasAlpha(FfmpegFormat(m_format)) && !HasAlpha(shape.format);
+        m_converters.emplace([shape] { return PictureConverter(shape); });
+        std::ostringstream text;
+        text << m_name << ": frames " << m_frames.made.first << " to " << m_frames.made.last << " of " << m_film.frames
+             << ", " << av_q2d(m_film.frameRate) << " a second, made as " << av_get_pix_fmt_name(FfmpegFormat(m_format))
+             << " (code " << m_format << ")";
+        return text.str();
+    }
+
+    long long ExpectedFrames() const override { return m_frames.made.Count(); }
+
+    std::optional<SourceStep> Next() override {
+        const FrameRange& made = m_frames.made;
+        if (m_film.seeks && m_number < made.first) {
+            m_number = made.first;
             m_generator.Seek(unsigned(m_number));
         }
         // What a frame shows may follow from those before it, so the generator makes these as well.
-        while (m_number < m_range.first) Make();
-        if (m_number > m_range.last) return std::nullopt;
+        while (m_number < made.first) Make();
+        if (m_number > made.last) return std::nullopt;
         SourceStep step;
         step.number = m_number;
         step.frame = Make();
-        step.frame->pts = step.number - m_begin;
-        if (m_sound) {
-            const bool last = m_number > m_range.last;
-            step.audio = m_sound->Until(last ? std::numeric_limits<double>::infinity()
-                                             : double(m_number - m_begin) / av_q2d(m_film.frameRate));
-        }
+        step.frame->pts = step.number - m_frames.run.first;
+        const bool last = m_number > made.last;
+        step.audio = AudioUntil(last ? std::numeric_limits<double>::infinity()
+                                     : double(m_number - m_frames.run.first) / av_q2d(m_film.frameRate));
         return step;
+    }
+
+    void Finish(SourceStep& step) override {
+        if (m_overBlack) LayOverBlack(*step.frame);
+        m_converters->local().Convert(step.frame);
+    }
+
+    std::vector<PacketPtr> AudioUntil(double seconds) override {
+        return m_sound ? m_sound->Until(seconds) : std::vector<PacketPtr>();
     }
 
  private:
     FramePtr Make() {
         ThrowIfInterrupted();
-        const AVPixelFormat format = FfmpegFormat(m_formatCode);
+        const AVPixelFormat format = FfmpegFormat(m_format);
         FramePtr frame = NewPicture(format, m_film.width, m_film.height);
         frame->colorspace = IsRgb(format) ? AVCOL_SPC_RGB : UsualMatrix(m_film.height);
         frame->color_range = IsRgb(format) ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
@@ -114,7 +121,7 @@ class FilmSource {
         const std::ptrdiff_t pitches[4] = {frame->linesize[0], frame->linesize[1], frame->linesize[2],
                                            frame->linesize[3]};
         av_image_fill_black(frame->data, pitches, format, frame->color_range, frame->width, frame->height);
-        FrameAdapter adapter(*frame, m_formatCode, int(m_number));
+        FrameAdapter adapter(*frame, m_format, int(m_number));
         AVBased::ImagePostion record{0, 0, unsigned(frame->width), unsigned(frame->height)};
         TarvoBased::GetTarvoException()->Clear();
         m_generator.ProcFrameInPlace(&record, int(m_number), &adapter);
@@ -127,11 +134,14 @@ class FilmSource {
     }
 
     AVBased::IVideoProc& m_generator;
-    Film m_film;
-    unsigned m_formatCode;
-    long long m_begin;
-    FrameRange m_range;
-    SoundTrack* m_sound;
+    const Film& m_film;
+    const FilmOptions& m_options;
+    const std::string& m_name;
+    FramesOfRun m_frames;
+    std::unique_ptr<SoundTrack> m_sound;
+    unsigned m_format = 0;
+    bool m_overBlack = false;  // what is transparent has to show in an output without alpha
+    std::optional<tbb::enumerable_thread_specific<PictureConverter>> m_converters;
     long long m_number = 0;
 };
 
@@ -171,60 +181,10 @@ void SetProperties(AVBased::IVideoProc& generator, const std::vector<std::pair<s
     }
 }
 
-void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& filmOptions,
-                const std::string& name) {
-    const RunOptions& options = filmOptions.run;
-    const FrameRange range = RangeWithin(film, options);
-    FrameRange made = options.Chunk(range);
-    if (options.joinTo) made.last = *options.joinTo;
-    RefuseManyFramesInOnePicture(options, range);
-    AVPixelFormat preferred = IsPictureOutput(options.output) ? AV_PIX_FMT_BGRA : AV_PIX_FMT_YUV420P;
-    if (!options.pixelFormat.empty()) preferred = FfmpegFormat(ParseFormat(options.pixelFormat));
-    const OutputOptions output = options.OutputFor(made);
-    if (options.skipExisting && IsMadeAlready(output, made)) {
-        PrintDetail(output.path + ": complete already");
-        return;
-    }
-    OutputTraits traits = StoredTraits(film, output, preferred);
-    const std::unique_ptr<SoundTrack> sound = OpenSound(film, filmOptions, range);
-    if (sound) traits.audio = {&sound->Stream()};
-    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, options.dryRun || options.plan);
-    if (options.plan) return options.plan(range);
-    const PictureShape shape = sink->Shape();
-    const unsigned formatCode =
-        options.pixelFormat.empty() ? EffectFormat(shape.format, false) : ParseFormat(options.pixelFormat);
-    const bool overBlack = HasAlpha(FfmpegFormat(formatCode)) && !HasAlpha(shape.format);
-
-    std::ostringstream summary;
-    summary << name << ": frames " << made.first << " to " << made.last << " of " << film.frames << ", "
-            << av_q2d(film.frameRate) << " a second, made as " << av_get_pix_fmt_name(FfmpegFormat(formatCode))
-            << " (code " << formatCode << "); " << options.output.path << ": " << sink->Description();
-    if (options.dryRun) {
-        std::fprintf(stderr, "%s\n", summary.str().c_str());
-        return;
-    }
-    PrintDetail(summary.str());
-    if (options.joinTo) {
-        const auto soundUntil = [&](double s) { return sound ? sound->Until(s) : std::vector<PacketPtr>(); };
-        return JoinChunks(output, made, soundUntil, *sink);
-    }
-
-    FilmSource source(generator, film, formatCode, range.first, made, sound.get());
-    tbb::enumerable_thread_specific<PictureConverter> converters([&] { return PictureConverter(shape); });
-    const Stages stages{[&] { return source.Next(); },
-                        [&](SourceStep& step) {
-                            if (overBlack) LayOverBlack(*step.frame);
-                            converters.local().Convert(step.frame);
-                        }};
-    RunReport report;
-    {
-        Progress progress(made.Count());
-        report = RunPipeline(stages, *sink, output.threads, progress);
-    }
-    std::ostringstream spent;
-    spent << report.frames << " frames; seconds of work: making " << report.nextSeconds << ", encoding "
-          << report.encodeSeconds;
-    PrintDetail(spent.str());
+void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name) {
+    const FramesOfRun frames = options.run.Frames(film.frames);
+    FilmMaker maker(generator, film, options, name, frames);
+    MakeRun(options.run, frames, maker);
 }
 
 }  // namespace Nifikral

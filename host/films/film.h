@@ -37,7 +37,7 @@ struct Film {
 };
 
 /// Lets a generator, ready with all its properties, make a film, or the part of it that the options ask for: these
-/// frames are the same as in the whole film. `name` is told in what is printed.
+/// frames are the same as in the whole film. `name` stands in what is printed.
 void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name);
 
 /// The name of the first side that the output could not hold, "" when it can: videos need even ones.

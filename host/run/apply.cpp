@@ -7,12 +7,11 @@ extern "C" {
 #include <algorithm>
 #include <sstream>
 
-#include "host/catalogue/catalogue.h"
-#include "host/run/chunks.h"
-#include "host/run/effect_workers.h"
 #include "host/base/errors.h"
 #include "host/base/log.h"
-#include "host/run/pipeline.h"
+#include "host/catalogue/catalogue.h"
+#include "host/run/effect_workers.h"
+#include "host/run/run.h"
 
 namespace Nifikral {
 namespace {
@@ -64,83 +63,72 @@ PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
     return path;
 }
 
-std::string Summary(const ApplyOptions& options, const MediaSource& source, const PicturePath& path,
-                    const MediaSink& sink, long long frameCount) {
-    const PictureShape shape = ShapeOf(source.FirstFrame());
-    std::ostringstream text;
-    text << options.input << ": " << av_get_pix_fmt_name(shape.format) << " " << shape.width << "x" << shape.height
-         << (shape.fullRange ? ", full range" : "")
-         << ", frames: " << (frameCount > 0 ? std::to_string(frameCount) : "not known")
-         << ", audio streams: " << source.AudioStreams().size() << "; effects on "
-         << av_get_pix_fmt_name(path.effectShape.format) << " (code " << path.effectFormat << "); "
-         << options.run.output.path << ": " << sink.Description();
-    return text.str();
-}
-
-// One picture as the frames of a video.
-class StillSource {
+// Puts effects on the pictures of an input.
+class EffectMaker final : public PictureMaker {
  public:
-    // Times count from the frame `begin`.
-    StillSource(FramePtr picture, long long begin, const FrameRange& range)
-        : m_picture(std::move(picture)), m_begin(begin), m_range(range), m_number(range.first) {}
+    EffectMaker(const ApplyOptions& options, const EffectModule& module, MediaSource& source, const EffectRun& run,
+                const FramesOfRun& frames)
+        : m_options(options), m_module(module), m_source(source), m_run(run), m_frames(frames) {}
 
-    std::optional<SourceStep> Next() {
-        if (m_number > m_range.last) return std::nullopt;
-        SourceStep step;
-        step.frame = Require<FramePtr>(av_frame_clone(m_picture.get()));
-        step.number = m_number++;
-        step.frame->pts = (step.number - m_begin) * step.frame->pkt_duration;
-        return step;
+    FrameRange Existing(const FrameRange& range, bool decoding) override {
+        long long count = 0;
+        if (decoding) {
+            while (const std::optional<SourceStep> step = m_source.Next()) count += step->frame ? 1 : 0;
+        } else if (count = m_source.CountFrames(range); count == 0) {
+            throw HostError(ExitCode::Usage, "--skip-existing needs an input whose frames can be counted; give a file");
+        }
+        return {range.first, range.first + count - 1};
     }
 
+    OutputTraits Traits(const OutputOptions&) override {
+        const PictureShape shape = ShapeOf(m_source.FirstFrame());
+        m_path = ChoosePath(shape, m_options, m_run.requests);
+        const bool forced = !m_options.run.pixelFormat.empty();
+        return TraitsOf(m_source, forced ? m_path.effectShape.format : OutputFormat(shape.format));
+    }
+
+    std::string Prepare(const PictureShape& sinkShape) override {
+        const PictureShape shape = ShapeOf(m_source.FirstFrame());
+        m_path.overBlack = m_path.overBlack && !HasAlpha(sinkShape.format);
+        const long long frameCount = IsStill() ? m_run.stillFrames : FrameCount(m_source, m_frames.run, m_run.requests);
+        m_workers.emplace(m_path, sinkShape, m_module, m_run.requests, frameCount);
+        if (IsStill()) m_still = std::move(m_source.Next()->frame);
+        std::ostringstream text;
+        text << m_options.input << ": " << av_get_pix_fmt_name(shape.format) << " " << shape.width << "x"
+             << shape.height << (shape.fullRange ? ", full range" : "")
+             << ", frames: " << (frameCount > 0 ? std::to_string(frameCount) : "not known")
+             << ", audio streams: " << m_source.AudioStreams().size() << "; effects on "
+             << av_get_pix_fmt_name(m_path.effectShape.format) << " (code " << m_path.effectFormat << ")";
+        return text.str();
+    }
+
+    long long ExpectedFrames() const override { return m_source.EstimatedFrameCount(); }
+    std::optional<SourceStep> Next() override {
+        if (!IsStill()) return m_source.Next();
+        if (m_number > m_frames.made.last) return std::nullopt;
+        SourceStep step{Require<FramePtr>(av_frame_clone(m_still.get())), m_number++, {}};
+        step.frame->pts = (step.number - m_frames.run.first) * step.frame->pkt_duration;
+        return step;
+    }
+    void Finish(SourceStep& step) override {
+        m_workers->Process(step.frame, step.number - (m_run.countsFromRange ? m_frames.run.first : 0));
+    }
+    std::vector<PacketPtr> AudioUntil(double seconds) override { return m_source.AudioUntil(seconds); }
+    double EffectSeconds() const override { return m_workers->EffectSeconds(); }
+
  private:
-    FramePtr m_picture;
-    long long m_begin;
-    FrameRange m_range;
-    long long m_number;
+    bool IsStill() const { return m_run.stillFrames > 0; }
+
+    const ApplyOptions& m_options;
+    const EffectModule& m_module;
+    MediaSource& m_source;
+    const EffectRun& m_run;
+    FramesOfRun m_frames;
+    PicturePath m_path;
+    std::optional<EffectWorkers> m_workers;
+    FramePtr m_still;  // the picture that is repeated
+    long long m_number = m_frames.made.first;
 };
-
-// What gives the pictures of a chunk: the input, or its only one again and again.
-std::function<std::optional<SourceStep>()> Pictures(MediaSource& source, bool still, const FrameRange& range,
-                                                    const FrameRange& chunk) {
-    if (!still) return [&source] { return source.Next(); };
-    const auto pictures = std::make_shared<StillSource>(std::move(source.Next()->frame), range.first, chunk);
-    return [pictures] { return pictures->Next(); };
-}
-
-// Which frames a run has, and which of them are made now.
-struct FramesOfRun {
-    FrameRange run, made;
-    bool certain = false;  // that all of `made` are there
-};
-
-FramesOfRun FramesOf(const RunOptions& options, long long stillFrames) {
-    FramesOfRun frames{ParseRange(options.frames), {}, stillFrames > 0 || !options.chunk.empty() || options.joinTo};
-    if (stillFrames > 0 && frames.run.first >= stillFrames)
-        throw HostError(ExitCode::Usage, "--frames lies past the end: there are frames 0 to " +
-                                             std::to_string(stillFrames - 1) + "; choose among these");
-    if (stillFrames > 0) frames.run.last = std::min(frames.run.last, stillFrames - 1);
-    frames.made = options.Chunk(frames.run);
-    if (options.joinTo) frames.made.last = *options.joinTo;
-    return frames;
-}
-
-// The frames of a range that there are, by decoding them all: a container may tell another number.
-FrameRange CountedRange(MediaSource& source, FrameRange range) {
-    range.last = range.first - 1;
-    while (const std::optional<SourceStep> step = source.Next())
-        if (step->frame) ++range.last;
-    return range;
-}
-
-// The same by looking into the container alone.
-FrameRange FoundRange(const MediaSource& source, FrameRange range) {
-    const long long count = source.CountFrames(range);
-    if (count == 0)
-        throw HostError(ExitCode::Usage, "--skip-existing needs an input whose frames can be counted; give a file");
-    range.last = range.first + count - 1;
-    return range;
-}
 
 }  // namespace
 
@@ -156,57 +144,19 @@ void Apply(const ApplyOptions& options, const EffectModule& module) {
 }
 
 void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
-                const std::function<EffectRun(const MediaSource&)>& plan) {
+                const std::function<EffectRun(const MediaSource&)>& effectsFor) {
     const RunOptions& given = options.run;
-    FramesOfRun frames = FramesOf(given, 0);
-    const int threads = given.ThreadCount();
+    FramesOfRun frames = given.Frames(0);
     given.RefuseAsOutput(options.input);
-
-    MediaSource::Options opening{frames.run, {}, threads, options.keepGoing, given.chunk.empty()};
+    MediaSource::Options opening{frames.run, {}, given.ThreadCount(), options.keepGoing, given.chunk.empty()};
     if (!given.chunk.empty()) opening.chunk = frames.made;
     // What is repeated has no range of its own.
     if (single) opening.range = opening.chunk = {};
     MediaSource source(options.input, opening);
-    const EffectRun run = plan(source);
-    const bool still = run.stillFrames > 0;
-    if (still) frames = FramesOf(given, run.stillFrames);
-    const OutputOptions output = given.OutputFor(frames.made);
-    if (given.skipExisting && IsMadeAlready(output, frames.certain ? frames.made : FoundRange(source, frames.run))) {
-        PrintDetail(output.path + ": complete already");
-        return;
-    }
-
-    const PictureShape shape = ShapeOf(source.FirstFrame());
-    PicturePath path = ChoosePath(shape, options, run.requests);
-    const bool keepsForced = !given.pixelFormat.empty();
-    const OutputTraits traits = TraitsOf(source, keepsForced ? path.effectShape.format : OutputFormat(shape.format));
-    const std::unique_ptr<MediaSink> sink = OpenSink(output, traits, given.dryRun || given.plan);
-    path.overBlack = path.overBlack && !HasAlpha(sink->Shape().format);
-    if (given.plan) return given.plan(still ? frames.run : CountedRange(source, frames.run));
-    const long long frameCount = still ? run.stillFrames : FrameCount(source, frames.run, run.requests);
-    const std::string summary = Summary(options, source, path, *sink, frameCount);
-    if (given.dryRun) {
-        std::fprintf(stderr, "%s\n", summary.c_str());
-        return;
-    }
-    PrintDetail(summary);
-    if (given.joinTo)
-        return JoinChunks(
-            output, frames.made, [&](double until) { return source.AudioUntil(until); }, *sink);
-
-    EffectWorkers effects(path, sink->Shape(), module, run.requests, frameCount);
-    const long long origin = run.countsFromRange ? frames.run.first : 0;
-    const Stages stages{Pictures(source, still, frames.run, frames.made),
-                        [&](SourceStep& step) { effects.Process(step.frame, step.number - origin); }};
-    RunReport report;
-    {
-        Progress progress(frames.certain ? frames.made.Count() : source.EstimatedFrameCount());
-        report = RunPipeline(stages, *sink, threads, progress);
-    }
-    std::ostringstream spent;
-    spent << report.frames << " frames; seconds of work: decoding " << report.nextSeconds << ", effects "
-          << effects.EffectSeconds() << ", encoding " << report.encodeSeconds;
-    PrintDetail(spent.str());
+    const EffectRun run = effectsFor(source);
+    if (run.stillFrames > 0) frames = given.Frames(run.stillFrames);
+    EffectMaker maker(options, module, source, run, frames);
+    MakeRun(given, frames, maker);
 }
 
 }  // namespace Nifikral

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "host/run/effect_request.h"
 #include "host/media/media_source.h"
+#include "host/run/effect_request.h"
 #include "host/run/run_options.h"
 
 namespace Nifikral {
@@ -27,8 +27,8 @@ struct EffectRun {
     long long stillFrames = 0;    ///< above 0: the input's only picture is shown for so many frames
 };
 
-/// The same with effects that follow from the input. `single`: the input has one picture, which `plan` may repeat.
+/// The same with effects that follow from the input. `single`: it has one picture, which the effects may repeat.
 void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
-                const std::function<EffectRun(const MediaSource&)>& plan);
+                const std::function<EffectRun(const MediaSource&)>& effectsFor);
 
 }  // namespace Nifikral

@@ -8,7 +8,7 @@
 
 namespace Nifikral {
 
-RunReport RunPipeline(const Stages& stages, MediaSink& sink, int threads, Progress& progress) {
+RunReport RunPipeline(PictureMaker& maker, MediaSink& sink, int threads, Progress& progress) {
     using Step = SourceStep*;
     RunReport report;
 
@@ -19,7 +19,7 @@ RunReport RunPipeline(const Stages& stages, MediaSink& sink, int threads, Progre
 
     const auto next = [&](tbb::flow_control& control) -> Step {
         const Stopwatch watch(report.nextSeconds);
-        std::optional<SourceStep> step = stages.next();
+        std::optional<SourceStep> step = maker.Next();
         if (!step) {
             control.stop();
             return nullptr;
@@ -30,7 +30,7 @@ RunReport RunPipeline(const Stages& stages, MediaSink& sink, int threads, Progre
     };
     const auto work = [&](Step step) -> Step {
         ThrowIfInterrupted();
-        if (step->frame) stages.work(*step);
+        if (step->frame) maker.Finish(*step);
         return step;
     };
     const auto encode = [&](Step step) {

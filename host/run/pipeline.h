@@ -1,20 +1,37 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
+#include "host/base/progress.h"
 #include "host/media/media_sink.h"
 #include "host/media/media_source.h"
-#include "host/base/progress.h"
 
 namespace Nifikral {
 
-/// What makes the pictures of a run.
-struct Stages {
-    /// The next picture, and behind the last one nothing. Called in order, one call at a time.
-    std::function<std::optional<SourceStep>()> next;
-    /// What is left to do on a picture until it is as the sink takes it; several at once, on any thread.
-    std::function<void(SourceStep&)> work;
+/// What makes the pictures of a run: effects on an input, or a generator. Threads: Finish on any, several at once; all
+/// else one call at a time, in this order.
+class PictureMaker {
+ public:
+    virtual ~PictureMaker() = default;
+    /// The frames of a range that there are, where the options alone do not say; `decoding` them is slow, but sure.
+    virtual FrameRange Existing(const FrameRange& range, bool decoding) = 0;
+    /// What the output inherits; streams are borrowed.
+    virtual OutputTraits Traits(const OutputOptions& output) = 0;
+    /// Fixes how pictures are made, for a sink that takes them in this shape, and returns a line that describes it.
+    virtual std::string Prepare(const PictureShape& shape) = 0;
+    /// How many pictures Next has; 0 when that is not known.
+    virtual long long ExpectedFrames() const = 0;
+    /// The next picture, and behind the last one nothing.
+    virtual std::optional<SourceStep> Next() = 0;
+    /// What is left to do on a picture until it is as the sink takes it.
+    virtual void Finish(SourceStep& step) = 0;
+    /// The sound alone, up to a time or further, for one who has the pictures already.
+    virtual std::vector<PacketPtr> AudioUntil(double seconds) = 0;
+    /// Seconds of Finish that went into effects, of all threads together.
+    virtual double EffectSeconds() const { return 0; }
 };
 
 struct RunReport {
@@ -22,9 +39,9 @@ struct RunReport {
     double nextSeconds = 0, encodeSeconds = 0;
 };
 
-/// Takes pictures through both stages into the sink, in order, with a bounded number of them in flight. Throws the
-/// first error of any stage.
-RunReport RunPipeline(const Stages& stages, MediaSink& sink, int threads, Progress& progress);
+/// Takes pictures from the maker into the sink, in order, with a bounded number of them in flight. Throws the first
+/// error of any stage.
+RunReport RunPipeline(PictureMaker& maker, MediaSink& sink, int threads, Progress& progress);
 
 /// Adds the time from its making to its end to a sum.
 class Stopwatch {

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "host/base/errors.h"
+#include "host/base/log.h"
 
 namespace Nifikral {
 
@@ -12,12 +13,22 @@ int RunOptions::ThreadCount() const {
     return threads > 0 ? threads : std::max(1, int(std::thread::hardware_concurrency()));
 }
 
-FrameRange RunOptions::Chunk(const FrameRange& run) const {
-    if (chunk.empty()) return run;
-    const FrameRange range = ParseRange(chunk);
-    if (range.first < run.first || range.last > run.last || range.last == FrameRange::noEnd)
-        throw HostError(ExitCode::Usage, "--chunk " + chunk + " is none of this run; nifikral plan tells its chunks");
-    return range;
+FramesOfRun RunOptions::Frames(long long count) const {
+    FramesOfRun frames{ParseRange(this->frames), {}, count > 0 || !chunk.empty() || joinTo};
+    if (count > 0) {
+        const std::string has = "there are frames 0 to " + std::to_string(count - 1);
+        if (frames.run.first >= count)
+            throw HostError(ExitCode::Usage, "--frames lies past the end: " + has + "; choose among these");
+        if (frames.run.last != FrameRange::noEnd && frames.run.last >= count)
+            PrintWarning("--frames ends earlier: " + has);
+        frames.run.last = std::min(frames.run.last, count - 1);
+    }
+    frames.made = chunk.empty() ? frames.run : ParseRange(chunk);
+    if (frames.made.first < frames.run.first || frames.made.last > frames.run.last ||
+        (!chunk.empty() && frames.made.last == FrameRange::noEnd))
+        throw HostError(ExitCode::Usage, "--chunk " + chunk + " is none of this run; nifikral plan prints its chunks");
+    if (joinTo) frames.made.last = *joinTo;
+    return frames;
 }
 
 OutputOptions RunOptions::OutputFor(const FrameRange& made) const {

@@ -9,7 +9,13 @@
 
 namespace Nifikral {
 
-/// What every command that makes films or pictures is told.
+/// Which frames a run has, and which of them are made now.
+struct FramesOfRun {
+    FrameRange run, made;
+    bool certain = false;  ///< all of `made` are there; else the input may end earlier
+};
+
+/// The settings of every command that makes films or pictures.
 struct RunOptions {
     OutputOptions output;
     std::string frames;       ///< "A-B", "A-" or "A"; empty: all
@@ -19,12 +25,12 @@ struct RunOptions {
     std::string chunk;          ///< "A-B": only these of the run's frames, to be joined later; empty: the whole run
     bool skipExisting = false;  ///< leave an output that is complete as it is
     std::optional<long long> joinTo;  ///< join the chunks up to this frame instead of making pictures
-    /// Instead of making anything, is told which frames the run has.
-    std::function<void(const FrameRange&)> plan;
+    /// Receives the run's frames, counted, instead of anything being made.
+    std::function<void(const FrameRange&)> reportFrames;
 
-    /// What of the run is to be made. Throws usage errors.
-    FrameRange Chunk(const FrameRange& run) const;
-    /// The output of a run that makes `made`: itself, or a chunk of it.
+    /// The frames of a run that has `count` of them in all; 0: as many as its input. Throws usage errors.
+    FramesOfRun Frames(long long count) const;
+    /// The output of a run that makes these frames: itself, or a chunk of it.
     OutputOptions OutputFor(const FrameRange& made) const;
     int ThreadCount() const;
     /// Throws a usage error when the output is an existing file that the run reads.
