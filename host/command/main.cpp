@@ -11,6 +11,7 @@
 #include "host/command/command_line.h"
 #include "host/command/cpu_features.h"
 #include "host/films/media_manager.h"
+#include "host/media/ffmpeg_log.h"
 #include "host/run/chunks.h"
 
 namespace {

@@ -12,6 +12,7 @@
 #include "avbase/avbase_srcutils/pixel_formats.h"
 #include "host/films/styled_text.h"
 #include "host/films/text_renderer.h"
+#include "host/media/ffmpeg_log.h"
 #include "host/media/frame_adapter.h"
 #include "host/media/media_source.h"
 #include "host/media/picture_formats.h"
@@ -91,7 +92,8 @@ class PictureSource final : public Source, public AVBased::IAVSourcePropertySet 
 };
 
 MediaSource OpenMedia(const std::string& path) {
-    constexpr unsigned mostThreads = 4;
+    // Without its messages a decoder reports all damage only when it works on one frame at a time.
+    const unsigned mostThreads = CapturesFfmpegMessages() ? 4 : 1;
     // A lone hyphen is a file here, not stdin.
     return {path == "-" ? "./-" : path,
             {.range = {},

@@ -9,7 +9,7 @@ extern "C" {
 #include <string_view>
 
 #include "host/base/errors.h"
-#include "host/base/log.h"
+#include "host/media/ffmpeg_log.h"
 
 namespace Nifikral {
 namespace {
@@ -118,9 +118,9 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
         context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
     if (purpose.globalHeader) context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     SetQuality(options, traits.dvd);
-    TakeFfmpegComplaint();
+    const FfmpegListener listener;
     if (const int error = avcodec_open2(&context, &codec, nullptr); error < 0) {
-        const std::string complaint = TakeFfmpegComplaint();
+        const std::string& complaint = listener.Complaint();
         throw HostError(ExitCode::Output, std::string("the encoder ") + codec.name + " does not take " +
                                               av_get_pix_fmt_name(m_shape.format) + " pictures of " +
                                               std::to_string(m_shape.width) + "x" + std::to_string(m_shape.height) +

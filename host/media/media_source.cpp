@@ -4,11 +4,13 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <string_view>
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
 #include "host/media/picture_formats.h"
+#include "host/media/whole_jpeg.h"
 
 namespace Nifikral {
 namespace {
@@ -37,7 +39,7 @@ void CheckLocalFile(const std::string& path) {
         Refuse(path + " is empty; nothing was ever written to it or its download failed");
 }
 
-InputPtr Open(const std::string& path, AVIOContext* standardInput) {
+InputPtr Open(const std::string& path, AVIOContext* standardInput, const FfmpegListener& listener) {
     // Without the prefix a colon in a file's name would be taken for a protocol.
     const bool plainFile = !IsPipe(path) && path.find("://") == std::string::npos;
     const std::string url = plainFile ? "file:" + path : IsPipe(path) ? "" : path;
@@ -47,7 +49,6 @@ InputPtr Open(const std::string& path, AVIOContext* standardInput) {
     context->pb = standardInput;
     AVDictionary* options = nullptr;
     if (plainFile && !IsSequence(path)) av_dict_set(&options, "pattern_type", "none", 0);
-    TakeFfmpegComplaint();
     int error = avformat_open_input(&context, url.c_str(), nullptr, &options);
     av_dict_free(&options);
     InputPtr input(error < 0 ? nullptr : context);
@@ -56,7 +57,7 @@ InputPtr Open(const std::string& path, AVIOContext* standardInput) {
     if (media) error = avformat_find_stream_info(input.get(), nullptr);
     ThrowIfInterrupted();
     if (media && error >= 0) return input;
-    const std::string complaint = TakeFfmpegComplaint();
+    const std::string& complaint = listener.Complaint();
     const std::string reason = !complaint.empty() ? complaint : error < 0 ? ErrorText(error) : "it is text";
     if (error == AVERROR(EACCES)) Refuse(path + ": permission denied; make it readable");
     if (standardInput)
@@ -74,6 +75,12 @@ std::vector<PacketPtr> MoveOut(std::deque<PacketPtr>& packets, std::size_t count
     return taken;
 }
 
+// Whether each packet is a picture file of its own.
+bool HoldsPictureFiles(const AVFormatContext& input) {
+    const std::string_view format = input.iformat->name;
+    return format == "image2" || format.ends_with("_pipe");
+}
+
 double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2d(base); }
 
 }  // namespace
@@ -81,9 +88,12 @@ double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2
 MediaSource::MediaSource(const std::string& path, const Options& options)
     : m_path(path), m_name(IsPipe(path) ? "the input from stdin" : path), m_options(options) {
     CheckLocalFile(path);
-    m_earlyEnds = EarlyEnds();
     if (IsPipe(path)) m_standardInput = OpenStandardInput();
-    m_input = Open(path, m_standardInput.get());
+    {
+        const FfmpegListener listener;
+        m_input = Open(path, m_standardInput.get(), listener);
+        m_endsEarly = listener.EndedEarly();
+    }
     const AVCodec* codec = nullptr;
     const int index = av_find_best_stream(m_input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
     if (index == AVERROR_DECODER_NOT_FOUND) Refuse(m_name + ": there is no decoder for its pictures; convert it first");
@@ -98,7 +108,14 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     m_decoder = Require<CodecPtr>(avcodec_alloc_context3(codec));
     int error = avcodec_parameters_to_context(m_decoder.get(), m_video->codecpar);
     m_decoder->pkt_timebase = m_video->time_base;
+    m_damage = std::make_unique<DamageLog>();
+    m_damage->Attach(*m_decoder);
     m_decoder->thread_count = m_options.threads;
+    if (HoldsPictureFiles(*m_input)) {
+        // More than one picture at once is not to be had from a file of one.
+        if (!IsSequence(path) && !IsPipe(path)) m_decoder->thread_type = FF_THREAD_SLICE;
+        if (!m_options.keepGoing) m_decoder->err_recognition |= AV_EF_EXPLODE;
+    }
     if (error >= 0) error = avcodec_open2(m_decoder.get(), codec, nullptr);
     if (error < 0) Refuse(m_name + ": its decoder does not start (" + ErrorText(error) + "); convert it first");
     if (m_input->start_time != AV_NOPTS_VALUE)
@@ -142,7 +159,8 @@ long long MediaSource::EstimatedFrameCount() const {
 
 long long MediaSource::CountFrames(const FrameRange& range) const {
     if (IsPipe(m_path)) return 0;
-    const InputPtr input = Open(m_path, nullptr);
+    const FfmpegListener listener;
+    const InputPtr input = Open(m_path, nullptr, listener);
     const PacketPtr packet = NewPacket();
     for (unsigned i = 0; i < input->nb_streams; ++i)
         if (int(i) != m_video->index) input->streams[i]->discard = AVDISCARD_ALL;
@@ -200,7 +218,8 @@ FramePtr MediaSource::DecodeNext() {
         if (m_inputEnded) return nullptr;
         if (!ReadPacket()) {
             m_inputEnded = true;
-            avcodec_send_packet(m_decoder.get(), nullptr);
+            const int error = avcodec_send_packet(m_decoder.get(), nullptr);
+            if (error < 0 && error != AVERROR_EOF) ReportDamage(ErrorText(error));
         }
     }
 }
@@ -212,9 +231,10 @@ FramePtr MediaSource::ReceiveFrame() {
     do error = avcodec_receive_frame(m_decoder.get(), frame.get());
     while (m_inputEnded && error < 0 && error != AVERROR_EOF && error != AVERROR(EAGAIN) &&
            (ReportDamage(ErrorText(error)), true));
-    if (error == AVERROR_EOF && EarlyEnds() > m_earlyEnds) ReportDamage("the file ends before its end");
+    if (error == AVERROR_EOF) ReportDamageUpTo(DamageLog::allPackets);
     if (error < 0 && error != AVERROR_EOF && error != AVERROR(EAGAIN)) ReportDamage(ErrorText(error));
     if (error < 0) return nullptr;
+    ReportDamageUpTo(frame->reordered_opaque);
     if (frame->decode_error_flags || (frame->flags & AV_FRAME_FLAG_CORRUPT)) ReportDamage("a picture is incomplete");
     const std::int64_t oneFrame = std::max<std::int64_t>(
         1, frame->pkt_duration > 0 ? frame->pkt_duration : av_rescale_q(1, av_inv_q(FrameRate()), m_video->time_base));
@@ -231,25 +251,38 @@ FramePtr MediaSource::ReceiveFrame() {
 
 bool MediaSource::ReadPacket() {
     PacketPtr packet = NewPacket();
+    const FfmpegListener listener;
     const int error = av_read_frame(m_input.get(), packet.get());
+    m_endsEarly = m_endsEarly || listener.EndedEarly();
     if (error < 0) {
         ThrowIfInterrupted();
         const bool quickTime = std::string(m_input->iformat->name).find("mov") != std::string::npos;
+        const bool lacksPictures = quickTime && m_video->discard != AVDISCARD_ALL && m_packets < m_video->nb_frames;
         if (error != AVERROR_EOF)
-            ReportDamage(ErrorText(error));
-        else if (quickTime && m_video->discard != AVDISCARD_ALL && m_packets < m_video->nb_frames)
-            ReportDamage("the file ends before its end");
+            m_damage->Add(m_packets, ErrorText(error));
+        else if (m_endsEarly || lacksPictures)
+            m_damage->Add(m_packets, "the file ends before its end");
         return false;
     }
     if (packet->stream_index != m_video->index) {
         KeepAudio(std::move(packet));
         return true;
     }
-    ++m_packets;
-    if (packet->flags & AV_PKT_FLAG_CORRUPT) ReportDamage("a part of the file is missing");
-    const int sent = avcodec_send_packet(m_decoder.get(), packet.get());
-    if (sent < 0 && sent != AVERROR(EAGAIN) && sent != AVERROR_EOF) ReportDamage(ErrorText(sent));
+    SendPacket(*packet);
     return true;
+}
+
+void MediaSource::SendPacket(const AVPacket& packet) {
+    if (packet.flags & AV_PKT_FLAG_CORRUPT) m_damage->Add(m_packets, "a part of the file is missing");
+    if (m_decoder->codec_id == AV_CODEC_ID_MJPEG && HoldsPictureFiles(*m_input) &&
+        !IsWholeJpeg({packet.data, std::size_t(packet.size)}))
+        m_damage->Add(m_packets, "the file ends before its end");
+    m_decoder->reordered_opaque = m_packets++;
+    const int sent = avcodec_send_packet(m_decoder.get(), &packet);
+    if (sent >= 0 || sent == AVERROR(EAGAIN) || sent == AVERROR_EOF) return;
+    // Where frames are decoded one at a time, the error is this packet's.
+    if (m_decoder->thread_type == FF_THREAD_SLICE) ReportDamageUpTo(m_packets);
+    ReportDamage(ErrorText(sent));
 }
 
 std::vector<PacketPtr> MediaSource::ReadAudio() {
@@ -282,6 +315,10 @@ void MediaSource::ReportDamage(const std::string& what) {
     if (!m_options.keepGoing) Refuse(line + "; " + m_options.damageRemedy);
     if (!m_damageTold) PrintWarning(line + "; going on with what is readable");
     m_damageTold = true;
+}
+
+void MediaSource::ReportDamageUpTo(std::int64_t packet) {
+    if (const std::string what = m_damage->UpTo(packet); !what.empty()) ReportDamage(what);
 }
 
 double MediaSource::EndTime(const AVFrame& frame) const {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/media/ffmpeg_handles.h"
+#include "host/media/ffmpeg_log.h"
 #include "host/media/frame_range.h"
 #include "host/media/orientation.h"
 #include "host/media/standard_input.h"
@@ -60,6 +61,7 @@ class MediaSource {
     void RefuseHugePictures() const;
     FramePtr DecodeNext();
     FramePtr ReceiveFrame();
+    void SendPacket(const AVPacket& packet);
     bool ReadPacket();
     std::vector<PacketPtr> ReadAudio();
     void KeepAudio(PacketPtr packet);
@@ -67,6 +69,7 @@ class MediaSource {
     void ReadTrailingAudio();
     std::vector<PacketPtr> TakeAudio(bool atEnd);
     void ReportDamage(const std::string& what);
+    void ReportDamageUpTo(std::int64_t packet);
     double EndTime(const AVFrame& frame) const;
 
     std::string m_path, m_name;
@@ -74,6 +77,7 @@ class MediaSource {
     StandardInputPtr m_standardInput;  // before the input, which reads from it
     InputPtr m_input;
     AVStream* m_video = nullptr;
+    std::unique_ptr<DamageLog> m_damage;
     CodecPtr m_decoder;
     Orientation m_orientation;
     FramePtr m_pending;
@@ -81,7 +85,7 @@ class MediaSource {
     long long m_decoded = 0, m_packets = 0;
     std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE;
     double m_endTime = 0;
-    unsigned m_earlyEnds = 0;  // of all inputs, when this one was opened
+    bool m_endsEarly = false;  // as its container says
     bool m_inputEnded = false, m_finished = false, m_damageTold = false;
 };
 

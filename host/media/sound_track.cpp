@@ -14,7 +14,7 @@ extern "C" {
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
-#include "host/base/log.h"
+#include "host/media/ffmpeg_log.h"
 
 namespace Nifikral {
 namespace {
@@ -49,12 +49,12 @@ SoundInput::SoundInput(const std::string& path) {
     std::error_code error;
     if (!std::filesystem::exists(path, error)) Refuse(path, ": no such file; check the name");
     if (std::filesystem::is_directory(path, error)) Refuse(path, " is a folder; name a file with sound");
-    TakeFfmpegComplaint();
+    const FfmpegListener listener;
     AVFormatContext* context = nullptr;
     const bool opened = avformat_open_input(&context, ("file:" + path).c_str(), nullptr, nullptr) >= 0;
     input.reset(opened ? context : nullptr);
     if (!input || avformat_find_stream_info(input.get(), nullptr) < 0) {
-        const std::string complaint = TakeFfmpegComplaint();
+        const std::string& complaint = listener.Complaint();
         Refuse(path, " is no sound that can be read" + (complaint.empty() ? "" : " (" + complaint + ")") +
                          "; give a file such as .mp3, .m4a, .flac or .wav");
     }

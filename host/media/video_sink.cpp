@@ -12,6 +12,7 @@ extern "C" {
 #include "host/base/log.h"
 #include "host/media/chunk_file.h"
 #include "host/media/encoder.h"
+#include "host/media/ffmpeg_log.h"
 #include "host/media/part_file.h"
 
 namespace Nifikral {
@@ -74,9 +75,9 @@ class VideoSink final : public MediaSink {
         }
         const std::string url = m_part ? "file:" + m_part->Path() : "pipe:1";
         Check(avio_open(&m_output->pb, url.c_str(), AVIO_FLAG_WRITE));
-        TakeFfmpegComplaint();
+        const FfmpegListener listener;
         if (const int error = avformat_write_header(m_output.get(), nullptr); error < 0) {
-            const std::string complaint = TakeFfmpegComplaint();
+            const std::string& complaint = listener.Complaint();
             if (m_output->pb->error < 0) ThrowWriteError(m_name, m_output->pb->error);
             throw HostError(ExitCode::Output, m_name + ": " + container.name + " cannot hold this (" +
                                                   (complaint.empty() ? ErrorText(error) : complaint) +

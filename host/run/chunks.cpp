@@ -107,7 +107,6 @@ struct Timing {
 
 // Reads through a chunk to see that it is all there.
 void Check(const Chunk& chunk, const OutputOptions& output, const MediaSink& sink, Timing& timing) {
-    const ExpectEarlyEnds quiet;
     CodedPictures pictures(chunk.path);
     const std::string frames = RangeText(chunk.frames);
     if (!pictures.IsReadable()) Refuse(chunk.path + " is damaged; remove it" + Remedy(output.path, frames));
@@ -173,7 +172,6 @@ bool IsMadeAlready(const OutputOptions& output, const FrameRange& frames) {
     const std::string path = output.chunk ? ChunkPath(output.path, frames) : output.path;
     if (!fs::is_regular_file(path, error)) return false;
     if (IsPictureOutput(output)) return true;
-    const ExpectEarlyEnds quiet;
     CodedPictures pictures(path);
     if (!pictures.IsReadable() || (output.chunk && pictures.Mark() != output.mark)) return false;
     long long count = 0;

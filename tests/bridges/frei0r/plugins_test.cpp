@@ -4,6 +4,7 @@
 
 #include <barrier>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -261,6 +262,21 @@ TEST_F(MenuSource, ShowsNothingOfAProjectThatIsMissing) {
     EXPECT_EQ(m_instance.Picture(0, {}), Bytes(width * height * 4));
     m_instance.Set("project", m_project.c_str());
     EXPECT_GE(Column(0), 0);
+}
+
+TEST_F(MenuSource, ShowsNothingOfAProjectWithAPictureThatIsCutShort) {
+    const std::string photo = m_folder / "photo.jpg", project = m_folder / "photo.json";
+    ASSERT_EQ(std::system(("ffmpeg -v error -f lavfi -i testsrc=size=32x16 -frames:v 1 " + photo).c_str()), 0);
+    std::ofstream(project) << R"({"width": 32, "height": 16, "sourcePath": "photo.jpg"})";
+    m_instance.Set("project", project.c_str());
+    EXPECT_NE(m_instance.Picture(0, {}), Bytes(width * height * 4));
+    const auto size = std::filesystem::file_size(photo);
+    for (const auto left : {size - 2, size / 2}) {
+        std::filesystem::resize_file(photo, left);
+        m_instance.Set("project", m_project.c_str());
+        m_instance.Set("project", project.c_str());
+        EXPECT_EQ(m_instance.Picture(0, {}), Bytes(width * height * 4)) << left << " of " << size << " bytes";
+    }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "host/base/log.h"
 #include "host/films/media_manager.h"
 #include "host/films/text_renderer.h"
+#include "host/media/ffmpeg_log.h"
 #include "tests/host/command.h"
 
 namespace Nifikral {

@@ -1,6 +1,7 @@
 #include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/films/menu_project.h"
+#include "host/media/ffmpeg_log.h"
 #include "tests/host/command.h"
 
 namespace Nifikral {
