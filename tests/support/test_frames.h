@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <ostream>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -76,13 +79,8 @@ class TestFrame final : public IRawVideoFrame {
         Grid grid;
         for (unsigned y = 0; y < m_planes.at(plane).rows; ++y) {
             auto& row = grid.emplace_back();
-            const unsigned char* at = RowStart(plane, y);
-            const unsigned size = SampleBytes();
-            for (unsigned x = 0; x + size <= m_planes[plane].rowBytes; x += size) {
-                unsigned value = 0;
-                for (unsigned byte = size; byte-- > 0;) value = value << 8 | at[x + byte];
-                row.push_back(value);
-            }
+            for (unsigned x = 0; x + SampleBytes() <= m_planes[plane].rowBytes; x += SampleBytes())
+                row.push_back(Value(RowStart(plane, y) + x, SampleBytes()));
         }
         return grid;
     }
@@ -109,15 +107,16 @@ class TestFrame final : public IRawVideoFrame {
             if (!plane.memory.GuardIntact()) return false;
         return true;
     }
-    /// Every byte of every plane, padding and guards included.
+    /// Compares all bytes, padding and guards included, each with a tolerance. Empty if they agree, else where the
+    /// first difference lies, what was expected and found there, and how many samples differ.
+    std::string DifferenceFrom(const TestFrame& expected, int tolerance = 0) const;
+    /// Compares the same; a test that fails prints the difference with the frame on the left.
     bool operator==(const TestFrame& other) const {
-        if (m_planes.size() != other.m_planes.size()) return false;
-        for (std::size_t i = 0; i < m_planes.size(); ++i)
-            if (!(m_planes[i].memory == other.m_planes[i].memory)) return false;
-        return true;
+        m_difference = DifferenceFrom(other);
+        return m_difference.empty();
     }
     friend void PrintTo(const TestFrame& frame, std::ostream* out) {
-        *out << "format " << frame.m_code << ", " << frame.m_width << "x" << frame.m_height;
+        *out << "format " << frame.m_code << ", " << frame.m_width << "x" << frame.m_height << frame.m_difference;
     }
 
     unsigned GetPixelFormat() override { return m_code; }
@@ -164,6 +163,11 @@ class TestFrame final : public IRawVideoFrame {
         unsigned rowBytes, pitch, rows;
         GuardedMemory memory;
     };
+    static unsigned Value(const unsigned char* bytes, unsigned count) {
+        unsigned value = 0;
+        while (count-- > 0) value = value << 8 | bytes[count];
+        return value;
+    }
     unsigned SampleBytes() const { return m_info.planes[0].bytes; }
     unsigned char* RowStart(unsigned plane, std::size_t y) const {
         return m_planes.at(plane).memory.data() + y * m_planes[plane].pitch;
@@ -173,7 +177,33 @@ class TestFrame final : public IRawVideoFrame {
     unsigned m_code, m_width, m_height;
     int m_timeStamp = 0;
     std::vector<Plane> m_planes;
+    mutable std::string m_difference;
 };
+
+inline std::string TestFrame::DifferenceFrom(const TestFrame& expected, int tolerance) const {
+    if (m_code != expected.m_code || m_width != expected.m_width || m_height != expected.m_height)
+        return ": the other is " + testing::PrintToString(expected);
+    std::ostringstream text;
+    std::size_t differing = 0;
+    for (unsigned p = 0; p < m_planes.size(); ++p) {
+        const Plane &plane = m_planes[p], &other = expected.m_planes[p];
+        if (!plane.memory.GuardIntact()) return ": written outside plane " + std::to_string(p);
+        if (plane.pitch != other.pitch || plane.rows != other.rows) return ": the planes lie in another way";
+        if (plane.memory == other.memory) continue;
+        for (unsigned y = 0; y < plane.rows; ++y)
+            for (unsigned at = 0, size; at < plane.pitch; at += size) {
+                size = at < plane.rowBytes ? SampleBytes() : 1;
+                const unsigned char *const found = RowStart(p, y) + at, *const wanted = expected.RowStart(p, y) + at;
+                const auto agrees = [=](unsigned char a, unsigned char b) { return std::abs(a - b) <= tolerance; };
+                if (std::equal(found, found + size, wanted, agrees) || differing++ > 0) continue;
+                text << ": plane " << p << ", x " << at / SampleBytes() << ", y " << y
+                     << (at < plane.rowBytes ? "" : " (padding)") << std::hex << ": expected 0x" << Value(wanted, size)
+                     << ", found 0x" << Value(found, size) << std::dec;
+            }
+    }
+    if (differing) text << "; " << differing << " differ";
+    return text.str();
+}
 
 struct FreeEffect {
     void operator()(IVideoProc* effect) const { effect->Free(); }
