@@ -17,8 +17,12 @@ void InstallSignalHandlers() {
     struct sigaction action = {};
     action.sa_handler = OnSignal;         // without SA_RESTART: a read that waits for a pipe ends
     action.sa_flags = int(SA_RESETHAND);  // a second signal ends the program at once
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        sigaction(signal, &action, &before);
+        // As nohup and shells in the background ask for.
+        if (before.sa_handler == SIG_IGN) sigaction(signal, &before, nullptr);
+    }
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
@@ -26,7 +30,7 @@ void InstallSignalHandlers() {
 bool IsInterrupted() { return interrupted; }
 
 void ThrowIfInterrupted() {
-    if (interrupted) throw HostError(ExitCode::Interrupted, "interrupted; no output was kept");
+    if (interrupted) throw HostError(ExitCode::Interrupted, "interrupted");
 }
 
 }  // namespace Nifikral

@@ -2,7 +2,8 @@
 
 namespace Nifikral {
 
-/// SIGINT and SIGTERM ask the run to stop; broken pipes and file size limits become ordinary write errors.
+/// SIGINT, SIGTERM and SIGHUP, unless ignored, ask the run to stop; broken pipes and file size limits become ordinary
+/// write errors.
 void InstallSignalHandlers();
 bool IsInterrupted();
 /// Throws the error that ends an interrupted run, if it is one.

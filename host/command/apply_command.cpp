@@ -8,7 +8,8 @@
 namespace Nifikral {
 
 void AddApply(CommandLine& line) {
-    CLI::App* const apply = line.app.add_subcommand("apply", "put effects on a picture or a video");
+    CLI::App* const apply =
+        line.app.add_subcommand("apply", "put effects on a picture or a video")->group(makingCommands);
     apply->footer("Pictures are turned upright first, so that coordinates mean what the viewer sees.");
     const auto given = std::make_shared<ApplyOptions>();
     ApplyOptions& options = *given;

@@ -1,13 +1,20 @@
 #include "host/command/command_line.h"
 
+#include <algorithm>
+
+#include "host/base/errors.h"
+#include "host/base/nearest_names.h"
+#include "host/base/standard_output.h"
 #include "host/base/version.h"
 #include "host/command/apply_command.h"
+#include "host/command/common_options.h"
 #include "host/command/listing_commands.h"
 #include "host/command/menu_commands.h"
 #include "host/command/page_commands.h"
 #include "host/command/plan_commands.h"
 #include "host/command/slideshow_command.h"
 #include "host/command/title_command.h"
+#include "host/pages/help.h"
 
 namespace Nifikral {
 namespace {
@@ -42,7 +49,7 @@ OptionDescription Describe(const CLI::Option& option, const std::vector<std::str
 }
 
 CommandDescription Describe(const CLI::App& app, const std::map<const CLI::Option*, std::vector<std::string>>& words) {
-    CommandDescription told{app.get_name(), app.get_description(), app.get_footer(), {}};
+    CommandDescription told{app.get_name(), app.get_description(), app.get_footer(), app.get_group(), {}, {}};
     for (const CLI::Option* const option : app.get_options()) {
         const auto known = words.find(option);
         told.options.push_back(Describe(*option, known == words.end() ? std::vector<std::string>() : known->second));
@@ -50,27 +57,80 @@ CommandDescription Describe(const CLI::App& app, const std::map<const CLI::Optio
     return told;
 }
 
+void AddHelp(CommandLine& line) {
+    CLI::App* const help = line.app.add_subcommand("help", "describe a command")->group(otherCommands);
+    // Parse has it done by --help.
+    Take(line, help->add_option("COMMAND", "which"), {});
+}
+
 }  // namespace
 
 CommandLine::CommandLine() : app("video effects and disc menus for pictures and videos", "nifikral") {
     app.require_subcommand(1);
-    app.set_version_flag("--version", "nifikral " + std::string(Version()), "tell the version");
-    app.set_help_flag("-h,--help", "tell the usage");
-    for (const auto add : {AddApply, AddMenu, AddSlideshow, AddTitle, AddInit, AddGallery, AddReference, AddPlan,
-                           AddConcat, AddListings, AddGenerate})
+    app.set_version_flag("--version", "nifikral " + std::string(Version()), "print the version");
+    app.set_help_flag("-h,--help", "print the usage");
+    for (const auto add : {AddApply, AddTitle, AddSlideshow, AddMenu, AddInit, AddListings, AddGallery, AddReference,
+                           AddPlan, AddConcat, AddGenerate, AddHelp})
         add(*this);
     // Last: subcommands that are added later would inherit it.
     app.footer(
+        "nifikral COMMAND --help describes a command. For example:\n"
+        "  nifikral apply holiday.mp4 old.mp4 aged_film\n"
+        "  nifikral slideshow holiday -o film.mp4\n"
         "Exit codes: 0 done, 1 failed while running, 2 wrong usage, 3 input unreadable, 4 output not writable, 130 "
         "interrupted.");
+}
+
+bool CommandLine::Parse(std::vector<std::string> words) {
+    std::vector<std::string> names;
+    for (const CommandDescription& command : Commands()) names.push_back(command.name);
+    if (!words.empty() && words[0] == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    const std::string first = words.empty() ? "" : words[0];
+    const bool known = std::find(names.begin(), names.end(), first) != names.end();
+    if (first.empty()) throw HostError(ExitCode::Usage, "no command is given; nifikral --help lists them");
+    if (!known && first[0] != '-')
+        throw HostError(ExitCode::Usage, "there is no command \"" + first + "\"" + DidYouMean(first, names) +
+                                             "; nifikral --help lists them");
+    const std::string help = known ? "nifikral " + first + " --help" : "nifikral --help";
+    try {
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+        return true;
+    } catch (const CLI::CallForHelp&) {
+        if (!known) PrintResult(HelpOverview(Whole(), Commands()));
+        for (const CommandDescription& command : Commands())
+            if (command.name == first) PrintResult(HelpOn(command));
+        return false;
+    } catch (const CLI::Success& asked) {
+        PrintResult(std::string(asked.what()) + "\n");
+        return false;
+    } catch (const CLI::ExtrasError& error) {
+        const std::string extra = app.remaining(true).front();
+        if (!known || extra[0] != '-') throw HostError(ExitCode::Usage, std::string(error.what()) + "; see " + help);
+        std::vector<std::string> options;
+        for (const CLI::Option* const option : app.get_subcommand(first)->get_options())
+            for (const std::string& name : option->get_lnames()) options.push_back("--" + name);
+        throw HostError(ExitCode::Usage,
+                        first + " has no option " + extra + DidYouMean(extra, options) + "; " + help + " lists them");
+    } catch (const CLI::ParseError& error) {
+        throw HostError(ExitCode::Usage, std::string(error.what()) + "; " + help + " describes it");
+    }
 }
 
 CommandDescription CommandLine::Whole() const { return Describe(app, words); }
 
 std::vector<CommandDescription> CommandLine::Commands() const {
     std::vector<CommandDescription> commands;
-    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; }))
+    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
         commands.push_back(Describe(*command, words));
+        if (command == plan || command == concat)
+            for (const auto& [run, options] : runs) commands.back().follows.push_back(run->get_name());
+    }
+    for (CommandDescription& command : commands)
+        if (command.name == "help")
+            for (const CommandDescription& other : commands) command.options.back().words.push_back(other.name);
     return commands;
 }
 

@@ -19,6 +19,9 @@ struct CommandLine {
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;
 
+    /// Reads the words behind the program; false when they only asked for help or the version, which is printed. Throws
+    /// usage errors.
+    bool Parse(std::vector<std::string> words);
     /// The command without a subcommand, and each subcommand.
     CommandDescription Whole() const;
     std::vector<CommandDescription> Commands() const;

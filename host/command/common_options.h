@@ -7,6 +7,10 @@
 /// What several subcommands take.
 namespace Nifikral {
 
+/// The groups of commands in the overview.
+inline constexpr char makingCommands[] = "Make pictures and films", findingCommands[] = "Find effects",
+                      sharingCommands[] = "Share a long run out", otherCommands[] = "More";
+
 /// Words for an option, named in its help: "fit: pad, crop or blur".
 void Take(CommandLine& line, CLI::Option* option, const std::vector<std::string>& words);
 /// The words that a text parameter of an effect takes, and the range that a number makes sense in.

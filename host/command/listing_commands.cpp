@@ -1,8 +1,8 @@
 #include "host/command/listing_commands.h"
 
-#include <iostream>
 #include <memory>
 
+#include "host/base/standard_output.h"
 #include "host/command/common_options.h"
 #include "host/pages/listing.h"
 
@@ -14,16 +14,16 @@ void AddListings(CommandLine& line) {
         bool json = false;
     };
     const auto given = std::make_shared<Given>();
-    CLI::App* const list = line.app.add_subcommand("list", "list the effects");
-    CLI::App* const info = line.app.add_subcommand("info", "tell an effect's parameters");
+    CLI::App* const list = line.app.add_subcommand("list", "list the effects")->group(findingCommands);
+    CLI::App* const info = line.app.add_subcommand("info", "tell an effect's parameters")->group(findingCommands);
     info->add_option("NAME", given->effect, "the effect's name")->required();
     for (CLI::App* const command : {list, info}) {
         command->add_flag("--json", given->json, "as JSON (nifikral generate schema tells its form)");
         AddCommonOptions(*command, line);
     }
-    line.work[list] = [given](const EffectModule& module) { std::cout << ListEffects(module, given->json); };
+    line.work[list] = [given](const EffectModule& module) { PrintResult(ListEffects(module, given->json)); };
     line.work[info] = [given](const EffectModule& module) {
-        std::cout << DescribeEffect(module, given->effect, given->json);
+        PrintResult(DescribeEffect(module, given->effect, given->json));
     };
 }
 

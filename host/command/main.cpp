@@ -2,17 +2,17 @@
 
 #include <malloc.h>
 
-#include <iostream>
-
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
 #include "host/base/progress.h"
+#include "host/base/standard_output.h"
 #include "host/command/command_line.h"
 #include "host/command/cpu_features.h"
 #include "host/films/media_manager.h"
 #include "host/media/ffmpeg_log.h"
 #include "host/run/chunks.h"
+#include "host/run/run.h"
 
 namespace {
 
@@ -29,19 +29,13 @@ struct Purpose {
 // `words`: the command line behind the program.
 int Run(const std::string& program, const Words& words, const Purpose& purpose) {
     CommandLine line;
-    try {
-        line.app.parse(Words(words.rbegin(), words.rend()));
-    } catch (const CLI::Success& told) {
-        return line.app.exit(told);
-    } catch (const CLI::ParseError& error) {
-        throw HostError(ExitCode::Usage, std::string(error.what()) + "; nifikral --help tells the usage");
-    }
+    if (!line.Parse(words)) return 0;
     const CLI::App* const command = line.app.get_subcommands().front();
     if (command == line.plan) {
         const Words run = command->remaining();
         return Run(program, run, {"plan", [&](RunOptions& options) {
                                       options.reportFrames = [&, output = options.output](const FrameRange& frames) {
-                                          std::cout << PlanRun(line.planning, program, run, output, frames);
+                                          PrintResult(PlanRun(line.planning, program, run, output, frames));
                                       };
                                   }});
     }
@@ -55,6 +49,7 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     if (run != line.runs.end()) {
         run->second->output.mark = RunMark(words);
         if (purpose.prepare) purpose.prepare(*run->second);
+        ClearLeftovers(*run->second);
     }
     if (!line.progress.empty() && line.progress != "line" && line.progress != "json")
         throw HostError(ExitCode::Usage, "--progress " + line.progress + " is none; give line or json");

@@ -11,7 +11,8 @@
 namespace Nifikral {
 
 void AddMenu(CommandLine& line) {
-    CLI::App* const menu = line.app.add_subcommand("menu", "make a disc menu from a project file");
+    CLI::App* const menu =
+        line.app.add_subcommand("menu", "make a disc menu from a project file")->group(makingCommands);
     const auto given = std::make_shared<MenuOptions>();
     MenuOptions& options = *given;
     menu->add_option("TEMPLATE", options.templateName, "the menu's template; nifikral list shows all")->required();
@@ -23,7 +24,8 @@ void AddMenu(CommandLine& line) {
 }
 
 void AddInit(CommandLine& line) {
-    CLI::App* const init = line.app.add_subcommand("init", "write an example project with its pictures");
+    CLI::App* const init =
+        line.app.add_subcommand("init", "write an example project with its pictures")->group(makingCommands);
     const auto given = std::make_shared<InitOptions>();
     InitOptions& options = *given;
     init->add_option("TEMPLATE", options.templateName, "the template that it is for; nifikral list shows all")

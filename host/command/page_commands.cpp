@@ -1,8 +1,8 @@
 #include "host/command/page_commands.h"
 
-#include <iostream>
 #include <memory>
 
+#include "host/base/standard_output.h"
 #include "host/command/common_options.h"
 #include "host/pages/documents.h"
 #include "host/pages/gallery.h"
@@ -11,7 +11,8 @@
 namespace Nifikral {
 
 void AddGallery(CommandLine& line) {
-    CLI::App* const gallery = line.app.add_subcommand("gallery", "show a photograph under every effect on a web page");
+    CLI::App* const gallery = line.app.add_subcommand("gallery", "show a photograph under every effect on a web page")
+                                  ->group(findingCommands);
     const auto given = std::make_shared<GalleryOptions>();
     gallery->add_option("PHOTO", given->photograph, "a picture, or a video, of which the first frame is taken")
         ->required();
@@ -26,7 +27,8 @@ void AddGallery(CommandLine& line) {
 
 void AddReference(CommandLine& line) {
     CLI::App* const reference =
-        line.app.add_subcommand("reference", "show all effects and menus, with all parameters, on one page");
+        line.app.add_subcommand("reference", "show all effects and menus, with all parameters, on one page")
+            ->group(findingCommands);
     const auto given = std::make_shared<ReferenceOptions>();
     reference->add_option("PHOTO", given->photograph, "a picture that the effects are shown on")->required();
     reference->add_option("-o,--output", given->page, "the page, which holds its pictures itself")
@@ -40,7 +42,8 @@ void AddReference(CommandLine& line) {
 
 void AddGenerate(CommandLine& line) {
     CLI::App* const generate =
-        line.app.add_subcommand("generate", "print what is made from all that is known of effects");
+        line.app.add_subcommand("generate", "print what is made from all that is known of effects")
+            ->group(otherCommands);
     const auto document = std::make_shared<std::string>();
     Take(line, generate->add_option("DOCUMENT", *document, "which")->required(), DocumentNames());
     generate->footer(
@@ -48,7 +51,7 @@ void AddGenerate(CommandLine& line) {
         "<(nifikral generate bash).");
     AddCommonOptions(*generate, line);
     line.work[generate] = [document, &line](const EffectModule& module) {
-        std::cout << MakeDocument(*document, line.Whole(), line.Commands(), AllEffects(module));
+        PrintResult(MakeDocument(*document, line.Whole(), line.Commands(), AllEffects(module)));
     };
 }
 

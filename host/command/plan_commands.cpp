@@ -5,7 +5,8 @@
 namespace Nifikral {
 
 void AddPlan(CommandLine& line) {
-    line.plan = line.app.add_subcommand("plan", "print command lines that share a run out to several machines");
+    line.plan = line.app.add_subcommand("plan", "print command lines that share a run out to several machines")
+                    ->group(sharingCommands);
     line.plan->add_option("--chunks", line.planning.chunks, "how many")
         ->capture_default_str()
         ->check(CLI::Range(1, 100000));
@@ -20,7 +21,8 @@ void AddPlan(CommandLine& line) {
 
 void AddConcat(CommandLine& line) {
     line.concat =
-        line.app.add_subcommand("concat", "join the chunks of a run, without coding them again, and add the sound");
+        line.app.add_subcommand("concat", "join the chunks of a run, without coding them again, and add the sound")
+            ->group(sharingCommands);
     line.concat->add_option("--last", line.lastFrame, "the run's last frame")
         ->required()
         ->check(CLI::NonNegativeNumber);

@@ -8,7 +8,7 @@
 namespace Nifikral {
 
 void AddSlideshow(CommandLine& line) {
-    CLI::App* const show = line.app.add_subcommand("slideshow", "make a film of pictures");
+    CLI::App* const show = line.app.add_subcommand("slideshow", "make a film of pictures")->group(makingCommands);
     const auto given = std::make_shared<SlideshowOptions>();
     SlideshowOptions& options = *given;
     constexpr double longest = 86400;

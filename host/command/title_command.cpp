@@ -8,7 +8,8 @@
 namespace Nifikral {
 
 void AddTitle(CommandLine& line) {
-    CLI::App* const title = line.app.add_subcommand("title", "put a title over a picture or a video");
+    CLI::App* const title =
+        line.app.add_subcommand("title", "put a title over a picture or a video")->group(makingCommands);
     const auto given = std::make_shared<TitleOptions>();
     TitleOptions& options = *given;
     constexpr double longest = 86400;

@@ -26,7 +26,7 @@ bool Faults::Tell(const std::string& item, const std::string& what) {
          end = end ? item.rfind('.', end - 1) : std::string::npos)
         if (m_items.contains(item.substr(0, end))) return false;
     m_items.insert(item);
-    m_lines.push_back(m_project + ": " + item + ": " + what);
+    m_lines.push_back((m_project.empty() ? "" : m_project + ": ") + item + ": " + what);
     return true;
 }
 

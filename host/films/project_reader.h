@@ -17,6 +17,7 @@ using Json = nlohmann::ordered_json;
 /// only the first fault is told: what is found there later follows from it.
 class Faults {
  public:
+    /// `project`: its file's name; empty where the items are options.
     explicit Faults(std::string project) : m_project(std::move(project)) {}
 
     /// "PROJECT: ITEM: WHAT".

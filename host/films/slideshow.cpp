@@ -32,7 +32,7 @@ AVRational ReadFrameRate(const std::string& text) {
     const char* const end = text.data() + text.size();
     const bool plain = std::from_chars(text.data(), end, number).ptr == end;
     const Json json = plain ? Json(number) : Json(text);
-    Faults faults("nifikral");
+    Faults faults("");
     const AVRational rate = ProjectItem(&json, "--rate", faults).FrameRate();
     faults.ThrowIfAny();
     return rate;

@@ -60,6 +60,8 @@ class MediaSink {
     /// A picture that is coded already; its times are in `timeBase`.
     virtual void WriteCoded(PacketPtr, AVRational /*timeBase*/) {}
     virtual void Finish() = 0;
+    /// What is left of the output when Finish is not reached.
+    virtual std::string Kept() const { return "no output was kept"; }
 };
 
 /// Whether OpenSink makes a sink for stills of this.

@@ -12,8 +12,12 @@ void CheckOutputPath(const std::string& path, bool overwrite);
 /// Throws an output error for a failed write; `error` is FFmpeg's or a negative errno.
 [[noreturn]] void ThrowWriteError(const std::string& path, int error);
 
+/// Removes the part files in an output's folder that no running program owns: what a kill or a crash has left there.
+void ClearDeadParts(const std::string& path);
+
 /// A file that stands under its final name only when it is complete: until Commit it is a part file beside it, which
-/// goes away with this object. Something that is no regular file (a device) is written directly.
+/// goes away with this object. A link to a file is followed. Something that is no regular file (a device) is written
+/// directly.
 class PartFile {
  public:
     PartFile(const std::string& path, bool overwrite);
@@ -22,14 +26,15 @@ class PartFile {
     PartFile& operator=(const PartFile&) = delete;
 
     const std::string& Path() const { return m_part; }
-    const std::string& FinalPath() const { return m_final; }
-    /// Makes `bytes` the whole content. Throws an output error.
+    /// Appends bytes. Throws an output error.
     void Write(std::string_view bytes) const;
-    void Commit();
+    /// Gives the file its name, once it is on the disk for sure. Without `sure`, a loss of power may leave it empty.
+    void Commit(bool sure = true);
 
  private:
-    std::string m_final, m_part;
-    bool m_overwrite, m_direct, m_committed = false;
+    std::string m_name, m_final, m_part;
+    bool m_overwrite, m_committed = false;
+    int m_lock = -1;  // the open part file, whose lock says that it is alive; else -1
 };
 
 }  // namespace Nifikral

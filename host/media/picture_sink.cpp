@@ -42,15 +42,24 @@ class PictureSink final : public MediaSink {
         if (m_single) m_single->Commit();
     }
 
+    std::string Kept() const override {
+        if (!m_sequence || m_stored == 0) return MediaSink::Kept();
+        return "the pictures up to " + m_last + " stay (" + std::to_string(m_stored) + " of them)";
+    }
+
  private:
     void Store(const AVPacket& packet) {
-        auto file = std::make_unique<PartFile>(m_sequence ? NumberedPath(m_options.path, packet.pts) : m_options.path,
-                                               m_options.overwrite);
+        const std::string path = m_sequence ? NumberedPath(m_options.path, packet.pts) : m_options.path;
+        auto file = std::make_unique<PartFile>(path, m_options.overwrite);
         file->Write({reinterpret_cast<const char*>(packet.data), std::size_t(packet.size)});
-        if (m_sequence)
-            file->Commit();
-        else
+        if (!m_sequence) {
             m_single = std::move(file);
+            return;
+        }
+        // Waiting for the disk each time would take as long as all the rest.
+        file->Commit(false);
+        m_last = path;
+        ++m_stored;
     }
 
     std::string NumberedName() const {
@@ -87,6 +96,8 @@ class PictureSink final : public MediaSink {
     Encoder m_encoder;
     long long m_frames = 0;
     std::unique_ptr<PartFile> m_single;
+    std::string m_last;  // of the numbered files that stand under their names
+    long long m_stored = 0;
 };
 
 }  // namespace

@@ -128,6 +128,8 @@ class VideoSink final : public MediaSink {
         if (m_part) m_part->Commit();
     }
 
+    std::string Kept() const override { return m_part ? MediaSink::Kept() : "what went to stdout ends early"; }
+
  private:
     struct AudioStream {
         int from;

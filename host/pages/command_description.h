@@ -19,7 +19,9 @@ struct OptionDescription {
 /// One subcommand, or the command as a whole, whose options are those that stand before a subcommand.
 struct CommandDescription {
     std::string name, summary, footer;
+    std::string group;                       ///< the heading that it stands under
     std::vector<OptionDescription> options;  ///< in the order of the help
+    std::vector<std::string> follows;        ///< the commands whose whole line stands behind its own options; or none
 };
 
 }  // namespace Nifikral

@@ -77,6 +77,7 @@ std::string SourceArms(std::span<const CommandDescription> commands) {
     std::string arms;
     for (const CommandDescription& command : commands) {
         int place = 0;
+        if (!command.follows.empty()) arms += Arm(command.name + " 1", Joined(command.follows));
         for (const OptionDescription& option : command.options) {
             if (option.IsPositional()) {
                 arms += Arm(command.name + " " + std::to_string(++place), Source(option));
@@ -110,6 +111,14 @@ std::string ValueArms(std::span<const EffectDetails> effects) {
     });
 }
 
+// The commands behind whose options another one stands, between blanks.
+std::string Prefixes(std::span<const CommandDescription> commands) {
+    std::string names = " ";
+    for (const CommandDescription& command : commands)
+        if (!command.follows.empty()) names += command.name + " ";
+    return names;
+}
+
 std::string NameOnly(const std::string& name, const char*) { return name + " "; }
 
 constexpr char bashLogic[] = R"bash(
@@ -122,7 +131,9 @@ _nifikral() {
     word=${words[-1]}
     ((${#words[@]} > 2)) && command=${words[1]}
     for ((i = 2; i < ${#words[@]} - 1; ++i)); do
-        if [[ ${words[i]} != -?* ]]; then
+        if [[ ${words[i]} != -?* && $_nifikral_prefixes == *" $command "* ]]; then
+            command=${words[i]}
+        elif [[ ${words[i]} != -?* ]]; then
             ((++place))
         elif [[ -n $(_nifikral_source "$command ${words[i]}") ]]; then
             ((++i))
@@ -172,7 +183,9 @@ _nifikral() {
     local -a candidates
     ((CURRENT > 2)) && command=${words[2]}
     for ((i = 3; i < CURRENT; ++i)); do
-        if [[ ${words[i]} != -?* ]]; then
+        if [[ ${words[i]} != -?* && $_nifikral_prefixes == *" $command "* ]]; then
+            command=${words[i]}
+        elif [[ ${words[i]} != -?* ]]; then
             ((++place))
         elif [[ -n $(_nifikral_source "$command ${words[i]}") ]]; then
             ((++i))
@@ -260,6 +273,7 @@ std::string BashCompletion(std::span<const CommandDescription> commands, std::sp
     const auto function = [](const char* name, const std::string& arms) {
         return std::string("_nifikral_") + name + "() {\n    case $1 in\n" + arms + "    esac\n}\n";
     };
+    script += "_nifikral_prefixes='" + Prefixes(commands) + "'\n";
     return script + function("options", options + Arm("", "--help --version")) +
            function("source", SourceArms(commands)) + function("parameters", ParameterArms(effects)) +
            function("values", ValueArms(effects)) + bashLogic;
@@ -285,10 +299,11 @@ std::string ZshCompletion(std::span<const CommandDescription> commands, std::spa
         options += Arm(command.name, entries);
     }
     return "#compdef nifikral\ntypeset -ga _nifikral_commands _nifikral_effects _nifikral_templates _nifikral_names\n" +
-           list("commands", names) + list("effects", Effects(effects, IsForApply, entry)) +
-           list("templates", Effects(effects, IsMenu, entry)) + list("names", Effects(effects, IsAny, entry)) +
-           function("options", options) + function("source", SourceArms(commands)) +
-           function("parameters", ParameterArms(effects)) + function("values", ValueArms(effects)) + zshLogic;
+           std::string("typeset -g _nifikral_prefixes='") + Prefixes(commands) + "'\n" + list("commands", names) +
+           list("effects", Effects(effects, IsForApply, entry)) + list("templates", Effects(effects, IsMenu, entry)) +
+           list("names", Effects(effects, IsAny, entry)) + function("options", options) +
+           function("source", SourceArms(commands)) + function("parameters", ParameterArms(effects)) +
+           function("values", ValueArms(effects)) + zshLogic;
 }
 
 std::string FishCompletion(std::span<const CommandDescription> commands, std::span<const EffectDetails> effects) {
@@ -325,7 +340,11 @@ std::string FishCompletion(std::span<const CommandDescription> commands, std::sp
     for (const CommandDescription& command : commands) {
         script += "complete -c nifikral -n __fish_use_subcommand -a " + command.name + " -d " +
                   Quoted(command.summary) + "\n";
-        const std::string only = "complete -c nifikral -n '__fish_seen_subcommand_from " + command.name + "'";
+        const std::string rest = "__fish_seen_subcommand_from " + command.name;
+        if (!command.follows.empty())
+            script += "complete -c nifikral -n '" + rest + "; and not __fish_seen_subcommand_from " +
+                      Joined(command.follows) + "' -f -a " + Quoted(Joined(command.follows)) + "\n";
+        const std::string only = "complete -c nifikral -n '" + rest + "'";
         for (const OptionDescription& option : command.options) {
             const std::string source = Source(option);
             const bool completes = source != "@file" && source != "@text";

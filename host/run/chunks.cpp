@@ -166,7 +166,8 @@ bool IsMadeAlready(const OutputOptions& output, const FrameRange& frames) {
     std::error_code error;
     if (IsNumberedOutput(output)) {
         for (long long number = frames.first; number <= frames.last; ++number)
-            if (!fs::exists(NumberedPath(output.path, number), error)) return false;
+            if (const auto size = fs::file_size(NumberedPath(output.path, number), error); error || size == 0)
+                return false;
         return true;
     }
     const std::string path = output.chunk ? ChunkPath(output.path, frames) : output.path;
@@ -202,6 +203,10 @@ void JoinChunks(const OutputOptions& output, const FrameRange& frames,
     }
     writeAudio(std::numeric_limits<double>::infinity());
     sink.Finish();
+    std::error_code error;
+    for (const Chunk& chunk : chunks) fs::remove(chunk.path, error);
+    // Unless something of the user's lies there as well.
+    fs::remove(ChunkFolder(output.path), error);
 }
 
 }  // namespace Nifikral

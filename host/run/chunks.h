@@ -19,7 +19,8 @@ std::string RunMark(const std::vector<std::string>& words);
 /// many.
 bool IsMadeAlready(const OutputOptions& output, const FrameRange& frames);
 
-/// Writes the chunks of `frames`, in order, with the sound that `audioUntil` brings up to a time in seconds or further.
+/// Writes the chunks of `frames`, in order, with the sound that `audioUntil` brings up to a time in seconds or further,
+/// and removes them.
 /// Throws input errors that name a chunk which is missing, incomplete or of another run.
 void JoinChunks(const OutputOptions& output, const FrameRange& frames,
                 const std::function<std::vector<PacketPtr>(double)>& audioUntil, MediaSink& sink);

@@ -127,6 +127,8 @@ std::string PlanRun(const PlanOptions& options, const std::string& program, cons
     if (!IsPictureOutput(output)) {
         plan.join = {program, "concat", "--last", std::to_string(frames.last)};
         plan.join.insert(plan.join.end(), words.begin(), words.end());
+        // So that the whole plan can be run again. What is to be overwritten is never taken for complete.
+        if (!output.overwrite) plan.join.insert(plan.join.begin() + 5, "--skip-existing");
     }
     for (const auto& [name, print] : forms)
         if (options.format == name) return print(plan);

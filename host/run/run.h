@@ -9,4 +9,7 @@ namespace Nifikral {
 /// more, looks whether it is there already, describes it or counts its frames. Throws host errors.
 void MakeRun(const RunOptions& options, const FramesOfRun& frames, PictureMaker& maker);
 
+/// Removes what runs that were killed have left beside the output.
+void ClearLeftovers(const RunOptions& options);
+
 }  // namespace Nifikral

@@ -4,8 +4,8 @@
 #include <csignal>
 #include <thread>
 
-#include "host/run/effect_request.h"
 #include "host/base/errors.h"
+#include "host/run/effect_request.h"
 
 namespace Nifikral {
 namespace {
@@ -105,26 +105,123 @@ TEST_F(BadInputs, AFullDiskLeavesNoHalfFile) {
     }
 }
 
-TEST_F(BadInputs, AnInterruptLeavesNoHalfFile) {
-    Ffmpeg("-f lavfi -i testsrc2=size=320x240:duration=2 -pix_fmt yuv420p in.y4m");
-    const std::string clip = ReadFile(folder / "in.y4m");
-    const std::set<std::string> before = Files();
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    const pid_t child = Start({NIFIKRAL_PROGRAM, "apply", "-", "out.nut", "gray"}, ends[0], [&] { close(ends[1]); });
-    close(ends[0]);
-    // Less than the whole clip: the command has begun its output and waits for more.
-    const std::size_t half = clip.size() / 2;
-    ASSERT_EQ(write(ends[1], clip.data(), half), ssize_t(half));
-    for (int i = 0; i < 500 && Files().size() == before.size(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_GT(Files().size(), before.size()) << "no part file was begun";
-    EXPECT_FALSE(Files().contains("out.nut"));
-    kill(child, SIGINT);
-    const Outcome outcome = Wait(child);
-    close(ends[1]);
-    EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
-    EXPECT_EQ(Files(), before);
+class Interrupts : public BadInputs {
+ protected:
+    // A run whose input never comes to its end. Returns when `begun` holds.
+    void Begin(const std::string& arguments, const std::function<bool()>& begun) {
+        Ffmpeg("-f lavfi -i testsrc2=size=320x240:duration=2 -pix_fmt yuv420p in.y4m");
+        const std::string clip = ReadFile(folder / "in.y4m");
+        int ends[2];
+        ASSERT_EQ(pipe(ends), 0);
+        m_child = Start(Words(NIFIKRAL_PROGRAM " apply - " + arguments), ends[0], [&] { close(ends[1]); });
+        close(ends[0]);
+        m_input = ends[1];
+        ASSERT_EQ(write(m_input, clip.data(), clip.size() / 2), ssize_t(clip.size() / 2));
+        for (int i = 0; i < 500 && !begun(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_TRUE(begun());
+    }
+    Outcome End(int signal) {
+        kill(m_child, signal);
+        const Outcome outcome = Wait(m_child);
+        close(m_input);
+        return outcome;
+    }
+    std::size_t Parts() const {
+        const std::set<std::string> files = Files();
+        return std::size_t(
+            std::count_if(files.begin(), files.end(), [](const std::string& name) { return name.ends_with(".part"); }));
+    }
+
+ private:
+    pid_t m_child = 0;
+    int m_input = -1;
+};
+
+TEST_F(Interrupts, LeaveNoHalfFile) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        Begin("out.nut gray", [&] { return Parts() == 1; });
+        EXPECT_FALSE(Files().contains("out.nut"));
+        const Outcome outcome = End(signal);
+        EXPECT_EQ(outcome.exitCode, 130) << signal << outcome.errors;
+        EXPECT_EQ(outcome.errors, "nifikral: error: interrupted; no output was kept\n");
+        EXPECT_EQ(Files(), std::set<std::string>{"in.y4m"}) << signal;
+    }
+}
+
+TEST_F(Interrupts, SayWhichPicturesStay) {
+    Begin("out_%02d.png gray --threads 1", [&] { return Files().contains("out_05.png"); });
+    const Outcome outcome = End(SIGINT);
+    const std::set<std::string> files = Files();
+    EXPECT_NE(outcome.errors.find("the pictures up to " + *files.rbegin() + " stay (" +
+                                  std::to_string(files.size() - 1) + " of them)"),
+              std::string::npos)
+        << outcome.errors;
+}
+
+TEST_F(Interrupts, OfAKilledRunAreClearedUpAndThoseOfALivingOneAreNot) {
+    Begin("out.nut gray", [&] { return Parts() == 1; });
+    EXPECT_EQ(Nifikral("apply in.y4m other.nut gray").exitCode, 0);
+    EXPECT_EQ(Parts(), 1u) << "a living run's file is gone";
+    End(SIGKILL);
+    ASSERT_EQ(Parts(), 1u);
+    std::ofstream(folder / "mine.part") << "no business of ours";
+    EXPECT_EQ(Nifikral("apply in.y4m other.nut gray -y --dry-run").exitCode, 0);
+    EXPECT_EQ(Parts(), 2u) << "a trial has changed something";
+    EXPECT_EQ(Nifikral("apply in.y4m third.nut gray").exitCode, 0);
+    EXPECT_EQ(Files(), (std::set<std::string>{"in.y4m", "mine.part", "other.nut", "third.nut"}));
+}
+
+TEST_F(BadInputs, AFullDiskOnStandardOutputIsAnError) {
+    MakeClip("in.mkv");
+    for (const std::string arguments :
+         {"list", "info rotate", "generate man", "--help", "help apply", "--version", "plan apply in.mkv out.mkv gray",
+          "apply in.mkv out.mkv gray --dry-run", "apply in.mkv - gray"}) {
+        const Outcome outcome = Wait(Start({"sh", "-c", NIFIKRAL_PROGRAM " " + arguments + " > /dev/full"}));
+        EXPECT_EQ(outcome.exitCode, 4) << arguments;
+        EXPECT_NE(outcome.errors.find("stdout cannot be written (No space left on device)"), std::string::npos)
+            << arguments << outcome.errors;
+        EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
+    }
+    // A reader that has had enough is no failure to report.
+    EXPECT_EQ(Wait(Start({"sh", "-c", NIFIKRAL_PROGRAM " generate schema | true"})).errors, "");
+}
+
+TEST_F(BadInputs, AnOutputThatIsALinkIsWrittenWhereItPoints) {
+    MakeClip("in.mkv");
+    for (const char* const target : {"elsewhere", "missing"}) std::filesystem::create_directory(folder / target);
+    std::ofstream(folder / "elsewhere/old.mkv") << "old";
+    std::filesystem::create_symlink("elsewhere/old.mkv", folder / "link.mkv");
+    std::filesystem::create_symlink("link.mkv", folder / "far.mkv");
+    std::filesystem::create_symlink("missing/new.mkv", folder / "dangling.mkv");
+    EXPECT_EQ(Nifikral("apply in.mkv far.mkv gray").exitCode, 4);
+    EXPECT_EQ(ReadFile(folder / "elsewhere/old.mkv"), "old");
+    EXPECT_EQ(Nifikral("apply in.mkv far.mkv gray -y").exitCode, 0);
+    EXPECT_EQ(Nifikral("apply in.mkv dangling.mkv gray").exitCode, 0);
+    for (const char* const link : {"far.mkv", "link.mkv", "dangling.mkv"})
+        EXPECT_TRUE(std::filesystem::is_symlink(folder / link)) << link;
+    EXPECT_GT(std::filesystem::file_size(folder / "elsewhere/old.mkv"), 1000u);
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder / "missing/new.mkv"));
+}
+
+TEST_F(BadInputs, OfCommandsAndOptionsNameWhatMayBeMeant) {
+    Expect({{"aply a b gray", 2, {"no command \"aply\"", "did you mean apply?"}},
+            {"help aply", 2, {"did you mean apply?"}},
+            {"plan slideshw a -o b", 2, {"did you mean slideshow?"}},
+            {"apply a b gray --treads 2", 2, {"apply has no option --treads", "did you mean --threads?"}},
+            {"slideshow a -o b.mp4 --rate x", 2, {"nifikral: error: --rate: is \"x\""}}});
+}
+
+TEST_F(BadInputs, HelpFitsAScreenAndLeadsOn) {
+    const std::string overview = Nifikral("--help").output;
+    EXPECT_EQ(Nifikral("help").output, overview);
+    const auto lines = std::count(overview.begin(), overview.end(), '\n');
+    EXPECT_TRUE(lines >= 24 && lines <= 40) << lines;
+    EXPECT_LT(overview.find("apply"), overview.find("concat"));
+    EXPECT_EQ(Nifikral("help apply").output, Nifikral("apply --help").output);
+    for (const std::string command : {"", "apply", "title", "slideshow", "menu", "plan"}) {
+        std::istringstream page(Nifikral(command + " --help").output);
+        for (std::string line; std::getline(page, line);) EXPECT_LE(line.size(), 80u) << command << ": " << line;
+    }
 }
 
 TEST(ParameterValueTest, MovesInStraightLinesBetweenKeyPoints) {

@@ -45,5 +45,9 @@ nifikral menu menu_comm|menu_common
 nifikral info submenu_f|submenu_festival
 nifikral generate man-|man-effects
 nifikral title x in.mp4 out.mp4 --place bottom-l|bottom-left
+nifikral plan --chunks 3 slid|slideshow
+nifikral plan --chunks 3 apply in.mp4 out.mp4 aged|aged_film
+nifikral concat --last 99 slideshow holiday --fit c|crop
+nifikral help conc|concat
 LINES
 [[ $shell != bash || $(complete_in_bash 'nifikral apply a b rotate:sc' ' :=') == 'scale=' ]]

@@ -20,7 +20,7 @@ expect_in() {
     done
     [[ $count -gt $2 ]] || { echo "only $count words were looked for in $1"; exit 1; }
 }
-"$command" --help | sed -n '/Subcommands:/,$s/^  \([a-z]*\) .*/nifikral \1/p' | expect_in man 8
+"$command" --help | sed -n 's/^  \([a-z]*\)  .*/nifikral \1/p' | expect_in man 8
 for subcommand in apply menu slideshow title gallery; do
     "$command" $subcommand --help | grep -oE -e '--[a-z-]+' | sort -u
 done | expect_in man 60

@@ -121,9 +121,29 @@ TEST_F(ChunksTest, JsonHasTheWordsOfEachCommand) {
     EXPECT_EQ(Files(), (std::set<std::string>{"clip.mkv", "out_1.png", "out_2.png", "out_3.png"}));
 }
 
+TEST_F(ChunksTest, GoAwayWhenTheyAreJoinedAndThePlanMayRunAgain) {
+    MakeClip("clip.mkv");
+    MakeInChunks("apply clip.mkv other.mkv gray");
+    const Outcome plan = Nifikral("plan --chunks 3 apply clip.mkv out.mkv gray");
+    ASSERT_EQ(Shell(plan.output).exitCode, 0);
+    EXPECT_EQ(Files(), (std::set<std::string>{"clip.mkv", "other.mkv", "out.mkv"}));
+    const auto made = std::filesystem::last_write_time(folder / "out.mkv");
+    const Outcome again = Shell(plan.output);
+    EXPECT_EQ(again.exitCode, 0) << again.errors;
+    EXPECT_EQ(std::filesystem::last_write_time(folder / "out.mkv"), made);
+    EXPECT_EQ(Files().size(), 3u);
+    // What is not one of the chunks stays.
+    ASSERT_EQ(Nifikral("apply clip.mkv out.mkv gray -y --chunk 0-23").exitCode, 0);
+    std::ofstream(folder / "out.mkv.chunks/notes.txt") << "mine";
+    ASSERT_EQ(Nifikral("concat --last 23 apply clip.mkv out.mkv gray -y").exitCode, 0);
+    EXPECT_EQ(ReadFile(folder / "out.mkv.chunks/notes.txt"), "mine");
+    EXPECT_FALSE(std::filesystem::exists(folder / "out.mkv.chunks/000000-000023.nut"));
+}
+
 TEST_F(ChunksTest, AChunkThatIsMissingIncompleteOrForeignIsNamed) {
     MakeClip("clip.mkv");
-    MakeInChunks("apply clip.mkv out.mkv gray");
+    for (const char* const chunk : {"0-7", "8-15", "16-23"})
+        ASSERT_EQ(Nifikral("apply clip.mkv out.mkv gray --chunk " + std::string(chunk)).exitCode, 0);
     const std::filesystem::path middle = folder / "out.mkv.chunks/000008-000015.nut";
     const auto refusal = [&](const std::string& words) {
         const Outcome outcome = Nifikral("concat --last 23 " + words);
@@ -146,8 +166,8 @@ TEST_F(ChunksTest, WhatIsCompleteIsSkippedAndWhatIsNotIsMadeAnew) {
     MakeClip("clip.mkv");
     for (const auto& [output, run] :
          {std::pair("out.mkv", "apply clip.mkv out.mkv gray --encoder ffv1 --skip-existing"),
-          std::pair("out.mkv.chunks/000005-000019.nut",
-                    "apply clip.mkv out.mkv gray --encoder ffv1 --skip-existing --chunk 5-19")}) {
+          std::pair("part.mkv.chunks/000005-000019.nut",
+                    "apply clip.mkv part.mkv gray --encoder ffv1 --skip-existing --chunk 5-19")}) {
         ASSERT_EQ(Nifikral(run).exitCode, 0);
         const std::string bytes = ReadFile(folder / output);
         const auto made = std::filesystem::last_write_time(folder / output);
@@ -157,6 +177,11 @@ TEST_F(ChunksTest, WhatIsCompleteIsSkippedAndWhatIsNotIsMadeAnew) {
         ASSERT_EQ(Nifikral(run).exitCode, 0);
         EXPECT_EQ(ReadFile(folder / output).size(), bytes.size());
     }
+    const std::string pictures = "apply clip.mkv out_%02d.png gray --skip-existing --frames 0-3";
+    ASSERT_EQ(Nifikral(pictures).exitCode, 0);
+    std::filesystem::resize_file(folder / "out_02.png", 0);
+    ASSERT_EQ(Nifikral(pictures).exitCode, 0);
+    EXPECT_GT(ReadFile(folder / "out_02.png").size(), 0u);
 }
 
 TEST_F(ChunksTest, ProgressComesAsALineOfJsonForEachFrame) {
