@@ -53,11 +53,7 @@ class CBasedVideoImageEffect : public CBasedVideoEffect {
     void UseInstructionSet(InstructionSet set) { m_instructionSet = set; }
 
  protected:
-    /// The variant of a plain routine for this object's instruction set.
-    template <auto routine>
-    auto Pick() const {
-        return variantsOf<routine>.For(m_instructionSet);
-    }
+    /// For choosing variants.
     InstructionSet Instructions() const { return m_instructionSet; }
 
  private:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <type_traits>
 
 #include "effects/base/frame_views.h"
 
@@ -31,5 +32,13 @@ inline SharedAxis RowsOf(const PlanarView& view, unsigned plane) {
 }
 inline SharedAxis ColumnsOf(const PackedView& view) { return {view.width, 0, view.width}; }
 inline SharedAxis RowsOf(const PackedView& view) { return {view.height, 0, view.height}; }
+
+/// Answers work(shift) with a chroma plane's shift, 0 to 2, as a constant: for routines that are compiled for each.
+template <class Work>
+auto WithConstantShift(unsigned shift, Work work) {
+    if (shift == 0) return work(std::integral_constant<unsigned, 0>{});
+    if (shift == 1) return work(std::integral_constant<unsigned, 1>{});
+    return work(std::integral_constant<unsigned, 2>{});
+}
 
 }  // namespace AVBased

@@ -69,6 +69,7 @@ void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRaw
     if (position == noPosition) position = frame->GetTimeStamp();
     const int strength = std::clamp(m_settings.strength, 0, 255);
     if (strength == 0) return;
+    const InstructionSet set = Instructions();
     const bool coloured = m_settings.colour != 0;
     const FrameHash hash(m_settings.seed, position);
     ForFrame(
@@ -76,16 +77,15 @@ void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRaw
             const auto gain = std::uint16_t(packedUnit * strength);
             for (unsigned y = 0; y < picture.height; ++y)
                 if (coloured)
-                    Pick<GrainColours>()(picture.Row(y), picture.width, hash.Row(0, y), hash.Row(1, y), hash.Row(2, y),
-                                         gain);
+                    variantsOf<GrainColours>.For(set)(picture.Row(y), picture.width, hash.Row(0, y), hash.Row(1, y),
+                                                      hash.Row(2, y), gain);
                 else
-                    Pick<GrainPixels>()(picture.Row(y), picture.width, hash.Row(0, y), gain);
+                    variantsOf<GrainPixels>.For(set)(picture.Row(y), picture.width, hash.Row(0, y), gain);
         },
         [&](const PlanarView& picture) {
             // Chroma first, while luma still is what it weighs the grain by.
-            const auto grainChroma = picture.columnShift == 0   ? Pick<GrainChroma<0>>()
-                                     : picture.columnShift == 1 ? Pick<GrainChroma<1>>()
-                                                                : Pick<GrainChroma<2>>();
+            const auto grainChroma = WithConstantShift(
+                picture.columnShift, [&](auto shift) { return variantsOf<GrainChroma<shift>>.For(set); });
             const ComponentView& luma = picture.plane[0];
             for (unsigned p = 1; p < 3 && coloured; ++p) {
                 const SharedAxis columns = ColumnsOf(picture, p), rows = RowsOf(picture, p);
@@ -94,7 +94,8 @@ void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRaw
                                 std::uint16_t(chromaUnits[picture.columnShift + picture.rowShift] * strength));
             }
             const auto gain = std::uint16_t((coloured ? colouredLumaUnit : lumaUnit) * strength);
-            for (unsigned y = 0; y < luma.height; ++y) Pick<GrainLuma>()(luma.Row(y), luma.width, hash.Row(0, y), gain);
+            for (unsigned y = 0; y < luma.height; ++y)
+                variantsOf<GrainLuma>.For(set)(luma.Row(y), luma.width, hash.Row(0, y), gain);
         },
         *frame);
 }

@@ -1,6 +1,7 @@
 #include "effects/colour/BrightnessContrastEffect.h"
 
 #include "effects/base/row_loops.h"
+#include "effects/colour/BrightnessContrastEffect_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -46,8 +47,6 @@ void ChangeTonesComponent(ComponentView plane, ToneLine line) { ForEachSample(pl
 
 }  // namespace
 
-constinit const ToneRoutines plainToneRoutines{ChangeTonesComponent, ChangeTonesRgba32, ChangeColoursRgba32};
-
 ToneLine BrightnessContrastSettings::PackedTones() const {
     return {Slope(contrast), TruncateToInt32(brightness * 255 / 100) + 127};
 }
@@ -75,22 +74,23 @@ void CBrightnessContrastEffect::FillTable() {
 }
 
 void CBrightnessContrastEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const ToneRoutines& run = Instructions() == InstructionSet::Avx2 ? avx2ToneRoutines : plainToneRoutines;
+    const InstructionSet set = Instructions();
     const bool tonesChange = m_settings.ChangesTones(), coloursChange = m_settings.saturation != 0;
     ForFrame(
         [&](PackedView picture) {
             const PackedTones tones{m_table.get(), m_settings.PackedTones(), m_settings.ColourFactor()};
             if (coloursChange)
-                run.coloursRgba32(picture, tones);
+                variantsOf<ChangeColoursRgba32, ChangeColoursRgba32Avx2>.For(set)(picture, tones);
             else if (tonesChange)
-                run.tonesRgba32(picture, tones);
+                variantsOf<ChangeTonesRgba32, ChangeTonesRgba32Avx2>.For(set)(picture, tones);
         },
         [&](const PlanarView& picture) {
-            if (tonesChange) run.component(picture.plane[0], m_settings.LumaTones());
+            const auto change = variantsOf<ChangeTonesComponent, ChangeTonesComponentAvx2>.For(set);
+            if (tonesChange) change(picture.plane[0], m_settings.LumaTones());
             if (!coloursChange) return;
             const ToneLine colours{m_settings.ColourFactor(), 127};
-            run.component(picture.plane[1], colours);
-            run.component(picture.plane[2], colours);
+            change(picture.plane[1], colours);
+            change(picture.plane[2], colours);
         },
         *frame);
 }

@@ -4,7 +4,7 @@
 
 #include "TarvoBased/res_keeper.h"
 #include "effects/base/settings_effect.h"
-#include "effects/colour/tone_routines.h"
+#include "effects/colour/tone_line.h"
 
 namespace AVBased {
 

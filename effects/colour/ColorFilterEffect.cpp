@@ -143,11 +143,11 @@ CColorFilterEffect::CColorFilterEffect() : CSettingsEffect(effectNameColorFilter
 
 void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const Glass glass(m_settings);
-    ForFrame([&](PackedView picture) { Pick<ColorFilterRgba32Effect>()(picture, glass); },
+    ForFrame([&](PackedView picture) { variantsOf<ColorFilterRgba32Effect>.For(Instructions())(picture, glass); },
              [&](const PlanarView& picture) {
-                 const auto filter = picture.columnShift == 0   ? Pick<ColorFilterComponentEffect<0>>()
-                                     : picture.columnShift == 1 ? Pick<ColorFilterComponentEffect<1>>()
-                                                                : Pick<ColorFilterComponentEffect<2>>();
+                 const auto filter = WithConstantShift(picture.columnShift, [&](auto shift) {
+                     return variantsOf<ColorFilterComponentEffect<shift>>.For(Instructions());
+                 });
                  Scratch scratch(picture.plane[0].width,
                                  std::min(ColumnsOf(picture, 1).size, ColumnsOf(picture, 2).size));
                  filter(picture, GlassMatrix(glass), scratch);

@@ -215,7 +215,7 @@ void CPopStyleVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
     ForFrame(
         [&](const PackedView& picture) {
             Prints prints(picture.width, picture.height, m_settings);
-            Pick<PopStyleRgba32Effect>()(picture, prints);
+            variantsOf<PopStyleRgba32Effect>.For(Instructions())(picture, prints);
         },
         [&](const PlanarView& picture) {
             const ComponentView& luma = picture.plane[0];
@@ -224,9 +224,9 @@ void CPopStyleVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
             for (unsigned p : {1u, 2u})
                 chroma[p - 1] = {std::vector<std::uint8_t>(luma.width),
                                  std::vector<std::uint16_t>(ColumnsOf(picture, p).size)};
-            const auto print = picture.columnShift == 0   ? Pick<PopStyleComponentEffect<0>>()
-                               : picture.columnShift == 1 ? Pick<PopStyleComponentEffect<1>>()
-                                                          : Pick<PopStyleComponentEffect<2>>();
+            const auto print = WithConstantShift(picture.columnShift, [&](auto shift) {
+                return variantsOf<PopStyleComponentEffect<shift>>.For(Instructions());
+            });
             print(picture, prints, chroma);
         },
         *frame);

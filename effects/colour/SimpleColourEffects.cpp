@@ -72,19 +72,23 @@ void AgedFilmComponentEffect(PlanarView picture) {
 }  // namespace
 
 void CGrayEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame(Pick<GrayRgba32Effect>(), Pick<GrayComponentEffect>(), *frame);
+    ForFrame(variantsOf<GrayRgba32Effect>.For(Instructions()), variantsOf<GrayComponentEffect>.For(Instructions()),
+             *frame);
 }
 
 void CFlipColorEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame(Pick<FlipColorRgba32Effect>(), Pick<FlipColorComponentEffect>(), *frame);
+    ForFrame(variantsOf<FlipColorRgba32Effect>.For(Instructions()),
+             variantsOf<FlipColorComponentEffect>.For(Instructions()), *frame);
 }
 
 void CInvertEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame(Pick<InvertRgba32Effect>(), Pick<InvertComponentEffect>(), *frame);
+    ForFrame(variantsOf<InvertRgba32Effect>.For(Instructions()), variantsOf<InvertComponentEffect>.For(Instructions()),
+             *frame);
 }
 
 void CAgedFilmEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame(Pick<AgedFilmRgba32Effect>(), Pick<AgedFilmComponentEffect>(), *frame);
+    ForFrame(variantsOf<AgedFilmRgba32Effect>.For(Instructions()),
+             variantsOf<AgedFilmComponentEffect>.For(Instructions()), *frame);
 }
 
 }  // namespace AVBased

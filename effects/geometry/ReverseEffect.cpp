@@ -1,14 +1,8 @@
 #include "effects/geometry/ReverseEffect.h"
 
-#include <cstring>
-#include <type_traits>
-
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
-#include "effects/base/frame_views.h"
 #include "effects/base/row_loops.h"
+#include "effects/geometry/sample_exchange.h"
+#include "effects/geometry/sample_exchange_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -17,70 +11,6 @@ constexpr Property<ReverseSettings> reverseProperties[] = {
     {"mirror", "0", &ReverseSettings::mirror},
     {"vertical", "0", &ReverseSettings::vertical},
 };
-
-// A sample as a number, which the compiler handles in vectors; a struct's fields it would take one by one.
-template <class Sample>
-using Number = std::conditional_t<sizeof(Sample) == 4, std::uint32_t, std::uint8_t>;
-
-template <class Sample>
-void Swap(Sample* a, Sample* b) {
-    Number<Sample> first, second;
-    std::memcpy(&first, a, sizeof first);
-    std::memcpy(&second, b, sizeof second);
-    std::memcpy(static_cast<void*>(a), &second, sizeof second);
-    std::memcpy(static_cast<void*>(b), &first, sizeof first);
-}
-
-template <class Sample>
-void Exchange(Sample* __restrict a, Sample* __restrict b, unsigned count) {
-    for (unsigned i = 0; i < count; ++i) Swap(a + i, b + i);
-}
-
-// The same, each stretch turned round on the way: a's first sample becomes b's last.
-template <class Sample>
-void ExchangeReversed(Sample* a, Sample* b, unsigned count) {
-    for (unsigned i = 0; i < count; ++i) Swap(a + i, b + (count - 1 - i));
-}
-
-#if defined(__x86_64__)
-
-[[NIFIKRAL_AVX2]] inline __m256i TurnRound(__m256i vector, const Rgba32*) {
-    return _mm256_permutevar8x32_epi32(vector, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
-}
-
-[[NIFIKRAL_AVX2]] inline __m256i TurnRound(__m256i vector, const std::uint8_t*) {
-    const __m256i lanes =
-        _mm256_broadcastsi128_si256(_mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
-    return _mm256_permute4x64_epi64(_mm256_shuffle_epi8(vector, lanes), _MM_SHUFFLE(1, 0, 3, 2));
-}
-
-template <class Sample>
-[[NIFIKRAL_AVX2]] void ExchangeReversedAvx2(Sample* a, Sample* b, unsigned count) {
-    constexpr unsigned step = 32 / sizeof(Sample);
-    unsigned i = 0;
-    for (; i + step <= count; i += step) {
-        auto *const first = reinterpret_cast<__m256i*>(a + i), *const second =
-                                                                   reinterpret_cast<__m256i*>(b + (count - i - step));
-        const __m256i turned = TurnRound(_mm256_loadu_si256(first), a);
-        _mm256_storeu_si256(first, TurnRound(_mm256_loadu_si256(second), b));
-        _mm256_storeu_si256(second, turned);
-    }
-    ExchangeReversed(a + i, b, count - i);
-}
-
-template <class Sample>
-constexpr Variants<void(Sample*, Sample*, unsigned)> exchangeReversed{ExchangeReversed<Sample>,
-                                                                      ExchangeReversedAvx2<Sample>};
-
-#else
-
-template <class Sample>
-constexpr auto exchangeReversed = variantsOf<ExchangeReversed<Sample>>;
-
-#endif
-
-template <class Sample>
-constexpr auto exchange = variantsOf<Exchange<Sample>>;
 
 // Exchanges pieces of two stretches that do not overlap, and fetches what both will be followed by: for each the same
 // place so many bytes ahead.
@@ -99,7 +29,9 @@ struct Exchanger {
             PrefetchToWrite(first, aheadOfA + line);
             PrefetchToWrite(second, aheadOfB + line);
         }
-        (reversed ? exchangeReversed<Sample> : exchange<Sample>).For(set)(first, second, length);
+        const auto& exchange = reversed ? variantsOf<ExchangeReversed<Sample>, ExchangeReversedAvx2<Sample>>
+                                        : variantsOf<Exchange<Sample>>;
+        exchange.For(set)(first, second, length);
     }
 };
 

@@ -199,7 +199,7 @@ void CRotate90X::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
                    down = height > width ? Fit(height, width, rowShift) : Span{0, height};
         Turn turn(plane, OnPlane(across, width, sharesSamples ? columnShift : 0, plane.width),
                   OnPlane(down, height, sharesSamples ? rowShift : 0, plane.height), clockwise);
-        Pick<TurnPlane<Sample>>()(plane, black, turn);
+        variantsOf<TurnPlane<Sample>>.For(Instructions())(plane, black, turn);
     };
     ForFrame(
         [&](const PackedView& picture) {

@@ -250,9 +250,7 @@ void Anaglyph(const PlanarView& picture, ShiftMap& map, bool swapped, Instructio
 }
 
 void Anaglyph(const PlanarView& picture, ShiftMap& map, bool swapped, InstructionSet set) {
-    if (picture.columnShift == 0) return Anaglyph<0>(picture, map, swapped, set);
-    if (picture.columnShift == 1) return Anaglyph<1>(picture, map, swapped, set);
-    Anaglyph<2>(picture, map, swapped, set);
+    WithConstantShift(picture.columnShift, [&](auto shift) { Anaglyph<shift>(picture, map, swapped, set); });
 }
 
 // Half as wide: each sample the mean of two.
@@ -331,8 +329,7 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
             });
             if (m_settings.output == Trans2D3DSettings::anaglyph) return Anaglyph(picture, map, swapped, set);
             for (unsigned p = 0; p < picture.planes; ++p) {
-                const unsigned columnShift = IsChroma(p) ? picture.columnShift : 0;
-                const unsigned rowShift = IsChroma(p) ? picture.rowShift : 0;
+                const unsigned columnShift = ColumnsOf(picture, p).shift, rowShift = RowsOf(picture, p).shift;
                 const ComponentView& plane = picture.plane[p];
                 if (m_settings.output == Trans2D3DSettings::sideBySide)
                     SideBySide(plane, columnShift, rowShift, map, swapped, set);

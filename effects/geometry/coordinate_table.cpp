@@ -5,6 +5,7 @@
 
 #include "effects/base/instruction_sets.h"
 #include "effects/base/row_loops.h"
+#include "effects/base/shared_samples.h"
 
 namespace AVBased {
 namespace {
@@ -33,7 +34,7 @@ void Finish(GatherPlan& plan, unsigned width, unsigned height, const Box& source
     for (std::size_t y = 0; y < plan.target.Height(); ++y) {
         const std::uint32_t* const row = &plan.from[y * plan.target.Width()];
         const std::uint32_t own = std::uint32_t((plan.target.yBegin + y) * width);
-        GatherPlan::Span& span = plan.spans[y];
+        Span& span = plan.spans[y];
         span = {plan.target.xBegin, plan.target.xEnd};
         while (span.begin < span.end && row[span.begin - plan.target.xBegin] == own + span.begin) ++span.begin;
         while (span.begin < span.end && row[span.end - 1 - plan.target.xBegin] == own + span.end - 1) --span.end;
@@ -56,13 +57,10 @@ GatherPlan EmptyPlan(const Box& target) {
 
 // Numbers the sources of `count` pixels of a row whose first pixel has the number `own`. The bounds grow to hold every
 // position; those outside are treated as `outside` says.
-struct RowBounds {
-    std::uint32_t xBegin, xEnd, yBegin, yEnd;
-};
 template <Outside outside>
 void NumberRow(const std::uint32_t* columns, const std::uint32_t* rows, std::uint32_t count, std::uint32_t own,
-               std::uint32_t width, std::uint32_t height, std::uint32_t* from, RowBounds* bounds) {
-    RowBounds b = *bounds;
+               std::uint32_t width, std::uint32_t height, std::uint32_t* from, Box* bounds) {
+    Box b = *bounds;
     for (std::uint32_t i = 0; i < count; ++i) {
         const std::uint32_t x = columns[i], y = rows[i];
         const std::uint32_t nearX = std::min(x, width - 1), nearY = std::min(y, height - 1);
@@ -71,10 +69,7 @@ void NumberRow(const std::uint32_t* columns, const std::uint32_t* rows, std::uin
         if constexpr (outside == Outside::White) at = isInside ? at : width * height;
         if constexpr (outside == Outside::Unchanged) at = isInside ? at : own + i;
         from[i] = at;
-        b.xBegin = std::min(b.xBegin, nearX);
-        b.xEnd = std::max(b.xEnd, nearX + 1);
-        b.yBegin = std::min(b.yBegin, nearY);
-        b.yEnd = std::max(b.yEnd, nearY + 1);
+        b = b.JoinedTo({nearX, nearX + 1, nearY, nearY + 1});
     }
     *bounds = b;
 }
@@ -89,7 +84,7 @@ void Gather(const GatherPlan& plan, const PackedView& picture, Rgba32 white) {
                     plan.source.Width() * sizeof(Rgba32));
     for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y) {
         const unsigned band = y - plan.target.yBegin;
-        const GatherPlan::Span span = plan.spans[band];
+        const Span span = plan.spans[band];
         const std::uint32_t* const from = &plan.from[band * plan.target.Width()] + (span.begin - plan.target.xBegin);
         Rgba32* const row = picture.Row(y) + span.begin;
         const unsigned length = span.end - span.begin;
@@ -213,19 +208,16 @@ GatherPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
                           : geometry.outside == Outside::Unchanged ? variantsOf<NumberRow<Outside::Unchanged>>
                                                                    : variantsOf<NumberRow<Outside::Nearest>>;
     const auto number = variants.For(m_instructionSet);
-    RowBounds bounds{geometry.width, 0, geometry.height, 0};
+    Box source = nothing;
     const FillSourceRow fill = m_beginRows(m_instructionSet);
     SourceRows memory(plan.target, 1);
     for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y) {
         const SourceRow row = memory.Filled(fill, y);
         number(row.columns, row.rows, row.count, y * geometry.width + plan.target.xBegin, geometry.width,
-               geometry.height, &plan.from[(y - plan.target.yBegin) * plan.target.Width()], &bounds);
+               geometry.height, &plan.from[(y - plan.target.yBegin) * plan.target.Width()], &source);
     }
     // A pixel that keeps its value reads itself.
-    Box source{bounds.xBegin, bounds.xEnd, bounds.yBegin, bounds.yEnd};
-    if (geometry.outside == Outside::Unchanged)
-        source = {std::min(source.xBegin, plan.target.xBegin), std::max(source.xEnd, plan.target.xEnd),
-                  std::min(source.yBegin, plan.target.yBegin), std::max(source.yEnd, plan.target.yEnd)};
+    if (geometry.outside == Outside::Unchanged) source = source.JoinedTo(plan.target);
     Finish(plan, geometry.width, geometry.height, source);
     return plan;
 }
@@ -237,10 +229,8 @@ void CoordinateTable::PlanSamples(const Geometry& geometry, std::vector<RimSampl
     const auto keepInside =
         (whitens ? variantsOf<KeepInside<Outside::White>> : variantsOf<KeepInside<Outside::Nearest>>)
             .For(m_instructionSet);
-    const auto shrink = (geometry.columnShift == 0   ? variantsOf<ShrinkRow<0>>
-                         : geometry.columnShift == 1 ? variantsOf<ShrinkRow<1>>
-                                                     : variantsOf<ShrinkRow<2>>)
-                            .For(m_instructionSet);
+    const auto shrink = WithConstantShift(
+        geometry.columnShift, [&](auto shift) { return variantsOf<ShrinkRow<shift>>.For(m_instructionSet); });
     const Box target = m_box.ClippedTo(geometry.width, geometry.height);
     const Box shared = Shrunk(target, geometry.columnShift, rowShift).ClippedTo(width, height);
     const DecidingPixels deciding(target, shared, geometry.columnShift);

@@ -8,9 +8,9 @@
 #include <optional>
 #include <vector>
 
+#include "effects/base/box.h"
 #include "effects/base/frame_views.h"
 #include "effects/geometry/block_gather.h"
-#include "effects/geometry/box.h"
 
 /// Geometric effects: each destination pixel takes a source pixel, and the pieces below do the rest. The placers serve
 /// effects with and without a table.
@@ -79,10 +79,6 @@ struct PlacePlanar {
 
 /// For each pixel of a part of a packed picture, the pixel that it is taken from: ready for one size of picture.
 struct GatherPlan {
-    struct Span {
-        unsigned begin = 0, end = 0;
-    };
-
     Box target;
     Box source;                             ///< what the copied pixels lie in
     std::unique_ptr<std::uint32_t[]> from;  ///< y x width + x, row by row over the target; width x height means white

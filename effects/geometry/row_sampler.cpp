@@ -2,11 +2,7 @@
 
 #include <algorithm>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
-#include "effects/base/row_loops.h"
+#include "effects/geometry/row_sampler_avx2.h"
 
 namespace AVBased {
 
@@ -24,13 +20,8 @@ void RowSampler<Sample>::operator()(Sample* to, const Sample* from, unsigned beg
                    last = std::min(end / blockSamples, unsigned(m_blocks.size()));
     if (first >= last) return Each(to, from, begin, end);
     Each(to, from, begin, first * blockSamples);
-    Blocks(to, from, first, last, ahead);
+    if constexpr (hasAvx2Variants) SampleBlocksAvx2(*this, to, from, first, last, ahead);
     Each(to, from, last * blockSamples, end);
-}
-
-template <class Sample>
-void RowSampler<Sample>::Each(Sample* to, const Sample* from, unsigned begin, unsigned end) const {
-    for (unsigned x = begin; x < end; ++x) to[x] = from[m_map[x]];
 }
 
 // Bytes are picked within halves of a vector, each half from its own base; words across the whole vector.
@@ -58,79 +49,6 @@ typename RowSampler<Sample>::Block RowSampler<Sample>::Describe(unsigned begin, 
     }
     return block;
 }
-
-#if defined(__x86_64__)
-
-namespace {
-
-// The bytes that a shuffle takes from two 16-byte neighbourhoods; others become 0.
-[[NIFIKRAL_AVX2]] inline __m256i Pick(const std::uint8_t* lower, const std::uint8_t* upper, const std::uint8_t* lanes) {
-    const __m256i both =
-        _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(lower))),
-                                _mm_loadu_si128(reinterpret_cast<const __m128i*>(upper)), 1);
-    return _mm256_shuffle_epi8(both, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(lanes)));
-}
-
-[[NIFIKRAL_AVX2]] inline __m256i Words(const Rgba32* from) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
-}
-
-}  // namespace
-
-template <>
-[[NIFIKRAL_AVX2]] void RowSampler<std::uint8_t>::Blocks(std::uint8_t* to, const std::uint8_t* from, unsigned first,
-                                                        unsigned last, std::ptrdiff_t ahead) const {
-    // Held here, where the stores below cannot change them.
-    const Block* const blocks = m_blocks.data();
-    const std::uint8_t* const allLanes = m_lanes.data();
-    for (unsigned b = first; b < last; ++b) {
-        const Block block = blocks[b];
-        if (b % 2 == 0) PrefetchToRead(from + b * blockSamples, ahead);
-        if (block.loads == 0) {
-            Each(to, from, b * blockSamples, (b + 1) * blockSamples);
-            continue;
-        }
-        const std::uint8_t *lower = from + block.base[0], *upper = from + block.base[1];
-        const std::uint8_t* lanes = allLanes + block.lanes;
-        __m256i picked = Pick(lower, upper, lanes);
-        for (unsigned load = 1; load < block.loads; ++load)
-            picked = _mm256_or_si256(picked, Pick(lower + 16 * load, upper + 16 * load, lanes + 32 * load));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + b * blockSamples), picked);
-    }
-}
-
-template <>
-[[NIFIKRAL_AVX2]] void RowSampler<Rgba32>::Blocks(Rgba32* to, const Rgba32* from, unsigned first, unsigned last,
-                                                  std::ptrdiff_t ahead) const {
-    // Held here, where the stores below cannot change them.
-    const Block* const blocks = m_blocks.data();
-    const std::uint8_t* const allLanes = m_lanes.data();
-    for (unsigned b = first; b < last; ++b) {
-        const Block block = blocks[b];
-        if (b % 2 == 0) PrefetchToRead(from + b * blockSamples, ahead);
-        if (block.loads == 0) {
-            Each(to, from, b * blockSamples, (b + 1) * blockSamples);
-            continue;
-        }
-        const Rgba32* const base = from + block.base[0];
-        const __m256i lanes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(allLanes + block.lanes));
-        __m256i picked = _mm256_permutevar8x32_epi32(Words(base), lanes);
-        for (unsigned load = 1; load < block.loads; ++load) {
-            const __m256i here = _mm256_cmpgt_epi32(lanes, _mm256_set1_epi32(int(8 * load - 1)));
-            picked = _mm256_blendv_epi8(picked, _mm256_permutevar8x32_epi32(Words(base + 8 * load), lanes), here);
-        }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + b * blockSamples), picked);
-    }
-}
-
-#else
-
-template <class Sample>
-void RowSampler<Sample>::Blocks(Sample* to, const Sample* from, unsigned first, unsigned last, std::ptrdiff_t) const {
-    Each(to, from, first * blockSamples, last * blockSamples);
-}
-
-#endif
 
 template class RowSampler<std::uint8_t>;
 template class RowSampler<Rgba32>;

@@ -4,10 +4,6 @@
 #include <cstdint>
 #include <vector>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 #include "effects/base/instruction_sets.h"
 #include "effects/base/shared_samples.h"
 
@@ -49,6 +45,11 @@ template <class Sample>
 class RowSampler {
  public:
     static constexpr unsigned blockBytes = 32, blockSamples = blockBytes / sizeof(Sample);
+    /// How a vector of neighbours is read: `loads` vectors from each base on, picked from by lanes that begin at an
+    /// index. 0 loads: one by one.
+    struct Block {
+        std::uint32_t base[2], loads, lanes;
+    };
 
     /// Every entry of the map lies below `width`, the samples of each row that will be read.
     RowSampler(AxisMap map, unsigned width, InstructionSet set);
@@ -58,8 +59,15 @@ class RowSampler {
     void operator()(Sample* to, const Sample* from, std::ptrdiff_t ahead = 0) const {
         (*this)(to, from, 0, size(), ahead);
     }
+    /// The same, sample by sample.
+    void Each(Sample* to, const Sample* from, unsigned begin, unsigned end) const {
+        for (unsigned x = begin; x < end; ++x) to[x] = from[m_map[x]];
+    }
     unsigned size() const { return unsigned(m_map.size()); }
-    /// How many blocks from the first on are reached by one load each. There are none but for AVX2.
+    /// Those that lie whole in the map. There are none but for AVX2.
+    const Block* Blocks() const { return m_blocks.data(); }
+    const std::uint8_t* Lanes() const { return m_lanes.data(); }
+    /// How many blocks from the first on are reached by one load each.
     unsigned EasyBlocks() const {
         const auto hard = [](const Block& block) { return block.loads != 1; };
         return unsigned(std::ranges::find_if(m_blocks, hard) - m_blocks.begin());
@@ -67,51 +75,11 @@ class RowSampler {
 
  private:
     static constexpr unsigned mostLoads = 4;
-    // How a vector of neighbours is read: `loads` vectors from each base on, then their lanes. 0: one by one.
-    struct Block {
-        std::uint32_t base[2], loads, lanes;
-    };
     Block Describe(unsigned begin, unsigned width);
-    void Each(Sample* to, const Sample* from, unsigned begin, unsigned end) const;
-    void Blocks(Sample* to, const Sample* from, unsigned first, unsigned last, std::ptrdiff_t ahead) const;
 
     AxisMap m_map;
     std::vector<Block> m_blocks;
     std::vector<std::uint8_t> m_lanes;
-
-#if defined(__x86_64__)
- public:
-    /// Reads easy blocks as vectors, for work that goes on with them. A value, so that no store can change what it
-    /// holds.
-    class Vectors {
-     public:
-        explicit Vectors(const RowSampler& sampler)
-            : m_blocks(sampler.m_blocks.data()), m_lanes(sampler.m_lanes.data()) {}
-        __m256i operator()(std::size_t block, const Sample* from) const;
-
-     private:
-        const Block* m_blocks;
-        const std::uint8_t* m_lanes;
-    };
-#endif
 };
-
-#if defined(__x86_64__)
-
-template <class Sample>
-[[NIFIKRAL_AVX2]] inline __m256i RowSampler<Sample>::Vectors::operator()(std::size_t block, const Sample* from) const {
-    const std::uint32_t* const base = m_blocks[block].base;
-    const __m256i lanes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(m_lanes + block * blockBytes));
-    if constexpr (sizeof(Sample) == 1) {
-        const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + base[0])),
-                      upper = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + base[1]));
-        return _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(lower), upper, 1), lanes);
-    } else {
-        const __m256i near = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + base[0]));
-        return _mm256_permutevar8x32_epi32(near, lanes);
-    }
-}
-
-#endif
 
 }  // namespace AVBased

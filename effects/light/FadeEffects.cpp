@@ -82,14 +82,14 @@ void CFadeVideoImageEffect::Scale(IRawVideoFrame& frame, std::uint32_t level) {
 void CDirectFadeEffect::Scale(IRawVideoFrame& frame, std::uint32_t level) {
     ForFrame(
         [&](const PackedView& picture) {
-            Pick<fade_in_out_direct_rgba32_c>()(picture.data, picture.width * unsigned(sizeof(Rgba32)), picture.pitch,
-                                                picture.height, level);
+            variantsOf<fade_in_out_direct_rgba32_c>.For(Instructions())(
+                picture.data, picture.width * unsigned(sizeof(Rgba32)), picture.pitch, picture.height, level);
         },
         [&](const PlanarView& picture) {
             for (unsigned p = 0; p < 3; ++p) {
                 const ComponentView& plane = picture.plane[p];
-                Pick<fade_in_out_direct_component_c>()(plane.data, plane.width, plane.pitch, plane.height, level,
-                                                       p == 0 ? 16 : 128);
+                variantsOf<fade_in_out_direct_component_c>.For(Instructions())(plane.data, plane.width, plane.pitch,
+                                                                               plane.height, level, p == 0 ? 16 : 128);
             }
         },
         frame);

@@ -1,6 +1,6 @@
 #include "effects/light/RadiateEffect.h"
 
-#include "effects/light/radiate_axis.h"
+#include "effects/light/RadiateEffect_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -51,12 +51,14 @@ void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const FrameCopy source(*frame);
     ForFrame(
         [&](const PackedView& to, const PackedView& from) {
-            radiateRgba32.For(Instructions())({ColumnsOf(from), x, level}, {RowsOf(from), y, level}, bias, to, from);
+            variantsOf<RadiateRgba32Effect, RadiateRgba32EffectAvx2>.For(Instructions())(
+                {ColumnsOf(from), x, level}, {RowsOf(from), y, level}, bias, to, from);
         },
         [&](const PlanarView& to, const PlanarView& from) {
             for (unsigned p = 0; p < 3; ++p)
-                radiateComponent.For(Instructions())({ColumnsOf(from, p), x, level}, {RowsOf(from, p), y, level},
-                                                     IsChroma(p) ? 0 : bias, to.plane[p], from.plane[p]);
+                variantsOf<RadiateComponentEffect, RadiateComponentEffectAvx2>.For(Instructions())(
+                    {ColumnsOf(from, p), x, level}, {RowsOf(from, p), y, level}, IsChroma(p) ? 0 : bias, to.plane[p],
+                    from.plane[p]);
         },
         *frame, *source);
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "effects/base/row_loops.h"
+#include "effects/base/shared_samples.h"
 #include "effects/light/spotlight_rows.h"
 
 namespace AVBased {
@@ -28,7 +29,7 @@ constexpr unsigned groupColumns = 64;                // a vector of bytes that a
 constexpr unsigned pieceColumns = 4 * groupColumns;  // between fetches
 
 // Widened to whole groups of columns, so that the loops over them need no scalar ends.
-SpotRange Groups(SpotRange columns) {
+Span Groups(Span columns) {
     return {columns.begin / groupColumns * groupColumns,
             (columns.end + groupColumns - 1) / groupColumns * groupColumns};
 }
@@ -47,7 +48,7 @@ class GroupedRow {
         m_width = exists ? m_plane.width : 0;
     }
     // Fetches columns of the next row but one.
-    void Fetch(SpotRange columns) const {
+    void Fetch(Span columns) const {
         for (unsigned x = columns.begin >> m_columnShift; x < columns.end >> m_columnShift;
              x += cacheLine / sizeof(Sample))
             PrefetchToWrite(m_row + x, 2 * std::ptrdiff_t(m_plane.pitch));
@@ -75,14 +76,14 @@ class GroupedRow {
 };
 
 // Tints the columns of a range, a multiple of groups, in the light of the distances that are walked.
-template <bool soft>
+template <bool weak>
 struct TintPixels {
     static constexpr unsigned shift = 0;
-    SpotLevels<soft> levels;
-    SpotTint<soft> blueTint, greenTint, redTint;
+    SpotLevels<weak> levels;
+    SpotTint<weak> blueTint, greenTint, redTint;
 
     template <class Walk>
-    void operator()(SpotRange range, Walk walk, Rgba32* row) const {
+    void operator()(Span range, Walk walk, Rgba32* row) const {
         const TintPixels tint = *this;
 #pragma GCC ivdep  // pixels and distances share no memory
         for (std::size_t x = range.begin; x < range.end; ++x) {
@@ -100,14 +101,14 @@ struct TintPixels {
 };
 
 // Deliberate: shared chroma is tinted once for each luma position, and never brightened.
-template <bool soft, unsigned columnShift>
+template <bool weak, unsigned columnShift>
 struct TintComponents {
     static constexpr unsigned shift = columnShift, shared = 1 << shift;
-    SpotLevels<soft> levels;
-    SpotTint<soft> lumaTint, uTint, vTint;
+    SpotLevels<weak> levels;
+    SpotTint<weak> lumaTint, uTint, vTint;
 
     template <class Walk>
-    void operator()(SpotRange range, Walk walk, std::uint8_t* luma, std::uint8_t* u, std::uint8_t* v) const {
+    void operator()(Span range, Walk walk, std::uint8_t* luma, std::uint8_t* u, std::uint8_t* v) const {
         const TintComponents tint = *this;
 #pragma GCC ivdep  // samples and distances share no memory
         for (std::size_t x = range.begin >> shift; x < range.end >> shift; ++x) {
@@ -127,16 +128,15 @@ struct TintComponents {
 // Lights the rows of a disc's box: of a packed picture, or of three planes.
 template <class Tint, class... Samples>
 void LightRows(const SpotDisc& disc, const Tint& tint, unsigned width, unsigned height, GroupedRow<Samples>... rows) {
-    const SpotRange box = disc.Columns(width), down = disc.Rows(height), all = Groups(box);
+    const Span box = disc.Columns(width), down = disc.Rows(height), all = Groups(box);
     SpotDistances distances(disc, all, width, Tint::shift, down.begin);
     for (unsigned y = down.begin; y < down.end; ++y) {
-        const SpotRange chord = Groups(disc.Chord(y, box));
+        const Span chord = Groups(disc.Chord(y, box));
         (rows.GoTo(y), ...);
         const auto lightRow = [&](auto walk) {
             const unsigned whole = std::min({rows.Whole()...});
-            const SpotRange inside{chord.begin, std::min(chord.end, whole)},
-                rest{std::max(chord.begin, whole), chord.end};
-            for (SpotRange piece = inside; piece.begin < inside.end; piece.begin = piece.end) {
+            const Span inside{chord.begin, std::min(chord.end, whole)}, rest{std::max(chord.begin, whole), chord.end};
+            for (Span piece = inside; piece.begin < inside.end; piece.begin = piece.end) {
                 piece.end = std::min(piece.begin + pieceColumns, inside.end);
                 (rows.Fetch(piece), ...);
                 tint(piece, walk, rows.Row()...);
@@ -156,33 +156,26 @@ void LightRows(const SpotDisc& disc, const Tint& tint, unsigned width, unsigned 
     }
 }
 
-template <bool soft>
+template <bool weak>
 void LightPacked(const SpotlightSettings& s, const SpotDisc& disc, const PackedView& picture) {
     const bool darkens = s.brightness < 0;
-    const TintPixels<soft> tint{
-        SpotLevels<soft>(disc), {Blue(s.colour), darkens}, {Green(s.colour), darkens}, {Red(s.colour), darkens}};
+    const TintPixels<weak> tint{
+        SpotLevels<weak>(disc), {Blue(s.colour), darkens}, {Green(s.colour), darkens}, {Red(s.colour), darkens}};
     const unsigned columns = Groups(disc.Columns(picture.width)).end;
     LightRows(disc, tint, picture.width, picture.height, GroupedRow<Rgba32>(picture, 0, 0, columns));
 }
 
-template <bool soft, unsigned shift>
+template <bool weak, unsigned shift>
 void LightPlanar(const SpotlightSettings& s, const SpotDisc& disc, const PlanarView& picture) {
     const bool darkens = s.brightness < 0;
-    const TintComponents<soft, shift> tint{
-        SpotLevels<soft>(disc), {s.yuv[0], darkens}, {s.yuv[1], darkens}, {s.yuv[2], darkens}};
+    const TintComponents<weak, shift> tint{
+        SpotLevels<weak>(disc), {s.yuv[0], darkens}, {s.yuv[1], darkens}, {s.yuv[2], darkens}};
     const ComponentView& luma = picture.plane[0];
     const unsigned columns = Groups(disc.Columns(luma.width)).end;
     using Row = GroupedRow<std::uint8_t>;
     LightRows(disc, tint, luma.width, luma.height, Row(luma, 0, 0, columns),
               Row(picture.plane[1], shift, picture.rowShift, columns),
               Row(picture.plane[2], shift, picture.rowShift, columns));
-}
-
-template <bool soft>
-constexpr auto LightPlanarVariants(unsigned columnShift) {
-    return columnShift == 0   ? variantsOf<LightPlanar<soft, 0>>
-           : columnShift == 1 ? variantsOf<LightPlanar<soft, 1>>
-                              : variantsOf<LightPlanar<soft, 2>>;
 }
 
 std::array<std::uint8_t, 3> YuvOf(std::uint32_t colour) {
@@ -225,20 +218,24 @@ void CSpotlightVideoImageEffect::OnSetProperty(const std::string& name, Property
 
 void CSpotlightVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const SpotDisc disc(m_settings);
+    const InstructionSet set = Instructions();
     ForFrame(
         [&](const PackedView& picture) {
             if (!disc.Lights(picture.width, picture.height)) return;
-            if (!disc.IsHandy()) return SpotlightRgba32Effect(m_settings, picture);
-            const auto light = disc.IsSoft() ? Pick<LightPacked<true>>() : Pick<LightPacked<false>>();
+            if (!disc.Fits16Bits()) return SpotlightRgba32Effect(m_settings, picture);
+            const auto light =
+                disc.IsWeak() ? variantsOf<LightPacked<true>>.For(set) : variantsOf<LightPacked<false>>.For(set);
             light(m_settings, disc, picture);
         },
         [&](const PlanarView& picture) {
             const ComponentView& luma = picture.plane[0];
             if (!disc.Lights(luma.width, luma.height)) return;
-            if (!disc.IsHandy()) return SpotlightComponentEffect(m_settings, picture);
-            const auto light = disc.IsSoft() ? LightPlanarVariants<true>(picture.columnShift)
-                                             : LightPlanarVariants<false>(picture.columnShift);
-            light.For(Instructions())(m_settings, disc, picture);
+            if (!disc.Fits16Bits()) return SpotlightComponentEffect(m_settings, picture);
+            const auto light = WithConstantShift(picture.columnShift, [&](auto shift) {
+                return disc.IsWeak() ? variantsOf<LightPlanar<true, shift>>.For(set)
+                                     : variantsOf<LightPlanar<false, shift>>.For(set);
+            });
+            light(m_settings, disc, picture);
         },
         *frame);
 }

@@ -4,10 +4,8 @@
 #include <vector>
 
 #include "effects/base/fixed_point.h"
-#include "effects/base/instruction_sets.h"
 #include "effects/base/shared_samples.h"
 
-/// What the plain and the vector routines of radiate share.
 namespace AVBased {
 
 inline constexpr unsigned radiateSamples = 16;
@@ -37,16 +35,5 @@ class RadiateAxis {
 
     std::vector<Samples> m_at;
 };
-
-template <class Sample>
-using RadiateRoutine = Variants<void(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias,
-                                     const PlaneView<Sample>& to, const PlaneView<Sample>& from)>;
-extern const RadiateRoutine<Rgba32> radiateRgba32;
-extern const RadiateRoutine<std::uint8_t> radiateComponent;
-
-void RadiateRgba32Effect(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias, const PackedView& to,
-                         const PackedView& from);
-void RadiateComponentEffect(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias,
-                            const ComponentView& to, const ComponentView& from);
 
 }  // namespace AVBased

@@ -5,17 +5,21 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "effects/light/SpotlightEffect.h"
+#include "effects/base/box.h"
 
 namespace AVBased {
+
+struct SpotlightSettings {
+    std::uint32_t x = 250, y = 250, radius = 200;
+    std::int32_t brightness = 128;  ///< in 1/256 of full scale; the property is in per cent
+    std::uint32_t colour = 0xFFFFFF;
+    std::int32_t density = 40;              ///< per cent
+    std::uint8_t yuv[3] = {235, 128, 128};  ///< the colour in planar frames
+};
 
 /// The light at one pixel: how much of the colour, in 1/65536, and how much brightness.
 struct SpotLight {
     std::uint32_t weight = 0, brightness = 0;
-};
-
-struct SpotRange {
-    unsigned begin, end;
 };
 
 /// A spotlight's disc: where it is, and the light of its core and ring.
@@ -33,17 +37,17 @@ class SpotDisc {
 
     bool Lights(unsigned width, unsigned height) const { return m_ring != 0 && m_x <= width && m_y <= height; }
     /// The disc's box in a picture that it lights.
-    SpotRange Columns(unsigned width) const { return Extent(m_x, width); }
-    SpotRange Rows(unsigned height) const { return Extent(m_y, height); }
+    Span Columns(unsigned width) const { return Extent(m_x, width); }
+    Span Rows(unsigned height) const { return Extent(m_y, height); }
 
-    /// Distances, what their squares leave and a darkening fit 16 bits.
-    bool IsHandy() const { return m_radius < 2048 && std::int32_t(m_core.brightness) >= -0x8000; }
+    /// Distances, what their squares leave and a darkening fit 16 bits: all but huge discs.
+    bool Fits16Bits() const { return m_radius < 2048 && std::int32_t(m_core.brightness) >= -0x8000; }
     /// Weights and a slope of brightness fit 16 bits too.
-    bool IsSoft() const {
+    bool IsWeak() const {
         return m_core.weight < 0x8000 && std::abs(std::int64_t(std::int32_t(m_step.brightness))) < 2048;
     }
-    /// The columns of the box that row y of the box lights, for a handy disc.
-    SpotRange Chord(unsigned y, SpotRange box) const {
+    /// The columns of the box that row y of the box lights, for a disc that fits 16 bits.
+    Span Chord(unsigned y, Span box) const {
         const std::int32_t dy = std::int32_t(y - m_y), radius = std::int32_t(m_radius);
         const unsigned half = unsigned(std::sqrt(double(radius * radius - dy * dy)));
         return {std::max(box.begin, m_x > half ? m_x - half : 0), std::min(box.end, m_x + half + 1)};
@@ -53,7 +57,7 @@ class SpotDisc {
     template <class Work>
     void ForEachPixel(unsigned width, unsigned height, Work work) const {
         if (!Lights(width, height)) return;
-        const SpotRange columns = Columns(width), rows = Rows(height);
+        const Span columns = Columns(width), rows = Rows(height);
         const std::uint32_t core = CoreRadius() * CoreRadius();
         for (unsigned y = rows.begin; y < rows.end; ++y)
             for (unsigned x = columns.begin; x < columns.end; ++x) {
@@ -75,7 +79,7 @@ class SpotDisc {
     }
 
  private:
-    SpotRange Extent(std::uint32_t centre, unsigned size) const {
+    Span Extent(std::uint32_t centre, unsigned size) const {
         return {centre > m_radius ? centre - m_radius : 0, std::min(size, centre + m_radius)};
     }
 

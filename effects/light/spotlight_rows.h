@@ -4,16 +4,16 @@
 
 #include "effects/light/spotlight_disc.h"
 
-/// The light of a handy disc row by row, in 16 bits: straight loops that become vector code.
+/// The light of a disc that fits 16 bits row by row, in 16 bits: straight loops that become vector code.
 namespace AVBased {
 
-/// The light at one pixel. Its weight is a signed part and so many times 65536, of which soft light has none.
+/// The light at one pixel. Its weight is a signed part and so many times 65536, of which weak light has none.
 struct SpotLevel {
     std::int16_t part = 0, times = 0, brightness = 0;
 };
 
 /// The light at a distance from a disc's centre: the whole part, and what the square exceeds the whole part's by.
-template <bool soft>
+template <bool weak>
 class SpotLevels {
  public:
     explicit SpotLevels(const SpotDisc& disc)
@@ -26,7 +26,7 @@ class SpotLevels {
         const bool inCore = std::int16_t(whole + (rest > 0)) <= m_coreRadius;
         const std::int16_t toRim = std::max<std::int16_t>(std::int16_t(m_radius - whole), 0);
         SpotLevel level;
-        if constexpr (soft) {
+        if constexpr (weak) {
             const auto weight = std::int16_t(m_disc.Step().weight), slope = std::int16_t(m_disc.Step().brightness << 4);
             const auto part = std::int16_t(toRim * weight);
             const auto brightness = std::int16_t(std::int16_t(toRim << 4) * slope >> 16);
@@ -50,7 +50,7 @@ class SpotLevels {
 
 /// Tints samples of one colour. Modulo 2^16 nothing differs from 2^32, but that what is above white must not wrap round
 /// when it is brightened; what is below black must, for it turns white.
-template <bool soft>
+template <bool weak>
 class SpotTint {
  public:
     SpotTint(std::uint32_t colour, bool darkens)
@@ -58,10 +58,10 @@ class SpotTint {
 
     std::uint16_t operator()(std::uint16_t sample, SpotLevel level) const {
         const std::uint16_t mixed = Mixed(sample, level);
-        return soft ? mixed : std::min<std::uint16_t>(mixed, 255);
+        return weak ? mixed : std::min<std::uint16_t>(mixed, 255);
     }
     std::uint16_t Brightened(std::uint16_t sample, SpotLevel level) const {
-        const std::uint16_t mixed = soft ? Mixed(sample, level) : std::min(Mixed(sample, level), m_highest);
+        const std::uint16_t mixed = weak ? Mixed(sample, level) : std::min(Mixed(sample, level), m_highest);
         return std::min<std::uint16_t>(std::uint16_t(mixed + level.brightness), 255);
     }
 
@@ -69,7 +69,7 @@ class SpotTint {
     std::uint16_t Mixed(std::uint16_t sample, SpotLevel level) const {
         const auto difference = std::int16_t(m_colour - sample);
         const auto mixed = std::uint16_t(sample + std::uint16_t(difference * level.part >> 16));
-        return soft ? mixed : std::uint16_t(mixed + std::uint16_t(difference * level.times));
+        return weak ? mixed : std::uint16_t(mixed + std::uint16_t(difference * level.times));
     }
 
     std::int16_t m_colour;
@@ -82,7 +82,7 @@ class SpotTint {
 class SpotDistances {
  public:
     /// Columns past the picture are far from any light.
-    SpotDistances(const SpotDisc& disc, SpotRange columns, unsigned width, unsigned shift, unsigned y)
+    SpotDistances(const SpotDisc& disc, Span columns, unsigned width, unsigned shift, unsigned y)
         : m_dy(std::int32_t(y - disc.Y())),
           m_shift(shift),
           m_first(columns.begin >> shift),
@@ -102,7 +102,7 @@ class SpotDistances {
     bool Approaches() const { return m_dy < 0; }
     /// To the next row, once all columns have been walked or skipped that are still wanted.
     void NextRow() { ++m_dy; }
-    void Skip(SpotRange columns) {
+    void Skip(Span columns) {
         const auto walk = FromHere<true>();
         for (unsigned i = 0; i < m_whole.size() / m_apart; ++i)
 #pragma GCC ivdep  // the whole parts and the rests share no memory

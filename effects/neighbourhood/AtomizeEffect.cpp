@@ -64,11 +64,9 @@ void CAtomizeVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRawV
     const FrameHash hash(m_settings.seed, position);
     ForFrame([&](const PackedView& picture) { Scatter(picture, 0, 0, hash, radius, Instructions()); },
              [&](const PlanarView& picture) {
-                 for (unsigned p = 0; p < picture.planes; ++p) {
-                     const bool chroma = IsChroma(p);
-                     Scatter(picture.plane[p], chroma ? picture.columnShift : 0, chroma ? picture.rowShift : 0, hash,
-                             radius, Instructions());
-                 }
+                 for (unsigned p = 0; p < picture.planes; ++p)
+                     Scatter(picture.plane[p], ColumnsOf(picture, p).shift, RowsOf(picture, p).shift, hash, radius,
+                             Instructions());
              },
              *frame);
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "effects/neighbourhood/blur_sharpen_planes.h"
+#include "effects/neighbourhood/BlurSharpenEffects_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -34,46 +34,45 @@ struct PlainRows {
     }
 };
 
+template <class Kernel, class Pixel>
+constexpr auto filterPlane = variantsOf<FilterPlane<PlainRows, Kernel, Pixel>, FilterPlaneAvx2<Kernel, Pixel>>;
+
 // Every plane finishes a pass before the next one begins. Fourth bytes and alpha planes are filtered like the others.
-void RunPasses(std::uint32_t passes, const PlaneFilter& filter, IRawVideoFrame& frame) {
+template <class Kernel>
+void RunPasses(std::uint32_t passes, InstructionSet set, IRawVideoFrame& frame) {
     ForFrame(
         [&](const PackedView& picture) {
-            for (std::uint32_t pass = 0; pass < passes; ++pass) filter.rgba32(picture);
+            for (std::uint32_t pass = 0; pass < passes; ++pass) filterPlane<Kernel, Rgba32>.For(set)(picture);
         },
         [&](const PlanarView& picture) {
             for (std::uint32_t pass = 0; pass < passes; ++pass)
-                for (unsigned p = 0; p < picture.planes; ++p) filter.component(picture.plane[p]);
+                for (unsigned p = 0; p < picture.planes; ++p)
+                    filterPlane<Kernel, std::uint8_t>.For(set)(picture.plane[p]);
         },
         frame);
 }
 
-const BlurSharpenFilters& Filters(InstructionSet set) {
-    return set == InstructionSet::Avx2 ? avx2BlurSharpen : plainBlurSharpen;
-}
-
 }  // namespace
 
-constinit const BlurSharpenFilters plainBlurSharpen = filtersOf<PlainRows>;
-
 void gauss_blur_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height) {
-    Filters(BestInstructionSet()).blur.component({data, width, pitch, height});
+    filterPlane<BlurKernel, std::uint8_t>.For(BestInstructionSet())({data, width, pitch, height});
 }
 
 void laplacian_sharpen_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height) {
-    Filters(BestInstructionSet()).sharpen.component({data, width, pitch, height});
+    filterPlane<SharpenKernel, std::uint8_t>.For(BestInstructionSet())({data, width, pitch, height});
 }
 
 CSimpleGaussBlurEffect::CSimpleGaussBlurEffect() : CSettingsEffect(effectNameSimpleGaussBlur, blurProperties) {}
 
 void CSimpleGaussBlurEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    RunPasses(m_settings.passes, Filters(Instructions()).blur, *frame);
+    RunPasses<BlurKernel>(m_settings.passes, Instructions(), *frame);
 }
 
 CSimpleLaplacianSharpenEffect::CSimpleLaplacianSharpenEffect()
     : CSettingsEffect(effectNameSimpleLaplacianSharpen, sharpenProperties) {}
 
 void CSimpleLaplacianSharpenEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    RunPasses(m_settings.passes, Filters(Instructions()).sharpen, *frame);
+    RunPasses<SharpenKernel>(m_settings.passes, Instructions(), *frame);
 }
 
 }  // namespace AVBased

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "effects/base/frame_views.h"
+#include "effects/neighbourhood/EdgeLightEffect_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -34,7 +35,7 @@ void GradientRgba32Row(unsigned char* row, unsigned bytes, unsigned pitch, unsig
 
 void CEdgeLightVideoImageEffect::EdgeLightRgba32Effect(unsigned char* data, unsigned width, unsigned pitch,
                                                        unsigned height) const {
-    const auto gradients = gradientRgba32Rows.For(Instructions());
+    const auto gradients = variantsOf<GradientRgba32Row, GradientRgba32RowAvx2>.For(Instructions());
     if (width == 0) return;
     for (unsigned y = 0; y + 1 < height; ++y)
         gradients(data + std::size_t(y) * pitch, (width - 1) * unsigned(sizeof(Rgba32)), pitch, m_settings.level, 0);
@@ -44,7 +45,7 @@ void CEdgeLightVideoImageEffect::EdgeLightRgba32Effect(unsigned char* data, unsi
 // is inside the plane, since the last row keeps its values.
 void CEdgeLightVideoImageEffect::EdgeLightComponent(unsigned char* data, unsigned width, unsigned pitch,
                                                     unsigned height, unsigned char bias) const {
-    const auto gradients = gradientComponentRows.For(Instructions());
+    const auto gradients = variantsOf<GradientComponentRow, GradientComponentRowAvx2>.For(Instructions());
     for (unsigned y = 0; y + 1 < height; ++y)
         gradients(data + std::size_t(y) * pitch, width, pitch, m_settings.level, bias);
 }

@@ -6,6 +6,7 @@
 #include "effects/base/fixed_point.h"
 #include "effects/base/frame_views.h"
 #include "effects/base/row_loops.h"
+#include "effects/neighbourhood/EmbossEffect_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -33,6 +34,50 @@ void EmbossColours(Rgba32* row, const Rgba32* above, unsigned width, Lane lane) 
 // to a byte hides.
 std::uint8_t VectorLane(std::uint32_t sample, std::uint32_t above, std::uint32_t level) {
     return ClampToByte(std::int16_t(sample * level + 128) - std::int16_t(above * level));
+}
+
+// Calls work(row, above, count) for stretches of every row but the first, where `above` holds the row above as it came
+// and then takes the row's own place for the next one. Four bands of the plane are walked side by side, since a core
+// keeps more lines in flight on four streams than on one.
+template <class Work>
+void ForEachStretchDownwards(const ComponentView& plane, Work work) {
+    constexpr std::size_t bands = 4, stretch = 8 * cacheLine;
+    if (plane.height < 2) return;
+    const std::size_t width = plane.width, bandRows = (plane.height - 1) / bands, end = 1 + bandRows * bands;
+    std::vector<std::uint8_t> above(width * bands);
+    const auto walk = [&](std::size_t begin, std::size_t rows, std::size_t count) {
+        for (std::size_t band = 0; band < count; ++band)
+            std::copy_n(plane.Row(begin + band * rows - 1), width, above.data() + band * width);
+        for (std::size_t y = begin; y < begin + rows; ++y)
+            for (std::size_t x = 0; x < width; x += stretch)
+                for (std::size_t band = 0; band < count; ++band)
+                    work(plane.Row(y + band * rows) + x, above.data() + band * width + x,
+                         unsigned(std::min(stretch, width - x)));
+    };
+    // What fills no band comes first, since it needs the last band's last row as it came.
+    walk(end, plane.height - end, 1);
+    walk(1, bandRows, bands);
+}
+
+void EmbossComponent(const ComponentView& plane, unsigned level, InstructionSet set) {
+    const auto emboss = variantsOf<EmbossGroups, EmbossGroupsAvx2>.For(set);
+    ForEachStretchDownwards(plane, [=](std::uint8_t* row, std::uint8_t* above, unsigned count) {
+        const unsigned grouped = count / 4 * 4;
+        emboss(row, above, grouped, level);
+        // Deliberate: the samples that fill no group of four ignore the level.
+        for (unsigned x = grouped; x < count; ++x) {
+            const std::uint8_t own = row[x];
+            row[x] = ClampToByte(2 * (own - above[x]) + 128);
+            above[x] = own;
+        }
+    });
+}
+
+void EmbossRgba32(const PackedView& picture, unsigned level, InstructionSet set) {
+    const auto emboss = variantsOf<EmbossPixels, EmbossPixelsAvx2>.For(set);
+    ForEachStretchDownwards(
+        ComponentView{picture.data, picture.width * unsigned(sizeof(Rgba32)), picture.pitch, picture.height},
+        [=](std::uint8_t* row, std::uint8_t* above, unsigned count) { emboss(row, above, count, level); });
 }
 
 }  // namespace
@@ -74,49 +119,12 @@ void EmbossPixels(unsigned char* row, unsigned char* above, unsigned bytes, unsi
     }
 }
 
-// Calls work(row, above, count) for stretches of every row but the first, where `above` holds the row above as it came
-// and then takes the row's own place for the next one. Four bands of the plane are walked side by side, since a core
-// keeps more lines in flight on four streams than on one.
-template <class Work>
-void ForEachStretchDownwards(const ComponentView& plane, Work work) {
-    constexpr std::size_t bands = 4, stretch = 8 * cacheLine;
-    if (plane.height < 2) return;
-    const std::size_t width = plane.width, bandRows = (plane.height - 1) / bands, end = 1 + bandRows * bands;
-    std::vector<std::uint8_t> above(width * bands);
-    const auto walk = [&](std::size_t begin, std::size_t rows, std::size_t count) {
-        for (std::size_t band = 0; band < count; ++band)
-            std::copy_n(plane.Row(begin + band * rows - 1), width, above.data() + band * width);
-        for (std::size_t y = begin; y < begin + rows; ++y)
-            for (std::size_t x = 0; x < width; x += stretch)
-                for (std::size_t band = 0; band < count; ++band)
-                    work(plane.Row(y + band * rows) + x, above.data() + band * width + x,
-                         unsigned(std::min(stretch, width - x)));
-    };
-    // What fills no band comes first, since it needs the last band's last row as it came.
-    walk(end, plane.height - end, 1);
-    walk(1, bandRows, bands);
-}
-
 void emboss_effect_component_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
-    const auto emboss = embossGroupsVariants.For(BestInstructionSet());
-    ForEachStretchDownwards(ComponentView{data, width, pitch, height},
-                            [=](std::uint8_t* row, std::uint8_t* above, unsigned count) {
-                                const unsigned grouped = count / 4 * 4;
-                                emboss(row, above, grouped, level);
-                                // Deliberate: the samples that fill no group of four ignore the level.
-                                for (unsigned x = grouped; x < count; ++x) {
-                                    const std::uint8_t own = row[x];
-                                    row[x] = ClampToByte(2 * (own - above[x]) + 128);
-                                    above[x] = own;
-                                }
-                            });
+    EmbossComponent({data, width, pitch, height}, level, BestInstructionSet());
 }
 
 void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
-    const auto emboss = embossPixelsVariants.For(BestInstructionSet());
-    ForEachStretchDownwards(
-        ComponentView{data, width * unsigned(sizeof(Rgba32)), pitch, height},
-        [=](std::uint8_t* row, std::uint8_t* above, unsigned count) { emboss(row, above, count, level); });
+    EmbossRgba32({data, width, pitch, height}, level, BestInstructionSet());
 }
 
 CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CSettingsEffect(effectNameEmboss, properties) {
@@ -127,14 +135,22 @@ CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CSettingsEffect(effectNameE
 }
 
 void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const auto emboss = [this](EmbossRoutine routine, const auto& plane) {
-        routine(plane.data, plane.width, plane.pitch, plane.height, unsigned(m_settings.level));
+    const auto emboss = [level = unsigned(m_settings.level), set = Instructions()](
+                            EmbossRoutine routine, EmbossRoutine vectorised, auto variants, const auto& plane) {
+        if (routine == vectorised)
+            variants(plane, level, set);
+        else
+            routine(plane.data, plane.width, plane.pitch, plane.height, level);
     };
-    ForFrame([&](const PackedView& picture) { emboss(emboss_effect_rgba32, picture); },
-             [&](const PlanarView& picture) {
-                 for (unsigned p = 0; p < 3; ++p) emboss(emboss_effect_component, picture.plane[p]);
-             },
-             *frame);
+    ForFrame(
+        [&](const PackedView& picture) {
+            emboss(emboss_effect_rgba32, emboss_effect_rgba32_mmx, EmbossRgba32, picture);
+        },
+        [&](const PlanarView& picture) {
+            for (unsigned p = 0; p < 3; ++p)
+                emboss(emboss_effect_component, emboss_effect_component_mmx, EmbossComponent, picture.plane[p]);
+        },
+        *frame);
 }
 
 }  // namespace AVBased

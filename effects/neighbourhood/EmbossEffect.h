@@ -14,20 +14,15 @@ using EmbossRoutine = void (*)(unsigned char* data, unsigned width, unsigned pit
 /// The plain routines: one plane of bytes, packed pixels.
 void emboss_effect_component_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
 void emboss_effect_rgba32_c(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
-/// The vectorised routines treat extremes and the ends of rows otherwise; on every processor they do so alike.
+/// The vectorised routines treat extremes and the ends of rows otherwise; on every processor they do so alike. They use
+/// the best instruction set.
 void emboss_effect_component_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
 void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level);
 
-/// The routines in use: the plain ones until an effect is made on a processor with a vector unit. Atomic since effects
-/// may be made on several threads.
+/// The routines in use by the whole process: the plain ones until an effect is made on a processor with a vector unit.
+/// Atomic since effects may be made on several threads. In place of the vectorised ones an effect runs their variants
+/// for its own instruction set.
 extern std::atomic<EmbossRoutine> emboss_effect_component, emboss_effect_rgba32;
-
-/// The vectorised rules on the first `bytes` bytes of a row: on all of them, or on the colours of pixels only. `above`,
-/// the row above as it came, becomes the row as it came.
-void EmbossGroups(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level);
-void EmbossPixels(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level);
-using EmbossRowVariants = Variants<decltype(EmbossGroups)>;
-extern const EmbossRowVariants embossGroupsVariants, embossPixelsVariants;
 
 struct EmbossSettings {
     std::int32_t level = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "effects/base/frame_views.h"
+#include "effects/neighbourhood/ErodeDilateEffects_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -79,17 +80,21 @@ void GreatestRgba32Row(unsigned char* row, const unsigned char* second, const un
 }
 
 void CErodeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame([this](const PackedView& picture) { Erode(picture, leastRows.rgba32.For(Instructions())); },
-             [this](const PlanarView& picture) {
-                 for (unsigned p = 0; p < 3; ++p) Erode(picture.plane[p], leastRows.component.For(Instructions()));
+    const auto component = variantsOf<LeastComponentRow, LeastComponentRowAvx2>.For(Instructions()),
+               rgba32 = variantsOf<LeastRgba32Row, LeastRgba32RowAvx2>.For(Instructions());
+    ForFrame([&](const PackedView& picture) { Erode(picture, rgba32); },
+             [&](const PlanarView& picture) {
+                 for (unsigned p = 0; p < 3; ++p) Erode(picture.plane[p], component);
              },
              *frame);
 }
 
 void CDilateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame([this](const PackedView& picture) { Dilate(picture, greatestRows.rgba32.For(Instructions())); },
-             [this](const PlanarView& picture) {
-                 for (unsigned p = 0; p < 3; ++p) Dilate(picture.plane[p], greatestRows.component.For(Instructions()));
+    const auto component = variantsOf<GreatestComponentRow, GreatestComponentRowAvx2>.For(Instructions()),
+               rgba32 = variantsOf<GreatestRgba32Row, GreatestRgba32RowAvx2>.For(Instructions());
+    ForFrame([&](const PackedView& picture) { Dilate(picture, rgba32); },
+             [&](const PlanarView& picture) {
+                 for (unsigned p = 0; p < 3; ++p) Dilate(picture.plane[p], component);
              },
              *frame);
 }

@@ -204,9 +204,11 @@ CMosaicVideoImageEffect::CMosaicVideoImageEffect(unsigned cpuFeatures)
       m_vectorised(cpuFeatures & (cpuFeatureMmx | cpuFeatureSse2)) {}
 
 void CMosaicVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const auto packed = m_vectorised ? Pick<MosaicRgba32EffectMMX>() : Pick<MosaicRgba32Effect>();
+    const auto packed = m_vectorised ? variantsOf<MosaicRgba32EffectMMX>.For(Instructions())
+                                     : variantsOf<MosaicRgba32Effect>.For(Instructions());
     ForFrame([&](PackedView picture) { packed(picture, m_settings); },
-             [&](PlanarView picture) { Pick<MosaicComponentEffect>()(picture, m_settings); }, *frame);
+             [&](PlanarView picture) { variantsOf<MosaicComponentEffect>.For(Instructions())(picture, m_settings); },
+             *frame);
 }
 
 }  // namespace AVBased

@@ -1,9 +1,10 @@
 #include "effects/neighbourhood/OilPaintingEffect.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <vector>
 
-#include "effects/base/frame_views.h"
-#include "effects/neighbourhood/oil_picture.h"
+#include "effects/neighbourhood/OilPaintingEffect_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -14,120 +15,119 @@ constexpr Property<OilPaintingSettings> oilPaintingProperties[] = {
     {"oilpainting_coarseness", "3", &OilPaintingSettings::coarseness},
 };
 
-void SplitPixels(const Rgba32* row, unsigned count, std::uint8_t* __restrict blue, std::uint8_t* __restrict green,
-                 std::uint8_t* __restrict red) {
-    for (unsigned x = 0; x < count; ++x) {
-        const std::uint32_t word = LoadWord(row + x);
-        blue[x] = std::uint8_t(Blue(word));
-        green[x] = std::uint8_t(Green(word));
-        red[x] = std::uint8_t(Red(word));
+constexpr unsigned mostClasses = 256, blockClasses = 16;
+
+// Counts and channel sums of the brush, by class. Wraps like the 32-bit counters that it is made of.
+struct Histogram {
+    std::uint32_t count[mostClasses] = {};
+    std::uint32_t sum[mostClasses][4] = {};
+
+    void Add(std::uint32_t pixel) {
+        const unsigned group = pixel >> 24;
+        ++count[group];
+        for (unsigned k = 0; k < 4; ++k) sum[group][k] += pixel >> 8 * k & 255;
     }
-}
-
-// Deliberate: paint has no alpha.
-void JoinPixels(Rgba32* __restrict row, unsigned count, const std::uint8_t* blue, const std::uint8_t* green,
-                const std::uint8_t* red) {
-    for (unsigned x = 0; x < count; ++x) StoreWord(row + x, WithAlphaOf(0, blue[x], green[x], red[x]));
-}
-
-// Each sample 2^shift times.
-template <unsigned shift>
-void Widen(const std::uint8_t* from, unsigned count, std::uint8_t* __restrict to) {
-    for (unsigned x = 0; x < count; ++x)
-        for (unsigned k = 0; k < 1u << shift; ++k) to[(std::size_t(x) << shift) + k] = from[x];
-}
-
-// The last of each 2^shift samples.
-template <unsigned shift>
-void Narrow(const std::uint8_t* from, unsigned count, std::uint8_t* __restrict to) {
-    for (unsigned x = 0; x < count; ++x) to[x] = from[(std::size_t(x) << shift) + (1u << shift) - 1];
-}
-
-class PackedOilPicture final : public OilPicture {
- public:
-    PackedOilPicture(const PackedView& view, InstructionSet set)
-        : m_view(view), m_split(variantsOf<SplitPixels>.For(set)), m_join(variantsOf<JoinPixels>.For(set)) {
-        width = view.width;
-        height = view.height;
-        intensity = 1;
+    void Remove(std::uint32_t pixel) {
+        const unsigned group = pixel >> 24;
+        --count[group];
+        for (unsigned k = 0; k < 4; ++k) sum[group][k] -= pixel >> 8 * k & 255;
     }
-    void Read(unsigned y, std::uint8_t* const channel[3]) override {
-        m_split(m_view.Row(y), width, channel[0], channel[1], channel[2]);
+    // The lowest of the most frequent classes.
+    unsigned Mode(unsigned classes) const {
+        std::uint32_t most = 0;
+        unsigned mode = 0;
+        for (unsigned block = 0; block < classes; block += blockClasses) {
+            std::uint32_t highest = 0;
+            for (unsigned c = block; c < block + blockClasses; ++c) highest = std::max(highest, count[c]);
+            if (highest <= most) continue;
+            most = highest;
+            mode = block;
+        }
+        while (count[mode] != most) ++mode;
+        return mode;
     }
-    void Write(unsigned y, const std::uint8_t* const channel[3]) override {
-        m_join(m_view.Row(y), width, channel[0], channel[1], channel[2]);
+    std::uint8_t Mean(unsigned group, unsigned channel) const {
+        return std::uint8_t(sum[group][channel] / count[group]);
     }
-
- private:
-    PackedView m_view;
-    decltype(&SplitPixels) m_split;
-    decltype(&JoinPixels) m_join;
 };
 
-class PlanarOilPicture final : public OilPicture {
+// The last rows of a picture as it was before painting: a pixel's three channels and, in the top byte, its class.
+class UnpaintedRows {
  public:
-    PlanarOilPicture(const PlanarView& view, InstructionSet set)
-        : m_luma(view.plane[0]), m_chroma{view.plane[1], WithPitchOf(view.plane[1], view.plane[2])} {
-        width = m_luma.width;
-        height = m_luma.height;
-        columnShift = view.columnShift;
-        rowShift = view.rowShift;
-        static constexpr Variants<void(const std::uint8_t*, unsigned, std::uint8_t*)>
-            widen[] = {variantsOf<Widen<0>>, variantsOf<Widen<1>>, variantsOf<Widen<2>>},
-            narrow[] = {variantsOf<Narrow<0>>, variantsOf<Narrow<1>>, variantsOf<Narrow<2>>};
-        m_widen = widen[columnShift].For(set);
-        m_narrow = narrow[columnShift].For(set);
-        for (auto& wide : m_wide) wide.resize(width);
-    }
-    void Read(unsigned y, std::uint8_t* const channel[3]) override {
-        std::copy_n(m_luma.Row(y), width, channel[0]);
-        for (unsigned p = 0; p < 2; ++p) {
-            if (y >> rowShift << rowShift == y) ReadChroma(m_chroma[p], y >> rowShift, m_wide[p]);
-            std::copy_n(m_wide[p].data(), width, channel[1 + p]);
+    UnpaintedRows(OilPicture& picture, const OilPaintingSettings& settings, std::size_t rows)
+        : m_picture(picture),
+          m_coarseness(settings.coarseness),
+          m_rows(rows),
+          m_pixels(rows * picture.width),
+          m_channels(std::size_t(3) * picture.width) {}
+
+    const std::uint32_t* Row(std::size_t y) const { return m_pixels.data() + y % m_rows * m_picture.width; }
+    void ReadUpTo(std::size_t end) {
+        std::uint8_t* const channel[3] = {Channel(0), Channel(1), Channel(2)};
+        for (; m_next < end; ++m_next) {
+            m_picture.Read(unsigned(m_next), channel);
+            std::uint32_t* const row = m_pixels.data() + m_next % m_rows * m_picture.width;
+            for (unsigned x = 0; x < m_picture.width; ++x)
+                row[x] = std::uint32_t(OilClass(channel[m_picture.intensity][x], m_coarseness)) << 24 |
+                         channel[2][x] << 16 | channel[1][x] << 8 | channel[0][x];
         }
     }
-    void Write(unsigned y, const std::uint8_t* const channel[3]) override {
-        std::copy_n(channel[0], width, m_luma.Row(y));
-        const bool lastOfItsRow = y + 1 == height || y >> rowShift != (y + 1) >> rowShift;
-        if (!lastOfItsRow) return;
-        for (unsigned p = 0; p < 2; ++p) WriteChroma(m_chroma[p], y >> rowShift, channel[1 + p]);
-    }
+    std::uint8_t* Channel(unsigned k) { return m_channels.data() + std::size_t(k) * m_picture.width; }
 
  private:
-    // Repeats the samples so that each stands under its luma. Where a plane ends early its last ones serve; a row that
-    // serves twice is kept, since by then the plane may hold paint.
-    void ReadChroma(const ComponentView& plane, unsigned row, std::vector<std::uint8_t>& wide) const {
-        if (!plane.Contains(0, row)) return;
-        const unsigned whole = std::min(plane.width, width >> columnShift);
-        m_widen(plane.Row(row), whole, wide.data());
-        std::fill(wide.begin() + (std::ptrdiff_t(whole) << columnShift), wide.end(),
-                  plane.Row(row)[std::min(whole, plane.width - 1)]);
-    }
-    void WriteChroma(const ComponentView& plane, unsigned row, const std::uint8_t* from) const {
-        if (row >= plane.height) return;
-        const unsigned whole = std::min(plane.width, width >> columnShift);
-        m_narrow(from, whole, plane.Row(row));
-        if (whole < plane.width && whole << columnShift < width) plane.Row(row)[whole] = from[width - 1];
-    }
-
-    ComponentView m_luma, m_chroma[2];
-    decltype(&Widen<0>) m_widen, m_narrow;
-    std::vector<std::uint8_t> m_wide[2];
+    OilPicture& m_picture;
+    std::uint32_t m_coarseness;
+    std::size_t m_rows, m_next = 0;
+    std::vector<std::uint32_t> m_pixels;
+    std::vector<std::uint8_t> m_channels;
 };
 
-void Paint(OilPicture& picture, const OilPaintingSettings& settings, InstructionSet set) {
-    if (set == InstructionSet::Avx2 && PaintByVectors(picture, settings)) return;
-    PaintBySliding(picture, settings, set);
+// Paints with one histogram that slides along each row.
+void PaintBySliding(OilPicture& picture, const OilPaintingSettings& settings) {
+    const std::size_t width = picture.width, height = picture.height;
+    if (width == 0 || height == 0) return;
+    // A brush that reaches past every edge is no different for reaching further.
+    const std::size_t down = std::min<std::size_t>(settings.radius, height),
+                      across = std::min<std::size_t>(settings.radius, width);
+    const unsigned classes = OilClass(255, settings.coarseness) + 1u;
+    UnpaintedRows rows(picture, settings, std::min(2 * down + 1, height));
+    std::vector<const std::uint32_t*> brush;
+    for (std::size_t y = 0; y < height; ++y) {
+        const std::size_t top = y - std::min(y, down), bottom = std::min(y + down + 1, height);
+        rows.ReadUpTo(bottom);
+        Histogram histogram;
+        brush.clear();
+        for (std::size_t row = top; row < bottom; ++row) brush.push_back(rows.Row(row));
+        const auto addColumn = [&](std::size_t x) {
+            for (const std::uint32_t* row : brush) histogram.Add(row[x]);
+        };
+        const auto removeColumn = [&](std::size_t x) {
+            for (const std::uint32_t* row : brush) histogram.Remove(row[x]);
+        };
+        for (std::size_t x = 0; x < across; ++x) addColumn(x);
+        std::uint8_t* const channel[3] = {rows.Channel(0), rows.Channel(1), rows.Channel(2)};
+        for (std::size_t x = 0; x < width; ++x) {
+            if (x + across < width) addColumn(x + across);
+            const unsigned mode = histogram.Mode(classes);
+            for (unsigned k = 0; k < 3; ++k) channel[k][x] = histogram.Mean(mode, k);
+            if (x >= across) removeColumn(x - across);
+        }
+        picture.Write(unsigned(y), channel);
+    }
+}
+
+void Paint(OilPicture&& picture, const OilPaintingSettings& settings, InstructionSet set) {
+    const auto& paint =
+        OilStripsServe(picture, settings) ? variantsOf<PaintBySliding, PaintByStripsAvx2> : variantsOf<PaintBySliding>;
+    paint.For(set)(picture, settings);
 }
 
 void OilPaintingRgba32Effect(const PackedView& view, const OilPaintingSettings& settings, InstructionSet set) {
-    PackedOilPicture picture(view, set);
-    Paint(picture, settings, set);
+    Paint(PackedOilPicture(view, set), settings, set);
 }
 
 void OilPaintingComponentEffect(const PlanarView& view, const OilPaintingSettings& settings, InstructionSet set) {
-    PlanarOilPicture picture(view, set);
-    Paint(picture, settings, set);
+    Paint(PlanarOilPicture(view, set), settings, set);
 }
 
 }  // namespace

@@ -251,7 +251,7 @@ void CPortraitVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
             Soften(
                 picture.width, picture.height, m_settings, 255, Instructions(),
                 [&](unsigned y, unsigned slot) {
-                    Pick<TonesOfPixels>()(picture.Row(y), tones[slot].data(), picture.width);
+                    variantsOf<TonesOfPixels>.For(Instructions())(picture.Row(y), tones[slot].data(), picture.width);
                     return tones[slot].data();
                 },
                 [&](unsigned y, std::uint16_t* weights) {
@@ -263,10 +263,11 @@ void CPortraitVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFram
                     }
                 },
                 [&](unsigned y, auto smooth) {
-                    Pick<TonesOfPixels>()(picture.Row(y), tones[0].data(), picture.width);
+                    variantsOf<TonesOfPixels>.For(Instructions())(picture.Row(y), tones[0].data(), picture.width);
                     tones[1] = tones[0];
                     smooth(tones[1].data());
-                    Pick<ChangeTones>()(picture.Row(y), tones[1].data(), tones[0].data(), picture.width, 256);
+                    variantsOf<ChangeTones>.For(Instructions())(picture.Row(y), tones[1].data(), tones[0].data(),
+                                                                picture.width, 256);
                 });
         },
         [&](const PlanarView& picture) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "effects/base/frame_views.h"
+#include "effects/neighbourhood/ReliefEffect_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -78,8 +79,6 @@ void Relief(const PlaneView<Sample>& plane, const ReliefKernel& kernel, Finish f
     finish(plane.Row(rows.height - 1), lines.middle);
 }
 
-}  // namespace
-
 void ReliefRgba32Effect(PackedView picture, const ReliefKernel& kernel) {
     // Deliberate: the fourth byte is that of the last neighbour, below and to the right.
     Relief(picture, kernel, [width = picture.width](Rgba32* row, const std::uint8_t* line) {
@@ -91,6 +90,8 @@ void ReliefRgba32Effect(PackedView picture, const ReliefKernel& kernel) {
 void ReliefComponentEffect(ComponentView plane, const ReliefKernel& kernel) {
     Relief(plane, kernel, [](std::uint8_t*, const std::uint8_t*) {});
 }
+
+}  // namespace
 
 CReliefVideoImageEffect::CReliefVideoImageEffect()
     : CSettingsEffect(effectNameRelief, properties), m_kernel(Kernel(m_settings.angle)) {}
@@ -108,12 +109,16 @@ ReliefKernel CReliefVideoImageEffect::Kernel(std::int32_t angle) {
 }
 
 void CReliefVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    ForFrame([this](const PackedView& picture) { reliefRgba32Variants.For(Instructions())(picture, m_kernel); },
-             [this](const PlanarView& picture) {
-                 for (unsigned p = 0; p < 3; ++p)
-                     reliefComponentVariants.For(Instructions())(picture.plane[p], m_kernel);
-             },
-             *frame);
+    ForFrame(
+        [this](const PackedView& picture) {
+            variantsOf<ReliefRgba32Effect, ReliefRgba32EffectAvx2>.For(Instructions())(picture, m_kernel);
+        },
+        [this](const PlanarView& picture) {
+            for (unsigned p = 0; p < 3; ++p)
+                variantsOf<ReliefComponentEffect, ReliefComponentEffectAvx2>.For(Instructions())(picture.plane[p],
+                                                                                                 m_kernel);
+        },
+        *frame);
 }
 
 }  // namespace AVBased

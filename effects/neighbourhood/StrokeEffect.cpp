@@ -125,20 +125,24 @@ void CStrokeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
         [&](const PackedView& picture) {
             Draw(
                 picture.width, picture.height, m_paper, strength, Instructions(),
-                [&](unsigned y, std::uint8_t* tones) { Pick<TonesOfPixels>()(picture.Row(y), tones, picture.width); },
+                [&](unsigned y, std::uint8_t* tones) {
+                    variantsOf<TonesOfPixels>.For(Instructions())(picture.Row(y), tones, picture.width);
+                },
                 [&](unsigned y, const std::uint8_t* drawn, const std::uint8_t* tones) {
-                    Pick<ChangeTones>()(picture.Row(y), drawn, tones, picture.width, colour);
+                    variantsOf<ChangeTones>.For(Instructions())(picture.Row(y), drawn, tones, picture.width, colour);
                 });
         },
         [&](const PlanarView& picture) {
             const ComponentView& luma = picture.plane[0];
             Draw(
                 luma.width, luma.height, m_paper, strength, Instructions(),
-                [&](unsigned y, std::uint8_t* tones) { Pick<TonesOfLuma>()(luma.Row(y), tones, luma.width); },
+                [&](unsigned y, std::uint8_t* tones) {
+                    variantsOf<TonesOfLuma>.For(Instructions())(luma.Row(y), tones, luma.width);
+                },
                 [&](unsigned y, const std::uint8_t* drawn, const std::uint8_t*) {
-                    Pick<DrawLuma>()(luma.Row(y), drawn, luma.width);
+                    variantsOf<DrawLuma>.For(Instructions())(luma.Row(y), drawn, luma.width);
                 });
-            for (unsigned p = 1; p < 3; ++p) Pick<KeepColour>()(picture.plane[p], colour);
+            for (unsigned p = 1; p < 3; ++p) variantsOf<KeepColour>.For(Instructions())(picture.plane[p], colour);
         },
         *frame);
 }

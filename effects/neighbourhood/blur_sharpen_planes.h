@@ -6,7 +6,7 @@
 #include "TarvoBased/res_keeper.h"
 #include "effects/base/frame_views.h"
 
-/// How blur and sharpen walk a plane, and their routines for each instruction set.
+/// How blur and sharpen walk a plane.
 namespace AVBased {
 
 // Both kernels are sums along the row, then down the column, so each row's sums serve the three rows around it.
@@ -57,25 +57,5 @@ void FilterPlane(PlaneView<Pixel> plane) {
     // Deliberate: of an even height, the last row inside repeats the one above it.
     if (lastFiltered != plane.height - 2) std::memcpy(row(plane.height - 2) + step, row(lastFiltered) + step, count);
 }
-
-struct PlaneFilter {
-    void (*component)(ComponentView plane);
-    void (*rgba32)(PackedView picture);
-};
-struct BlurSharpenFilters {
-    PlaneFilter blur, sharpen;
-};
-
-template <template <class, std::size_t> class Rows>
-inline constexpr BlurSharpenFilters filtersOf{
-    {FilterPlane<Rows, BlurKernel, std::uint8_t>, FilterPlane<Rows, BlurKernel, Rgba32>},
-    {FilterPlane<Rows, SharpenKernel, std::uint8_t>, FilterPlane<Rows, SharpenKernel, Rgba32>}};
-
-extern const BlurSharpenFilters plainBlurSharpen;
-#if defined(__x86_64__)
-extern const BlurSharpenFilters avx2BlurSharpen;
-#else
-inline const BlurSharpenFilters& avx2BlurSharpen = plainBlurSharpen;
-#endif
 
 }  // namespace AVBased

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
-#include "effects/neighbourhood/OilPaintingEffect.h"
+#include "effects/base/frame_views.h"
+#include "effects/base/instruction_sets.h"
 
 namespace AVBased {
 
@@ -21,15 +23,33 @@ class OilPicture {
     ~OilPicture() = default;
 };
 
-/// The intensity class, or its rank where classes are more than 256 and so all different.
-constexpr std::uint8_t OilClass(std::uint8_t level, std::uint32_t coarseness) {
-    return coarseness > 255 ? level : std::uint8_t(coarseness * level >> 8);
-}
+/// Blue, green and red. Deliberate: paint has no alpha.
+class PackedOilPicture final : public OilPicture {
+ public:
+    PackedOilPicture(const PackedView& view, InstructionSet set);
+    void Read(unsigned y, std::uint8_t* const channel[3]) override;
+    void Write(unsigned y, const std::uint8_t* const channel[3]) override;
 
-/// Paints with one histogram that slides along each row.
-void PaintBySliding(OilPicture& picture, const OilPaintingSettings& settings, InstructionSet set);
+ private:
+    PackedView m_view;
+    InstructionSet m_set;
+};
 
-/// Paints many pixels at once. Needs AVX2; false, with nothing done, for settings that it does not serve.
-bool PaintByVectors(OilPicture& picture, const OilPaintingSettings& settings);
+/// Luma and chroma, each chroma sample under all the luma that it serves.
+class PlanarOilPicture final : public OilPicture {
+ public:
+    PlanarOilPicture(const PlanarView& view, InstructionSet set);
+    void Read(unsigned y, std::uint8_t* const channel[3]) override;
+    void Write(unsigned y, const std::uint8_t* const channel[3]) override;
+
+ private:
+    void ReadChroma(const ComponentView& plane, unsigned row, std::vector<std::uint8_t>& wide) const;
+    void WriteChroma(const ComponentView& plane, unsigned row, const std::uint8_t* from) const;
+
+    ComponentView m_luma, m_chroma[2];
+    void (*m_widen)(const std::uint8_t* from, unsigned count, std::uint8_t* to);
+    void (*m_narrow)(const std::uint8_t* from, unsigned count, std::uint8_t* to);
+    std::vector<std::uint8_t> m_wide[2];
+};
 
 }  // namespace AVBased

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "effects/neighbourhood/EdgeLightEffect_avx2.h"
 #include "tests/support/grids.h"
 
 namespace AVBased::Testing {
@@ -62,6 +63,7 @@ TEST(EdgeLight, IsTheGradientTimesTheLevelOnEveryPlane) {
 
 TEST(EdgeLight, RootsAreExactForEveryPairOfDifferences) {
     if (!IsUsable(InstructionSet::Avx2)) GTEST_SKIP() << "this processor has one variant only";
+    constexpr auto rows = variantsOf<GradientComponentRow, GradientComponentRowAvx2>;
     constexpr unsigned pitch = 513;
     std::mt19937 random(3);
     std::vector<unsigned> levels{12, 8192, 8193, 1u << 31};
@@ -76,8 +78,8 @@ TEST(EdgeLight, RootsAreExactForEveryPairOfDifferences) {
                 expected.data()[pitch + x] = static_cast<unsigned char>(below);
             }
             GuardedPlane actual = expected;
-            gradientComponentRows.baseline(expected.data(), pitch - 1, pitch, level, 0);
-            gradientComponentRows.avx2(actual.data(), pitch - 1, pitch, level, 0);
+            rows.baseline(expected.data(), pitch - 1, pitch, level, 0);
+            rows.avx2(actual.data(), pitch - 1, pitch, level, 0);
             ASSERT_EQ(expected, actual) << "level " << level << " below " << below;
         }
 }

@@ -1,6 +1,7 @@
 #include "effects/neighbourhood/EmbossEffect.h"
 
 #include "avbase/avbase.h"
+#include "effects/neighbourhood/EmbossEffect_avx2.h"
 #include "tests/support/grids.h"
 
 namespace AVBased::Testing {
@@ -89,7 +90,8 @@ TEST(Emboss, EffectFollowsTheVectorRulesOnEveryPlane) {
 TEST(Emboss, RowVariantsGiveTheSameBytesAndTouchNothingElse) {
     if (!IsUsable(InstructionSet::Avx2)) GTEST_SKIP() << "this processor has one variant only";
     std::mt19937 random(5);
-    for (const EmbossRowVariants& variants : {embossGroupsVariants, embossPixelsVariants})
+    for (const auto& variants :
+         {variantsOf<EmbossGroups, EmbossGroupsAvx2>, variantsOf<EmbossPixels, EmbossPixelsAvx2>})
         for (unsigned bytes = 0; bytes <= 200; bytes += 4)
             for (Content content : {Content::Random, Content::NearBlack, Content::NearWhite}) {
                 // Small levels and their limits take a way of their own.

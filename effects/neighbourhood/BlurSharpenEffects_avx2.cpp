@@ -1,10 +1,8 @@
-#include "effects/neighbourhood/blur_sharpen_planes.h"
-#include "effects/base/vector_rows.h"
+#include "effects/neighbourhood/BlurSharpenEffects_avx2.h"
 
-#if defined(__x86_64__)
+#include "effects/base/vector_rows_avx2.h"
 
-#pragma GCC push_options
-#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+NIFIKRAL_BEGIN_AVX2
 
 namespace AVBased {
 namespace {
@@ -113,10 +111,15 @@ struct VectorRows {
 
 }  // namespace
 
-constinit const BlurSharpenFilters avx2BlurSharpen = filtersOf<VectorRows>;
+template <class Kernel, class Pixel>
+void FilterPlaneAvx2(PlaneView<Pixel> plane) {
+    FilterPlane<VectorRows, Kernel>(plane);
+}
+template void FilterPlaneAvx2<BlurKernel>(ComponentView plane);
+template void FilterPlaneAvx2<BlurKernel>(PackedView picture);
+template void FilterPlaneAvx2<SharpenKernel>(ComponentView plane);
+template void FilterPlaneAvx2<SharpenKernel>(PackedView picture);
 
 }  // namespace AVBased
 
-#pragma GCC pop_options
-
-#endif
+NIFIKRAL_END_AVX2

@@ -1,10 +1,8 @@
-#include "effects/neighbourhood/EmbossEffect.h"
-#include "effects/base/vector_rows.h"
+#include "effects/neighbourhood/EmbossEffect_avx2.h"
 
-#if defined(__x86_64__)
+#include "effects/base/vector_rows_avx2.h"
 
-#pragma GCC push_options
-#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+NIFIKRAL_BEGIN_AVX2
 
 namespace AVBased {
 namespace {
@@ -64,16 +62,18 @@ unsigned EmbossVectors(unsigned char* row, unsigned char* above, unsigned bytes,
     return unsigned(x);
 }
 
-void EmbossGroupsAvx2(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level) {
-    const unsigned x = SmallLevel::Serves(level) ? EmbossVectors(row, above, bytes, SmallLevel(level))
-                                                 : EmbossVectors(row, above, bytes, AnyLevel(level));
-    EmbossGroups(row + x, above + x, bytes - x, level);
-}
-
 // Only the colours of pixels.
 template <class Level>
 auto OnColoursOnly(Level level) {
     return [level](__m256i row, __m256i above) { return OnColours(row, level(row, above)); };
+}
+
+}  // namespace
+
+void EmbossGroupsAvx2(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level) {
+    const unsigned x = SmallLevel::Serves(level) ? EmbossVectors(row, above, bytes, SmallLevel(level))
+                                                 : EmbossVectors(row, above, bytes, AnyLevel(level));
+    EmbossGroups(row + x, above + x, bytes - x, level);
 }
 
 void EmbossPixelsAvx2(unsigned char* row, unsigned char* above, unsigned bytes, unsigned level) {
@@ -82,22 +82,6 @@ void EmbossPixelsAvx2(unsigned char* row, unsigned char* above, unsigned bytes, 
     EmbossPixels(row + x, above + x, bytes - x, level);
 }
 
-}  // namespace
-
-constinit const EmbossRowVariants embossGroupsVariants{EmbossGroups, EmbossGroupsAvx2};
-constinit const EmbossRowVariants embossPixelsVariants{EmbossPixels, EmbossPixelsAvx2};
-
 }  // namespace AVBased
 
-#pragma GCC pop_options
-
-#else
-
-namespace AVBased {
-
-constinit const EmbossRowVariants embossGroupsVariants{EmbossGroups, EmbossGroups};
-constinit const EmbossRowVariants embossPixelsVariants{EmbossPixels, EmbossPixels};
-
-}  // namespace AVBased
-
-#endif
+NIFIKRAL_END_AVX2

@@ -1,11 +1,8 @@
-#include "effects/light/radiate_axis.h"
+#include "effects/light/RadiateEffect_avx2.h"
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
+#include "effects/base/vector_rows_avx2.h"
 
 namespace AVBased {
-#if defined(__x86_64__)
 namespace {
 
 // Neighbouring pixels that one load and one permutation serve: towards a centre, samples draw together, so those of a
@@ -43,8 +40,13 @@ std::vector<Group> GroupColumns(const RadiateAxis& columns) {
     return groups;
 }
 
-#pragma GCC push_options
-#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+}  // namespace
+}  // namespace AVBased
+
+NIFIKRAL_BEGIN_AVX2
+
+namespace AVBased {
+namespace {
 
 // The rows that the samples of one output row lie in.
 template <class Sample>
@@ -81,27 +83,19 @@ struct ByteSums {
     }
 };
 
-__m256i Load(const void* address) { return _mm256_loadu_si256(static_cast<const __m256i*>(address)); }
-__m256i LoadHalves(const void* low, const void* high) {
-    return _mm256_loadu2_m128i(static_cast<const __m128i*>(high), static_cast<const __m128i*>(low));
-}
-
 // The loops over the samples stay loops: unrolled in full, GCC would add the samples up as a tree and spill them all.
 
 void RadiateGroup(const PackedGroup& group, __m256i bias, const SampleRows<Rgba32>& a, const SampleRows<Rgba32>& b) {
-    const __m256i ownA = Load(a.own + group.start), ownB = Load(b.own + group.start);
+    const __m256i ownA = LoadVector(a.own + group.start), ownB = LoadVector(b.own + group.start);
     ByteSums sumsA(ownA), sumsB(ownB);
 #pragma GCC unroll 1
     for (unsigned k = 0; k < radiateSamples; ++k) {
-        const __m256i index = Load(group.index[k]);
-        sumsA.Add(_mm256_permutevar8x32_epi32(Load(a.at[k] + group.base[k]), index));
-        sumsB.Add(_mm256_permutevar8x32_epi32(Load(b.at[k] + group.base[k]), index));
+        const __m256i index = LoadVector(group.index[k]);
+        sumsA.Add(_mm256_permutevar8x32_epi32(LoadVector(a.at[k] + group.base[k]), index));
+        sumsB.Add(_mm256_permutevar8x32_epi32(LoadVector(b.at[k] + group.base[k]), index));
     }
-    const __m256i alpha = _mm256_set1_epi32(std::int32_t(alphaMask));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(a.to + group.start),
-                        _mm256_blendv_epi8(sumsA.Means(bias), ownA, alpha));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(b.to + group.start),
-                        _mm256_blendv_epi8(sumsB.Means(bias), ownB, alpha));
+    StoreVector(a.to + group.start, OnColours(ownA, sumsA.Means(bias)));
+    StoreVector(b.to + group.start, OnColours(ownB, sumsB.Means(bias)));
 }
 
 void RadiateGroup(const ComponentGroup& group, __m256i bias, const SampleRows<std::uint8_t>& a,
@@ -134,29 +128,22 @@ void RadiateGroups(const std::vector<Group>& groups, const RadiateAxis& rows, st
     }
 }
 
-void RadiateRgba32Avx2(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias, const PackedView& to,
-                       const PackedView& from) {
+}  // namespace
+
+void RadiateRgba32EffectAvx2(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias,
+                             const PackedView& to, const PackedView& from) {
     const auto groups = GroupColumns<PackedGroup>(columns);
     if (groups.empty()) return RadiateRgba32Effect(columns, rows, bias, to, from);
     RadiateGroups(groups, rows, bias, to, from);
 }
 
-void RadiateComponentAvx2(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias,
-                          const ComponentView& to, const ComponentView& from) {
+void RadiateComponentEffectAvx2(const RadiateAxis& columns, const RadiateAxis& rows, std::uint32_t bias,
+                                const ComponentView& to, const ComponentView& from) {
     const auto groups = GroupColumns<ComponentGroup>(columns);
     if (groups.empty()) return RadiateComponentEffect(columns, rows, bias, to, from);
     RadiateGroups(groups, rows, bias, to, from);
 }
 
-#pragma GCC pop_options
-
-}  // namespace
-
-const RadiateRoutine<Rgba32> radiateRgba32{RadiateRgba32Effect, RadiateRgba32Avx2};
-const RadiateRoutine<std::uint8_t> radiateComponent{RadiateComponentEffect, RadiateComponentAvx2};
-#else
-const RadiateRoutine<Rgba32> radiateRgba32{RadiateRgba32Effect, RadiateRgba32Effect};
-const RadiateRoutine<std::uint8_t> radiateComponent{RadiateComponentEffect, RadiateComponentEffect};
-#endif
-
 }  // namespace AVBased
+
+NIFIKRAL_END_AVX2

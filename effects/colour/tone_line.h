@@ -3,9 +3,8 @@
 #include <cstdint>
 
 #include "effects/base/fixed_point.h"
-#include "effects/base/frame_views.h"
 
-/// The routines of brightness, contrast and saturation for each instruction set.
+/// How brightness, contrast and saturation change tones.
 namespace AVBased {
 
 /// A straight line through tones: 127 becomes `middle`, each step from it counts slope / 256.
@@ -20,18 +19,5 @@ struct PackedTones {
     ToneLine line;
     std::int32_t colourFactor;  ///< how far colours move from their mean, in 1/256
 };
-
-struct ToneRoutines {
-    void (*component)(ComponentView plane, ToneLine line);
-    void (*tonesRgba32)(PackedView picture, const PackedTones& tones);
-    void (*coloursRgba32)(PackedView picture, const PackedTones& tones);
-};
-
-extern const ToneRoutines plainToneRoutines;
-#if defined(__x86_64__)
-extern const ToneRoutines avx2ToneRoutines;
-#else
-inline const ToneRoutines& avx2ToneRoutines = plainToneRoutines;
-#endif
 
 }  // namespace AVBased

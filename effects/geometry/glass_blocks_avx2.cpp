@@ -1,23 +1,21 @@
-#include "effects/geometry/glass_blocks.h"
+#include "effects/geometry/glass_blocks_avx2.h"
 
 #include <algorithm>
 #include <cstring>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
+#include "effects/base/vector_rows_avx2.h"
 
 namespace AVBased {
 namespace {
 
-constexpr unsigned halfBytes = 16, blockBytes = 2 * halfBytes, pairBytes = 2 * halfBytes;
+constexpr unsigned halfBytes = 16, blockBytes = vectorBytes, pairBytes = vectorBytes;
 
 }  // namespace
 
 std::optional<GlassBlocks> GlassBlocks::Make(const std::vector<unsigned>& columns,
-                                             const std::vector<std::uint8_t>& shares, unsigned sampleBytes, Order order,
-                                             InstructionSet set) {
-    if (set != InstructionSet::Avx2 || columns.empty()) return {};
+                                             const std::vector<std::uint8_t>& shares, unsigned sampleBytes,
+                                             Order order) {
+    if (columns.empty()) return {};
     GlassBlocks blocks;
     const std::size_t halfSamples = halfBytes / sampleBytes;
     for (std::size_t half = 0; half % 2 != 0 || half * halfSamples < columns.size(); ++half) {
@@ -42,28 +40,20 @@ std::optional<GlassBlocks> GlassBlocks::Make(const std::vector<unsigned>& column
     return blocks;
 }
 
-#if defined(__x86_64__)
+}  // namespace AVBased
 
-#pragma GCC push_options
-#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+NIFIKRAL_BEGIN_AVX2
 
+namespace AVBased {
 namespace {
-
-__m256i Load(const void* at) { return _mm256_loadu_si256(static_cast<const __m256i*>(at)); }
-
-void Store(std::uint8_t* to, __m256i value) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value); }
 
 // Writes the bytes of a block at `first` that lie in [begin, end).
 void StorePart(std::uint8_t* to, std::size_t first, std::size_t begin, std::size_t end, __m256i block) {
     std::uint8_t bytes[blockBytes];
-    Store(bytes, block);
+    StoreVector(bytes, block);
     const std::size_t from = std::max(first, begin), until = std::min(first + blockBytes, end);
     std::memcpy(to + from, bytes + (from - first), until - from);
 }
-
-// Bytes less 128, which fit the signed side of a product. Weighted sums are then less by 128 x 256, if the weights make
-// 256 together, and their upper bytes by 128 again.
-__m256i Less128(__m256i bytes) { return _mm256_xor_si256(bytes, _mm256_set1_epi8(-128)); }
 
 __m256i Pairs(const std::uint8_t* from, __m256i picks) {
     const __m128i near = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
@@ -89,12 +79,12 @@ void GlassBlocks::MixColumns(std::uint8_t* to, const std::uint8_t* row) const {
     const std::uint8_t* const picks = m_picks.data();
     const std::uint16_t* const weights = m_shares.data();
     const auto mixed = [=](std::size_t half) {
-        return _mm256_maddubs_epi16(Load(weights + half * halfBytes),
-                                    Pairs(row + bases[half], Load(picks + half * pairBytes)));
+        return _mm256_maddubs_epi16(LoadVector(weights + half * halfBytes),
+                                    Pairs(row + bases[half], LoadVector(picks + half * pairBytes)));
     };
     const std::size_t halves = m_bases.size();
     for (std::size_t half = 0; half < halves; half += 2)
-        Store(to + half * halfBytes, UpperBytes(mixed(half), mixed(half + 1)));
+        StoreVector(to + half * halfBytes, UpperBytes(mixed(half), mixed(half + 1)));
 }
 
 void GlassBlocks::MixRows(std::uint8_t* to, const std::uint8_t* a, const std::uint8_t* b, unsigned share,
@@ -105,13 +95,13 @@ void GlassBlocks::MixRows(std::uint8_t* to, const std::uint8_t* a, const std::ui
     }
     const __m256i weights = _mm256_set1_epi16(std::int16_t(256 - share + (share << 8)));
     const auto mixed = [=](std::size_t x) {
-        const __m256i first = Load(a + x), second = Load(b + x);
+        const __m256i first = LoadVector(a + x), second = LoadVector(b + x);
         const __m256i low = _mm256_maddubs_epi16(weights, _mm256_unpacklo_epi8(first, second)),
                       high = _mm256_maddubs_epi16(weights, _mm256_unpackhi_epi8(first, second));
         return Less128(_mm256_packs_epi16(_mm256_srai_epi16(low, 8), _mm256_srai_epi16(high, 8)));
     };
     std::size_t x = begin;
-    for (; x + blockBytes <= end; x += blockBytes) Store(to + x, mixed(x));
+    for (; x + blockBytes <= end; x += blockBytes) StoreVector(to + x, mixed(x));
     if (x < end) StorePart(to, x, x, end, mixed(x));
 }
 
@@ -127,12 +117,12 @@ void GlassBlocks::MixFour(std::uint8_t* to, const std::uint8_t* row, const std::
     const std::uint16_t* const shares = m_shares.data();
     const auto mixedHalf = [=](std::size_t half) {
         // With c = fx fy / 256: fx - c for the one below and c for its right one; 256 - fx - fy + c and fy - c above.
-        const __m256i fx = Load(shares + half * halfBytes), product = _mm256_mullo_epi16(fx, fy);
+        const __m256i fx = LoadVector(shares + half * halfBytes), product = _mm256_mullo_epi16(fx, fy);
         const __m256i lower =
             _mm256_sub_epi16(_mm256_add_epi16(fx, _mm256_and_si256(product, _mm256_set1_epi16(short(0xFF00)))),
                              _mm256_srli_epi16(product, 8));
         const __m256i upper = _mm256_sub_epi16(all, lower);
-        __m256i pick = Load(picks + half * pairBytes);
+        __m256i pick = LoadVector(picks + half * pairBytes);
         if (alone) pick = Alone(pick);
         return _mm256_add_epi16(_mm256_maddubs_epi16(upper, Pairs(row + bases[half], pick)),
                                 _mm256_maddubs_epi16(lower, Pairs(below + bases[half], pick)));
@@ -147,20 +137,10 @@ void GlassBlocks::MixFour(std::uint8_t* to, const std::uint8_t* row, const std::
         StorePart(to, first, begin, end, mixed(first));
         x += blockBytes;
     }
-    for (; x < last; x += blockBytes) Store(to + x, mixed(x));
+    for (; x < last; x += blockBytes) StoreVector(to + x, mixed(x));
     if (x < end) StorePart(to, x, begin, end, mixed(x));
 }
 
-#pragma GCC pop_options
-
-#else
-
-void GlassBlocks::MixColumns(std::uint8_t*, const std::uint8_t*) const {}
-void GlassBlocks::MixRows(std::uint8_t*, const std::uint8_t*, const std::uint8_t*, unsigned, std::size_t, std::size_t) {
-}
-void GlassBlocks::MixFour(std::uint8_t*, const std::uint8_t*, const std::uint8_t*, unsigned, std::size_t,
-                          std::size_t) const {}
-
-#endif
-
 }  // namespace AVBased
+
+NIFIKRAL_END_AVX2

@@ -1,10 +1,8 @@
-#include "effects/colour/tone_routines.h"
-#include "effects/base/vector_rows.h"
+#include "effects/colour/BrightnessContrastEffect_avx2.h"
 
-#if defined(__x86_64__)
+#include "effects/base/vector_rows_avx2.h"
 
-#pragma GCC push_options
-#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+NIFIKRAL_BEGIN_AVX2
 
 namespace AVBased {
 namespace {
@@ -82,25 +80,21 @@ struct KeepAlpha {
     __m256i operator()(__m256i pixels) const { return OnColours(pixels, change(pixels)); }
 };
 
+}  // namespace
+
 // Flattened, since the walk itself is compiled for no instruction set.
-[[gnu::flatten]] void ChangeTonesComponent(ComponentView plane, ToneLine line) {
+[[gnu::flatten]] void ChangeTonesComponentAvx2(ComponentView plane, ToneLine line) {
     ChangePlane(plane, ChangeTones(line));
 }
 
-[[gnu::flatten]] void ChangeTonesRgba32(PackedView picture, const PackedTones& tones) {
+[[gnu::flatten]] void ChangeTonesRgba32Avx2(PackedView picture, const PackedTones& tones) {
     ChangePlane(picture, KeepAlpha<ChangeTones>{ChangeTones(tones.line)});
 }
 
-[[gnu::flatten]] void ChangeColoursRgba32(PackedView picture, const PackedTones& tones) {
+[[gnu::flatten]] void ChangeColoursRgba32Avx2(PackedView picture, const PackedTones& tones) {
     ChangePlane(picture, KeepAlpha<ChangeColours>{ChangeColours(tones)});
 }
 
-}  // namespace
-
-constinit const ToneRoutines avx2ToneRoutines{ChangeTonesComponent, ChangeTonesRgba32, ChangeColoursRgba32};
-
 }  // namespace AVBased
 
-#pragma GCC pop_options
-
-#endif
+NIFIKRAL_END_AVX2

@@ -5,8 +5,6 @@
 #include <optional>
 #include <vector>
 
-#include "effects/base/instruction_sets.h"
-
 /// Rows of bytes magnified so much that a load of 16 bytes holds all that 16 magnified bytes are mixed of.
 namespace AVBased {
 
@@ -19,8 +17,7 @@ class GlassBlocks {
     /// For each column the sample that it shows and the share of the right neighbour, or of the one below, in 1/256;
     /// and the bytes of a sample. Nothing where the blocks do not serve.
     static std::optional<GlassBlocks> Make(const std::vector<unsigned>& columns,
-                                           const std::vector<std::uint8_t>& shares, unsigned sampleBytes, Order order,
-                                           InstructionSet set);
+                                           const std::vector<std::uint8_t>& shares, unsigned sampleBytes, Order order);
 
     /// So much is read behind the last neighbour of a row.
     static constexpr unsigned readBeyond = 16;

@@ -1,13 +1,10 @@
-#include "effects/neighbourhood/ReliefEffect.h"
+#include "effects/neighbourhood/ReliefEffect_avx2.h"
 
 #include <vector>
 
-#include "effects/base/vector_rows.h"
+#include "effects/base/vector_rows_avx2.h"
 
-#if defined(__x86_64__)
-
-#pragma GCC push_options
-#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+NIFIKRAL_BEGIN_AVX2
 
 namespace AVBased {
 namespace {
@@ -121,31 +118,15 @@ class Relief {
     std::vector<std::uint8_t> m_line;
 };
 
-void ReliefRgba32Avx2(PackedView picture, const ReliefKernel& kernel) {
+}  // namespace
+
+void ReliefRgba32EffectAvx2(PackedView picture, const ReliefKernel& kernel) {
     if (picture.width > 0 && picture.height > 0) Relief(picture).Run(kernel);
 }
-void ReliefComponentAvx2(ComponentView plane, const ReliefKernel& kernel) {
+void ReliefComponentEffectAvx2(ComponentView plane, const ReliefKernel& kernel) {
     if (plane.width > 0 && plane.height > 0) Relief(plane).Run(kernel);
 }
 
-}  // namespace
-
-constinit const Variants<decltype(ReliefRgba32Effect)> reliefRgba32Variants{ReliefRgba32Effect, ReliefRgba32Avx2};
-constinit const Variants<decltype(ReliefComponentEffect)> reliefComponentVariants{ReliefComponentEffect,
-                                                                                  ReliefComponentAvx2};
-
 }  // namespace AVBased
 
-#pragma GCC pop_options
-
-#else
-
-namespace AVBased {
-
-constinit const Variants<decltype(ReliefRgba32Effect)> reliefRgba32Variants{ReliefRgba32Effect, ReliefRgba32Effect};
-constinit const Variants<decltype(ReliefComponentEffect)> reliefComponentVariants{ReliefComponentEffect,
-                                                                                  ReliefComponentEffect};
-
-}  // namespace AVBased
-
-#endif
+NIFIKRAL_END_AVX2

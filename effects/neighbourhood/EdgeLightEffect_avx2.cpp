@@ -1,10 +1,8 @@
-#include "effects/neighbourhood/EdgeLightEffect.h"
-#include "effects/base/vector_rows.h"
+#include "effects/neighbourhood/EdgeLightEffect_avx2.h"
 
-#if defined(__x86_64__)
+#include "effects/base/vector_rows_avx2.h"
 
-#pragma GCC push_options
-#pragma GCC target("avx2,bmi,bmi2,lzcnt,popcnt")
+NIFIKRAL_BEGIN_AVX2
 
 namespace AVBased {
 namespace {
@@ -118,42 +116,29 @@ void Rgba32Row(unsigned char* row, unsigned bytes, unsigned pitch, Roots roots) 
     });
 }
 
-void ComponentRowAvx2(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias) {
-    if (bytes < vectorBytes) return GradientComponentRow(row, bytes, pitch, level, bias);
+// Calls gradients(roots) with the cheapest roots that are exact at a level.
+template <class Gradients>
+void WithRoots(unsigned level, Gradients gradients) {
     if (level <= highestSingleLevel)
-        ComponentRow(row, bytes, pitch, bias, SingleRoots(level));
+        gradients(SingleRoots(level));
     else if (level <= highestCorrectedLevel)
-        ComponentRow(row, bytes, pitch, bias, CorrectedRoots(level));
+        gradients(CorrectedRoots(level));
     else
-        ComponentRow(row, bytes, pitch, bias, DoubleRoots(level));
-}
-
-void Rgba32RowAvx2(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias) {
-    if (bytes < vectorBytes) return GradientRgba32Row(row, bytes, pitch, level, bias);
-    if (level <= highestSingleLevel)
-        Rgba32Row(row, bytes, pitch, SingleRoots(level));
-    else if (level <= highestCorrectedLevel)
-        Rgba32Row(row, bytes, pitch, CorrectedRoots(level));
-    else
-        Rgba32Row(row, bytes, pitch, DoubleRoots(level));
+        gradients(DoubleRoots(level));
 }
 
 }  // namespace
 
-constinit const Variants<GradientRow> gradientComponentRows{GradientComponentRow, ComponentRowAvx2};
-constinit const Variants<GradientRow> gradientRgba32Rows{GradientRgba32Row, Rgba32RowAvx2};
+void GradientComponentRowAvx2(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias) {
+    if (bytes < vectorBytes) return GradientComponentRow(row, bytes, pitch, level, bias);
+    WithRoots(level, [=](auto roots) { ComponentRow(row, bytes, pitch, bias, roots); });
+}
+
+void GradientRgba32RowAvx2(unsigned char* row, unsigned bytes, unsigned pitch, unsigned level, unsigned char bias) {
+    if (bytes < vectorBytes) return GradientRgba32Row(row, bytes, pitch, level, bias);
+    WithRoots(level, [=](auto roots) { Rgba32Row(row, bytes, pitch, roots); });
+}
 
 }  // namespace AVBased
 
-#pragma GCC pop_options
-
-#else
-
-namespace AVBased {
-
-constinit const Variants<GradientRow> gradientComponentRows{GradientComponentRow, GradientComponentRow};
-constinit const Variants<GradientRow> gradientRgba32Rows{GradientRgba32Row, GradientRgba32Row};
-
-}  // namespace AVBased
-
-#endif
+NIFIKRAL_END_AVX2
