@@ -47,6 +47,13 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
     app.add_option("--encoder-option", options.output.encoderOptions, "an option of the encoder")
         ->type_name("KEY=VALUE")
         ->allow_extra_args(false);
+    app.add_option("--audio-encoder", options.output.audioEncoder,
+                   "FFmpeg's encoder for the sound, such as libopus (default: the sound is copied where it can be)")
+        ->type_name("ENCODER");
+    app.add_option("--audio-bitrate", options.output.audioBitRate, "bits a second of the encoded sound, such as 192k")
+        ->type_name("BITS")
+        ->transform(CLI::AsNumberWithUnit(std::map<std::string, int>{{"k", 1000}, {"M", 1000000}}));
+    app.add_flag("--no-sound{false}", options.output.sound, "leave the sound out");
     app.add_flag("-y,--overwrite", options.output.overwrite, "overwrite an existing output");
     app.add_flag("--dry-run", options.dryRun, "check everything and tell what would be done");
     Take(line, app.add_option("--progress", line.progress, "how stderr tells how far it is")->type_name("FORM"),

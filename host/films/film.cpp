@@ -17,6 +17,7 @@ extern "C" {
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
+#include "host/base/number_text.h"
 #include "host/media/frame_adapter.h"
 #include "host/media/sound_track.h"
 #include "host/run/run.h"
@@ -38,15 +39,18 @@ OutputTraits StoredTraits(const Film& film, const OutputOptions& output, AVPixel
 
 // The sound beside the range of the film; null when none is asked for or the output holds none.
 std::unique_ptr<SoundTrack> OpenSound(const Film& film, const FilmOptions& options, const FrameRange& range) {
-    if (options.sound.empty() || !options.run.chunk.empty()) return nullptr;
-    const AVCodec* const encoder = SoundEncoder(options.run.output, film.profile && film.profile->dvd);
-    if (!encoder) {
+    if (options.sound.empty() || !options.run.output.sound || !options.run.chunk.empty()) return nullptr;
+    if (IsPictureOutput(options.run.output)) {
         PrintWarning(options.run.output.path + " holds no sound; --audio is left out");
         return nullptr;
     }
     const double rate = av_q2d(film.frameRate), begin = double(range.first) / rate;
     const double end = double(range.last + 1) / rate, filmEnd = double(film.frames) / rate;
-    return std::make_unique<SoundTrack>(options.sound, *encoder, SoundCut{begin, end, filmEnd, options.fade});
+    if (const double soundEnd = SoundSeconds(options.sound); soundEnd < filmEnd - 0.5)
+        PrintWarning(options.sound + " ends after " + NumberText(std::round(soundEnd)) +
+                     " seconds and the film after " + NumberText(std::round(filmEnd)) +
+                     "; the rest is silent (--length audio makes the film as long as the sound)");
+    return std::make_unique<SoundTrack>(options.sound, SoundCut{begin, end, filmEnd, options.fade});
 }
 
 // Calls the generator for one frame after the other.
@@ -65,6 +69,7 @@ class FilmMaker final : public PictureMaker {
         OutputTraits traits = StoredTraits(m_film, output, preferred);
         m_sound = OpenSound(m_film, m_options, m_frames.run);
         if (m_sound) traits.audio = {&m_sound->Stream()};
+        traits.soundIsRaw = true;
         return traits;
     }
 

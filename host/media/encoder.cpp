@@ -89,7 +89,10 @@ const AVCodec& FindEncoder(const std::string& name, AVCodecID usual) {
     if (name.empty())
         throw HostError(ExitCode::Output, std::string("there is no encoder for ") + avcodec_get_name(usual) +
                                               "; choose another extension or name one with --encoder");
-    throw HostError(ExitCode::Usage, "--encoder " + name + " names no video encoder; ffmpeg -encoders lists them");
+    throw HostError(ExitCode::Usage,
+                    "--encoder " + name + " names no video encoder; " +
+                        (codec && codec->type == AVMEDIA_TYPE_AUDIO ? "for the sound name it with --audio-encoder"
+                                                                    : "ffmpeg -encoders lists them"));
 }
 
 Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const OutputTraits& traits, const Purpose& purpose)

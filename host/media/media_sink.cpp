@@ -80,16 +80,6 @@ bool IsProgramStream(const OutputOptions& options) {
     return format && std::find(std::begin(names), std::end(names), format->name) != std::end(names);
 }
 
-const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd) {
-    const AVOutputFormat* const format = FindFormat(options);
-    if (IsPictureOutput(options) || !format || format->audio_codec == AV_CODEC_ID_NONE) return nullptr;
-    if (dvd && IsProgramStream(options)) return avcodec_find_encoder(AV_CODEC_ID_AC3);
-    // Few players expect it in this one container that could hold it.
-    const bool aac = std::string_view(format->name) != "avi" &&
-                     avformat_query_codec(format, AV_CODEC_ID_AAC, FF_COMPLIANCE_NORMAL) == 1;
-    return avcodec_find_encoder(aac ? AV_CODEC_ID_AAC : format->audio_codec);
-}
-
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly) {
     if (IsPictureOutput(options)) return OpenPictureSink(options, traits);
     const AVOutputFormat* format = FindFormat(options);

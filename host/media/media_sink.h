@@ -17,6 +17,10 @@ struct OutputOptions {
     std::string format;   ///< a container's name; empty: by the path's extension
     std::string encoder;  ///< an FFmpeg encoder's name; empty: the usual one
     std::vector<std::string> encoderOptions;  ///< "key=value" for the encoder
+    std::string
+        audioEncoder;      ///< for all sound; empty: it is copied, or encoded as is usual, as the container takes it
+    int audioBitRate = 0;  ///< for all sound, which is then encoded; 0: the usual one
+    bool sound = true;     ///< whether the input's goes along
     bool overwrite = false;
     int threads = 1;
     std::optional<FrameRange> chunk;  ///< only this chunk of the output is made, for JoinChunks
@@ -35,6 +39,7 @@ struct OutputTraits {
     AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
     bool dvd = false;  ///< program streams are to be as video DVDs have them
     std::vector<const AVStream*> audio;
+    bool soundIsRaw = false;  ///< the audio was made for this output and is to be encoded
     const AVDictionary* metadata = nullptr;
 };
 
@@ -72,8 +77,6 @@ bool IsProgramStream(const OutputOptions& options);
 bool IsNumberedOutput(const OutputOptions& options);
 /// The file of one of them. Throws a usage error for a pattern that names none.
 std::string NumberedPath(const std::string& pattern, long long number);
-/// The encoder for sound that goes with this output; null when it holds none.
-const AVCodec* SoundEncoder(const OutputOptions& options, bool dvd);
 /// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
 

@@ -136,7 +136,8 @@ void MediaSource::RefuseHugePictures() const {
 std::vector<const AVStream*> MediaSource::AudioStreams() const {
     std::vector<const AVStream*> streams;
     for (unsigned i = 0; i < m_input->nb_streams; ++i)
-        if (m_input->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) streams.push_back(m_input->streams[i]);
+        if (m_input->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO && m_options.audio)
+            streams.push_back(m_input->streams[i]);
     return streams;
 }
 

@@ -1,15 +1,9 @@
 #include "host/media/orientation.h"
 
-extern "C" {
-#include <libavfilter/buffersink.h>
-#include <libavfilter/buffersrc.h>
-}
-
+#include <cstdint>
 #include <cstring>
 #include <sstream>
 #include <string>
-
-#include "host/base/errors.h"
 
 namespace Nifikral {
 namespace {
@@ -53,37 +47,19 @@ std::string Filters(const Turn& turn) {
 void Orientation::Prepare(const AVFrame& frame, const AVStream& stream) {
     const std::string filters = Filters(FindTurn(frame, stream));
     if (filters.empty()) return;
-    m_graph = Require<decltype(m_graph)>(avfilter_graph_alloc());
     const AVRational pixel = frame.sample_aspect_ratio.num > 0 ? frame.sample_aspect_ratio : AVRational{1, 1};
     std::ostringstream source;
     source << "video_size=" << frame.width << "x" << frame.height << ":pix_fmt=" << frame.format
            << ":time_base=" << stream.time_base.num << "/" << stream.time_base.den << ":pixel_aspect=" << pixel.num
            << "/" << pixel.den;
-    AVFilterInOut *inputs = avfilter_inout_alloc(), *outputs = avfilter_inout_alloc();
-    int error = avfilter_graph_create_filter(&m_in, avfilter_get_by_name("buffer"), "in", source.str().c_str(), nullptr,
-                                             m_graph.get());
-    if (error >= 0)
-        error = avfilter_graph_create_filter(&m_out, avfilter_get_by_name("buffersink"), "out", nullptr, nullptr,
-                                             m_graph.get());
-    if (error >= 0 && inputs && outputs) {
-        *outputs = {av_strdup("in"), m_in, 0, nullptr};
-        *inputs = {av_strdup("out"), m_out, 0, nullptr};
-        error = avfilter_graph_parse_ptr(m_graph.get(), filters.c_str(), &inputs, &outputs, nullptr);
-    }
-    if (error >= 0) error = avfilter_graph_config(m_graph.get(), nullptr);
-    avfilter_inout_free(&inputs);
-    avfilter_inout_free(&outputs);
-    if (error < 0) throw HostError(ExitCode::Failed, "the picture cannot be turned upright: " + ErrorText(error));
+    m_graph.emplace(AVMEDIA_TYPE_VIDEO, source.str(), filters, "the picture cannot be turned upright");
 }
 
 void Orientation::Apply(FramePtr& frame) {
     if (!m_graph) return;
-    FramePtr turned = NewFrame();
     av_frame_remove_side_data(frame.get(), AV_FRAME_DATA_DISPLAYMATRIX);
-    int error = av_buffersrc_add_frame(m_in, frame.get());
-    if (error >= 0) error = av_buffersink_get_frame(m_out, turned.get());
-    if (error < 0) throw HostError(ExitCode::Failed, "the picture cannot be turned upright: " + ErrorText(error));
-    frame = std::move(turned);
+    m_graph->Put(frame.get());
+    frame = m_graph->Take();
 }
 
 }  // namespace Nifikral

@@ -1,12 +1,8 @@
 #pragma once
 
-#include <cstdint>
+#include <optional>
 
-extern "C" {
-#include <libavfilter/avfilter.h>
-}
-
-#include "host/media/ffmpeg_handles.h"
+#include "host/media/filter_graph.h"
 
 namespace Nifikral {
 
@@ -19,12 +15,7 @@ class Orientation {
     void Apply(FramePtr& frame);
 
  private:
-    struct FreeGraph {
-        void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
-    };
-
-    std::unique_ptr<AVFilterGraph, FreeGraph> m_graph;
-    AVFilterContext *m_in = nullptr, *m_out = nullptr;
+    std::optional<FilterGraph> m_graph;
 };
 
 }  // namespace Nifikral

@@ -17,11 +17,11 @@ struct SoundCut {
 /// How long the sound of a file is, by reading through it. Throws input errors that name the file and the remedy.
 double SoundSeconds(const std::string& path);
 
-/// The sound of a film: that of a file from its beginning, faded out at the end, as stereo in 48 kHz. Throws input
-/// errors that name the file and the remedy. Threads: one at a time.
+/// The sound of a film: that of a file from its beginning, faded out at the end, as samples in stereo and 48 kHz.
+/// Throws input errors that name the file and the remedy. Threads: one at a time.
 class SoundTrack {
  public:
-    SoundTrack(const std::string& path, const AVCodec& encoder, const SoundCut& cut);
+    SoundTrack(const std::string& path, const SoundCut& cut);
     ~SoundTrack();
 
     /// What Until hands out, as a container is told of it.

@@ -1,6 +1,7 @@
 #include "host/media/video_sink.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 
 extern "C" {
@@ -13,6 +14,7 @@ extern "C" {
 #include "host/media/chunk_file.h"
 #include "host/media/encoder.h"
 #include "host/media/ffmpeg_log.h"
+#include "host/media/output_sound.h"
 #include "host/media/part_file.h"
 
 namespace Nifikral {
@@ -58,11 +60,8 @@ class VideoSink final : public MediaSink {
                                                  " has nothing that chunks could be joined by; "
                                                  "choose another extension, such as .mkv");
         if (options.path != "-") CheckOutputPath(options.path, options.overwrite || options.chunk);
-        if (tryOnly) return;
-        if (options.chunk) MakeChunkFolder(options.path);
-        if (options.path != "-") m_part = std::make_unique<PartFile>(path, options.overwrite);
         AVFormatContext* context = nullptr;
-        avformat_alloc_output_context2(&context, &container, nullptr, m_part ? m_part->Path().c_str() : "pipe:1");
+        avformat_alloc_output_context2(&context, &container, nullptr, path.c_str());
         m_output = Require<OutputPtr>(context);
         if (container.video_codec == AV_CODEC_ID_MPEG2VIDEO && traits.dvd) SetDvdPacking();
         AddVideoStream(traits);
@@ -70,9 +69,12 @@ class VideoSink final : public MediaSink {
             m_output->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
             av_dict_set(&m_output->metadata, chunkMark, options.mark.c_str(), 0);
         } else {
-            for (const AVStream* const stream : traits.audio) AddAudioStream(*stream);
+            m_sound.emplace(*m_output, m_name, options, traits);
             av_dict_copy(&m_output->metadata, traits.metadata, 0);
         }
+        if (tryOnly) return;
+        if (options.chunk) MakeChunkFolder(options.path);
+        if (options.path != "-") m_part = std::make_unique<PartFile>(path, options.overwrite);
         const std::string url = m_part ? "file:" + m_part->Path() : "pipe:1";
         Check(avio_open(&m_output->pb, url.c_str(), AVIO_FLAG_WRITE));
         const FfmpegListener listener;
@@ -86,21 +88,17 @@ class VideoSink final : public MediaSink {
     }
 
     const PictureShape& Shape() const override { return m_encoder.Shape(); }
-    std::string Description() const override { return m_encoder.Description(); }
+    std::string Description() const override {
+        const std::string sound = m_sound ? m_sound->Description() : "";
+        return m_encoder.Description() + (sound.empty() ? "" : "; sound: " + sound);
+    }
 
     void Write(FramePtr frame, long long) override {
         m_encoder.Encode(std::move(frame), [this](AVPacket& packet) { Store(packet); });
     }
 
     void WriteAudio(PacketPtr packet) override {
-        for (const AudioStream& stream : m_audio)
-            if (stream.from == packet->stream_index) {
-                av_packet_rescale_ts(packet.get(), stream.timeBase, stream.to->time_base);
-                packet->stream_index = stream.to->index;
-                packet->pos = -1;
-                Check(av_interleaved_write_frame(m_output.get(), packet.get()));
-                return;
-            }
+        if (m_sound) m_sound->Write(std::move(packet), [this](AVPacket& sound) { Interleave(sound); });
     }
 
     bool CodesAlike(const AVCodecParameters& coded) const override {
@@ -115,12 +113,12 @@ class VideoSink final : public MediaSink {
         av_packet_rescale_ts(packet.get(), timeBase, m_video->time_base);
         packet->stream_index = m_video->index;
         packet->pos = -1;
-        Check(av_interleaved_write_frame(m_output.get(), packet.get()));
-        Check(m_output->pb->error);
+        Interleave(*packet);
     }
 
     void Finish() override {
         if (!m_codedBefore) m_encoder.Encode(nullptr, [this](AVPacket& packet) { Store(packet); });
+        if (m_sound) m_sound->Finish([this](AVPacket& sound) { Interleave(sound); });
         Check(av_write_trailer(m_output.get()));
         avio_flush(m_output->pb);
         Check(m_output->pb->error);
@@ -131,12 +129,6 @@ class VideoSink final : public MediaSink {
     std::string Kept() const override { return m_part ? MediaSink::Kept() : "what went to stdout ends early"; }
 
  private:
-    struct AudioStream {
-        int from;
-        AVRational timeBase;
-        AVStream* to;
-    };
-
     // The sectors of a disc, and the most that a player reads in a second.
     void SetDvdPacking() {
         m_output->packet_size = 2048;
@@ -159,28 +151,13 @@ class VideoSink final : public MediaSink {
         m_video = &stream;
     }
 
-    void AddAudioStream(const AVStream& from) {
-        const AVOutputFormat& format = *m_output->oformat;
-        const AVCodecID codec = from.codecpar->codec_id;
-        // Not 1: some containers cannot tell and find out when their header is written.
-        const bool holds = avformat_query_codec(&format, codec, FF_COMPLIANCE_NORMAL) != 0;
-        if (format.audio_codec == AV_CODEC_ID_NONE || !holds) {
-            PrintWarning(m_name + ": " + format.name + " cannot hold the sound (" + avcodec_get_name(codec) +
-                         ") as it is; it is left out");
-            return;
-        }
-        AVStream& to = NewStream();
-        if (avcodec_parameters_copy(to.codecpar, from.codecpar) < 0) throw std::bad_alloc();
-        to.codecpar->codec_tag = 0;
-        to.time_base = from.time_base;
-        to.disposition = from.disposition;
-        av_dict_copy(&to.metadata, from.metadata, 0);
-        m_audio.push_back({from.index, from.time_base, &to});
-    }
-
     void Store(AVPacket& packet) {
         av_packet_rescale_ts(&packet, m_encoder.Context().time_base, m_video->time_base);
         packet.stream_index = m_video->index;
+        Interleave(packet);
+    }
+
+    void Interleave(AVPacket& packet) const {
         Check(av_interleaved_write_frame(m_output.get(), &packet));
         Check(m_output->pb->error);
     }
@@ -194,7 +171,7 @@ class VideoSink final : public MediaSink {
     std::unique_ptr<PartFile> m_part;  // before the output: closed first, then removed
     OutputPtr m_output;
     AVStream* m_video = nullptr;
-    std::vector<AudioStream> m_audio;
+    std::optional<OutputSound> m_sound;
     bool m_codedBefore = false;  // and none are left in the encoder
 };
 

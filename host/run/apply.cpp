@@ -148,7 +148,8 @@ void RunEffects(const ApplyOptions& options, const EffectModule& module, bool si
     const RunOptions& given = options.run;
     FramesOfRun frames = given.Frames(0);
     given.RefuseAsOutput(options.input);
-    MediaSource::Options opening{frames.run, {}, given.ThreadCount(), options.keepGoing, given.chunk.empty()};
+    MediaSource::Options opening{
+        frames.run, {}, given.ThreadCount(), options.keepGoing, given.chunk.empty() && given.output.sound};
     if (!given.chunk.empty()) opening.chunk = frames.made;
     // What is repeated has no range of its own.
     if (single) opening.range = opening.chunk = {};

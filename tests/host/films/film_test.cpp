@@ -69,6 +69,7 @@ TEST_F(FilmTest, AProfileMakesTheStreamOfADvdAndTheSoundItsLength) {
     const Outcome outcome =
         Nifikral("slideshow pics -o film.mpg --profile pal-16:9 --audio tone.wav --length audio --audio-fade 1");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(outcome.errors, "");
     const std::string stream =
         Probe("film.mpg", "stream=codec_name,width,height,sample_aspect_ratio,display_aspect_ratio,r_frame_rate");
     EXPECT_TRUE(stream.starts_with("mpeg2video|720|576|64:45|16:9|25/1")) << stream;
@@ -82,6 +83,9 @@ TEST_F(FilmTest, AProfileMakesTheStreamOfADvdAndTheSoundItsLength) {
         return most;
     };
     EXPECT_LT(loudest(66000, 70000), loudest(10000, 20000) / 3) << "it does not fade out";
+    const Outcome longer = Nifikral("slideshow pics -o long.mkv --size 64x36 --audio tone.wav --length 4");
+    EXPECT_NE(longer.errors.find("tone.wav ends after 2 seconds and the film after 4"), std::string::npos)
+        << longer.errors;
     EXPECT_EQ(Nifikral("slideshow pics -o out.mp4 --profile pall").exitCode, 2);
     EXPECT_EQ(Nifikral("slideshow pics -o out.mp4 --length audio").exitCode, 2);
     EXPECT_EQ(Nifikral("slideshow pics -o out.mp4 --audio pics/notes.txt").exitCode, 3);

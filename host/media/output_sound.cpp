@@ -1,0 +1,214 @@
+#include "host/media/output_sound.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "host/base/errors.h"
+#include "host/base/log.h"
+#include "host/media/ffmpeg_log.h"
+
+namespace Nifikral {
+namespace {
+
+// Containers whose usual sound is not what they would be asked for first.
+constexpr std::pair<std::string_view, AVCodecID> usualCodecs[] = {{"avi", AV_CODEC_ID_MP3}, {"asf", AV_CODEC_ID_WMAV2}};
+
+AVCodecID UsualCodec(const AVOutputFormat& format, bool dvd) {
+    if (dvd) return AV_CODEC_ID_AC3;
+    for (const auto& [name, codec] : usualCodecs)
+        if (name == format.name) return codec;
+    const bool aac = avformat_query_codec(&format, AV_CODEC_ID_AAC, FF_COMPLIANCE_NORMAL) == 1;
+    return aac ? AV_CODEC_ID_AAC : format.audio_codec;
+}
+
+const AVCodec* ChooseEncoder(const AVOutputFormat& format, const OutputOptions& options, bool dvd) {
+    if (options.audioEncoder.empty()) return avcodec_find_encoder(UsualCodec(format, dvd));
+    const AVCodec* const codec = avcodec_find_encoder_by_name(options.audioEncoder.c_str());
+    if (codec && codec->type == AVMEDIA_TYPE_AUDIO) return codec;
+    throw HostError(ExitCode::Usage, "--audio-encoder " + options.audioEncoder +
+                                         " names no encoder for sound; use one such as aac, libopus, flac or ac3");
+}
+
+AVStream& AddStream(AVFormatContext& output, const AVCodecParameters& coding, AVRational timeBase) {
+    AVStream* const stream = avformat_new_stream(&output, nullptr);
+    if (!stream || avcodec_parameters_copy(stream->codecpar, &coding) < 0) throw std::bad_alloc();
+    stream->codecpar->codec_tag = 0;
+    stream->time_base = timeBase;
+    return *stream;
+}
+
+// Whether the container takes one stream more, or, with null, those that it has: only the attempt to write its header
+// shows.
+bool Takes(const AVFormatContext& output, const AVCodecParameters* more, AVRational timeBase) {
+    AVFormatContext* context = nullptr;
+    avformat_alloc_output_context2(&context, output.oformat, nullptr, output.url);
+    struct Free {
+        void operator()(AVFormatContext* trial) const {
+            std::uint8_t* written = nullptr;
+            if (trial->pb) avio_close_dyn_buf(trial->pb, &written);
+            av_free(written);
+            avformat_free_context(trial);
+        }
+    };
+    const auto trial = Require<std::unique_ptr<AVFormatContext, Free>>(context);
+    for (unsigned i = 0; i < output.nb_streams; ++i) {
+        const AVStream& has = *output.streams[i];
+        AVStream& stream = AddStream(*trial, *has.codecpar, has.time_base);
+        stream.codecpar->codec_tag = has.codecpar->codec_tag;
+        stream.avg_frame_rate = stream.r_frame_rate = has.avg_frame_rate;
+        stream.sample_aspect_ratio = has.sample_aspect_ratio;
+    }
+    if (more) AddStream(*trial, *more, timeBase);
+    return avio_open_dyn_buf(&trial->pb) >= 0 && avformat_write_header(trial.get(), nullptr) >= 0;
+}
+
+bool IsPcm(AVCodecID id) { return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT; }
+
+// Some containers take more than those who read them understand, or than can be stored in them. Samples as they are
+// (PCM) do not stand in this list: where they are taken, they are understood.
+bool IsUnderstood(const AVOutputFormat& format, const AVCodecParameters& sound, bool dvd) {
+    struct Known {
+        std::string_view container;
+        std::initializer_list<AVCodecID> codecs;
+    };
+    static const Known containers[] = {
+        {"mpegts",
+         {AV_CODEC_ID_MP1, AV_CODEC_ID_MP2, AV_CODEC_ID_MP3, AV_CODEC_ID_AAC, AV_CODEC_ID_AAC_LATM, AV_CODEC_ID_AC3,
+          AV_CODEC_ID_EAC3, AV_CODEC_ID_DTS, AV_CODEC_ID_OPUS}},
+        {"avi", {AV_CODEC_ID_MP2, AV_CODEC_ID_MP3, AV_CODEC_ID_AAC, AV_CODEC_ID_AC3, AV_CODEC_ID_WMAV2}},
+        {"asf", {AV_CODEC_ID_WMAV1, AV_CODEC_ID_WMAV2, AV_CODEC_ID_WMAPRO, AV_CODEC_ID_MP3, AV_CODEC_ID_AAC}},
+        {"mov",
+         {AV_CODEC_ID_AAC, AV_CODEC_ID_ALAC, AV_CODEC_ID_MP2, AV_CODEC_ID_MP3, AV_CODEC_ID_AC3, AV_CODEC_ID_EAC3,
+          AV_CODEC_ID_AMR_NB, AV_CODEC_ID_AMR_WB}},
+        {"nut",
+         {AV_CODEC_ID_AAC, AV_CODEC_ID_MP2, AV_CODEC_ID_MP3, AV_CODEC_ID_AC3, AV_CODEC_ID_DTS, AV_CODEC_ID_FLAC,
+          AV_CODEC_ID_OPUS, AV_CODEC_ID_VORBIS}},
+    };
+    if (dvd) return sound.codec_id == AV_CODEC_ID_AC3 && sound.sample_rate == 48000;
+    for (const auto& [name, codecs] : containers)
+        if (name == format.name)
+            return std::find(codecs.begin(), codecs.end(), sound.codec_id) != codecs.end() ||
+                   (IsPcm(sound.codec_id) && name != "mpegts");
+    return true;
+}
+
+bool IsLossless(AVCodecID id) {
+    const AVCodecDescriptor* const codec = avcodec_descriptor_get(id);
+    return codec && (codec->props & AV_CODEC_PROP_LOSSLESS) && !(codec->props & AV_CODEC_PROP_LOSSY);
+}
+
+AVSampleFormat SampleFormat(const AVCodec& encoder, int wanted) {
+    if (!encoder.sample_fmts) return AV_SAMPLE_FMT_FLT;
+    const auto* chosen = encoder.sample_fmts;
+    for (const auto* format = encoder.sample_fmts; *format != AV_SAMPLE_FMT_NONE; ++format)
+        if (av_get_packed_sample_fmt(*format) == av_get_packed_sample_fmt(AVSampleFormat(wanted))) chosen = format;
+    return *chosen;
+}
+
+// The forms to try in turn: nearest to the source first.
+std::vector<SoundForm> FormsFor(const AVCodec& encoder, const AVCodecParameters& source) {
+    const bool usualRate = source.sample_rate == 44100 || IsLossless(encoder.id);
+    std::vector<SoundForm> forms;
+    for (const AVChannelLayout& layout :
+         {NamedLayout(source.ch_layout), UsualLayout(source.ch_layout.nb_channels), UsualLayout(2)})
+        for (const int rate : {usualRate && source.sample_rate > 0 ? source.sample_rate : 48000, 48000, 44100})
+            forms.push_back({rate, SampleFormat(encoder, source.format), layout});
+    return forms;
+}
+
+std::string Title(const AVStream& stream) {
+    const AVDictionaryEntry* const language = av_dict_get(stream.metadata, "language", nullptr, 0);
+    return avcodec_get_name(stream.codecpar->codec_id) +
+           (language && std::string_view(language->value) != "und" ? std::string(" (") + language->value + ")" : "");
+}
+
+void Append(std::string& list, const std::string& word) {
+    if (list.find(word) == std::string::npos) list += (list.empty() ? "" : ", ") + word;
+}
+
+}  // namespace
+
+OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const OutputOptions& options,
+                         const OutputTraits& traits) {
+    // What is wrong with the pictures shows when the header is written.
+    if (traits.audio.empty() || !Takes(output, nullptr, {})) return;
+    const AVOutputFormat& format = *output.oformat;
+    const bool asked = !options.audioEncoder.empty() || options.audioBitRate > 0;
+    const AVCodec* const encoder = ChooseEncoder(format, options, traits.dvd);
+    std::string coded, left;
+    for (const AVStream* const from : traits.audio) {
+        const AVCodecParameters& coding = *from->codecpar;
+        Stream stream{from->index, from->time_base, nullptr, nullptr, nullptr};
+        if (!asked && !traits.soundIsRaw && IsUnderstood(format, coding, traits.dvd) &&
+            Takes(output, &coding, from->time_base)) {
+            stream.to = &AddStream(output, coding, from->time_base);
+            Append(m_description, Title(*from) + " copied");
+        } else {
+            const FfmpegListener listener;
+            const auto taken = [&](const SoundForm& form) {
+                stream.encoder = SoundEncoder::Start(*encoder, form, options.audioBitRate);
+                if (!stream.encoder) return false;
+                const AVCodecContext& context = stream.encoder->Context();
+                AVCodecParameters* parameters = avcodec_parameters_alloc();
+                if (!parameters || avcodec_parameters_from_context(parameters, &context) < 0) throw std::bad_alloc();
+                const bool takes = Takes(output, parameters, context.time_base);
+                if (takes) stream.to = &AddStream(output, *parameters, context.time_base);
+                if (takes) stream.decoder = std::make_unique<SoundDecoder>(*from, form, name);
+                avcodec_parameters_free(&parameters);
+                return takes;
+            };
+            const std::vector<SoundForm> forms = encoder ? FormsFor(*encoder, coding) : std::vector<SoundForm>();
+            if (std::find_if(forms.begin(), forms.end(), taken) != forms.end()) {
+                stream.timeBase = stream.encoder->Context().time_base;
+                Append(coded, Title(*from));
+                Append(m_description, Title(*from) + " encoded with " + encoder->name);
+            } else if (asked && encoder && m_streams.empty()) {
+                const std::string& complaint = listener.Complaint();
+                throw HostError(ExitCode::Output, name + ": " + format.name + " does not take sound of " +
+                                                      encoder->name +
+                                                      (complaint.empty() ? "" : " (" + complaint + ")") +
+                                                      "; choose another --audio-encoder or --audio-bitrate, or leave "
+                                                      "them out");
+            } else {
+                Append(left, Title(*from));
+                continue;
+            }
+        }
+        stream.to->disposition = from->disposition;
+        av_dict_copy(&stream.to->metadata, from->metadata, 0);
+        m_streams.push_back(std::move(stream));
+    }
+    const std::string holds = name + ": its container (" + format.name + ") holds no ";
+    if (!coded.empty() && !asked && !traits.soundIsRaw)
+        PrintWarning(holds + coded + " sound; it is encoded with " + encoder->name +
+                     " (--audio-encoder chooses another)");
+    if (!left.empty())
+        PrintWarning(holds + (m_streams.empty() ? "" : "further ") + "sound; " + (traits.soundIsRaw ? "it" : left) +
+                     " is left out");
+}
+
+void OutputSound::Send(const Stream& stream, AVPacket& packet, const Store& store) {
+    av_packet_rescale_ts(&packet, stream.timeBase, stream.to->time_base);
+    packet.stream_index = stream.to->index;
+    packet.pos = -1;
+    store(packet);
+}
+
+void OutputSound::Encode(const Stream& stream, const AVPacket* packet, const Store& store) {
+    const auto send = [&](AVPacket& coded) { Send(stream, coded, store); };
+    stream.decoder->Put(packet, [&](AVFrame& frame) { stream.encoder->Put(&frame, send); });
+    if (!packet) stream.encoder->Put(nullptr, send);
+}
+
+void OutputSound::Write(PacketPtr packet, const Store& store) {
+    for (const Stream& stream : m_streams)
+        if (stream.from == packet->stream_index)
+            return stream.decoder ? Encode(stream, packet.get(), store) : Send(stream, *packet, store);
+}
+
+void OutputSound::Finish(const Store& store) {
+    for (const Stream& stream : m_streams)
+        if (stream.decoder) Encode(stream, nullptr, store);
+}
+
+}  // namespace Nifikral

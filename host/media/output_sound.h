@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/media/media_sink.h"
+#include "host/media/sound_encoder.h"
+
+namespace Nifikral {
+
+/// The streams of sound of a film. Each is copied where the container takes it, else decoded and encoded. Threads: one
+/// at a time.
+class OutputSound {
+ public:
+    /// Adds streams behind the video's, and prints one line where something is otherwise than in the input. `name`
+    /// is the output's. Throws when what is asked for explicitly cannot be had.
+    OutputSound(AVFormatContext& output, const std::string& name, const OutputOptions& options,
+                const OutputTraits& traits);
+
+    /// "sound: aac, copied", or "" where there is none.
+    const std::string& Description() const { return m_description; }
+
+    using Store = std::function<void(AVPacket&)>;
+    /// A packet of any stream of the input. `store` gets those of the output.
+    void Write(PacketPtr packet, const Store& store);
+    void Finish(const Store& store);
+
+ private:
+    struct Stream {
+        int from;
+        AVRational timeBase;  // of what is stored
+        AVStream* to;
+        std::unique_ptr<SoundDecoder> decoder;  // none where it is copied
+        std::unique_ptr<SoundEncoder> encoder;
+    };
+    void Add(AVFormatContext& output, const AVStream& from, Stream stream);
+    static void Send(const Stream& stream, AVPacket& packet, const Store& store);
+    static void Encode(const Stream& stream, const AVPacket* packet, const Store& store);
+
+    std::vector<Stream> m_streams;
+    std::string m_description;
+};
+
+}  // namespace Nifikral
