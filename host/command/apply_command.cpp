@@ -25,6 +25,11 @@ void AddApply(CommandLine& line) {
                      "points")
         ->required();
     apply->add_flag("--keep-going", options.keepGoing, "take what is readable of a damaged input");
+    apply
+        ->add_option("--gaps", options.gaps,
+                     "where a number is missing in numbered pictures: skip it, repeat the picture before it, or stop; "
+                     "an error unless given")
+        ->option_text("HOW");
     AddRunOptions(*apply, line, options.run);
     line.work[apply] = [given](const EffectModule& module) { Apply(*given, module); };
 }

@@ -75,8 +75,6 @@ bool IsPictureOutput(const OutputOptions& options);
 bool IsProgramStream(const OutputOptions& options);
 /// Whether each picture goes to a file of its own, named by its number.
 bool IsNumberedOutput(const OutputOptions& options);
-/// The file of one of them. Throws a usage error for a pattern that names none.
-std::string NumberedPath(const std::string& pattern, long long number);
 /// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.
 std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <string_view>
 
@@ -23,15 +24,9 @@ int OnWait(void*) { return IsInterrupted(); }
 
 bool IsPipe(const std::string& path) { return path == "-"; }
 
-// Whether the path stands for numbered files, and not for a file of that very name.
-bool IsSequence(const std::string& path) {
-    std::error_code error;
-    return av_filename_number_test(path.c_str()) && !fs::exists(path, error);
-}
-
 void CheckLocalFile(const std::string& path) {
     std::error_code error;
-    if (IsPipe(path) || path.find("://") != std::string::npos || IsSequence(path)) return;
+    if (IsPipe(path) || path.find("://") != std::string::npos) return;
     if (!fs::exists(path, error)) Refuse(path + ": no such file; check the name");
     if (fs::is_directory(path, error))
         Refuse(path + " is a folder; name a file in it, or its pictures as " + path + "/%06d.png");
@@ -39,7 +34,8 @@ void CheckLocalFile(const std::string& path) {
         Refuse(path + " is empty; nothing was ever written to it or its download failed");
 }
 
-InputPtr Open(const std::string& path, AVIOContext* standardInput, const FfmpegListener& listener) {
+InputPtr Open(const std::string& path, const AVInputFormat* format, AVIOContext* standardInput,
+              const FfmpegListener& listener) {
     // Without the prefix a colon in a file's name would be taken for a protocol.
     const bool plainFile = !IsPipe(path) && path.find("://") == std::string::npos;
     const std::string url = plainFile ? "file:" + path : IsPipe(path) ? "" : path;
@@ -48,8 +44,8 @@ InputPtr Open(const std::string& path, AVIOContext* standardInput, const FfmpegL
     context->interrupt_callback.callback = OnWait;
     context->pb = standardInput;
     AVDictionary* options = nullptr;
-    if (plainFile && !IsSequence(path)) av_dict_set(&options, "pattern_type", "none", 0);
-    int error = avformat_open_input(&context, url.c_str(), nullptr, &options);
+    if (plainFile) av_dict_set(&options, "pattern_type", "none", 0);
+    int error = avformat_open_input(&context, url.c_str(), format, &options);
     av_dict_free(&options);
     InputPtr input(error < 0 ? nullptr : context);
     // Any text file passes for terminal art.
@@ -87,11 +83,17 @@ double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2
 
 MediaSource::MediaSource(const std::string& path, const Options& options)
     : m_path(path), m_name(IsPipe(path) ? "the input from stdin" : path), m_options(options) {
-    CheckLocalFile(path);
+    if (IsNumbered(path)) {
+        const long long last = options.range.last;
+        m_files = NumberedFiles(path, options.gaps, last == FrameRange::noEnd ? last : last + 1);
+    }
+    const std::string& file = m_files.empty() ? path : m_files.front();
+    CheckLocalFile(file);
     if (IsPipe(path)) m_standardInput = OpenStandardInput();
     {
         const FfmpegListener listener;
-        m_input = Open(path, m_standardInput.get(), listener);
+        const AVInputFormat* const format = m_files.empty() ? nullptr : av_find_input_format("image2");
+        m_input = Open(file, format, m_standardInput.get(), listener);
         m_endsEarly = listener.EndedEarly();
     }
     const AVCodec* codec = nullptr;
@@ -113,7 +115,7 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     m_decoder->thread_count = m_options.threads;
     if (HoldsPictureFiles(*m_input)) {
         // More than one picture at once is not to be had from a file of one.
-        if (!IsSequence(path) && !IsPipe(path)) m_decoder->thread_type = FF_THREAD_SLICE;
+        if (m_files.empty() && !IsPipe(path)) m_decoder->thread_type = FF_THREAD_SLICE;
         if (!m_options.keepGoing) m_decoder->err_recognition |= AV_EF_EXPLODE;
     }
     if (error >= 0) error = avcodec_open2(m_decoder.get(), codec, nullptr);
@@ -147,7 +149,7 @@ AVRational MediaSource::FrameRate() const {
 }
 
 long long MediaSource::EstimatedFrameCount() const {
-    long long count = m_video->nb_frames;
+    long long count = m_files.empty() ? m_video->nb_frames : (long long)m_files.size();
     double seconds = 0;
     if (m_video->duration > 0)
         seconds = Seconds(m_video->duration, m_video->time_base);
@@ -160,8 +162,9 @@ long long MediaSource::EstimatedFrameCount() const {
 
 long long MediaSource::CountFrames(const FrameRange& range) const {
     if (IsPipe(m_path)) return 0;
+    if (!m_files.empty()) return std::max(0LL, std::min(range.last, (long long)m_files.size() - 1) - range.first + 1);
     const FfmpegListener listener;
-    const InputPtr input = Open(m_path, nullptr, listener);
+    const InputPtr input = Open(m_path, nullptr, nullptr, listener);
     const PacketPtr packet = NewPacket();
     for (unsigned i = 0; i < input->nb_streams; ++i)
         if (int(i) != m_video->index) input->streams[i]->discard = AVDISCARD_ALL;
@@ -251,6 +254,7 @@ FramePtr MediaSource::ReceiveFrame() {
 }
 
 bool MediaSource::ReadPacket() {
+    if (!m_files.empty()) return ReadFile();
     PacketPtr packet = NewPacket();
     const FfmpegListener listener;
     const int error = av_read_frame(m_input.get(), packet.get());
@@ -269,6 +273,26 @@ bool MediaSource::ReadPacket() {
         KeepAudio(std::move(packet));
         return true;
     }
+    SendPacket(*packet);
+    return true;
+}
+
+bool MediaSource::ReadFile() {
+    if (m_packets == (long long)m_files.size()) return false;
+    const std::string& path = m_files[std::size_t(m_packets)];
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    const PacketPtr packet = NewPacket();
+    const bool fits = !error && size <= std::uintmax_t(std::numeric_limits<int>::max() / 2);
+    if (av_new_packet(packet.get(), fits ? int(size) : 0) < 0) throw std::bad_alloc();
+    std::ifstream file(path, std::ios::binary);
+    if (!file.read(reinterpret_cast<char*>(packet->data), packet->size) || packet->size == 0) {
+        m_damage->Add(m_packets++, size == 0 ? "it is empty" : "it cannot be read");
+        return true;
+    }
+    packet->pts = packet->dts = m_packets;
+    packet->duration = 1;
+    packet->flags = AV_PKT_FLAG_KEY;
     SendPacket(*packet);
     return true;
 }
@@ -311,8 +335,10 @@ std::vector<PacketPtr> MediaSource::AudioUntil(double seconds) {
 }
 
 void MediaSource::ReportDamage(const std::string& what) {
+    const bool ofFiles = std::size_t(m_decoded) < m_files.size();
+    const std::string where = ofFiles ? "" : " at frame " + std::to_string(m_decoded);
     const std::string line =
-        m_name + " is damaged or cut short at frame " + std::to_string(m_decoded) + " (" + what + ")";
+        (ofFiles ? m_files[std::size_t(m_decoded)] : m_name) + " is damaged or cut short" + where + " (" + what + ")";
     if (!m_options.keepGoing) Refuse(line + "; " + m_options.damageRemedy);
     if (!m_damageTold) PrintWarning(line + "; going on with what is readable");
     m_damageTold = true;

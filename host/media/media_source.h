@@ -9,6 +9,7 @@
 #include "host/media/ffmpeg_handles.h"
 #include "host/media/ffmpeg_log.h"
 #include "host/media/frame_range.h"
+#include "host/media/numbered_files.h"
 #include "host/media/orientation.h"
 #include "host/media/standard_input.h"
 
@@ -33,6 +34,7 @@ class MediaSource {
         bool keepGoing = false;  ///< go on with what is readable of a damaged input
         bool audio = true;
         int largestSide = std::numeric_limits<int>::max();  ///< pictures with a longer one are refused
+        Gaps gaps = Gaps::Refuse;                           ///< in numbered pictures
         /// What a message about a damaged input advises.
         const char* damageRemedy = "--keep-going takes what is readable";
     };
@@ -63,6 +65,7 @@ class MediaSource {
     FramePtr ReceiveFrame();
     void SendPacket(const AVPacket& packet);
     bool ReadPacket();
+    bool ReadFile();
     std::vector<PacketPtr> ReadAudio();
     void KeepAudio(PacketPtr packet);
     void DropAudioBefore(const AVFrame& frame);
@@ -73,6 +76,7 @@ class MediaSource {
     double EndTime(const AVFrame& frame) const;
 
     std::string m_path, m_name;
+    std::vector<std::string> m_files;  // of numbered pictures
     Options m_options;
     StandardInputPtr m_standardInput;  // before the input, which reads from it
     InputPtr m_input;

@@ -1,11 +1,10 @@
 #include "host/media/picture_sink.h"
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 #include "host/base/errors.h"
 #include "host/media/encoder.h"
+#include "host/media/numbered_files.h"
 #include "host/media/part_file.h"
 
 namespace Nifikral {
@@ -74,21 +73,8 @@ class PictureSink final : public MediaSink {
                 CheckOutputPath(NumberedPath(m_options.path, number), false);
             return;
         }
-        const fs::path pattern(m_options.path);
-        const std::string name = pattern.filename().string();
-        const std::size_t begin = name.find('%'), end = name.find('d', begin);
-        if (end == std::string::npos) return;
-        const std::string head = name.substr(0, begin), tail = name.substr(end + 1);
-        std::error_code error;
-        const fs::path folder = pattern.has_parent_path() ? pattern.parent_path() : fs::path(".");
-        for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-            const std::string other = entry.path().filename().string();
-            if (other.size() <= head.size() + tail.size() || !other.starts_with(head) || !other.ends_with(tail))
-                continue;
-            const std::string number = other.substr(head.size(), other.size() - head.size() - tail.size());
-            if (std::all_of(number.begin(), number.end(), [](unsigned char c) { return std::isdigit(c); }))
-                CheckOutputPath(entry.path().string(), false);
-        }
+        for (const long long number : ExistingNumbers(m_options.path))
+            CheckOutputPath(NumberedPath(m_options.path, number), false);
     }
 
     OutputOptions m_options;
@@ -101,13 +87,6 @@ class PictureSink final : public MediaSink {
 };
 
 }  // namespace
-
-std::string NumberedPath(const std::string& pattern, long long number) {
-    char path[4096];
-    if (av_get_frame_filename(path, sizeof path, pattern.c_str(), int(number)) < 0)
-        throw HostError(ExitCode::Usage, pattern + " is no pattern for names; use one %06d");
-    return path;
-}
 
 std::unique_ptr<MediaSink> OpenPictureSink(const OutputOptions& options, const OutputTraits& traits) {
     AVCodecID usual = AV_CODEC_ID_WEBP;

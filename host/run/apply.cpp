@@ -150,6 +150,7 @@ void RunEffects(const ApplyOptions& options, const EffectModule& module, bool si
     given.RefuseAsOutput(options.input);
     MediaSource::Options opening{
         frames.run, {}, given.ThreadCount(), options.keepGoing, given.chunk.empty() && given.output.sound};
+    opening.gaps = ParseGaps(options.gaps);
     if (!given.chunk.empty()) opening.chunk = frames.made;
     // What is repeated has no range of its own.
     if (single) opening.range = opening.chunk = {};

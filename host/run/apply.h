@@ -15,6 +15,7 @@ struct ApplyOptions {
     std::vector<std::string> effects;
     RunOptions run;
     bool keepGoing = false;
+    std::string gaps;  ///< what to do where a number is missing in numbered pictures; empty: refuse them
 };
 
 /// Takes the input through the effects into the output.

@@ -13,6 +13,7 @@
 #include "host/base/log.h"
 #include "host/base/progress.h"
 #include "host/media/chunk_file.h"
+#include "host/media/numbered_files.h"
 
 namespace Nifikral {
 namespace {
