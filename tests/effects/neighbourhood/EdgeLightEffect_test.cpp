@@ -1,9 +1,6 @@
-#include "effects/neighbourhood/EdgeLightEffect.h"
-
 #include <cmath>
 
-#include "effects/neighbourhood/EdgeLightEffect_avx2.h"
-#include "tests/support/grids.h"
+#include "tests/support/sweep.h"
 
 namespace AVBased::Testing {
 namespace {
@@ -21,67 +18,44 @@ TEST(EdgeLight, LumaWrapsAroundChromaIsBiasedAndTheLastRowStays) {
     EXPECT_EQ(frame.Samples(2), (Grid{{128, 172, 172}, {0, 4, 100}}));
 }
 
-TEST(EdgeLight, PackedPixelsKeepTheLastColumnAndTheFourthByte) {
-    TestFrame frame(30, 3, 3);
-    frame.SetSamples(0,
-                     {{0x11030000, 0x22030405, 0x33030405}, {0x44030300, 0x55030405, 0x66070707}, {0x77, 0x88, 0x99}});
-    Apply(*MakeEffect("edgelight", {{"edgelight_level", "1"}}), frame);
-    EXPECT_EQ(frame.Samples(0),
-              (Grid{{0x11000505, 0x22000000, 0x33030405}, {0x44030377, 0x55050583, 0x66070707}, {0x77, 0x88, 0x99}}));
+int Gradient(int here, int right, int below, unsigned level) {
+    const double length = std::sqrt(std::pow(here - right, 2) + std::pow(here - below, 2)) * level;
+    return int(std::uint64_t(std::min(length, 4294967295.0)) % 256);
 }
 
-unsigned Gradient(int here, int right, int below, unsigned level) {
-    const double length = std::sqrt(std::pow(here - right, 2) + std::pow(here - below, 2)) * level;
-    return unsigned(std::uint64_t(std::min(length, 4294967295.0)) % 256);
+void Expect(TestFrame& frame, unsigned level) {
+    Picture picture(frame);
+    for (unsigned p = 0; p < 3; ++p) {
+        const Plane in = picture.planes[p];
+        unsigned pitch = 0;
+        const unsigned char* const data = frame.GetBuffer(p, nullptr, &pitch, nullptr);
+        const auto behind = [&](int y) {
+            return picture.packed ? 0 : data[std::size_t(y) * pitch + unsigned(in.width)];
+        };
+        picture.planes[p] = in.Like([&](int x, int y) {
+            if (y + 1 == in.height || (picture.packed && x + 1 == in.width)) return in(x, y);
+            const int right = x + 1 < in.width ? in(x + 1, y) : behind(y);
+            return (Gradient(in(x, y), right, in(x, y + 1), level) + (picture.IsChroma(p) ? 128 : 0)) % 256;
+        });
+    }
+    ExpectEffect("edgelight", Numbers("edgelight_", {{"level", int(level)}}), frame, picture);
 }
 
 TEST(EdgeLight, IsTheGradientTimesTheLevelOnEveryPlane) {
-    for (unsigned level : {0u, 1u, 3u, 11u, 12u, 255u, 100000u, 11904000u, 2147483647u, 4294967295u})
-        ExpectOnRandomFrames(
-            "edgelight", {{"edgelight_level", std::to_string(int(level))}},
-            [&](const Grid& in, unsigned plane, TestFrame frame) {
-                Grid out = in;
-                unsigned pitch, rowBytes;
-                const unsigned char* const data = frame.GetBuffer(plane, &rowBytes, &pitch, nullptr);
-                for (unsigned y = 0; y + 1 < in.size(); ++y)
-                    for (unsigned x = 0; x < in[y].size(); ++x) {
-                        if (!frame.IsPacked()) {
-                            const unsigned behind = data[std::size_t(y) * pitch + x + 1];
-                            out[y][x] = Gradient(int(in[y][x]), int(behind), int(in[y + 1][x]), level);
-                            if (plane > 0) out[y][x] = (out[y][x] + 128) % 256;
-                        } else if (x + 1 < in[y].size()) {
-                            out[y][x] &= 0xFF000000;
-                            for (unsigned c = 0; c < 3; ++c)
-                                out[y][x] |=
-                                    Gradient(Byte(in[y][x], c), Byte(in[y][x + 1], c), Byte(in[y + 1][x], c), level)
-                                    << 8 * c;
-                        }
-                    }
-                return out;
-            });
+    static constexpr unsigned levels[] = {0, 1, 3, 11, 12, 255, 100000, 11904000, 2147483647, 4294967295};
+    SweepFrames(693,
+                [](TestFrame& frame, std::mt19937& random) { Expect(frame, levels[random() % std::size(levels)]); });
 }
 
 TEST(EdgeLight, RootsAreExactForEveryPairOfDifferences) {
-    if (!IsUsable(InstructionSet::Avx2)) GTEST_SKIP() << "this processor has one variant only";
-    constexpr auto rows = variantsOf<GradientComponentRow, GradientComponentRowAvx2>;
-    constexpr unsigned pitch = 513;
-    std::mt19937 random(3);
-    std::vector<unsigned> levels{12, 8192, 8193, 1u << 31};
-    for (unsigned level = 0; level <= 11; ++level) levels.push_back(level);
-    for (unsigned i = 0; i < 20; ++i) levels.push_back(13 + random() % 8180);
-    for (const unsigned level : levels)
-        for (unsigned below = 0; below < 256; ++below) {
-            // Every second sample is 0, between neighbours of every value.
-            GuardedPlane expected(pitch, 2, Content::Random, random);
-            for (unsigned x = 0; x < pitch; ++x) {
-                expected.data()[x] = static_cast<unsigned char>(x % 2 * (x / 2));
-                expected.data()[pitch + x] = static_cast<unsigned char>(below);
-            }
-            GuardedPlane actual = expected;
-            rows.baseline(expected.data(), pitch - 1, pitch, level, 0);
-            rows.avx2(actual.data(), pitch - 1, pitch, level, 0);
-            ASSERT_EQ(expected, actual) << "level " << level << " below " << below;
-        }
+    // Every second sample is 0, between neighbours of every value.
+    TestFrame frame(6, 512, 512);
+    Grid pairs(512, std::vector<unsigned>(512));
+    for (unsigned y = 0; y < 512; ++y)
+        for (unsigned x = 0; x < 512; ++x) pairs[y][x] = y % 2 ? y / 2 : x % 2 * (x / 2);
+    frame.SetSamples(0, pairs);
+    for (const unsigned level : {1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, 100u, 8192u, 8193u, 1u << 31})
+        Expect(frame, level);
 }
 
 }  // namespace
