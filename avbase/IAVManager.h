@@ -14,8 +14,8 @@ inline constexpr char importerSimpleHtmlText[] = "SimpleHTMLTextImporter";
 /// Something that yields frames: a picture, a video or a text.
 class IAVSource {
  public:
-    /// An interface of this source ("ISimpleHTMLRender" of a text, "IAVSourceSetProperty" of a picture); borrowed,
-    /// valid as long as the source. Null (10021009) for one that it has not.
+    /// An interface of this source ("ISimpleHTMLRender" and "ITextLines" of a text, "IAVSourceSetProperty" of a
+    /// picture); borrowed, valid as long as the source. Null (10021009) for one that it has not.
     virtual void* GetInterface(const char* name) = 0;
     /// The current frame, and a step to the next one: a video starts over behind its last frame, a picture or a text
     /// stays. The caller releases the frame with Free(); it may outlive the source. Null on failure.
@@ -55,6 +55,22 @@ class ISimpleHTMLRender {
 
  protected:
     ~ISimpleHTMLRender() = default;
+};
+
+/// Breaks the text of ISimpleHTMLRender into lines, under the interface name "ITextLines". A host may lack it: texts
+/// are then made smaller instead.
+class ITextLines {
+ public:
+    static constexpr char name[] = "ITextLines";
+
+    /// The text that was set, with line feeds where it has to break so that its frame gets no wider than `width`
+    /// pixels: as few as possible, which leave lines of about one length. Its own line feeds stay. Breaks fall between
+    /// words, and with `withinWords` also within a word that is too wide. Borrowed until the next call; null on
+    /// failure.
+    virtual const char* BreakLines(unsigned width, bool withinWords) = 0;
+
+ protected:
+    ~ITextLines() = default;
 };
 
 /// One way of making sources.

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "dvd_effects/menu/dvd_effects_utils.h"
 #include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/menu/dvd_effects_utils.h"
 #include "dvd_effects/menu/menu_motion.h"
 #include "dvd_effects/menu/menu_sources.h"
+#include "dvd_effects/menu/wrapped_text.h"
 #include "effects/base/fixed_point.h"
 
 namespace AVBased {
@@ -368,13 +369,22 @@ void CBasedMenu::OpenTexts() {
     for (const std::string& info : infos) Attempt(lineText, [&] { OpenText(info); });
 }
 
-void CBasedMenu::OpenText(const std::string& info) {
-    Text text;
+FrameOwner CBasedMenu::RenderText(const text_t& item) const {
     IAVSource* source = nullptr;
     ISimpleHTMLRender* render = nullptr;
-    if (!ParseTextInfo(&text.item, info) || !CreateTextRender(m_textImporter, source, render, text.item)) return;
-    const SourceOwner owner(source);
-    const FrameOwner frame = ReadFrame(*owner);
+    if (!CreateTextRender(m_textImporter, source, render, item)) return nullptr;
+    return ReadFrame(*SourceOwner(source));
+}
+
+void CBasedMenu::OpenText(const std::string& info) {
+    Text text;
+    if (!ParseTextInfo(&text.item, info)) return;
+    WrapText(m_textImporter, text.item, [&](const text_t& tried) {
+        const FrameOwner frame = RenderText(tried);
+        return frame ? SizeOf(*frame) : FrameSize{};
+    });
+    const FrameOwner frame = RenderText(text.item);
+    if (!frame) return;
     Picture picture(Kind());
     picture.Make(*frame, FitText(SizeOf(*frame), text.item.boxSize));
     text.layer = std::move(picture.layer);

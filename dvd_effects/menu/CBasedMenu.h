@@ -121,6 +121,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
     void OpenSources();
     void OpenTexts();
     void OpenText(const std::string& info);
+    FrameOwner RenderText(const text_t& item) const;
 
     void RequireMenuSize() const;
     void DrawBackground(Canvas& canvas);

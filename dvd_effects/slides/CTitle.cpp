@@ -2,11 +2,12 @@
 
 #include <algorithm>
 
-#include "dvd_effects/menu/dvd_effects_utils.h"
-#include "dvd_effects/slides/easing.h"
 #include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/menu/dvd_effects_utils.h"
 #include "dvd_effects/menu/menu_frames.h"
 #include "dvd_effects/menu/menu_sources.h"
+#include "dvd_effects/menu/wrapped_text.h"
+#include "dvd_effects/slides/easing.h"
 
 namespace AVBased {
 
@@ -137,32 +138,42 @@ void CTitle::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
 
 std::int32_t CTitle::FontSize() const { return m_size ? m_size : std::max(std::int32_t(m_frameSize.height / 12), 1); }
 
-FrameOwner CTitle::Render(const std::string& line) const {
-    text_t item = m_text;
-    item.text = line;
-    item.size = FontSize();
+FrameOwner CTitle::RenderLine(text_t text, const std::string& line) const {
+    text.text = line;
     IAVSource* source = nullptr;
     ISimpleHTMLRender* render = nullptr;
-    if (!CreateTextRender(m_importer, source, render, item)) return nullptr;
+    if (!CreateTextRender(m_importer, source, render, text)) return nullptr;
     return ReadFrame(*SourceOwner(source));
+}
+
+CTitle::Rendered CTitle::Render(const text_t& text) const {
+    Rendered rendered;
+    for (const std::string& line : SplitList(text.text, '\n')) {
+        FrameOwner frame;
+        if (!line.empty()) AtBoundary(lineText, unitName, [&] { frame = RenderLine(text, line); });
+        const FrameSize size = frame ? SizeOf(*frame) : FrameSize{0, unsigned(text.size)};
+        rendered.block = {std::max(rendered.block.width, size.width), rendered.block.height + size.height};
+        rendered.sizes.push_back(size);
+        rendered.lines.push_back(std::move(frame));
+    }
+    return rendered;
 }
 
 void CTitle::MakeLines() {
     m_ready = true;
     m_lines.clear();
-    // All are rendered before any is made, since together they decide how large each one gets.
-    std::vector<FrameOwner> rendered;
-    std::vector<FrameSize> sizes;
-    FrameSize block;
-    for (const std::string& line : SplitList(m_text.text, '\n')) {
-        FrameOwner frame;
-        if (!line.empty()) AtBoundary(lineText, unitName, [&] { frame = Render(line); });
-        sizes.push_back(frame ? SizeOf(*frame) : FrameSize{0, unsigned(FontSize())});
-        rendered.push_back(std::move(frame));
-        block = {std::max(block.width, sizes.back().width), block.height + sizes.back().height};
-    }
-    if (!block.width || !block.height) return;
     const Box box = TextBox();
+    text_t text = m_text;
+    text.size = FontSize();
+    text.boxSize = box.size;
+    AtBoundary(lineText, unitName,
+               [&] { WrapText(m_importer, text, [&](const text_t& tried) { return Render(tried).block; }); });
+    // All are rendered before any is made, since together they decide how large each one gets.
+    const Rendered all = Render(text);
+    const std::vector<FrameOwner>& rendered = all.lines;
+    const std::vector<FrameSize>& sizes = all.sizes;
+    const FrameSize block = all.block;
+    if (!block.width || !block.height) return;
     const FrameSize fitted = FitText(block, box.size);
     m_lines.resize(rendered.size());
     std::int64_t y = box.at.y + Before(m_valign, box.size.y, fitted.height);

@@ -34,7 +34,8 @@ inline constexpr char effectTitleName[] = "title";
 /// "0"           | how far it moves, in pixels; 0: as far as the font is large                      | | "lineDelay"   |
 /// "0"           | frames by which each line comes, and goes, after the one above                   |
 ///
-/// A text larger than its box is made smaller, with its aspect kept. A word, colour or box of another form is refused.
+/// A text larger than its box is made smaller, with its aspect kept; one that would become smaller than three quarters
+/// of its size is broken into more lines (WrapText). A word, colour or box of another form is refused.
 /// A line that the host cannot render is filed when it is first needed, the others are drawn.
 class CTitle : public CBasedVideoImageEffect {
  public:
@@ -64,7 +65,14 @@ class CTitle : public CBasedVideoImageEffect {
 
     std::int32_t FontSize() const;
     Box TextBox() const;
-    FrameOwner Render(const std::string& line) const;
+    // The lines of a text as the host renders them, and how large they are: each, and one below the other.
+    struct Rendered {
+        std::vector<FrameOwner> lines;
+        std::vector<FrameSize> sizes;
+        FrameSize block;
+    };
+    FrameOwner RenderLine(text_t text, const std::string& line) const;
+    Rendered Render(const text_t& text) const;
     void MakeLines();
     void DrawLine(Canvas& canvas, std::size_t index, std::int64_t position);
 

@@ -25,7 +25,7 @@ using AVBased::IRawVideoFrame;
 
 constexpr char sourceName[] = "manager_sources";
 // Lines that a caller reads beside an error of this unit.
-enum Line : int { lineInterface = 20, lineRead = 40, lineProperty = 60, lineHtml = 80 };
+enum Line : int { lineInterface = 20, lineRead = 40, lineProperty = 60, lineHtml = 80, lineBreaks = 100 };
 
 using AVBased::formatRgba32;
 
@@ -152,37 +152,60 @@ class VideoSource final : public Source {
     PictureConverter m_converter;
 };
 
-class TextSource final : public Source, public AVBased::ISimpleHTMLRender {
+// What the renderer has against a text, as a module's error.
+template <class Work>
+auto WithText(int line, Work work) {
+    try {
+        return work();
+    } catch (const std::runtime_error& error) {
+        throw CBaseException(errorBadFormat, error.what(), line, sourceName);
+    }
+}
+
+class TextSource final : public Source, public AVBased::ISimpleHTMLRender, public AVBased::ITextLines {
  public:
     bool IsStill() override { return true; }
     bool SetHTML(const char* html) override {
         return AtBoundary(lineHtml, sourceName, [&] {
             RequirePointer(html, lineHtml, sourceName);
-            const std::optional<StyledText> text = ParseFontElement(html);
-            if (!text)
+            m_text = ParseFontElement(html);
+            m_picture.reset();
+            if (!m_text)
                 throw CBaseException(errorBadFormat,
                                      "A text is to be <font color='#rrggbb' size='' face='' fontstyle=''>", lineHtml,
                                      sourceName);
-            try {
-                m_picture = RenderText(*text);
-            } catch (const std::runtime_error& error) {
-                throw CBaseException(errorBadFormat, error.what(), lineHtml, sourceName);
-            }
+            WithText(lineHtml, [&] { CheckText(*m_text); });
             return true;
+        });
+    }
+    const char* BreakLines(unsigned width, bool withinWords) override {
+        return AtBoundary(lineBreaks, sourceName, [&] {
+            RequireText(lineBreaks);
+            m_lines = WithText(lineBreaks, [&] {
+                return Nifikral::BreakLines(*m_text, int(std::min(width, unsigned(largestSide))), withinWords);
+            });
+            return m_lines.c_str();
         });
     }
 
  private:
     void* FindInterface(const char* name) override {
-        return std::strcmp(name, AVBased::ISimpleHTMLRender::name) == 0 ? static_cast<AVBased::ISimpleHTMLRender*>(this)
-                                                                        : nullptr;
+        if (std::strcmp(name, AVBased::ISimpleHTMLRender::name) == 0)
+            return static_cast<AVBased::ISimpleHTMLRender*>(this);
+        return std::strcmp(name, AVBased::ITextLines::name) == 0 ? static_cast<AVBased::ITextLines*>(this) : nullptr;
     }
     IRawVideoFrame* Read() override {
-        if (!m_picture) throw CBaseException(errorGeneral, "The text is not told yet", lineRead, sourceName);
+        RequireText(lineRead);
+        if (!m_picture) m_picture = WithText(lineRead, [&] { return RenderText(*m_text); });
         return HandOver(Require<FramePtr>(av_frame_clone(m_picture.get())), formatRgba32);
     }
+    void RequireText(int line) const {
+        if (!m_text) throw CBaseException(errorGeneral, "The text is not set yet", line, sourceName);
+    }
 
+    std::optional<StyledText> m_text;
     FramePtr m_picture;
+    std::string m_lines;
 };
 
 }  // namespace

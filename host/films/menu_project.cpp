@@ -9,9 +9,9 @@
 
 #include "avbase/IAVManager.h"
 #include "host/base/log.h"
+#include "host/base/nearest_names.h"
 #include "host/films/manager_sources.h"
 #include "host/films/media_manager.h"
-#include "host/base/nearest_names.h"
 #include "host/films/text_renderer.h"
 
 namespace Nifikral {
@@ -199,7 +199,9 @@ void TryTexts(const MenuProject& project, Faults& faults) {
     for (const MenuText& text : project.texts) {
         if (text.styled.text.empty()) continue;
         try {
-            RenderText(text.styled);
+            StyledText tried = text.styled;
+            if (text.box[2] > 0) tried.text = BreakLines(tried, text.box[2], true);
+            RenderText(tried);
         } catch (const std::runtime_error& error) {
             faults.Add(text.item, error.what());
         }

@@ -10,8 +10,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "host/films/cairo_handles.h"
 #include "host/base/log.h"
+#include "host/films/cairo_handles.h"
 
 namespace Nifikral {
 namespace {
@@ -229,15 +229,58 @@ FramePtr ToPicture(cairo_surface_t* surface, Colour rim) {
     return picture;
 }
 
+std::string LinesOf(PangoLayout* layout, const std::string& text) {
+    std::string lines;
+    const int count = pango_layout_get_line_count(layout);
+    for (int i = 0; i < count; ++i) {
+        const PangoLayoutLine* const line = pango_layout_get_line_readonly(layout, i);
+        const auto begin = std::size_t(line->start_index);
+        lines.append(text, begin, std::size_t(line->length));
+        if (i + 1 == count) break;
+        const auto end = begin + std::size_t(line->length);
+        const auto next = std::size_t(pango_layout_get_line_readonly(layout, i + 1)->start_index);
+        if (next > end) {
+            lines.append(text, end, next - end);
+            continue;
+        }
+        lines.erase(lines.find_last_not_of(' ') + 1);
+        lines += '\n';
+    }
+    return lines;
+}
+
 }  // namespace
 
-FramePtr RenderText(const StyledText& text) {
+void CheckText(const StyledText& text) {
     if (!g_utf8_validate(text.text.data(), gssize(text.text.size()), nullptr) ||
         !g_utf8_validate(text.face.data(), gssize(text.face.size()), nullptr))
         throw std::runtime_error("a text is no UTF-8; save it as UTF-8");
     if (text.size < 1 || text.size > largestSide)
         throw std::runtime_error(Excerpt(text.text) + " has the font size " + std::to_string(text.size) +
                                  "; give 1 to " + std::to_string(largestSide));
+}
+
+std::string BreakLines(const StyledText& text, int width, bool withinWords) {
+    CheckText(text);
+    const Owner<PangoLayout> layout = MakeLayout(text);
+    const Decoration decoration(text);
+    pango_layout_set_wrap(layout.get(), withinWords ? PANGO_WRAP_WORD_CHAR : PANGO_WRAP_WORD);
+    const auto countAt = [&](int wide) {
+        pango_layout_set_width(layout.get(), wide * PANGO_SCALE);
+        return pango_layout_get_line_count(layout.get());
+    };
+    int widest = std::clamp(width - decoration.Before() - decoration.Behind(), 1, largestSide), tooNarrow = 0;
+    const int fewest = countAt(widest);
+    while (widest - tooNarrow > 1) {
+        const int middle = (tooNarrow + widest) / 2;
+        (countAt(middle) > fewest ? tooNarrow : widest) = middle;
+    }
+    countAt(widest);
+    return LinesOf(layout.get(), text.text);
+}
+
+FramePtr RenderText(const StyledText& text) {
+    CheckText(text);
     const Owner<PangoLayout> layout = MakeLayout(text);
     PangoRectangle ink, logical;
     pango_layout_get_pixel_extents(layout.get(), &ink, &logical);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/media/ffmpeg_handles.h"
 #include "host/films/styled_text.h"
+#include "host/media/ffmpeg_handles.h"
 
 namespace Nifikral {
 
@@ -12,5 +12,13 @@ inline constexpr int largestSide = 16384;
 /// font family that is not installed and characters that it lacks are told once, with the font that was used instead.
 /// Throws std::runtime_error for a text that is no UTF-8, a size below 1 and a text too large to draw. Threads: any.
 FramePtr RenderText(const StyledText& text);
+
+/// What RenderText throws for a text, whatever its length.
+void CheckText(const StyledText& text);
+
+/// The text with line feeds where it has to break so that its picture gets no wider than `width` pixels: as few as
+/// possible, which leave lines of about one length. Its own line feeds stay. Breaks fall where the script has them, and
+/// with `withinWords` also within a word that is too wide. Throws as CheckText.
+std::string BreakLines(const StyledText& text, int width, bool withinWords);
 
 }  // namespace Nifikral

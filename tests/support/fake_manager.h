@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -33,6 +34,8 @@ class FakeManager final : public IAVManager, public IAVImporter {
     std::string lastHtml, lastImporter;
     /// The size of every text.
     unsigned textWidth = 8, textHeight = 4;
+    /// Texts are as wide as the font's size for each character and as high for each line, and break at blanks.
+    bool setsType = false;
 
     /// From now on the call with this number (0 is the next one) and all later ones fail.
     void FailFrom(int call, Fault fault) {
@@ -79,7 +82,7 @@ class FakeManager final : public IAVManager, public IAVImporter {
     }
 
  private:
-    class Source final : public IAVSource, public ISimpleHTMLRender, public IAVSourcePropertySet {
+    class Source final : public IAVSource, public ISimpleHTMLRender, public ITextLines, public IAVSourcePropertySet {
      public:
         Source(FakeManager& manager, const FakeFile& file) : m_manager(manager), m_file(file) { ++manager.openSources; }
         virtual ~Source() { --m_manager.openSources; }
@@ -87,6 +90,7 @@ class FakeManager final : public IAVManager, public IAVImporter {
         void* GetInterface(const char* name) override {
             if (m_manager.Fails()) return nullptr;
             if (std::strcmp(name, ISimpleHTMLRender::name) == 0) return static_cast<ISimpleHTMLRender*>(this);
+            if (m_manager.setsType && std::strcmp(name, ITextLines::name) == 0) return static_cast<ITextLines*>(this);
             if (std::strcmp(name, IAVSourcePropertySet::name) == 0) return static_cast<IAVSourcePropertySet*>(this);
             return nullptr;
         }
@@ -102,16 +106,53 @@ class FakeManager final : public IAVManager, public IAVImporter {
         bool SetHTML(const char* html) override {
             if (m_manager.Fails()) return false;
             m_manager.lastHtml = html;
+            if (m_manager.setsType) SetType(html);
             return true;
+        }
+        const char* BreakLines(unsigned width, bool withinWords) override {
+            if (m_manager.Fails()) return nullptr;
+            const std::size_t most = std::max(width / m_size, 1u);
+            m_lines.clear();
+            std::size_t line = 0, blank = std::string::npos;
+            for (const char c : m_text) {
+                m_lines += c;
+                if (c == ' ') blank = m_lines.size() - 1;
+                if (c == '\n') line = m_lines.size();
+                if (m_lines.size() <= line + most) continue;
+                if (blank != std::string::npos && blank >= line) {
+                    m_lines[blank] = '\n';
+                    line = blank + 1;
+                } else if (withinWords) {
+                    m_lines.back() = '\n';
+                    line = m_lines.size();
+                    m_lines += c;
+                }
+            }
+            return m_lines.c_str();
         }
         bool SetProperty(int identifier, int value) override {
             return !m_manager.Fails() && identifier == 2 && value == 5000;
         }
 
      private:
+        void SetType(const std::string& html) {
+            const std::size_t begin = html.find('>') + 1;
+            m_text = html.substr(begin, html.rfind('<') - begin);
+            m_size = unsigned(std::stoul(html.substr(html.find("size='") + 6)));
+            std::size_t widest = 0, line = 0;
+            m_file.height = m_size;
+            for (const char c : m_text) {
+                line = c == '\n' ? 0 : line + 1;
+                if (c == '\n') m_file.height += m_size;
+                widest = std::max(widest, line);
+            }
+            m_file.width = unsigned(widest) * m_size;
+        }
+
         FakeManager& m_manager;
         FakeFile m_file;
-        unsigned m_index = 0;
+        unsigned m_index = 0, m_size = 1;
+        std::string m_text, m_lines;
     };
 
     bool Fails() {

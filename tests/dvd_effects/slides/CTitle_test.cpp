@@ -71,6 +71,29 @@ TEST_F(Title, StandsInItsBoxAsAlignedAndNoLargerThanIt) {
     EXPECT_EQ(LastError().code, 0);
 }
 
+TEST_F(Title, BreaksLinesBeforeItShrinksThemBelowThreeQuarters) {
+    manager.setsType = true;
+    const auto html = [&](const char* text, const char* size, const char* box = "0;0;20;12") {
+        const TestFrame frame =
+            Next(*Make({{"text", text}, {"size", size}, {"box", box}, {"fontstyle", ""}, {"inDuration", "0"}}));
+        EXPECT_EQ(LastError().code, 0) << text;
+        return std::pair(manager.lastHtml.substr(manager.lastHtml.find("size")), TextIn(frame));
+    };
+    using Shown = std::pair<std::string, Bounds>;
+    const auto font = [](const char* size, const char* line) {
+        return "size='" + std::string(size) + "' face='Sans' fontstyle=''>" + line + "</font>";
+    };
+    // Thirteen pixels in a box of ten are shrunk, in one line; fourteen take two lines of their own size.
+    EXPECT_EQ(html("abcdef ghijkl", "1", "0;0;10;12"), Shown(font("1", "abcdef ghijkl"), (Bounds{0, 5, 10, 6})));
+    EXPECT_EQ(html("abcdef ghijklm", "1", "0;0;10;12"), Shown(font("1", "ghijklm"), (Bounds{1, 5, 8, 7})));
+    // Its own lines stay; words stay whole as long as more than half the size is left to them.
+    EXPECT_EQ(html("ab\ncd efghijkl", "4", "0;0;26;12"), Shown(font("3", "efghijkl"), (Bounds{1, 1, 20, 10})));
+    EXPECT_EQ(html("abcdefgh", "4"), Shown(font("4", "fgh"), (Bounds{0, 2, 20, 10})));
+    manager.setsType = false;
+    manager.textWidth = 40;
+    EXPECT_EQ(html("ab cd", "1", "0;0;10;12"), Shown(font("1", "ab cd"), (Bounds{0, 5, 10, 6}))) << "of a plain host";
+}
+
 TEST_F(Title, FadesAndMovesInAndOut) {
     const EffectOwner title = Make({{"text", "Hi"},
                                     {"duration", "9"},

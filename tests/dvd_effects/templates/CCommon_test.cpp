@@ -22,7 +22,7 @@ EffectOwner MakeMenu(FakeManager* manager, const Settings& settings) {
 
 std::string Text(int x, int y, int width, int height, const std::string& tail) {
     std::string item = "Hi;Face;bold;12;255;0;16";
-    for (int number : {x, y, width, height}) item += ";" + std::to_string(number);
+    for (int number : {x, y, width, height}) item.append(";").append(std::to_string(number));
     return item + tail;
 }
 

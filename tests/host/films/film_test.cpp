@@ -104,6 +104,17 @@ TEST_F(FilmTest, ATitleCountsFromTheFirstFrameAndKeepsWhatIsBeforeIt) {
     EXPECT_EQ(RawPictures("part.mkv", "gray"), whole.substr(8 * size, 4 * size));
     ASSERT_EQ(Nifikral("title Hi pics/img2.png film.mkv --seconds 1").exitCode, 0);
     EXPECT_EQ(RawPictures("film.mkv", "gray").size(), 25u * size);
+    const auto rowsOf = [&](const std::string& words) {
+        const Outcome made = Wait(Start({NIFIKRAL_PROGRAM, "title", words, "pics/img10.png", "t.png", "-y", "--size",
+                                         "9", "--style", "normal", "--in-seconds", "0"}));
+        EXPECT_EQ(made.errors, "");
+        const std::string picture = RawPictures("t.png", "gray");
+        int rows = 0;
+        for (std::size_t y = 0; y < 36; ++y)
+            rows += std::ranges::any_of(picture.substr(y * 64, 64), [](char c) { return std::uint8_t(c) > 150; });
+        return rows;
+    };
+    EXPECT_GT(rowsOf("illl llll illl llll illl llll illl llll"), rowsOf("illl")) << "a long title is not broken";
     EXPECT_EQ(Nifikral(title + "out.mkv --place center").exitCode, 2);
     EXPECT_EQ(Nifikral(title + "out.mkv --color red").exitCode, 2);
 }

@@ -193,6 +193,29 @@ TEST_F(Text, IsShownAsWrittenWhateverItHolds) {
     TarvoBased::GetTarvoException()->Clear();
 }
 
+TEST_F(Text, BreaksIntoLinesOfOneLengthWhereItsScriptBreaks) {
+    StyledText text{"the whole family and both of the dogs", "DejaVu Sans", {}, 40};
+    const int own = RenderText(text)->width;
+    EXPECT_EQ(BreakLines(text, own, false), text.text);
+    EXPECT_EQ(BreakLines(text, own - 1, false), "the whole family\nand both of the dogs");
+    EXPECT_EQ(BreakLines(text, 10, false), "the\nwhole\nfamily\nand\nboth\nof\nthe\ndogs");
+    for (const bool decorated : {false, true}) {
+        text.style.outline = text.style.shadow = decorated;
+        for (int width = 60; width < own; width += 37) {
+            StyledText broken = text;
+            broken.text = BreakLines(text, width, true);
+            EXPECT_LE(RenderText(broken)->width, width) << broken.text;
+        }
+    }
+    text = {"\xd8\xa8\xd8\xaa \xd8\xa8\xd8\xaa\n\nab  cd ", "DejaVu Sans", {}, 40};
+    EXPECT_EQ(BreakLines(text, 9999, true), text.text) << "its own line feeds and blanks stay";
+    EXPECT_EQ(BreakLines(text, 60, false), "\xd8\xa8\xd8\xaa\n\xd8\xa8\xd8\xaa\n\nab\ncd ");
+    // No blanks between Chinese characters, and breaks between any of them.
+    text.text = "\xe6\xb9\x96\xe8\xbe\xb9\xe5\xb1\xb1\xe9\x87\x8c";
+    EXPECT_EQ(BreakLines(text, RenderText(text)->width * 2 / 3, false),
+              "\xe6\xb9\x96\xe8\xbe\xb9\n\xe5\xb1\xb1\xe9\x87\x8c");
+}
+
 TEST_F(Text, HasEveryStyleThatIsAskedFor) {
     const RawFramePtr plain = Styled("", "Hg"), bold = Styled("bold", "Hg"), underline = Styled("underline", "Hg"),
                       outline = Styled("outline", "Hg"), shadow = Styled("shadow", "Hg"),

@@ -44,7 +44,7 @@ TEST_F(Menu, ADryRunTellsFaultsAndMakesNothing) {
     WriteProject();
     const Outcome good = Nifikral("menu menu_common menu.json -o out.mp4 --dry-run");
     EXPECT_EQ(good.exitCode, 0) << good.errors;
-    EXPECT_NE(good.errors.find("frames 0 to 24 of 25"), std::string::npos) << good.errors;
+    EXPECT_NE(good.output.find("frames 0 to 24 of 25"), std::string::npos) << good.output;
     EXPECT_FALSE(Files().contains("out.mp4"));
 
     struct Case {
