@@ -45,6 +45,7 @@ struct PlaneView {
     unsigned width = 0, pitch = 0, height = 0;
 
     Sample* Row(std::size_t y) const { return reinterpret_cast<Sample*>(data + y * pitch); }
+    unsigned char* Bytes(std::size_t y) const { return data + y * pitch; }
     std::size_t ByteCount() const { return std::size_t(pitch) * height; }
     bool Contains(unsigned x, unsigned y) const { return x < width && y < height; }
 };

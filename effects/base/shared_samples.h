@@ -33,6 +33,25 @@ inline SharedAxis RowsOf(const PlanarView& view, unsigned plane) {
 inline SharedAxis ColumnsOf(const PackedView& view) { return {view.width, 0, view.width}; }
 inline SharedAxis RowsOf(const PackedView& view) { return {view.height, 0, view.height}; }
 
+enum class Planes { Colours, All };
+/// Calls work(plane, columns, rows), or work(plane), for the plane of packed pixels, or in turn for luma, both chroma
+/// planes and, of all planes, alpha.
+template <class Work>
+void ForEachPlane(IRawVideoFrame& frame, Planes planes, Work work) {
+    const auto call = [&](const auto& plane, const SharedAxis& columns, const SharedAxis& rows) {
+        if constexpr (std::is_invocable_v<Work, decltype(plane)>)
+            work(plane);
+        else
+            work(plane, columns, rows);
+    };
+    ForFrame([&](const PackedView& picture) { call(picture, ColumnsOf(picture), RowsOf(picture)); },
+             [&](const PlanarView& picture) {
+                 for (unsigned p = 0; p < (planes == Planes::All ? picture.planes : 3); ++p)
+                     call(picture.plane[p], ColumnsOf(picture, p), RowsOf(picture, p));
+             },
+             frame);
+}
+
 /// Answers work(shift) with a chroma plane's shift, 0 to 2, as a constant: for routines that are compiled for each.
 template <class Work>
 auto WithConstantShift(unsigned shift, Work work) {

@@ -124,7 +124,7 @@ void ColorFilterComponentEffect(const PlanarView& picture, const GlassMatrix& ma
     std::uint16_t* const sums = scratch.sums.data();
     std::int16_t *const ofBlocks = scratch.ofBlocks.data(), *const added = scratch.added.data();
     for (unsigned row = 0; row < rows.size; ++row) {
-        const LumaRows lumaRows(rows, row);
+        const Span lumaRows = LumaRowsOf(rows, row);
         std::fill_n(sums, blocks, std::uint16_t(0));
         for (unsigned i = 0; i < 1u << picture.rowShift; ++i)
             AddBlocks<shift>(sums, luma.Row(std::min(lumaRows.begin + i, luma.height - 1)), luma.width, blocks);

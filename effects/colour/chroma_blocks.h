@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "effects/base/box.h"
 #include "effects/base/shared_samples.h"
 
 /// Rows of luma and the row of chroma that they share, for effects that mix the two. A block is the 2^shift luma
@@ -10,12 +11,9 @@
 namespace AVBased {
 
 /// The luma rows that go with a row of chroma: its own, and for the last one all that is left.
-struct LumaRows {
-    unsigned begin, end;
-
-    LumaRows(const SharedAxis& rows, unsigned chromaRow)
-        : begin(rows.First(chromaRow)), end(chromaRow + 1 < rows.size ? rows.First(chromaRow + 1) : rows.lumaSize) {}
-};
+inline Span LumaRowsOf(const SharedAxis& rows, unsigned chromaRow) {
+    return {rows.First(chromaRow), chromaRow + 1 < rows.size ? rows.First(chromaRow + 1) : rows.lumaSize};
+}
 
 /// Adds the samples of each of `blocks` blocks of a row to its sum; the last sample stands for such as are missing.
 template <unsigned shift>

@@ -1,6 +1,7 @@
 #include "effects/geometry/ReverseEffect.h"
 
 #include "effects/base/row_loops.h"
+#include "effects/base/shared_samples.h"
 #include "effects/geometry/sample_exchange.h"
 #include "effects/geometry/sample_exchange_avx2.h"
 
@@ -69,11 +70,7 @@ void Reverse(const PlaneView<Sample>& plane, bool mirror, bool vertical, Instruc
 }  // namespace
 
 void ReverseFrame(IRawVideoFrame& frame, bool mirror, bool vertical, InstructionSet set) {
-    ForFrame([&](const PackedView& picture) { Reverse(picture, mirror, vertical, set); },
-             [&](const PlanarView& picture) {
-                 for (unsigned p = 0; p < picture.planes; ++p) Reverse(picture.plane[p], mirror, vertical, set);
-             },
-             frame);
+    ForEachPlane(frame, Planes::All, [&](const auto& plane) { Reverse(plane, mirror, vertical, set); });
 }
 
 CReverseVideoImageEffect::CReverseVideoImageEffect() : CSettingsEffect(effectNameReverse, reverseProperties) {}

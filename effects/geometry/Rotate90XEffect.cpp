@@ -5,8 +5,10 @@
 #include <utility>
 #include <vector>
 
+#include "effects/base/box.h"
 #include "effects/base/frame_views.h"
 #include "effects/base/row_loops.h"
+#include "effects/base/shared_samples.h"
 #include "effects/geometry/ReverseEffect.h"
 #include "effects/geometry/axis_scaling.h"
 
@@ -17,27 +19,21 @@ constexpr Property<Rotate90XSettings> rotate90XProperties[] = {
     {"EffectNameRotate90X_turns", "1", &Rotate90XSettings::turns},
 };
 
-// Part of an axis.
-struct Span {
-    unsigned begin, size;
-
-    unsigned End() const { return begin + size; }
-};
-
 // Where the turned picture lies on an axis that is longer than the other one by longer / shorter, in whole groups of
 // 2^shift positions.
 Span Fit(std::uint64_t longer, std::uint64_t shorter, unsigned shift) {
     const std::uint64_t group = 1u << shift;
     const std::uint64_t groups = (2 * shorter * shorter + group * longer) / (2 * group * longer);
     const unsigned size = unsigned(std::min(std::max<std::uint64_t>(groups, 1) * group, longer));
-    return {(unsigned(longer) - size) / 2 >> shift << shift, size};
+    const unsigned begin = (unsigned(longer) - size) / 2 >> shift << shift;
+    return {begin, begin + size};
 }
 
 // The same on a plane whose samples each serve 2^shift positions.
 Span OnPlane(Span span, unsigned length, unsigned shift, unsigned planeSize) {
-    if (span.size == length) return {0, planeSize};
+    if (span.Size() == length) return {0, planeSize};
     const unsigned begin = std::min(span.begin >> shift, planeSize - 1);
-    return {begin, std::clamp(span.size >> shift, 1u, planeSize - begin)};
+    return {begin, begin + std::clamp(span.Size() >> shift, 1u, planeSize - begin)};
 }
 
 template <unsigned taps>
@@ -141,10 +137,10 @@ struct Turn {
         : across(acrossPlane),
           down(downPlane),
           clockwise(turnsClockwise),
-          rows(plane.height, across.size),
-          columns(plane.width, down.size),
+          rows(plane.height, across.Size()),
+          columns(plane.width, down.Size()),
           linePitch(WholeLines(plane.width * sizeof(Sample))),
-          turnedPitch(WholeLines(across.size * sizeof(Sample))),
+          turnedPitch(WholeLines(across.Size() * sizeof(Sample))),
           lines(linePitch * stripeLines),
           turned(new std::uint8_t[turnedPitch * (plane.width + std::size_t(vectorBytes))]) {}
 };
@@ -155,12 +151,12 @@ void TurnPlane(const PlaneView<Sample>& plane, Sample black, Turn& turn) {
     constexpr unsigned side = lanes<Number>;
     const Span across = turn.across, down = turn.down;
     std::uint8_t *const lines = turn.lines.data(), *const turned = turn.turned.get();
-    for (unsigned begin = 0; begin < across.size; begin += stripeLines) {
-        const unsigned count = std::min(stripeLines, across.size - begin);
+    for (unsigned begin = 0; begin < across.Size(); begin += stripeLines) {
+        const unsigned count = std::min(stripeLines, across.Size() - begin);
         for (unsigned i = 0; i < count; ++i) {
             const unsigned column = begin + i;
             ScaleRow(lines + i * turn.linePitch, plane.data, plane.pitch,
-                     turn.rows[turn.clockwise ? across.size - 1 - column : column], plane.width * sizeof(Sample));
+                     turn.rows[turn.clockwise ? across.Size() - 1 - column : column], plane.width * sizeof(Sample));
         }
         for (unsigned x = 0; x < plane.width; x += side)
             for (unsigned i = 0; i < count; i += side)
@@ -169,15 +165,15 @@ void TurnPlane(const PlaneView<Sample>& plane, Sample black, Turn& turn) {
     }
     for (unsigned y = 0; y < plane.height; ++y) {
         Sample* const row = plane.Row(y);
-        if (y < down.begin || y >= down.End()) {
+        if (y < down.begin || y >= down.end) {
             std::fill_n(row, plane.width, black);
             continue;
         }
         const unsigned line = y - down.begin;
         std::fill_n(row, across.begin, black);
         ScaleRow(reinterpret_cast<std::uint8_t*>(row + across.begin), turned, turn.turnedPitch,
-                 turn.columns[turn.clockwise ? line : down.size - 1 - line], across.size * sizeof(Sample));
-        std::fill_n(row + across.End(), plane.width - across.End(), black);
+                 turn.columns[turn.clockwise ? line : down.Size() - 1 - line], across.Size() * sizeof(Sample));
+        std::fill_n(row + across.end, plane.width - across.end, black);
     }
 }
 
@@ -209,7 +205,7 @@ void CRotate90X::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
             constexpr std::uint8_t black[] = {16, 128, 128, 255};
             for (unsigned p = 0; p < picture.planes; ++p)
                 turnPlane(picture.plane[p], picture.plane[0].width, picture.plane[0].height, picture.columnShift,
-                          picture.rowShift, p == 1 || p == 2, black[p]);
+                          picture.rowShift, IsChroma(p), black[p]);
         },
         *frame);
 }

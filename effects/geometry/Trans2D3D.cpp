@@ -89,11 +89,11 @@ class ShiftMap {
     std::vector<int> m_shifts, m_row;
 };
 
-std::uint8_t Between(std::uint8_t a, std::uint8_t b, std::uint32_t part) {
+std::uint8_t Interpolated(std::uint8_t a, std::uint8_t b, std::uint32_t part) {
     return std::uint8_t(std::uint16_t(a * (256 - part) + b * part) >> 8);
 }
 // Two colours of a word at once.
-std::uint32_t Between(std::uint32_t a, std::uint32_t b, std::uint32_t part) {
+std::uint32_t Interpolated(std::uint32_t a, std::uint32_t b, std::uint32_t part) {
     constexpr std::uint32_t even = 0xFF00FF;
     const std::uint32_t low = ((a & even) * (256 - part) + (b & even) * part) >> 8 & even;
     const std::uint32_t high = (a >> 8 & even) * (256 - part) + (b >> 8 & even) * part;
@@ -128,14 +128,14 @@ void ViewRow(ValueOf<Sample>* __restrict view, const Sample* __restrict row, uns
             ValueOf<Sample> seen[stretch];
 #pragma GCC unroll 1
             for (std::size_t k = 0; k < stretch; ++k)
-                seen[k] = Between(Load(from + k), Load(from + k + 1), std::uint32_t(direction * moves[k] & 255));
+                seen[k] = Interpolated(Load(from + k), Load(from + k + 1), std::uint32_t(direction * moves[k] & 255));
             std::memcpy(view + begin, seen, sizeof seen);
             continue;
         }
         for (unsigned x = begin; x < std::min(begin + unsigned(stretch), width); ++x) {
             const int place = std::clamp(int(x << 8) + direction * shifts[x], 0, last << 8);
             const int next = std::min((place >> 8) + 1, last);
-            view[x] = Between(Load(row + (place >> 8)), Load(row + next), std::uint32_t(place & 255));
+            view[x] = Interpolated(Load(row + (place >> 8)), Load(row + next), std::uint32_t(place & 255));
         }
     }
 }

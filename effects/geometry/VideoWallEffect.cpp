@@ -150,17 +150,9 @@ CWallVideoImageEffect::CWallVideoImageEffect() : CSettingsEffect(effectNameVideo
 void CWallVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const double across = m_settings.horiTiles, down = m_settings.verTiles;
     if (!(across >= 1 && down >= 1 && std::isfinite(across) && std::isfinite(down))) return;
-    ForFrame(
-        [&](const PackedView& picture) {
-            BuildWall({picture.width, across}, {picture.height, down}, ColumnsOf(picture), RowsOf(picture), picture,
-                      Instructions());
-        },
-        [&](const PlanarView& picture) {
-            for (unsigned p = 0; p < 3; ++p)
-                BuildWall({picture.plane[0].width, across}, {picture.plane[0].height, down}, ColumnsOf(picture, p),
-                          RowsOf(picture, p), picture.plane[p], Instructions());
-        },
-        *frame);
+    ForEachPlane(*frame, Planes::Colours, [&](const auto& plane, const SharedAxis& columns, const SharedAxis& rows) {
+        BuildWall({columns.lumaSize, across}, {rows.lumaSize, down}, columns, rows, plane, Instructions());
+    });
 }
 
 }  // namespace AVBased

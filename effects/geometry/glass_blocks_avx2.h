@@ -21,8 +21,8 @@ class GlassBlocks {
 
     /// So much is read behind the last neighbour of a row.
     static constexpr unsigned readBeyond = 16;
-    /// Room for a row that MixColumns writes and MixRows reads, each by whole blocks.
-    std::size_t Room() const { return m_shares.size() + 32; }
+    /// The size of a row that MixColumns writes and MixRows reads, each by whole blocks.
+    std::size_t LineBytes() const { return m_shares.size() + 32; }
 
     /// Mixes a whole row, for MixRows, which wants its bytes less 128.
     void MixColumns(std::uint8_t* to, const std::uint8_t* row) const;

@@ -21,8 +21,9 @@ struct MagnifierSettings {
     }
     bool TakesNearest() const { return scale <= 2.0; }
 };
+
 /// Where a position of an axis reads: a sample, and how far on towards the next one in 1/256.
-struct Place {
+struct GlassPlace {
     unsigned whole;
     std::uint8_t share;
 };
@@ -43,7 +44,7 @@ struct GlassAxis {
         offset = (TruncateToUint32(count * s.scale) - count) * step >> 1;
     }
     unsigned End() const { return begin + count; }
-    Place At(unsigned position) const {
+    GlassPlace At(unsigned position) const {
         const std::uint32_t accumulator = (position - begin) * step;
         if (nearest) return {(accumulator >> 8) + (offset >> 8) + begin, 0};
         const std::uint32_t place = accumulator + offset + (begin << 16);

@@ -209,7 +209,7 @@ class GlassPlane {
         BlockLine& line = m_blockLines[row % 2];
         if (line.row != row) {
             line.row = row;
-            line.mixed.resize(m_blocks->Room());
+            line.mixed.resize(m_blocks->LineBytes());
             m_blocks->MixColumns(line.mixed.data(), Bytes(m_shown.Row(row)));
         }
         return line.mixed.data();

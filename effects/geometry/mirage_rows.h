@@ -19,7 +19,7 @@ struct Overlay {
     Sample* enlarged;      ///< room for a row
     /// Samples that all serve as many positions: only the last one may serve fewer.
     unsigned regular = across.Count(across.size - 1) == across.Count(0) ? across.size : across.size - 1;
-    unsigned blocks = std::min(sampler.EasyBlocks(), regular / RowSampler<Sample>::blockSamples);
+    unsigned blocks = std::min(sampler.SingleLoadBlocks(), regular / RowSampler<Sample>::blockSamples);
 };
 
 /// A row, the one that it shows enlarged, which is another, and how many rows of luma it serves.

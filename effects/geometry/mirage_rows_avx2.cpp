@@ -7,7 +7,7 @@ NIFIKRAL_BEGIN_AVX2
 namespace AVBased {
 namespace {
 
-// An easy block of the enlarged row.
+// A block of the enlarged row that one load brings.
 __m256i LoadBlock(const RowSampler<std::uint8_t>::Block& block, const std::uint8_t* lanes, const std::uint8_t* from) {
     return _mm256_shuffle_epi8(LoadHalves(from + block.base[0], from + block.base[1]), LoadVector(lanes));
 }

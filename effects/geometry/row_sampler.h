@@ -68,7 +68,7 @@ class RowSampler {
     const Block* Blocks() const { return m_blocks.data(); }
     const std::uint8_t* Lanes() const { return m_lanes.data(); }
     /// How many blocks from the first on are reached by one load each.
-    unsigned EasyBlocks() const {
+    unsigned SingleLoadBlocks() const {
         const auto hard = [](const Block& block) { return block.loads != 1; };
         return unsigned(std::ranges::find_if(m_blocks, hard) - m_blocks.begin());
     }

@@ -62,13 +62,9 @@ void CAtomizeVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRawV
     const int radius = std::clamp(m_settings.radius, 0, 255);
     if (radius == 0) return;
     const FrameHash hash(m_settings.seed, position);
-    ForFrame([&](const PackedView& picture) { Scatter(picture, 0, 0, hash, radius, Instructions()); },
-             [&](const PlanarView& picture) {
-                 for (unsigned p = 0; p < picture.planes; ++p)
-                     Scatter(picture.plane[p], ColumnsOf(picture, p).shift, RowsOf(picture, p).shift, hash, radius,
-                             Instructions());
-             },
-             *frame);
+    ForEachPlane(*frame, Planes::All, [&](const auto& plane, const SharedAxis& columns, const SharedAxis& rows) {
+        Scatter(plane, columns.shift, rows.shift, hash, radius, Instructions());
+    });
 }
 
 }  // namespace AVBased

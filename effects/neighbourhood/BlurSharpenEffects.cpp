@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "effects/base/shared_samples.h"
 #include "effects/neighbourhood/BlurSharpenEffects_avx2.h"
 
 namespace AVBased {
@@ -16,13 +17,13 @@ struct PlainRows {
         return RowSum(row[0] + Kernel::centreWeight * row[step] + row[2 * step]);
     }
 
-    static void Sum(RowSum* __restrict sums, const std::uint8_t* __restrict row, RowSpan span) {
-        for (std::size_t x = 0; x < span.count; ++x) sums[x] = SumAt(row + x);
+    static void Sum(RowSum* __restrict sums, const std::uint8_t* __restrict row, FilteredBytes filtered) {
+        for (std::size_t x = 0; x < filtered.count; ++x) sums[x] = SumAt(row + x);
     }
 
     static void Filter(std::uint8_t* __restrict row, const std::uint8_t* __restrict below, RowSum* __restrict above,
-                       const RowSum* __restrict same, RowSpan span) {
-        for (std::size_t x = 0; x < span.count; ++x) {
+                       const RowSum* __restrict same, FilteredBytes filtered) {
+        for (std::size_t x = 0; x < filtered.count; ++x) {
             const RowSum next = SumAt(below + x), box = RowSum(above[x] + same[x] + next);
             std::uint8_t& sample = row[x + step];
             if constexpr (Kernel::sharpens)
@@ -40,16 +41,9 @@ constexpr auto filterPlane = variantsOf<FilterPlane<PlainRows, Kernel, Pixel>, F
 // Every plane finishes a pass before the next one begins. Fourth bytes and alpha planes are filtered like the others.
 template <class Kernel>
 void RunPasses(std::uint32_t passes, InstructionSet set, IRawVideoFrame& frame) {
-    ForFrame(
-        [&](const PackedView& picture) {
-            for (std::uint32_t pass = 0; pass < passes; ++pass) filterPlane<Kernel, Rgba32>.For(set)(picture);
-        },
-        [&](const PlanarView& picture) {
-            for (std::uint32_t pass = 0; pass < passes; ++pass)
-                for (unsigned p = 0; p < picture.planes; ++p)
-                    filterPlane<Kernel, std::uint8_t>.For(set)(picture.plane[p]);
-        },
-        frame);
+    for (std::uint32_t pass = 0; pass < passes; ++pass)
+        ForEachPlane(frame, Planes::All,
+                     [&]<class Pixel>(const PlaneView<Pixel>& plane) { filterPlane<Kernel, Pixel>.For(set)(plane); });
 }
 
 }  // namespace

@@ -32,34 +32,35 @@ __m256i Weigh(__m256i bytes, int first, int second) {
 
 template <class Kernel, std::size_t step>
 struct VectorRows {
-    static void Sum(RowSum* sums, const std::uint8_t* row, RowSpan span) {
-        if (span.count < vectorBytes) return StoreSums(sums, SumsAt(Rest(row, span.count + 2 * step).bytes));
-        const std::size_t last = span.count - vectorBytes;
+    static void Sum(RowSum* sums, const std::uint8_t* row, FilteredBytes filtered) {
+        if (filtered.count < vectorBytes) return StoreSums(sums, SumsAt(Rest(row, filtered.count + 2 * step).bytes));
+        const std::size_t last = filtered.count - vectorBytes;
         StoreSums(sums, SumsAt(row));
         StoreSums(sums + vectorBytes, SumsAt(row + last));
         sums += 2 * vectorBytes;
-        for (std::size_t x = span.head; x <= last; x += vectorBytes, sums += vectorBytes)
+        for (std::size_t x = filtered.head; x <= last; x += vectorBytes, sums += vectorBytes)
             StoreSums(sums, SumsAt(row + x));
     }
 
     // Both ends of a row are vectors of their own, computed before any sample changes, so that those between may be
     // stored to whole vectors of memory.
-    static void Filter(std::uint8_t* row, const std::uint8_t* below, RowSum* above, const RowSum* same, RowSpan span) {
+    static void Filter(std::uint8_t* row, const std::uint8_t* below, RowSum* above, const RowSum* same,
+                       FilteredBytes filtered) {
         std::uint8_t* const to = row + step;
-        if (span.count < vectorBytes) {
-            const Rest samples(row, span.count + step), samplesBelow(below, span.count + 2 * step);
+        if (filtered.count < vectorBytes) {
+            const Rest samples(row, filtered.count + step), samplesBelow(below, filtered.count + 2 * step);
             std::uint8_t result[vectorBytes];
             StoreVector(result, Filtered(samples.bytes, samplesBelow.bytes, above, same));
-            std::copy_n(result, span.count, to);
+            std::copy_n(result, filtered.count, to);
             return;
         }
-        const std::size_t last = span.count - vectorBytes;
+        const std::size_t last = filtered.count - vectorBytes;
         const __m256i begin = Filtered(row, below, above, same);
         const __m256i end = Filtered(row + last, below + last, above + vectorBytes, same + vectorBytes);
-        above += 2 * vectorBytes - span.head;
-        same += 2 * vectorBytes - span.head;
-        std::size_t x = span.head;
-        for (; x + cacheLine <= span.count; x += cacheLine) {
+        above += 2 * vectorBytes - filtered.head;
+        same += 2 * vectorBytes - filtered.head;
+        std::size_t x = filtered.head;
+        for (; x + cacheLine <= filtered.count; x += cacheLine) {
             PrefetchToWrite(below + x);
             for (std::size_t at : {x, x + vectorBytes})
                 StoreVector(to + at, Filtered(row + at, below + at, above + at, same + at));

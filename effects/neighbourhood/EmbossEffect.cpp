@@ -6,6 +6,7 @@
 #include "effects/base/fixed_point.h"
 #include "effects/base/frame_views.h"
 #include "effects/base/row_loops.h"
+#include "effects/base/shared_samples.h"
 #include "effects/neighbourhood/EmbossEffect_avx2.h"
 
 namespace AVBased {
@@ -59,7 +60,7 @@ void ForEachStretchDownwards(const ComponentView& plane, Work work) {
     walk(1, bandRows, bands);
 }
 
-void EmbossComponent(const ComponentView& plane, unsigned level, InstructionSet set) {
+void EmbossVectorised(const ComponentView& plane, unsigned level, InstructionSet set) {
     const auto emboss = variantsOf<EmbossGroups, EmbossGroupsAvx2>.For(set);
     ForEachStretchDownwards(plane, [=](std::uint8_t* row, std::uint8_t* above, unsigned count) {
         const unsigned grouped = count / 4 * 4;
@@ -73,7 +74,7 @@ void EmbossComponent(const ComponentView& plane, unsigned level, InstructionSet 
     });
 }
 
-void EmbossRgba32(const PackedView& picture, unsigned level, InstructionSet set) {
+void EmbossVectorised(const PackedView& picture, unsigned level, InstructionSet set) {
     const auto emboss = variantsOf<EmbossPixels, EmbossPixelsAvx2>.For(set);
     ForEachStretchDownwards(
         ComponentView{picture.data, picture.width * unsigned(sizeof(Rgba32)), picture.pitch, picture.height},
@@ -120,11 +121,11 @@ void EmbossPixels(unsigned char* row, unsigned char* above, unsigned bytes, unsi
 }
 
 void emboss_effect_component_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
-    EmbossComponent({data, width, pitch, height}, level, BestInstructionSet());
+    EmbossVectorised(ComponentView{data, width, pitch, height}, level, BestInstructionSet());
 }
 
 void emboss_effect_rgba32_mmx(unsigned char* data, unsigned width, unsigned pitch, unsigned height, unsigned level) {
-    EmbossRgba32({data, width, pitch, height}, level, BestInstructionSet());
+    EmbossVectorised(PackedView{data, width, pitch, height}, level, BestInstructionSet());
 }
 
 CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CSettingsEffect(effectNameEmboss, properties) {
@@ -135,22 +136,15 @@ CEmbossVideoImageEffect::CEmbossVideoImageEffect() : CSettingsEffect(effectNameE
 }
 
 void CEmbossVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
-    const auto emboss = [level = unsigned(m_settings.level), set = Instructions()](
-                            EmbossRoutine routine, EmbossRoutine vectorised, auto variants, const auto& plane) {
-        if (routine == vectorised)
-            variants(plane, level, set);
+    const unsigned level = unsigned(m_settings.level);
+    ForEachPlane(*frame, Planes::Colours, [&]<class Sample>(const PlaneView<Sample>& plane) {
+        constexpr bool packed = sizeof(Sample) == sizeof(Rgba32);
+        const EmbossRoutine routine = packed ? emboss_effect_rgba32 : emboss_effect_component;
+        if (routine == (packed ? emboss_effect_rgba32_mmx : emboss_effect_component_mmx))
+            EmbossVectorised(plane, level, Instructions());
         else
             routine(plane.data, plane.width, plane.pitch, plane.height, level);
-    };
-    ForFrame(
-        [&](const PackedView& picture) {
-            emboss(emboss_effect_rgba32, emboss_effect_rgba32_mmx, EmbossRgba32, picture);
-        },
-        [&](const PlanarView& picture) {
-            for (unsigned p = 0; p < 3; ++p)
-                emboss(emboss_effect_component, emboss_effect_component_mmx, EmbossComponent, picture.plane[p]);
-        },
-        *frame);
+    });
 }
 
 }  // namespace AVBased

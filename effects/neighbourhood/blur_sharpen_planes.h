@@ -24,13 +24,13 @@ using RowSum = std::int16_t;
 
 /// The samples of a row that are filtered, in bytes: how many, and how many before the first whose address in the
 /// plane's first rows suits vectors.
-struct RowSpan {
+struct FilteredBytes {
     std::size_t count, head;
 };
 
 /// Filters a plane in place. `Rows<Kernel, step>`, where `step` is the distance of neighbours in bytes, provides
-///   Sum(sums, row, span): the sums of the samples at row + step, and
-///   Filter(row, below, above, same, span): the samples at row + step from the sums of the row above, its own, and
+///   Sum(sums, row, filtered): the sums of the samples at row + step, and
+///   Filter(row, below, above, same, filtered): the samples at row + step from the sums of the row above, its own, and
 ///   those of the untouched row below; these then replace the sums of the row above.
 /// Both may keep the sums in any order that they agree on, and 96 more than there are samples.
 template <template <class, std::size_t> class Rows, class Kernel, class Pixel>
@@ -45,13 +45,13 @@ void FilterPlane(PlaneView<Pixel> plane) {
     RowSum* above = memory.get() + lineSums - std::uintptr_t(memory.get()) / sizeof(RowSum) % lineSums;
     RowSum* same = above + room;
     const auto row = [&](std::size_t y) { return reinterpret_cast<std::uint8_t*>(plane.Row(y)); };
-    const RowSpan span{count, -(std::uintptr_t(row(1)) + step) % 32};
+    const FilteredBytes filtered{count, -(std::uintptr_t(row(1)) + step) % 32};
 
-    Rows<Kernel, step>::Sum(above, row(0), span);
-    Rows<Kernel, step>::Sum(same, row(1), span);
+    Rows<Kernel, step>::Sum(above, row(0), filtered);
+    Rows<Kernel, step>::Sum(same, row(1), filtered);
     const unsigned lastFiltered = plane.height % 2 ? plane.height - 2 : plane.height - 3;
     for (unsigned y = 1; y <= lastFiltered; ++y) {
-        Rows<Kernel, step>::Filter(row(y), row(y + 1), above, same, span);
+        Rows<Kernel, step>::Filter(row(y), row(y + 1), above, same, filtered);
         std::swap(above, same);
     }
     // Deliberate: of an even height, the last row inside repeats the one above it.
