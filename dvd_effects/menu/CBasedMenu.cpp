@@ -41,81 +41,72 @@ void RequireParsed(int result) {
 
 }  // namespace
 
-struct CBasedMenu::Property {
-    const char* name;
-    std::int32_t type;
-    void (*set)(CBasedMenu&, const PropertyNode&);
+template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
+void CBasedMenu::SetList(CBasedMenu& menu, const std::string& list) {
+    RequireParsed(parse(menu.m_sources.get(), list, menu.m_sourceCount));
+}
+template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
+void CBasedMenu::SetFades(CBasedMenu& menu, const std::string& list) {
+    SetList<parse>(menu, list);
+    menu.m_hasFades = true;
+}
 
-    // A list that one of the parsers takes apart.
-    template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
-    static void Parse(CBasedMenu& menu, const PropertyNode& node) {
-        RequireParsed(parse(menu.m_sources.get(), node.text, menu.m_sourceCount));
-    }
-    template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
-    static void ParseFade(CBasedMenu& menu, const PropertyNode& node) {
-        Parse<parse>(menu, node);
-        menu.m_hasFades = true;
-    }
-};
-
-const CBasedMenu::Property CBasedMenu::properties[18] = {
-    {"width", typeInt32,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         menu.m_width = node.Value<std::int32_t>();
+const Property<CBasedMenu> CBasedMenu::properties[18] = {
+    {"width", "0",
+     [](CBasedMenu& menu, std::int32_t width) {
+         menu.m_width = width;
          menu.ForgetBackground();
      }},
-    {"height", typeInt32,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         menu.m_height = node.Value<std::int32_t>();
+    {"height", "0",
+     [](CBasedMenu& menu, std::int32_t height) {
+         menu.m_height = height;
          menu.ForgetBackground();
      }},
-    {"sourcePath", typeText, [](CBasedMenu& menu, const PropertyNode& node) { menu.OpenBackground(node.text); }},
-    {"backgroundMask", typeText,
-     [](CBasedMenu& menu, const PropertyNode& node) { menu.OpenBackgroundMask(node.text); }},
-    {"textNumber", typeInt32,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         menu.m_textNumber = node.Value<std::int32_t>();
+    {"sourcePath", "", [](CBasedMenu& menu, const std::string& path) { menu.OpenBackground(path); }},
+    {"backgroundMask", "", [](CBasedMenu& menu, const std::string& path) { menu.OpenBackgroundMask(path); }},
+    {"textNumber", "0",
+     [](CBasedMenu& menu, std::int32_t number) {
+         menu.m_textNumber = number;
          menu.m_textsReady = false;
      }},
-    {"textInfos", typeText,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         menu.m_textInfos = node.text;
+    {"textInfos", "",
+     [](CBasedMenu& menu, const std::string& infos) {
+         menu.m_textInfos = infos;
          menu.m_textsReady = false;
      }},
-    {"additionSourceNumber", typeInt32,
-     [](CBasedMenu& menu, const PropertyNode& node) { menu.SetSourceCount(node.Value<std::int32_t>()); }},
-    {"isAdditionSourceImages", typeText,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         Property::Parse<GetAdditionSourceType>(menu, node);
+    {"additionSourceNumber", "0", [](CBasedMenu& menu, std::int32_t number) { menu.SetSourceCount(number); }},
+    {"isAdditionSourceImages", "",
+     [](CBasedMenu& menu, const std::string& list) {
+         SetList<GetAdditionSourceType>(menu, list);
          menu.m_sourcesReady = false;
      }},
-    {"additionSourcePaths", typeText,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         menu.m_sourcePaths = node.text;
+    {"additionSourcePaths", "",
+     [](CBasedMenu& menu, const std::string& list) {
+         menu.m_sourcePaths = list;
          menu.m_sourcesReady = false;
      }},
-    {"additionSourceSizes", typeText,
-     [](CBasedMenu& menu, const PropertyNode& node) {
+    {"additionSourceSizes", "",
+     [](CBasedMenu& menu, const std::string& list) {
          // Deliberate: a second list goes behind the first one, and the number of items is not checked.
-         for (const std::string& item : SplitList(node.text, ';')) menu.m_sourceSizes.push_back(ParseInteger(item));
+         for (const std::string& item : SplitList(list, ';')) menu.m_sourceSizes.push_back(ParseInteger(item));
          menu.m_sourcesReady = false;
      }},
-    {"maskPaths", typeText,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         menu.m_maskPaths = node.text;
+    {"maskPaths", "",
+     [](CBasedMenu& menu, const std::string& list) {
+         menu.m_maskPaths = list;
          menu.m_sourcesReady = false;
      }},
-    {"startPositions", typeText,
-     [](CBasedMenu& menu, const PropertyNode& node) {
-         Property::Parse<GetStartPositions>(menu, node);
+    {"startPositions", "",
+     [](CBasedMenu& menu, const std::string& list) {
+         SetList<GetStartPositions>(menu, list);
          menu.m_hasPlaces = true;
      }},
-    {"endPositions", typeText, Property::Parse<GetEndPositions>},
-    {"moveFormulas", typeText, Property::Parse<GetMoveFormulas>},
-    {"moveSpeeds", typeText, Property::Parse<GetMoveSpeeds>},
-    {"startTrans", typeText, Property::ParseFade<GetStartTrans>},
-    {"endTrans", typeText, Property::ParseFade<GetEndTrans>},
-    {"fadeSpeeds", typeText, Property::ParseFade<GetFadeSpeeds>},
+    {"endPositions", "", SetList<GetEndPositions>},
+    {"moveFormulas", "", SetList<GetMoveFormulas>},
+    {"moveSpeeds", "", SetList<GetMoveSpeeds>},
+    {"startTrans", "", SetFades<GetStartTrans>},
+    {"endTrans", "", SetFades<GetEndTrans>},
+    {"fadeSpeeds", "", SetFades<GetFadeSpeeds>},
 };
 
 CBasedMenu::Picture::Picture(LayerKind kind) : maker(kind), maskMaker({true, kind.rows}) {}
@@ -124,17 +115,12 @@ CBasedMenu::CBasedMenu(const char* name, IAVManager* manager)
     : CBasedVideoImageEffect(name),
       m_manager(manager),
       m_textImporter(manager ? manager->GetImporter(importerSimpleHtmlText) : nullptr) {
-    for (const Property& property : properties) {
-        PropertyNode node{property.type == typeText ? "" : "0", property.type};
-        node.Parse();
-        AddProperty(property.name, node);
-    }
+    DeclareProperties(*this, properties);
 }
 
 void CBasedMenu::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoImageEffect::OnSetProperty(name, node);
-    for (const Property& property : properties)
-        if (name == property.name) property.set(*this, node);
+    StoreProperty(*this, properties, name, node);
 }
 
 void CBasedMenu::OpenBackground(const std::string& path) {

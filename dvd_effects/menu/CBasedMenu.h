@@ -9,6 +9,7 @@
 #include "dvd_effects/menu/menu_frames.h"
 #include "dvd_effects/menu/menu_records.h"
 #include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/property_table.h"
 
 namespace AVBased {
 
@@ -87,8 +88,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
     void DrawTexts(Canvas& canvas) const;
 
  private:
-    struct Property;
-    static const Property properties[18];
+    static const Property<CBasedMenu> properties[18];
 
     // What the frames of a menu have in common.
     struct FrameKind {
@@ -111,6 +111,11 @@ class CBasedMenu : public CBasedVideoImageEffect {
         point_t inBox;
         mutable std::deque<Layer> halves;
     };
+    // What setting a list does that one of the parsers takes apart.
+    template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
+    static void SetList(CBasedMenu& menu, const std::string& list);
+    template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
+    static void SetFades(CBasedMenu& menu, const std::string& list);
     void OpenBackground(const std::string& path);
     void OpenBackgroundMask(const std::string& path);
     void SetSourceCount(std::int32_t count);

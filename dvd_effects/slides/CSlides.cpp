@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "dvd_effects/canvas/compositor.h"
-#include "dvd_effects/menu/dvd_effects_utils.h"
-#include "dvd_effects/slides/easing.h"
 #include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/menu/dvd_effects_utils.h"
 #include "dvd_effects/menu/menu_frames.h"
 #include "dvd_effects/menu/menu_sources.h"
+#include "dvd_effects/slides/easing.h"
 #include "dvd_effects/slides/rasters.h"
 #include "effects/base/place_hash.h"
 
@@ -40,71 +40,55 @@ std::vector<std::string> ParseWords(const std::string& list, IsKnown isKnown) {
 
 }  // namespace
 
-struct CSlides::Property {
-    const char *name, *defaultText;
-    std::int32_t type;
-    void (*set)(CSlides&, const PropertyNode&);
-};
-
-const CSlides::Property CSlides::properties[9] = {
-    {"paths", "", typeText,
-     [](CSlides& slides, const PropertyNode& node) {
-         slides.m_paths = SplitList(node.text, ';');
+const Property<CSlides> CSlides::properties[9] = {
+    {"paths", "",
+     [](CSlides& slides, const std::string& paths) {
+         slides.m_paths = SplitList(paths, ';');
          slides.m_timeline.pictures = std::max<std::uint64_t>(slides.m_paths.size(), 1);
          slides.ForgetPictures();
      }},
-    {"slideDuration", "100", typeInt32,
-     [](CSlides& slides, const PropertyNode& node) {
-         slides.m_timeline.alone = std::max(node.Value<std::int32_t>(), 0);
+    {"slideDuration", "100",
+     [](CSlides& slides, std::int32_t frames) { slides.m_timeline.alone = std::max(frames, 0); }},
+    {"transitionDuration", "25",
+     [](CSlides& slides, std::int32_t frames) { slides.m_timeline.together = std::max(frames, 0); }},
+    {"transitions", "crossfade",
+     [](CSlides& slides, const std::string& words) {
+         slides.m_transitions =
+             ParseWords(words, [](const std::string& word) { return word == randomChoice || FindTransition(word); });
      }},
-    {"transitionDuration", "25", typeInt32,
-     [](CSlides& slides, const PropertyNode& node) {
-         slides.m_timeline.together = std::max(node.Value<std::int32_t>(), 0);
-     }},
-    {"transitions", "crossfade", typeText,
-     [](CSlides& slides, const PropertyNode& node) {
-         slides.m_transitions = ParseWords(
-             node.text, [](const std::string& word) { return word == randomChoice || FindTransition(word); });
-     }},
-    {"motion", "none", typeText,
-     [](CSlides& slides, const PropertyNode& node) {
+    {"motion", "none",
+     [](CSlides& slides, const std::string& words) {
          slides.m_motions =
-             ParseWords(node.text, [](const std::string& word) { return FindSlideMotion(word, 0).has_value(); });
+             ParseWords(words, [](const std::string& word) { return FindSlideMotion(word, 0).has_value(); });
          slides.ForgetPictures();
      }},
-    {"motionAmount", "15", typeInt32,
-     [](CSlides& slides, const PropertyNode& node) {
-         slides.m_motionAmount = std::clamp(node.Value<std::int32_t>(), 1, 100);
+    {"motionAmount", "15",
+     [](CSlides& slides, std::int32_t percent) {
+         slides.m_motionAmount = std::clamp(percent, 1, 100);
          slides.ForgetPictures();
      }},
-    {"fit", "pad", typeText,
-     [](CSlides& slides, const PropertyNode& node) {
-         const auto* const fit = std::ranges::find(fits, node.text, [](const auto& row) { return row.first; });
+    {"fit", "pad",
+     [](CSlides& slides, const std::string& word) {
+         const auto* const fit = std::ranges::find(fits, word, [](const auto& row) { return row.first; });
          RequireKnown(fit != std::end(fits));
          slides.m_fit = fit->second;
          slides.ForgetPictures();
      }},
-    {"loop", "0", typeInt32,
-     [](CSlides& slides, const PropertyNode& node) { slides.m_timeline.loops = node.Value<std::int32_t>() != 0; }},
-    {"seed", "0", typeInt32,
-     [](CSlides& slides, const PropertyNode& node) {
-         slides.m_seed = node.Value<std::int32_t>();
+    {"loop", "0", [](CSlides& slides, std::int32_t loop) { slides.m_timeline.loops = loop != 0; }},
+    {"seed", "0",
+     [](CSlides& slides, std::int32_t seed) {
+         slides.m_seed = seed;
          slides.ForgetPictures();
      }},
 };
 
 CSlides::CSlides(IAVManager* manager) : CBasedVideoImageEffect(effectSlideName), m_manager(manager) {
-    for (const Property& property : properties) {
-        PropertyNode node{property.defaultText, property.type};
-        node.Parse();
-        AddProperty(property.name, node);
-    }
+    DeclareProperties(*this, properties);
 }
 
 void CSlides::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoImageEffect::OnSetProperty(name, node);
-    for (const Property& property : properties)
-        if (name == property.name) property.set(*this, node);
+    StoreProperty(*this, properties, name, node);
 }
 
 bool CSlides::Seek(unsigned position) {

@@ -9,6 +9,7 @@
 #include "dvd_effects/slides/slide_timeline.h"
 #include "dvd_effects/slides/transitions.h"
 #include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/property_table.h"
 
 namespace AVBased {
 
@@ -49,8 +50,7 @@ class CSlides : public CBasedVideoImageEffect {
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    struct Property;
-    static const Property properties[9];
+    static const Property<CSlides> properties[9];
 
     // A picture as large as it is ever seen.
     struct Slide {

@@ -58,61 +58,43 @@ void ParseBox(const std::string& list, text_t& text) {
 
 }  // namespace
 
-struct CTitle::Property {
-    const char *name, *defaultText;
-    std::int32_t type;
-    void (*set)(CTitle&, const PropertyNode&);
+template <std::int32_t CTitle::*number>
+void CTitle::SetNotBelow0(CTitle& title, std::int32_t value) {
+    title.*number = std::max(value, 0);
+}
 
-    template <std::int32_t CTitle::*number, std::int32_t least>
-    static void SetNumber(CTitle& title, const PropertyNode& node) {
-        title.*number = std::max(node.Value<std::int32_t>(), least);
-    }
-    template <std::string text_t::*part>
-    static void SetText(CTitle& title, const PropertyNode& node) {
-        title.m_text.*part = node.text;
-    }
-};
+template <std::string text_t::*part>
+void CTitle::SetText(CTitle& title, const std::string& value) {
+    title.m_text.*part = value;
+}
 
-const CTitle::Property CTitle::properties[14] = {
-    {"text", "", typeText, Property::SetText<&text_t::text>},
-    {"face", "Sans", typeText, Property::SetText<&text_t::face>},
-    {"fontstyle", "bold shadow", typeText, Property::SetText<&text_t::fontstyle>},
-    {"size", "0", typeInt32, Property::SetNumber<&CTitle::m_size, 0>},
-    {"color", "#ffffff", typeText,
-     [](CTitle& title, const PropertyNode& node) { ParseColour(node.text, title.m_text); }},
-    {"box", "", typeText, [](CTitle& title, const PropertyNode& node) { ParseBox(node.text, title.m_text); }},
-    {"align", "center", typeText,
-     [](CTitle& title, const PropertyNode& node) { title.m_align = ParseWord(aligns, node.text); }},
-    {"valign", "middle", typeText,
-     [](CTitle& title, const PropertyNode& node) { title.m_valign = ParseWord(valigns, node.text); }},
-    {"inDuration", "20", typeInt32, Property::SetNumber<&CTitle::m_inDuration, 0>},
-    {"outDuration", "20", typeInt32, Property::SetNumber<&CTitle::m_outDuration, 0>},
-    {"inMotion", "up", typeText,
-     [](CTitle& title, const PropertyNode& node) { title.m_inMotion = ParseWord(motions, node.text); }},
-    {"outMotion", "up", typeText,
-     [](CTitle& title, const PropertyNode& node) { title.m_outMotion = ParseWord(motions, node.text); }},
-    {"distance", "0", typeInt32, Property::SetNumber<&CTitle::m_distance, 0>},
-    {"lineDelay", "0", typeInt32, Property::SetNumber<&CTitle::m_lineDelay, 0>},
+const Property<CTitle> CTitle::properties[14] = {
+    {"text", "", SetText<&text_t::text>},
+    {"face", "Sans", SetText<&text_t::face>},
+    {"fontstyle", "bold shadow", SetText<&text_t::fontstyle>},
+    {"size", "0", SetNotBelow0<&CTitle::m_size>},
+    {"color", "#ffffff", [](CTitle& title, const std::string& colour) { ParseColour(colour, title.m_text); }},
+    {"box", "", [](CTitle& title, const std::string& list) { ParseBox(list, title.m_text); }},
+    {"align", "center", [](CTitle& title, const std::string& word) { title.m_align = ParseWord(aligns, word); }},
+    {"valign", "middle", [](CTitle& title, const std::string& word) { title.m_valign = ParseWord(valigns, word); }},
+    {"inDuration", "20", SetNotBelow0<&CTitle::m_inDuration>},
+    {"outDuration", "20", SetNotBelow0<&CTitle::m_outDuration>},
+    {"inMotion", "up", [](CTitle& title, const std::string& word) { title.m_inMotion = ParseWord(motions, word); }},
+    {"outMotion", "up", [](CTitle& title, const std::string& word) { title.m_outMotion = ParseWord(motions, word); }},
+    {"distance", "0", SetNotBelow0<&CTitle::m_distance>},
+    {"lineDelay", "0", SetNotBelow0<&CTitle::m_lineDelay>},
 };
 
 CTitle::CTitle(IAVManager* manager)
     : CBasedVideoImageEffect(effectTitleName),
       m_importer(manager ? manager->GetImporter(importerSimpleHtmlText) : nullptr) {
-    for (const Property& property : properties) {
-        PropertyNode node{property.defaultText, property.type};
-        node.Parse();
-        AddProperty(property.name, node);
-        property.set(*this, node);
-    }
+    DeclareProperties(*this, properties);
+    for (const Property<CTitle>& property : properties) property.Store(*this, property.Default());
 }
 
 void CTitle::OnSetProperty(const std::string& name, PropertyNode& node) {
     CBasedVideoImageEffect::OnSetProperty(name, node);
-    for (const Property& property : properties)
-        if (name == property.name) {
-            property.set(*this, node);
-            m_ready = false;
-        }
+    if (StoreProperty(*this, properties, name, node)) m_ready = false;
 }
 
 bool CTitle::Seek(unsigned position) {

@@ -7,6 +7,7 @@
 #include "dvd_effects/canvas/compositor.h"
 #include "dvd_effects/menu/menu_records.h"
 #include "effects/base/CBasedVideoEffect.h"
+#include "effects/base/property_table.h"
 
 namespace AVBased {
 
@@ -53,8 +54,7 @@ class CTitle : public CBasedVideoImageEffect {
     };
 
  private:
-    struct Property;
-    static const Property properties[14];
+    static const Property<CTitle> properties[14];
     struct Line {
         Layer layer;  // none for an empty line
         Spot middle;
@@ -62,6 +62,12 @@ class CTitle : public CBasedVideoImageEffect {
     struct Box {
         point_t at, size;
     };
+
+    // What setting a property of one plain value does.
+    template <std::int32_t CTitle::*number>
+    static void SetNotBelow0(CTitle& title, std::int32_t value);
+    template <std::string text_t::*part>
+    static void SetText(CTitle& title, const std::string& value);
 
     std::int32_t FontSize() const;
     Box TextBox() const;
