@@ -105,7 +105,7 @@ void Transformed(benchmark::State& state, unsigned format, bool perspective) {
     FakeManager::Paint(*layer.Frame(), 0xFF406080);
     CRawVideoFrame frame(false, format, frameWidth, frameHeight, true);
     if (format == formatPacked) FakeManager::Paint(frame, 0xFF203040);
-    AVBased::Canvas canvas(frame);
+    AVBased::Canvas canvas(frame, AVBased::BestInstructionSet());
     double turn = 0;
     for (auto _ : state) {
         turn += 1;

@@ -38,7 +38,7 @@ class Canvas {
     static bool Takes(IRawVideoFrame& frame);
 
     /// `frame` is borrowed, and of a format that a canvas takes.
-    explicit Canvas(IRawVideoFrame& frame, InstructionSet set = BestInstructionSet()) : m_frame(frame), m_set(set) {}
+    Canvas(IRawVideoFrame& frame, InstructionSet set) : m_frame(frame), m_set(set) {}
 
     IRawVideoFrame& Frame() const { return m_frame; }
     unsigned Width() const;

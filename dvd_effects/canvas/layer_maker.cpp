@@ -4,7 +4,6 @@
 #include <limits>
 
 #include "dvd_effects/canvas/menu_errors.h"
-#include "effects/base/instruction_sets.h"
 
 namespace AVBased {
 
@@ -69,8 +68,8 @@ ConverterOwner MakeConverter(const ImageShape& from, const ImageShape& to, int l
     return converter;
 }
 
-void InterleaveInto(const Layer& layer, CRawVideoFrame& planar) {
-    variantsOf<Interleave>.For(BestInstructionSet())(layer.View(), ViewPlanar(planar, *FindFormat(formatPlanarLayer)));
+void InterleaveInto(const Layer& layer, CRawVideoFrame& planar, InstructionSet set) {
+    variantsOf<Interleave>.For(set)(layer.View(), ViewPlanar(planar, *FindFormat(formatPlanarLayer)));
 }
 
 std::unique_ptr<CRawVideoFrame> PlanarLayerFrame(FrameSize size) {
@@ -87,14 +86,14 @@ void PictureConverter::Convert(IRawVideoFrame& from, IRawVideoFrame& to, ColourM
     Require(m_converter->Convert(&from, &to), textConverterFrameFailed, lineConvert);
 }
 
-void LayerMaker::Make(IRawVideoFrame& picture, FrameSize size, Layer& layer) {
+void LayerMaker::Make(IRawVideoFrame& picture, FrameSize size, Layer& layer, InstructionSet set) {
     const auto usable = [](unsigned side) { return side > 0 && side <= largestSide; };
     Require(usable(size.width) && usable(size.height), textInvalidParamValue, lineLayer);
     if (FrameSize{layer.Width(), layer.Height()} != size) layer = Layer(size.width, size.height);
     if (m_packed) return m_converter.Convert(picture, *layer.Frame(), m_matrix);
     if (!m_planar || SizeOf(*m_planar) != size) m_planar = PlanarLayerFrame(size);
     m_converter.Convert(picture, *m_planar, m_matrix);
-    InterleaveInto(layer, *m_planar);
+    InterleaveInto(layer, *m_planar, set);
 }
 
 }  // namespace AVBased

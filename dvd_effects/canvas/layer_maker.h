@@ -4,6 +4,7 @@
 
 #include "avbase/IImageConverter.h"
 #include "dvd_effects/canvas/layer.h"
+#include "effects/base/instruction_sets.h"
 
 /// Scaling and converting the host's pictures into layers.
 namespace AVBased {
@@ -28,7 +29,7 @@ ImageShape ShapeOf(IRawVideoFrame& frame, ColourMatrix matrix = ColourMatrix::Au
 ConverterOwner MakeConverter(const ImageShape& from, const ImageShape& to, int line);
 /// A frame of four full planes, for a converter to fill; InterleaveInto makes it a layer of the same size.
 std::unique_ptr<CRawVideoFrame> PlanarLayerFrame(FrameSize size);
-void InterleaveInto(const Layer& layer, CRawVideoFrame& planar);
+void InterleaveInto(const Layer& layer, CRawVideoFrame& planar, InstructionSet set);
 
 /// Converts and scales frames, with one converter for as long as their sizes and formats stay.
 class PictureConverter {
@@ -48,7 +49,7 @@ class LayerMaker {
 
     /// Makes `layer` show the picture, scaled to `size`. Raises as PictureConverter does, "Invalid Param Value" for a
     /// size of 0 or above largestSide, 10021007 when there is no memory.
-    void Make(IRawVideoFrame& picture, FrameSize size, Layer& layer);
+    void Make(IRawVideoFrame& picture, FrameSize size, Layer& layer, InstructionSet set);
 
  private:
     bool m_packed;

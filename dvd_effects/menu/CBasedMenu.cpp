@@ -197,7 +197,7 @@ std::unique_ptr<CRawVideoFrame> CBasedMenu::EmptyBackground() const {
     RequireMenuSize();
     const FrameSize menu = MenuSize();
     auto background = std::make_unique<CRawVideoFrame>(false, m_kind.format, menu.width, menu.height, true);
-    Canvas(*background).Clear();
+    Canvas(*background, Instructions()).Clear();
     return background;
 }
 
@@ -238,21 +238,21 @@ void CBasedMenu::LayBackground(IRawVideoFrame& frame, FrameSize menu) {
     Picture& picture = *m_backgroundPicture;
     const FrameSize size = FitInto(SizeOf(frame), menu);
     const auto x = std::int32_t(menu.width - size.width) / 2, y = std::int32_t(menu.height - size.height) / 2;
-    if (m_backgroundMask && !picture.mask) picture.MakeMask(*m_backgroundMask, menu);
-    picture.Make(frame, size, x, y);
+    if (m_backgroundMask && !picture.mask) picture.MakeMask(*m_backgroundMask, menu, Instructions());
+    picture.Make(frame, size, Instructions(), {x, y});
     Canvas canvas(*m_background, Instructions());
     canvas.Clear();
     canvas.Lay(picture.layer, x, y);
 }
 
-void CBasedMenu::Picture::MakeMask(IRawVideoFrame& frame, FrameSize size) {
-    maskMaker.Make(frame, size, mask);
+void CBasedMenu::Picture::MakeMask(IRawVideoFrame& frame, FrameSize size, InstructionSet set) {
+    maskMaker.Make(frame, size, mask, set);
     BrightnessToCoverage(mask);
 }
 
-void CBasedMenu::Picture::Make(IRawVideoFrame& frame, FrameSize size, std::int32_t xInMask, std::int32_t yInMask) {
-    maker.Make(frame, size, layer);
-    if (mask) MultiplyCoverage(layer, mask, xInMask, yInMask);
+void CBasedMenu::Picture::Make(IRawVideoFrame& frame, FrameSize size, InstructionSet set, point_t inMask) {
+    maker.Make(frame, size, layer, set);
+    if (mask) MultiplyCoverage(layer, mask, inMask.x, inMask.y);
 }
 
 void CBasedMenu::Picture::CropTo(FrameSize box) {
@@ -302,10 +302,10 @@ void CBasedMenu::AdvanceSource(unsigned index) {
     const FrameSize size = covers ? FitOver(own, box) : FitInto(own, box);
     if (maskSource && !(picture.mask && stillMask && FrameSize{picture.mask.Width(), picture.mask.Height()} == size)) {
         record.maskFrame = ReadFrame(*maskSource);
-        picture.MakeMask(*record.maskFrame, size);
+        picture.MakeMask(*record.maskFrame, size, Instructions());
         record.maskFrame.reset();
     }
-    picture.Make(*record.frame, size);
+    picture.Make(*record.frame, size, Instructions());
     record.frame.reset();
     if (covers) picture.CropTo(box);
     Dress(picture.layer, index);
@@ -372,7 +372,7 @@ void CBasedMenu::OpenText(const std::string& info) {
     const FrameOwner frame = RenderText(text.item);
     if (!frame) return;
     Picture picture(Kind());
-    picture.Make(*frame, FitText(SizeOf(*frame), text.item.boxSize));
+    picture.Make(*frame, FitText(SizeOf(*frame), text.item.boxSize), Instructions());
     text.layer = std::move(picture.layer);
     m_texts.push_back(std::move(text));
 }

@@ -100,9 +100,9 @@ class CBasedMenu : public CBasedVideoImageEffect {
     // A picture as it is drawn, and what makes it.
     struct Picture {
         explicit Picture(LayerKind kind);
-        void MakeMask(IRawVideoFrame& frame, FrameSize size);
+        void MakeMask(IRawVideoFrame& frame, FrameSize size, InstructionSet set);
         // Makes the layer, with the part of the mask that starts at a place of it.
-        void Make(IRawVideoFrame& frame, FrameSize size, std::int32_t xInMask = 0, std::int32_t yInMask = 0);
+        void Make(IRawVideoFrame& frame, FrameSize size, InstructionSet set, point_t inMask = {});
         void CropTo(FrameSize box);
 
         LayerMaker maker, maskMaker;

@@ -15,12 +15,7 @@ using namespace TarvoBased;
 namespace {
 
 // Lines that the host reads beside an error of these operations.
-enum Line : int {
-    lineWorkingFrame = 440,
-    lineTextColour = 460,
-    lineDrawText = 500,
-    lineAddBlack = 540
-};
+enum Line : int { lineWorkingFrame = 440, lineTextColour = 460, lineDrawText = 500, lineAddBlack = 540 };
 
 }  // namespace
 
@@ -74,6 +69,7 @@ int DrawText(IRawVideoFrame* destination, IRawVideoFrame* text, const text_t& it
     return AtBoundary(lineDrawText, dvdEffectsUtilsName, [&] {
         Require(destination && text && converter, textNullPointer, lineDrawText);
         if (!Canvas::Takes(*destination)) return 1;
+        const InstructionSet set = BestInstructionSet();
         const FrameSize size = FitText(SizeOf(*text), item.boxSize);
         Layer layer(size.width, size.height);
         if (destination->GetPixelFormat() == formatRgba32) {
@@ -81,10 +77,11 @@ int DrawText(IRawVideoFrame* destination, IRawVideoFrame* text, const text_t& it
         } else {
             const std::unique_ptr<CRawVideoFrame> planar = PlanarLayerFrame(size);
             Require(converter->Convert(text, planar.get()), textConverterFrameFailed, lineDrawText);
-            InterleaveInto(layer, *planar);
+            InterleaveInto(layer, *planar, set);
         }
         const double opacity = std::isnan(alpha) ? 0 : std::clamp(alpha, 0.0, 1.0) * 255;
-        Canvas(*destination).Lay(layer, item.boxPosition.x, item.boxPosition.y, std::uint8_t(std::lround(opacity)));
+        Canvas(*destination, set)
+            .Lay(layer, item.boxPosition.x, item.boxPosition.y, std::uint8_t(std::lround(opacity)));
         return 1;
     });
 }
@@ -106,7 +103,7 @@ int AddBlack(IRawVideoFrame* picture, unsigned width, unsigned height, IImageCon
                     MakeConverter(ShapeOf(*picture), ShapeOf(*scaled, MatrixOfRows(height)), lineAddBlack).release();
             Require(converter->Convert(picture, scaled.get()), textConverterFrameFailed, lineAddBlack);
         }
-        Canvas canvas(*frame);
+        Canvas canvas(*frame, BestInstructionSet());
         if (placed != FrameSize{width, height}) canvas.Clear();
         canvas.Copy(*scaled, centred ? (width - placed.width) / 2 : 0, centred ? (height - placed.height) / 2 : 0);
         placedWidth = int(placed.width);

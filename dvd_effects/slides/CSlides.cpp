@@ -174,7 +174,7 @@ IRawVideoFrame& CSlides::PictureAt(std::uint64_t index, std::uint64_t kept) {
 void CSlides::Fill(CRawVideoFrame& picture, const std::string& path) {
     // The file is closed again before anything is made of its picture.
     const FrameOwner frame = ReadFrame(*OpenSource(m_manager, path, true));
-    FitPicture(*frame, m_fit, m_size.height, picture);
+    FitPicture(*frame, m_fit, m_size.height, picture, Instructions());
 }
 
 }  // namespace AVBased

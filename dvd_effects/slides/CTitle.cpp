@@ -170,7 +170,7 @@ void CTitle::MakeLines() {
         if (rendered[i])
             AtBoundary(lineText, unitName, [&] {
                 LayerMaker(LayerKind{m_format == formatRgba32, m_frameSize.height})
-                    .Make(*rendered[i], size, line.layer);
+                    .Make(*rendered[i], size, line.layer, Instructions());
             });
         line.middle = {double(box.at.x + Before(m_align, box.size.x, size.width)) + size.width / 2.0,
                        double(y) + size.height / 2.0};

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "dvd_effects/canvas/compositor.h"
-#include "dvd_effects/canvas/menu_errors.h"
 #include "dvd_effects/canvas/layer_maker.h"
+#include "dvd_effects/canvas/menu_errors.h"
 #include "dvd_effects/canvas/painting.h"
 #include "dvd_effects/slides/rasters.h"
 
@@ -34,11 +34,13 @@ std::unique_ptr<CRawVideoFrame> MiddleOf(IRawVideoFrame& picture, FrameSize shap
 }
 
 // Lays the picture, as large as told, on the middle of a frame.
-void LayInMiddle(IRawVideoFrame& picture, FrameSize size, unsigned frameRows, CRawVideoFrame& frame) {
+void LayInMiddle(IRawVideoFrame& picture, FrameSize size, unsigned frameRows, CRawVideoFrame& frame,
+                 InstructionSet set) {
     Layer layer;
-    LayerMaker(LayerKind{IsPacked(frame), frameRows}).Make(picture, size, layer);
+    LayerMaker(LayerKind{IsPacked(frame), frameRows}).Make(picture, size, layer, set);
     const FrameSize whole = SizeOf(frame);
-    Canvas(frame).Lay(layer, std::int32_t(whole.width - size.width) / 2, std::int32_t(whole.height - size.height) / 2);
+    Canvas(frame, set)
+        .Lay(layer, std::int32_t(whole.width - size.width) / 2, std::int32_t(whole.height - size.height) / 2);
 }
 
 // (1 2 1) / 4 along `count` pixels that lie `step` apart; the ends count twice.
@@ -63,28 +65,28 @@ void Soften(const PackedView& view) {
 }
 
 // Covers the slide with a copy of the picture that is blurred in small and enlarged then.
-void LayBlurred(IRawVideoFrame& picture, unsigned frameRows, CRawVideoFrame& slide) {
+void LayBlurred(IRawVideoFrame& picture, unsigned frameRows, CRawVideoFrame& slide, InstructionSet set) {
     constexpr unsigned reduction = 24;
     constexpr unsigned darkness = 110;
     const FrameSize size = SizeOf(slide);
     const FrameSize small{std::max(size.width / reduction, 1u), std::max(size.height / reduction, 1u)};
     const Layer blurred(small.width, small.height);
     FillBlack(*blurred.Frame());
-    LayInMiddle(*MiddleOf(picture, size), small, frameRows, *blurred.Frame());
+    LayInMiddle(*MiddleOf(picture, size), small, frameRows, *blurred.Frame(), set);
     MixIn(blurred, LayerKind{}, Colour{0, 0, 0}, darkness);
     Soften(blurred.View());
-    LayInMiddle(*blurred.Frame(), size, frameRows, slide);
+    LayInMiddle(*blurred.Frame(), size, frameRows, slide, set);
 }
 
 }  // namespace
 
-void FitPicture(IRawVideoFrame& picture, SlideFit fit, unsigned frameRows, CRawVideoFrame& slide) {
+void FitPicture(IRawVideoFrame& picture, SlideFit fit, unsigned frameRows, CRawVideoFrame& slide, InstructionSet set) {
     const FrameSize own = SizeOf(picture), whole = SizeOf(slide), fitted = FitInto(own, whole);
     Require(own.width && own.height, TarvoBased::textInvalidParamValue, lineSize, "slide_picture");
-    if (fitted == whole || fit == SlideFit::Pad) return LayInMiddle(picture, fitted, frameRows, slide);
-    if (fit == SlideFit::Crop) return LayInMiddle(*MiddleOf(picture, whole), whole, frameRows, slide);
-    LayBlurred(picture, frameRows, slide);
-    LayInMiddle(picture, fitted, frameRows, slide);
+    if (fitted == whole || fit == SlideFit::Pad) return LayInMiddle(picture, fitted, frameRows, slide, set);
+    if (fit == SlideFit::Crop) return LayInMiddle(*MiddleOf(picture, whole), whole, frameRows, slide, set);
+    LayBlurred(picture, frameRows, slide, set);
+    LayInMiddle(picture, fitted, frameRows, slide, set);
 }
 
 }  // namespace AVBased

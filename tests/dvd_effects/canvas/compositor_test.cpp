@@ -31,7 +31,7 @@ TEST(Canvas, IsNotReachedFromFarOutside) {
             TestFrame frame(format, 40, 40);
             frame.Randomise(random);
             const TestFrame before = frame;
-            Canvas canvas(frame);
+            Canvas canvas(frame, BestInstructionSet());
             canvas.Lay(layer, place, 3);
             canvas.Lay(layer, 3, place);
             canvas.Lay(none, 0, 0);
@@ -73,7 +73,7 @@ TEST(Canvas, KeepsALayersColoursOnATransparentFrame) {
     Layer layer = RandomLayer(3, 2, random);
     layer.View().Row(0)[0] = {10, 20, 30, 100};
     TestFrame frame(30, 3, 2);
-    Canvas canvas(frame);
+    Canvas canvas(frame, BestInstructionSet());
     canvas.Clear();
     canvas.Lay(layer, 0, 0);
     EXPECT_EQ(frame.Samples()[0][0], 100u << 24 | 30 << 16 | 20 << 8 | 10);
@@ -84,7 +84,7 @@ TEST(Canvas, ClearsToTransparentBlackAndKeepsPadding) {
     TestFrame frame(35, 5, 3, {{4, 2, 2, 4}, true});
     frame.Randomise(random);
     const TestFrame before = frame;
-    Canvas(frame).Clear();
+    Canvas(frame, BestInstructionSet()).Clear();
     for (unsigned p = 0; p < 4; ++p) {
         static constexpr unsigned black[] = {16, 128, 128, 0};
         for (const auto& row : frame.Samples(p)) EXPECT_EQ(row, std::vector<unsigned>(row.size(), black[p]));
@@ -97,7 +97,7 @@ TEST(Canvas, CopiesAPictureAndFillsTheChromaOfAnOddEdge) {
     picture.SetSamples(0, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
     picture.SetSamples(1, {{50}});
     picture.SetSamples(2, {{60}});
-    Canvas canvas(frame);
+    Canvas canvas(frame, BestInstructionSet());
     canvas.Clear();
     canvas.Copy(picture, 5, 1);
     EXPECT_EQ(frame.Samples(0)[2], (std::vector<unsigned>{16, 16, 16, 16, 7, 8, 9}));

@@ -30,7 +30,7 @@ TEST(Pile, ComesOutAsIfEachLayerHadBeenLaidByItself) {
             if (random() % 3 == 0) placement.topLeft.x += between(-1, 1);
             const auto opacity = std::uint8_t(random() % 3 ? 255 : random() % 256);
             pile.Put(layer, placement, opacity, isOpaque);
-            Canvas(expected).LayTransformed(layer, placement, opacity);
+            Canvas(expected, BestInstructionSet()).LayTransformed(layer, placement, opacity);
         }
         for (InstructionSet set : allInstructionSets) {
             if (!IsUsable(set)) continue;
@@ -51,7 +51,7 @@ TEST(Pile, LeavesOutWhatIsHidden) {
     pile.Put(below, Placement::Turned({10, 10}, 20, 20, 5), 255, true);
     // What it hides shows where it says more than it holds.
     pile.Put(above, Placement::Turned({10, 10}, 9, 9, 30), 255, true);
-    Canvas canvas(frame);
+    Canvas canvas(frame, BestInstructionSet());
     pile.Draw(canvas);
     EXPECT_EQ(frame.Samples()[10][10], before);
     EXPECT_EQ(frame.Samples()[10][17], 0xFFFF0000);

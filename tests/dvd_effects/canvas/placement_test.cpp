@@ -92,7 +92,7 @@ TEST(LayTransformed, IsBilinearWithSmoothEdges) {
             ASSERT_TRUE(projection);
             BlendJudge::Lay(expected,
                             [&](auto x, auto y) { return Projected(layer, *projection, x, y, opacity / 255.0); });
-            Canvas(actual).LayTransformed(layer, placement, std::uint8_t(opacity));
+            Canvas(actual, BestInstructionSet()).LayTransformed(layer, placement, std::uint8_t(opacity));
             ExpectNear(actual, expected, 4);
             EXPECT_TRUE(actual.GuardsIntact());
             if (HasFatalFailure()) return;
@@ -106,7 +106,7 @@ TEST(LayTransformed, UnturnedAtWholePixelsIsLay) {
         const Layer layer = RandomLayer(1 + random() % 40, 1 + random() % 9, random);
         const int x = int(random() % 30) - 10, y = int(random() % 20) - 6;
         TestFrame expected = frame;
-        Canvas(expected).Lay(layer, x, y);
+        Canvas(expected, BestInstructionSet()).Lay(layer, x, y);
         for (InstructionSet set : allInstructionSets) {
             if (!IsUsable(set)) continue;
             TestFrame actual = frame;
@@ -126,15 +126,15 @@ TEST(LayTransformed, StaysWithinItsWindow) {
         frame.Randomise(random);
         const Placement placement = Placement::Turned({15, 15}, 25.5, 27, degrees);
         TestFrame whole = frame, part = frame;
-        Canvas(whole).LayTransformed(layer, placement);
-        Canvas(part).LayTransformed(layer, placement, 255, {-3, 8, 11, 21});
+        Canvas(whole, BestInstructionSet()).LayTransformed(layer, placement);
+        Canvas(part, BestInstructionSet()).LayTransformed(layer, placement, 255, {-3, 8, 11, 21});
         const Grid before = frame.Samples(), all = whole.Samples(), within = part.Samples();
         for (unsigned y = 0; y < 30; ++y)
             for (unsigned x = 0; x < 30; ++x) {
                 const bool inside = x < 11 && y >= 8 && y < 21;
                 ASSERT_EQ(within[y][x], inside ? all[y][x] : before[y][x]) << x << "," << y;
             }
-        Canvas(part).LayTransformed(layer, placement, 255, {12, 5, 12, 4});
+        Canvas(part, BestInstructionSet()).LayTransformed(layer, placement, 255, {12, 5, 12, 4});
         EXPECT_EQ(part.Samples(), within);
     }
 }
@@ -156,7 +156,7 @@ TEST(LayTransformed, GivesTheSameBytesOnEveryProcessor) {
         TestFrame plain = frame;
         Canvas(plain, InstructionSet::Baseline).LayTransformed(layer, placement, opacity);
         TestFrame actual = frame;
-        Canvas(actual).LayTransformed(layer, placement, opacity);
+        Canvas(actual, BestInstructionSet()).LayTransformed(layer, placement, opacity);
         ASSERT_EQ(actual, plain) << "frame " << i;
     }
 }
@@ -175,11 +175,11 @@ TEST(LayTransformed, ShowsNothingWhereNothingIsToShow) {
         TestFrame frame(format, 20, 20);
         frame.Randomise(random);
         const TestFrame before = frame;
-        for (const Placement& placement : bad) Canvas(frame).LayTransformed(layer, placement);
-        Canvas(frame).LayTransformed(Layer(), Placement::Turned({5, 5}, 9, 9));
+        for (const Placement& placement : bad) Canvas(frame, BestInstructionSet()).LayTransformed(layer, placement);
+        Canvas(frame, BestInstructionSet()).LayTransformed(Layer(), Placement::Turned({5, 5}, 9, 9));
         EXPECT_EQ(frame, before);
         // Larger than anything: the whole frame is covered, and nothing beside it.
-        Canvas(frame).LayTransformed(layer, Placement::Turned({5, 5}, 4e6, 1e6, 77));
+        Canvas(frame, BestInstructionSet()).LayTransformed(layer, Placement::Turned({5, 5}, 4e6, 1e6, 77));
         EXPECT_TRUE(frame.GuardsIntact());
     }
 }
