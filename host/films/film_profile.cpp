@@ -43,14 +43,15 @@ std::vector<std::string> ProfileNames() {
     return names;
 }
 
+std::string NoProfile(const std::string& name) {
+    std::string all;
+    for (const std::string& known : ProfileNames()) all += (all.empty() ? "" : ", ") + known;
+    return " is no profile" + DidYouMean(name, ProfileNames()) + "; give one of " + all;
+}
+
 const FilmProfile* RequireProfile(const std::string& name) {
     const FilmProfile* const profile = FindProfile(name);
-    if (!profile && !name.empty()) {
-        std::string all;
-        for (const std::string& known : ProfileNames()) all += (all.empty() ? "" : ", ") + known;
-        throw HostError(ExitCode::Usage,
-                        "--profile " + name + " is none" + DidYouMean(name, ProfileNames()) + "; give one of " + all);
-    }
+    if (!profile && !name.empty()) throw HostError(ExitCode::Usage, "--profile " + name + NoProfile(name));
     return profile;
 }
 

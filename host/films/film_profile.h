@@ -23,6 +23,8 @@ struct FilmProfile {
 /// Null for a name that is none.
 const FilmProfile* FindProfile(const std::string& name);
 std::vector<std::string> ProfileNames();
+/// What is wrong with a name that is none, and which there are; to stand behind the name.
+std::string NoProfile(const std::string& name);
 /// Throws a usage error for a name that is none; null for an empty one.
 const FilmProfile* RequireProfile(const std::string& name);
 

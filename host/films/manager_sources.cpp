@@ -1,8 +1,8 @@
 #include "host/films/manager_sources.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
-#include <deque>
 #include <stdexcept>
 #include <thread>
 
@@ -108,14 +108,20 @@ FramePtr NextFrame(MediaSource& media) {
     return step ? std::move(step->frame) : nullptr;
 }
 
+double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2d(base); }
+
 class VideoSource final : public Source {
  public:
-    // `begun` are the frames that were already taken from `media`.
-    VideoSource(const std::string& path, MediaSource media, std::deque<FramePtr> begun)
+    // `first` and `second` were already taken from `media`.
+    VideoSource(const std::string& path, const Playback& playback, MediaSource media, FramePtr first, FramePtr second)
         : m_path(path),
+          m_playback(playback),
           m_media(std::move(media)),
-          m_begun(std::move(begun)),
-          m_converter(WantedShape(*m_begun.front())) {}
+          m_base(m_media.VideoStream().time_base),
+          m_origin(first->pts),
+          m_current(std::move(first)),
+          m_next(std::move(second)),
+          m_converter(WantedShape(*m_current)) {}
 
     bool IsStill() override { return false; }
 
@@ -130,24 +136,55 @@ class VideoSource final : public Source {
     }
 
     IRawVideoFrame* Read() override {
-        FramePtr frame;
-        if (!m_begun.empty()) {
-            frame = std::move(m_begun.front());
-            m_begun.pop_front();
-        } else {
-            frame = NextFrame(m_media);
+        if (m_playback.rate.num > 0)
+            PlayUntil(double(m_read) * m_playback.rate.den / m_playback.rate.num);
+        else if (m_read > 0)
+            Step(0);
+        ++m_read;
+        if (!m_shown) {
+            m_shown = Require<FramePtr>(av_frame_clone(m_current.get()));
+            m_converter.Convert(m_shown);
         }
-        if (!frame) {
+        return HandOver(Require<FramePtr>(av_frame_clone(m_shown.get())), m_formatCode);
+    }
+
+    // When the frame after the current one comes, or the video ends, in seconds since the first read.
+    double EndOfCurrent() const {
+        const std::int64_t end = m_next ? m_next->pts : m_current->pts + m_current->pkt_duration;
+        return m_passBegin + Seconds(end - m_origin, m_base);
+    }
+
+    void PlayUntil(double time) {
+        // Times are rounded to the stream's ticks; where these are as long as frames are, they are exact.
+        const double tick = av_q2d(m_base) / 2, frame = 1 / av_q2d(m_playback.rate);
+        const double now = time + (tick <= frame / 4 ? tick : 0) + 1e-9;
+        while (EndOfCurrent() <= now && (m_next || m_playback.loops)) Step(now);
+    }
+
+    // On to the next frame, or over again, to the pass that holds a time.
+    void Step(double time) {
+        if (!m_next) {
+            if (!m_playback.loops) return;
+            const double length = EndOfCurrent() - m_passBegin;
+            m_passBegin += length * std::max(1.0, std::floor((time - m_passBegin) / length));
             m_media = OpenMedia(m_path);
-            frame = NextFrame(m_media);
+            m_next = NextFrame(m_media);
+            m_origin = m_next->pts;
         }
-        m_converter.Convert(frame);
-        return HandOver(std::move(frame), m_formatCode);
+        m_current = std::move(m_next);
+        m_next = NextFrame(m_media);
+        m_shown.reset();
     }
 
     std::string m_path;
+    Playback m_playback;
     MediaSource m_media;
-    std::deque<FramePtr> m_begun;
+    AVRational m_base;
+    std::int64_t m_origin;       // the time of the first frame
+    double m_passBegin = 0;      // when it began to play this time, in seconds since the first read
+    std::int64_t m_read = 0;     // frames handed out
+    FramePtr m_current, m_next;  // as decoded; behind the last frame there is none
+    FramePtr m_shown;            // the current one as it is handed out
     unsigned m_formatCode = 0;
     PictureConverter m_converter;
 };
@@ -218,17 +255,12 @@ AVBased::IAVSource* OpenPictureSource(const std::string& path) {
     return new PictureSource(std::move(first));
 }
 
-AVBased::IAVSource* OpenFileSource(const std::string& path) {
+AVBased::IAVSource* OpenFileSource(const std::string& path, const Playback& playback) {
     MediaSource media = OpenMedia(path);
-    std::deque<FramePtr> begun;
-    begun.push_back(NextFrame(media));
-    FramePtr second = NextFrame(media);
-    if (!second) return new PictureSource(std::move(begun.front()));
-    begun.push_back(std::move(second));
-    return new VideoSource(path, std::move(media), std::move(begun));
+    FramePtr first = NextFrame(media), second = NextFrame(media);
+    if (!second) return new PictureSource(std::move(first));
+    return new VideoSource(path, playback, std::move(media), std::move(first), std::move(second));
 }
-
-AVRational VideoFrameRate(const std::string& path) { return OpenMedia(path).FrameRate(); }
 
 AVBased::IAVSource* NewTextSource() { return new TextSource; }
 

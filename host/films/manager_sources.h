@@ -8,13 +8,22 @@
 /// The sources that the manager hands out; each ends with its own Free(). Making one throws errors that name the file.
 namespace Nifikral {
 
+/// How a video is played to a reader of frames.
+struct Playback {
+    /// The reader's frames a second: each shows the moment that is its own. 0: one of the video's frames for each.
+    AVRational rate = {0, 1};
+    bool loops = true;  ///< starts over behind its end; else its last frame stays
+
+    bool operator==(const Playback& other) const {
+        return rate.num == other.rate.num && rate.den == other.rate.den && loops == other.loops;
+    }
+};
+
 /// The first frame of a file.
 AVBased::IAVSource* OpenPictureSource(const std::string& path);
 /// A picture where the file holds a single frame, a video where it holds more.
-AVBased::IAVSource* OpenFileSource(const std::string& path);
-/// Frames a second of a video.
-AVRational VideoFrameRate(const std::string& path);
-/// A text that is still to be told, through the interface "ISimpleHTMLRender".
+AVBased::IAVSource* OpenFileSource(const std::string& path, const Playback& playback);
+/// A text that is still to be set, through the interface "ISimpleHTMLRender".
 AVBased::IAVSource* NewTextSource();
 
 }  // namespace Nifikral

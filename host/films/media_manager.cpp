@@ -1,5 +1,6 @@
 #include "host/films/media_manager.h"
 
+#include <charconv>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -35,20 +36,39 @@ class TextImporter final : public AVBased::IAVImporter {
     }
 };
 
-// In front of a path whose "%" and ";" are written as "%25" and "%3B".
-constexpr std::string_view escapedPath = "nifikral-escaped:";
+// In front of a path with its playback, as "25/1:loop:" or "0/1:once:"; "%" and ";" in it are "%25" and "%3B".
+constexpr std::string_view playedPath = "nifikral-played:", loop = "loop:", once = "once:";
 
-std::string Unescaped(std::string_view path) {
-    if (!path.starts_with(escapedPath)) return std::string(path);
-    path.remove_prefix(escapedPath.size());
-    std::string plain;
-    for (std::size_t i = 0; i < path.size(); ++i) {
-        const std::string_view code = path.substr(i, 3);
+struct PlayedPath {
+    std::string path;
+    Playback playback;
+};
+
+// A path of another form is a plain one.
+PlayedPath ReadPath(std::string_view text) {
+    const PlayedPath plain{std::string(text), {}};
+    if (!text.starts_with(playedPath)) return plain;
+    text.remove_prefix(playedPath.size());
+    PlayedPath played;
+    const auto readNumber = [&](int& number, char end) {
+        const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        const auto length = std::size_t(rest - text.data());
+        if (error != std::errc() || length >= text.size() || *rest != end) return false;
+        text.remove_prefix(length + 1);
+        return true;
+    };
+    AVRational& rate = played.playback.rate;
+    if (!readNumber(rate.num, '/') || !readNumber(rate.den, ':') || rate.num < 0 || rate.den < 1) return plain;
+    played.playback.loops = text.starts_with(loop);
+    if (!played.playback.loops && !text.starts_with(once)) return plain;
+    text.remove_prefix(loop.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::string_view code = text.substr(i, 3);
         const bool escape = code == "%25" || code == "%3B";
-        plain += code == "%3B" ? ';' : path[i];
+        played.path += code == "%3B" ? ';' : text[i];
         if (escape) i += 2;
     }
-    return plain;
+    return played;
 }
 
 [[noreturn]] void RaiseUnknownImporter(int line) {
@@ -57,11 +77,13 @@ std::string Unescaped(std::string_view path) {
 
 }  // namespace
 
-std::string PathInList(const std::string& path) {
-    if (path.find(';') == std::string::npos && !path.starts_with(escapedPath)) return path;
-    std::string escaped(escapedPath);
-    for (const char c : path) escaped += c == '%' ? "%25" : c == ';' ? "%3B" : std::string(1, c);
-    return escaped;
+std::string PathInList(const std::string& path, const Playback& playback) {
+    if (playback == Playback() && path.find(';') == std::string::npos && !path.starts_with(playedPath)) return path;
+    std::string played(playedPath);
+    played.append(std::to_string(playback.rate.num)).append("/").append(std::to_string(playback.rate.den)).append(":");
+    played.append(playback.loops ? loop : once);
+    for (const char c : path) played += c == '%' ? "%25" : c == ';' ? "%3B" : std::string(1, c);
+    return played;
 }
 
 AVBased::IAVImporter* MediaManager::GetImporter(const char* importerName) {
@@ -81,10 +103,11 @@ AVBased::IAVSource* MediaManager::OpenSource(const char* path, const char* impor
         RequirePointer(importerName, lineOpen, sourceName);
         const bool picture = std::strcmp(importerName, AVBased::importerImage) == 0;
         if (!picture && *importerName) RaiseUnknownImporter(lineOpen);
+        const PlayedPath file = ReadPath(path);
         try {
-            return picture ? OpenPictureSource(Unescaped(path)) : OpenFileSource(Unescaped(path));
+            return picture ? OpenPictureSource(file.path) : OpenFileSource(file.path, file.playback);
         } catch (const std::bad_alloc&) {
-            throw CBaseException(errorNoMemory, (std::string(path) + " does not fit into the memory").c_str(), lineOpen,
+            throw CBaseException(errorNoMemory, (file.path + " does not fit into the memory").c_str(), lineOpen,
                                  sourceName);
         }
     });

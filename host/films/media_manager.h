@@ -3,22 +3,24 @@
 #include <string>
 
 #include "avbase/IAVManager.h"
+#include "host/films/manager_sources.h"
 
 namespace Nifikral {
 
 /// What this host gives to generators: files through FFmpeg and text through Pango.
 ///
-/// Pictures come upright in format 30. Videos come upright, frame by frame, in their own layout where effects know it
-/// and else in the nearest; behind the last frame they start over. Colours are the usual ones for the frame's height,
-/// in limited range. A file opened under the empty importer name is a picture when it holds a single frame. Sides of
-/// more than 16384 are refused. Threads: any; each source by one at a time.
+/// Pictures come upright in format 30. Videos come upright in their own layout where effects know it and else in the
+/// nearest; what each frame shows follows from the Playback in their path. Colours are the usual ones for the frame's
+/// height, in limited range. A file opened under the empty importer name is a picture when it holds a single frame.
+/// Sides of more than 16384 are refused. Threads: any; each source by one at a time.
 class MediaManager final : public AVBased::IAVManager {
  public:
     AVBased::IAVImporter* GetImporter(const char* importerName) override;
     AVBased::IAVSource* OpenSource(const char* path, const char* importerName) override;
 };
 
-/// A path as MediaManager opens it, written without ";", which separates items in the module's lists.
-std::string PathInList(const std::string& path);
+/// A path as MediaManager opens it, with how a video is played, written without ";", which separates items in the
+/// module's lists.
+std::string PathInList(const std::string& path, const Playback& playback = {});
 
 }  // namespace Nifikral

@@ -166,19 +166,9 @@ SourcePtr TryFile(const std::string& item, const std::string& path, const char* 
     return source;
 }
 
-// A menu shows a frame of a video for each of its own.
-void WarnOfSpeed(const std::string& path, AVRational menuRate) {
-    const double own = av_q2d(VideoFrameRate(path)), menu = av_q2d(menuRate);
-    if (std::abs(own / menu - 1) < 0.005) return;
-    std::ostringstream line;
-    line << path << " has " << own << " frames a second and the menu " << menu << ": it plays "
-         << (own > menu ? "slower" : "faster") << " than it was recorded; set frameRate or convert it";
-    PrintWarning(line.str());
-}
-
 void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
-    if (const SourcePtr opened = TryFile("sourcePath", project.background, "", faults); opened && !opened->IsStill())
-        WarnOfSpeed(project.background, project.film.frameRate);
+    const SourcePtr background = TryFile("sourcePath", project.background, "", faults);
+    project.backgroundMoves = background && !background->IsStill();
     TryFile("backgroundMask", project.backgroundMask, AVBased::importerImage, faults);
     const std::vector<ProjectItem> kinds = root["isAdditionSourceImages"].Entries();
     for (std::size_t i = 0; i < project.sources.size(); ++i) {
@@ -189,7 +179,6 @@ void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
         if (source.isImage && !still)
             PrintWarning(source.path +
                          " is a video, and isAdditionSourceImages says picture: only its first frame shows");
-        if (!source.isImage) WarnOfSpeed(source.path, project.film.frameRate);
         TryFile(source.maskItem, source.mask, source.isImage ? AVBased::importerImage : "", faults);
     }
 }
@@ -212,7 +201,7 @@ const FilmProfile* ReadProfile(const ProjectItem& item) {
     if (!item) return nullptr;
     const std::string name = item.Text();
     const FilmProfile* const profile = FindProfile(name);
-    if (!profile) item.Fault("\"" + name + "\" is no profile" + DidYouMean(name, ProfileNames()));
+    if (!profile) item.Fault("\"" + name + "\"" + NoProfile(name));
     return profile;
 }
 
@@ -311,7 +300,11 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
                                                                    {"width", std::to_string(project.film.width)},
                                                                    {"height", std::to_string(project.film.height)}};
     const auto add = [&](const char* name, const std::string& value) { properties.emplace_back(name, value); };
-    if (!project.background.empty()) add("sourcePath", project.background);
+    // Videos show the moments of the menu's frames, whatever their own rate.
+    const auto path = [&](const std::string& file, bool isImage) {
+        return PathInList(file, isImage ? Playback() : Playback{project.film.frameRate});
+    };
+    if (!project.background.empty()) add("sourcePath", path(project.background, !project.backgroundMoves));
     if (!project.backgroundMask.empty()) add("backgroundMask", project.backgroundMask);
     if (!project.texts.empty()) {
         add("textNumber", std::to_string(project.texts.size()));
@@ -331,10 +324,10 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
     // The number comes first: it makes the records that the lists fill.
     add("additionSourceNumber", std::to_string(sources.size()));
     addAll("isAdditionSourceImages", [](const MenuSource& source) { return source.isImage ? "true" : "false"; });
-    addAll("additionSourcePaths", [](const MenuSource& source) { return PathInList(source.path); });
+    addAll("additionSourcePaths", [&](const MenuSource& source) { return path(source.path, source.isImage); });
     if (!sources.front().size.empty()) addPairs("additionSourceSizes", &MenuSource::size);
     if (std::any_of(sources.begin(), sources.end(), [](const MenuSource& source) { return !source.mask.empty(); }))
-        addAll("maskPaths", [](const MenuSource& source) { return PathInList(source.mask); });
+        addAll("maskPaths", [&](const MenuSource& source) { return path(source.mask, source.isImage); });
     if (project.placesSources) {
         addPairs("startPositions", &MenuSource::start);
         addPairs("endPositions", &MenuSource::end);

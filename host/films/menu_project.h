@@ -35,6 +35,7 @@ struct MenuSource {
 struct MenuProject {
     Film film;
     std::string background, backgroundMask;
+    bool backgroundMoves = false;  ///< it is a video
     std::vector<MenuText> texts;
     std::vector<MenuSource> sources;
     bool placesSources = false;  ///< else the template does

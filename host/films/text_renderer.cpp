@@ -251,9 +251,14 @@ std::string LinesOf(PangoLayout* layout, const std::string& text) {
 
 }  // namespace
 
+std::optional<std::size_t> FirstInvalidByte(const std::string& text) {
+    const char* end = nullptr;
+    if (g_utf8_validate(text.data(), gssize(text.size()), &end)) return std::nullopt;
+    return std::size_t(end - text.data());
+}
+
 void CheckText(const StyledText& text) {
-    if (!g_utf8_validate(text.text.data(), gssize(text.text.size()), nullptr) ||
-        !g_utf8_validate(text.face.data(), gssize(text.face.size()), nullptr))
+    if (FirstInvalidByte(text.text) || FirstInvalidByte(text.face))
         throw std::runtime_error("a text is no UTF-8; save it as UTF-8");
     if (text.size < 1 || text.size > largestSide)
         throw std::runtime_error(Excerpt(text.text) + " has the font size " + std::to_string(text.size) +

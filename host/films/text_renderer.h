@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include "host/films/styled_text.h"
+
 #include "host/media/ffmpeg_handles.h"
 
 namespace Nifikral {
@@ -12,6 +14,9 @@ inline constexpr int largestSide = 16384;
 /// font family that is not installed and characters that it lacks are told once, with the font that was used instead.
 /// Throws std::runtime_error for a text that is no UTF-8, a size below 1 and a text too large to draw. Threads: any.
 FramePtr RenderText(const StyledText& text);
+
+/// The first byte of a text that is no UTF-8; nothing for one that is.
+std::optional<std::size_t> FirstInvalidByte(const std::string& text);
 
 /// What RenderText throws for a text, whatever its length.
 void CheckText(const StyledText& text);

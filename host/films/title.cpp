@@ -5,6 +5,7 @@
 
 #include "host/base/errors.h"
 #include "host/films/film.h"
+#include "host/films/text_renderer.h"
 
 namespace Nifikral {
 namespace {
@@ -95,6 +96,15 @@ Settings Look(const TitleOptions& options) {
     return look;
 }
 
+void RequireUtf8(const char* what, const std::string& text) {
+    const std::optional<std::size_t> at = FirstInvalidByte(text);
+    if (!at) return;
+    std::ostringstream line;
+    line << what << " is no UTF-8 (byte " << *at + 1 << " is 0x" << std::hex << unsigned(std::uint8_t(text[*at]))
+         << "); type it in a terminal that is set to UTF-8, or convert it with iconv -t UTF-8";
+    throw HostError(ExitCode::Usage, line.str());
+}
+
 }  // namespace
 
 std::vector<std::string> TitlePlaces() {
@@ -104,6 +114,8 @@ std::vector<std::string> TitlePlaces() {
 }
 
 void PutTitle(const TitleOptions& options, const EffectModule& module) {
+    RequireUtf8("the title", options.text);
+    RequireUtf8("--face", options.face);
     const Settings look = Look(options);
     const EffectPtr trial = module.Create(generatorName);
     if (!trial) throw HostError(ExitCode::Failed, module.Path() + " makes no titles; name another --module");

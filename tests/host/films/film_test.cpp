@@ -115,6 +115,11 @@ TEST_F(FilmTest, ATitleCountsFromTheFirstFrameAndKeepsWhatIsBeforeIt) {
         return rows;
     };
     EXPECT_GT(rowsOf("illl llll illl llll illl llll illl llll"), rowsOf("illl")) << "a long title is not broken";
+    const Outcome latin = Wait(Start({NIFIKRAL_PROGRAM, "title", "Caf\xe9", "in.mkv", "latin.mkv"}));
+    EXPECT_EQ(latin.exitCode, 2);
+    EXPECT_EQ(latin.errors,
+              "nifikral: error: the title is no UTF-8 (byte 4 is 0xe9); type it in a terminal that is set to UTF-8, or "
+              "convert it with iconv -t UTF-8\n");
     EXPECT_EQ(Nifikral(title + "out.mkv --place center").exitCode, 2);
     EXPECT_EQ(Nifikral(title + "out.mkv --color red").exitCode, 2);
 }

@@ -28,9 +28,9 @@ class Manager : public CommandTest {
  protected:
     Manager() { CaptureFfmpegMessages(); }
 
-    SourcePtr Open(const std::string& name, const char* importer) {
+    SourcePtr Open(const std::string& name, const char* importer, const Playback& playback = {}) {
         TarvoBased::GetTarvoException()->Clear();
-        return SourcePtr(manager.OpenSource((folder / name).c_str(), importer));
+        return SourcePtr(manager.OpenSource(PathInList(folder / name, playback).c_str(), importer));
     }
     static std::string Filed() { return TarvoBased::GetTarvoException()->GetExceptionMsg(); }
 
@@ -110,6 +110,37 @@ TEST_F(Manager, ReadsAVideoFrameByFrameOverAndOver) {
     }
     source.reset();
     EXPECT_EQ(Bytes(*kept).substr(32), frames.substr(3 * size + 32, size - 32));
+}
+
+TEST_F(Manager, PlaysAVideoAtTheRateOfItsReader) {
+    // Frame n has the brightness 16 + 8n. The last one holds times that are rounded to milliseconds.
+    const std::string picture = "-f lavfi -i color=black:size=16x16:duration=1:rate=";
+    const std::string brightness = ",format=gray,geq=lum=16+8*N -c:v ffv1 ";
+    Ffmpeg(picture + "10 -frames:v 5 -vf null" + brightness + "ten.mkv");
+    Ffmpeg(picture + "30000/1001 -vf null" + brightness + "ntsc.mkv");
+    Ffmpeg(picture + "10 -frames:v 10 -vf null" + brightness + "whole_ticks.avi");
+    // Frames of 0.1, 0.3, 0.1 and 0.1 seconds.
+    Ffmpeg(picture + "10 -frames:v 4 -vf select='not(between(n,2,3))'" + brightness + "-vsync vfr varying.mkv");
+
+    const auto shown = [&](const char* file, AVRational rate, int count, bool loops = true) {
+        const SourcePtr source = Open(file, "", {rate, loops});
+        std::string numbers;
+        for (int n = 0; n < count; ++n) {
+            const RawFramePtr frame(source->ReadFrame());
+            numbers += std::to_string((std::uint8_t(Bytes(*frame)[0]) - 12) / 8) + (n + 1 < count ? " " : "");
+        }
+        return numbers;
+    };
+    EXPECT_EQ(shown("ten.mkv", {25, 1}, 14), "0 0 0 1 1 2 2 2 3 3 4 4 4 0");
+    EXPECT_EQ(shown("ten.mkv", {5, 1}, 6), "0 2 4 1 3 0");
+    EXPECT_EQ(shown("ten.mkv", {1, 1}, 3), "0 0 0");
+    EXPECT_EQ(shown("ten.mkv", {10, 1}, 7, false), "0 1 2 3 4 4 4");
+    EXPECT_EQ(shown("varying.mkv", {10, 1}, 8), "0 1 1 1 2 3 0 1");
+    EXPECT_EQ(shown("whole_ticks.avi", {20, 1}, 6), "0 0 1 1 2 2");
+    EXPECT_EQ(shown("ntsc.mkv", {30000, 1001}, 20), "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19");
+    EXPECT_EQ(shown("ntsc.mkv", {15000, 1001}, 10), "0 2 4 6 8 10 12 14 16 18");
+    std::filesystem::rename(folder / "ten.mkv", folder / "a;b%25.mkv");
+    EXPECT_EQ(shown("a;b%25.mkv", {5, 1}, 3), "0 2 4");
 }
 
 TEST_F(Manager, FilesWhatItCannotOpenWithTheFilesName) {

@@ -9,7 +9,7 @@ class Menu : public CommandTest {
  protected:
     // A small film in which everything moves: a video, a fading picture and a text.
     void WriteProject() const {
-        Ffmpeg("-f lavfi -i testsrc2=size=64x48:rate=25:duration=0.4,format=yuv420p -c:v ffv1 clip.mkv");
+        Ffmpeg("-f lavfi -i testsrc2=size=64x48:rate=15:duration=0.4,format=yuv420p -c:v ffv1 clip.mkv");
         Ffmpeg("-f lavfi -i testsrc=size=40x30 -frames:v 1 photo.png");
         std::ofstream(folder / "menu.json") << R"({
             "frameRate": 25, "duration": 1, "width": 160, "height": 90, "sourcePath": "clip.mkv",
@@ -58,6 +58,10 @@ TEST_F(Menu, ADryRunTellsFaultsAndMakesNothing) {
          "-o out.mp4 --dry-run",
          2,
          {"sourcePath: nosuch.png: no such file", "width: is odd, and videos need even sides"}},
+        {R"({"profile": "dvd", "width": 64, "height": 48})",
+         "-o out.mp4",
+         2,
+         {"profile: \"dvd\" is no profile; give one of pal, pal-4:3, "}},
         {R"({"width": 160, "height": 90, "sourcePath": "nosuch.png"})", "-o out.mp4", 3, {"nosuch.png: no such file"}},
         {R"({"width": 160, "height": 90})", "-o out.png", 2, {"out.png is one picture and the film has more"}},
         {R"({"width": 160, "height": 90})", "-o out.mp4 --frames 250", 2, {"0 to 249"}},
