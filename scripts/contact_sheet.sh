@@ -9,7 +9,7 @@ trap 'rm -rf "$work"' EXIT
 "$command" init -q menu_common "$work/pictures" </dev/null
 pictures=("$work"/pictures/{lake,desert,forest,night}.png)
 number=0
-while read -r name _; do
+while read -r name; do
     case $name in
         *menu_*)
             "$command" init -q "$name" "$work/$name" </dev/null
@@ -25,7 +25,7 @@ while read -r name _; do
         "scale=384:216:flags=area,pad=400:256:8:8:color=0x202020,drawtext=font=Sans:text=$name:fontcolor=white:fontsize=17:x=(w-tw)/2:y=246-max_glyph_a" \
         -pix_fmt rgb24 "$work/$(printf 'cell_%02d.png' $number)"
     number=$((number + 1))
-done < <("$command" list)
+done < <("$command" list --names)
 columns=5
 ffmpeg -nostdin -v error -y -i "$work/cell_%02d.png" \
     -vf "tile=${columns}x$(((number + columns - 1) / columns)):color=0x202020" -frames:v 1 "$sheet"

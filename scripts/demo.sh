@@ -9,12 +9,13 @@ photographs=/usr/share/backgrounds
 
 echo "making the sample clip and photograph (once)"
 "$here/sample_media.sh" "$folder/input"
-"$command" list | while read -r effect _; do
-    [[ $effect =~ ^((sub|instruction)?menu_.*|slide|title)$ ]] && continue
-    request=$(grep "^$effect:" "$here/demo_settings" || echo "$effect")
-    echo "$request"
-    "$command" apply -q -y --encoder-option preset=veryfast "$folder/input/clip.mp4" "$folder/$effect.mp4" "$request" </dev/null
-    "$command" apply -q -y "$folder/input/photo.jpg" "$folder/$effect.png" "$request" </dev/null
+"$command" list --names | while read -r effect; do
+    read -ra requests <<<"$("$command" info "$effect" | sed -n 's/^Example: nifikral apply IN OUT //p')"
+    # Generators have commands of their own.
+    ((${#requests[@]})) || continue
+    echo "${requests[@]}"
+    "$command" apply -q -y --encoder-option preset=veryfast "$folder/input/clip.mp4" "$folder/$effect.mp4" "${requests[@]}" </dev/null
+    "$command" apply -q -y "$folder/input/photo.jpg" "$folder/$effect.png" "${requests[@]}" </dev/null
 done
 "$command" gallery -q -y "$folder/input/photo.jpg" -o "$folder/gallery.html"
 

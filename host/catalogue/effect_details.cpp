@@ -8,6 +8,7 @@
 #include "host/base/errors.h"
 #include "host/base/nearest_names.h"
 #include "host/base/number_text.h"
+#include "host/catalogue/effect_search.h"
 
 namespace Nifikral {
 namespace {
@@ -18,7 +19,10 @@ EffectDetails Details(const std::string& name, AVBased::IVideoProc& effect) {
     for (PropertyInfo& property : Properties(effect)) {
         const ParameterInfo* const row = FindParameter(name, property.name);
         const ParameterInfo info = row ? *row : ParameterInfo{"", "", ""};
-        details.parameters.push_back({std::move(property), info, row && IsKeyframable(details.info, *row)});
+        const bool isStarted = (details.info.traits & idleAtDefaults) != 0;
+        std::string start = isStarted ? ShownValue(details.info, property.name) : std::string();
+        details.parameters.push_back(
+            {std::move(property), info, row && IsKeyframable(details.info, *row), std::move(start)});
     }
     // A row's place in the catalogue; those that are not among the effect's own come last.
     const auto place = [&](const ParameterDetails& parameter) {
@@ -55,9 +59,13 @@ std::vector<EffectDetails> AllEffects(const EffectModule& module) {
 
 EffectPtr CreateKnown(const EffectModule& module, const std::string& name) {
     EffectPtr effect = module.Create(name);
-    if (!effect)
-        throw HostError(ExitCode::Usage, "there is no effect \"" + name + "\"" +
-                                             DidYouMean(name, KnownEffects(module)) + " (nifikral list shows all)");
+    if (!effect) {
+        std::string meant = DidYouMean(name, KnownEffects(module));
+        for (const std::string& found : meant.empty() ? EffectsFor(name) : std::vector<std::string>())
+            meant.append(meant.empty() ? "; did you mean " : " or ").append(found);
+        if (!meant.empty() && !meant.ends_with('?')) meant += '?';
+        throw HostError(ExitCode::Usage, "there is no effect \"" + name + "\"" + meant + " (nifikral list shows all)");
+    }
     return effect;
 }
 
@@ -109,7 +117,10 @@ const char* KindName(Kind kind) {
     return "unknown";
 }
 
-std::string RangeText(const ValueRange& range) { return NumberText(range.low) + " to " + NumberText(range.high); }
+std::string RangeText(const ValueRange& range) {
+    if (!std::isfinite(range.high)) return NumberText(range.low) + " or more";
+    return NumberText(range.low) + " to " + NumberText(range.high);
+}
 
 std::string TypeAndDefault(const ParameterDetails& parameter) {
     const PropertyInfo& property = parameter.property;
@@ -123,6 +134,7 @@ std::string TypeAndDefault(const ParameterDetails& parameter) {
     else
         text += isNumber ? inWords(std::strtod(property.defaultText.c_str(), nullptr)) : property.defaultText;
     if (parameter.info.initial) text += ", works with " + inWords(*parameter.info.initial) + " until it is set";
+    if (!parameter.start.empty()) text += ", started at " + parameter.start;
     return text;
 }
 

@@ -12,6 +12,7 @@ struct ParameterDetails {
     PropertyInfo property;
     ParameterInfo info;  ///< says nothing of a property that is not in the catalogue
     bool keyframable;
+    std::string start;  ///< at which the command starts it, where that is not the default: "50%"
 };
 
 /// What the module and the catalogue tell together.
@@ -32,7 +33,7 @@ const char* KindName(Kind kind);
 
 /// "0 to 50".
 std::string RangeText(const ValueRange& range);
-/// "int32, default 250, works with 200 until it is set".
+/// "int32, default 250, works with 200 until it is set", or "int32, default 0, started at 50%".
 std::string TypeAndDefault(const ParameterDetails& parameter);
 /// Range, unit, choices or words: "0 to 50 passes".
 std::string ValuesText(const ParameterInfo& info);

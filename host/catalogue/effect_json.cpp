@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "host/catalogue/effect_search.h"
+
 namespace Nifikral {
 namespace {
 
@@ -16,7 +18,9 @@ constexpr std::pair<EffectTraits, const char*> traitNames[] = {{variesWithTime, 
                                                                {generator, "generator"},
                                                                {menu, "menu"},
                                                                {newEachFrame, "new-each-frame"},
-                                                               {knowsRedFromBlue, "knows-red-from-blue"}};
+                                                               {knowsRedFromBlue, "knows-red-from-blue"},
+                                                               {idleAtDefaults, "idle-at-defaults"},
+                                                               {fadesOut, "fades-out"}};
 
 Json Number(double value) { return value == std::trunc(value) ? Json((long long)value) : Json(value); }
 
@@ -32,6 +36,7 @@ Json ParameterJson(const ParameterDetails& parameter) {
     Json json = {{"name", property.name}, {"type", TypeName(property.type)}, {"kind", KindName(info.kind)}};
     json["default"] = isText ? Json(property.defaultText) : Number(std::strtod(property.defaultText.c_str(), nullptr));
     if (info.initial) json["initial"] = Number(*info.initial);
+    if (!parameter.start.empty()) json["start"] = parameter.start;
     json["group"] = info.group;
     json["meaning"] = info.meaning;
     if (*info.unit) json["unit"] = info.unit;
@@ -51,13 +56,13 @@ Json ParameterJson(const ParameterDetails& parameter) {
 std::string EffectsAsJson(std::span<const EffectDetails> effects) {
     Json all = {{"version", documentVersion}, {"effects", Json::array()}};
     for (const EffectDetails& effect : effects) {
-        Json json = {{"name", effect.name},
-                     {"category", effect.info.category},
-                     {"summary", effect.info.summary},
-                     {"traits", Json::array()},
-                     {"parameters", Json::array()}};
+        Json json = {{"name", effect.name},       {"category", effect.info.category}, {"summary", effect.info.summary},
+                     {"synonyms", Json::array()}, {"traits", Json::array()},          {"parameters", Json::array()}};
         for (const auto& [trait, name] : traitNames)
             if (effect.info.traits & trait) json["traits"].push_back(name);
+        for (const std::string& synonym : Synonyms(effect.info)) json["synonyms"].push_back(synonym);
+        if (!(effect.info.traits & generator))
+            json["example"] = std::vector<std::string>(std::size_t(effect.info.times), ShownRequest(effect.info));
         for (const ParameterDetails& parameter : effect.parameters)
             json["parameters"].push_back(ParameterJson(parameter));
         all["effects"].push_back(json);

@@ -7,54 +7,68 @@ namespace Nifikral::ParameterRows {
 
 inline constexpr double largestSide = 16384;
 
-inline constexpr ParameterInfo Column(const char* name, const char* group, const char* meaning) {
+constexpr ParameterInfo Column(const char* name, const char* group, const char* meaning) {
     return {name, group, meaning, "pixels", {0, largestSide}, 1, Kind::Column};
 }
-inline constexpr ParameterInfo Row(const char* name, const char* group, const char* meaning) {
+constexpr ParameterInfo Row(const char* name, const char* group, const char* meaning) {
     return {name, group, meaning, "pixels", {0, largestSide}, 1, Kind::Row};
 }
-inline constexpr ParameterInfo Length(const char* name, const char* group, const char* meaning, double least = 0) {
+constexpr ParameterInfo Length(const char* name, const char* group, const char* meaning, double least = 0) {
     return {name, group, meaning, "pixels", {least, largestSide}, 1, Kind::Length};
 }
-inline constexpr ParameterInfo Pick(const char* name, const char* group, const char* meaning,
-                                    std::span<const Choice> choices) {
+constexpr ParameterInfo Pick(const char* name, const char* group, const char* meaning,
+                             std::span<const Choice> choices) {
     const ValueRange range{double(choices.front().value), double(choices.back().value)};
     return {name, group, meaning, "", range, 1, Kind::Choice, choices};
 }
-// The two below change the row behind them: what the effect can bear, and what it works with until a value is set.
-inline constexpr ParameterInfo Bearing(ValueRange bearable, ParameterInfo row) {
+// The four below change the row behind them: what the effect can bear, what it works with until a value is set, up to
+// which share of the picture's shorter side a length does anything, and that it acts alone.
+constexpr ParameterInfo Bearing(ValueRange bearable, ParameterInfo row) {
     row.bearable = bearable;
     return row;
 }
-inline constexpr ParameterInfo Until(double initial, ParameterInfo row) {
+constexpr ParameterInfo Until(double initial, ParameterInfo row) {
     row.initial = initial;
     return row;
 }
-inline constexpr Choice offOn[] = {{0, "off"}, {1, "on"}};
-inline constexpr ParameterInfo Switch(const char* name, const char* group, const char* meaning) {
-    ParameterInfo row = Pick(name, group, meaning, offOn);
-    row.kind = Kind::Switch;
+constexpr ParameterInfo UpTo(double share, ParameterInfo row) {
+    row.largestShare = share;
     return row;
 }
-inline constexpr ParameterInfo Colour(const char* name, const char* group, const char* meaning) {
+constexpr ParameterInfo Alone(ParameterInfo row) {
+    row.actsAlone = true;
+    return row;
+}
+inline constexpr Choice offOn[] = {{0, "off"}, {1, "on"}};
+constexpr ParameterInfo Switch(const char* name, const char* group, const char* meaning) {
+    ParameterInfo row = Pick(name, group, meaning, offOn);
+    row.kind = Kind::Switch;
+    row.actsAlone = true;
+    return row;
+}
+constexpr ParameterInfo Colour(const char* name, const char* group, const char* meaning) {
     return {name, group, meaning, "colour", {0, 0xFFFFFF}, 1, Kind::Colour};
 }
-inline constexpr ParameterInfo Seed(const char* name, const char* meaning) {
+constexpr ParameterInfo Seed(const char* name, const char* meaning) {
     return {name, "Random", meaning, "", {}, 1, Kind::Seed};
 }
-inline constexpr ParameterInfo Text(const char* name, const char* group, const char* meaning, const char* unit = "") {
+constexpr ParameterInfo Text(const char* name, const char* group, const char* meaning, const char* unit = "") {
     return {name, group, meaning, unit, {}, 0, Kind::Text};
 }
-inline constexpr ParameterInfo File(const char* name, const char* group, const char* meaning) {
+constexpr ParameterInfo File(const char* name, const char* group, const char* meaning) {
     return {name, group, meaning, "", {}, 0, Kind::File};
 }
-inline constexpr ParameterInfo Word(const char* name, const char* group, const char* meaning,
-                                    std::span<const char* const> words, const char* separator = "") {
+constexpr ParameterInfo Word(const char* name, const char* group, const char* meaning,
+                             std::span<const char* const> words, const char* separator = "") {
     return {name, group, meaning, "", {}, 0, Kind::Word, {}, words, separator};
 }
 
 inline constexpr ParameterInfo duration = {
-    "duration", "Time", "length of the effect; the command sets it to the number of frames", "frames", {1, 1e9}};
+    "duration",
+    "Time",
+    "length of the effect; the command sets it to the number of frames that it is shown in",
+    "frames",
+    {1, 1e9}};
 
 inline constexpr ParameterInfo gaussBlur[] = {
     Bearing({0, 10000}, {"blur_count", "Strength", "how often the blur is applied to each frame", "passes", {0, 50}}),
@@ -64,13 +78,13 @@ inline constexpr ParameterInfo laplacianSharpen[] = {
             {"sharpen_count", "Strength", "how often the sharpening is applied to each frame", "passes", {0, 10}}),
 };
 inline constexpr ParameterInfo brightnessContrast[] = {
-    {"brightness", "Tones", "shift towards white (up) or black (down)", "%", {-100, 100}},
-    {"contrast", "Tones", "change of contrast about middle grey", "%", {-100, 100}},
-    {"saturation",
-     "Colours",
-     "change of colourfulness; 0 leaves it, any other value near 0 doubles it",
-     "%",
-     {-100, 100}},
+    Alone({"brightness", "Tones", "shift towards white (up) or black (down)", "%", {-100, 100}}),
+    Alone({"contrast", "Tones", "change of contrast about middle grey", "%", {-100, 100}}),
+    Alone({"saturation",
+           "Colours",
+           "change of colourfulness; 0 leaves it, any other value near 0 doubles it",
+           "%",
+           {-100, 100}}),
 };
 inline constexpr ParameterInfo fade[] = {
     {"FadeMin", "Opacity", "lowest opacity that the fade may use", "1/256", {0, 256}},
@@ -96,7 +110,8 @@ inline constexpr ParameterInfo spherize[] = {
 inline constexpr ParameterInfo magnifier[] = {
     Column("magnifier_x", "Place", "column of the glass's centre"),
     Row("magnifier_y", "Place", "row of the glass's centre"),
-    Length("magnifier_r", "Place", "radius of the glass; nothing happens above half the picture's shorter side"),
+    UpTo(0.5,
+         Length("magnifier_r", "Place", "radius of the glass; nothing happens above half the picture's shorter side")),
     {"magnifier_scale", "Strength", "magnification; nothing happens up to 1", "times", {0, 16}, 0.1},
 };
 inline constexpr ParameterInfo rotate[] = {
@@ -172,7 +187,8 @@ inline constexpr ParameterInfo radiate[] = {
 };
 inline constexpr ParameterInfo tilereflect[] = {
     Bearing({-180, 180}, {"tilereflect_angle", "Tiles", "angle of the tiles", "degrees", {-180, 180}}),
-    {"tilereflect_size", "Tiles", "size of the tiles; 0 is refused", "pixels", {1, 2000}},
+    Bearing({1, std::numeric_limits<double>::infinity()},
+            {"tilereflect_size", "Tiles", "size of the tiles", "pixels", {1, 2000}}),
     Until(8, {"tilereflect_curvature", "Lens", "strength of each tile's lens", "", {-100, 100}}),
 };
 inline constexpr ParameterInfo mirrorinvert[] = {

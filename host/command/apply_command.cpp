@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "host/command/common_options.h"
+#include "host/pages/request_help.h"
 #include "host/run/apply.h"
 
 namespace Nifikral {
@@ -10,7 +11,7 @@ namespace Nifikral {
 void AddApply(CommandLine& line) {
     CLI::App* const apply =
         line.app.add_subcommand("apply", "put effects on a picture or a video")->group(makingCommands);
-    apply->footer("Pictures are turned upright first, so that coordinates mean what the viewer sees.");
+    apply->footer(requestHelp);
     const auto given = std::make_shared<ApplyOptions>();
     ApplyOptions& options = *given;
     apply->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
@@ -21,8 +22,7 @@ void AddApply(CommandLine& line) {
         ->required();
     apply
         ->add_option("EFFECT", options.effects,
-                     "EFFECT[:name=value]...; a value may change over time: A..B over the run, @frame:value,... at key "
-                     "points")
+                     "NAME[@WINDOW][:name=value]... or @PRESET, one or more, in this order; see below")
         ->required();
     apply->add_flag("--keep-going", options.keepGoing, "take what is readable of a damaged input");
     apply
@@ -30,6 +30,7 @@ void AddApply(CommandLine& line) {
                      "where a number is missing in numbered pictures: skip it, repeat the picture before it, or stop; "
                      "an error unless given")
         ->option_text("HOW");
+    AddPresetsOption(*apply, options.presets);
     AddRunOptions(*apply, line, options.run);
     line.work[apply] = [given](const EffectModule& module) { Apply(*given, module); };
 }

@@ -30,6 +30,11 @@ void AddCommonOptions(CLI::App& app, CommandLine& line) {
                    "the feature word that the module reads: 0 plain routines, 1 or 4 vectorised ones");
 }
 
+void AddPresetsOption(CLI::App& app, std::string& file) {
+    app.add_option("--presets", file, "presets of your own (default: $XDG_CONFIG_HOME/nifikral/presets)")
+        ->type_name("FILE");
+}
+
 void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
     app.add_option("-f,--output-format", options.output.format, "the output's format, such as nut or y4m")
         ->type_name("FORMAT");

@@ -19,6 +19,8 @@ CLI::Range RangeOf(const char* effect, const char* parameter);
 
 /// Settings of every subcommand that loads the module.
 void AddCommonOptions(CLI::App& app, CommandLine& line);
+/// Where presets are read from.
+void AddPresetsOption(CLI::App& app, std::string& file);
 /// Settings of every subcommand that makes a film or pictures.
 void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options);
 /// Where those that make a film of their own put it, and their settings.

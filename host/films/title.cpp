@@ -129,7 +129,7 @@ void PutTitle(const TitleOptions& options, const EffectModule& module) {
     apply.run = options.run;
     RunEffects(apply, module, single, [&](const MediaSource& source) {
         const Schedule when = single ? ScheduleOverStill(source, options) : ScheduleOver(source, options);
-        EffectRequest request{generatorName, {}, when.begin};
+        EffectRequest request{generatorName, {}, {}, TimeWindow(when.begin)};
         const auto set = [&](const std::string& name, const std::string& value) {
             request.settings.push_back({name, ParameterValue(value, PropertyType::Text)});
         };
@@ -138,7 +138,7 @@ void PutTitle(const TitleOptions& options, const EffectModule& module) {
         set("inDuration", std::to_string(when.in));
         set("outDuration", std::to_string(when.out));
         const bool still = single && !IsPictureOutput(options.run.output);
-        return EffectRun{{request}, false, still ? when.begin + when.length : 0};
+        return EffectRun{{request}, still ? when.begin + when.length : 0};
     });
 }
 

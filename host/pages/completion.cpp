@@ -28,6 +28,8 @@ std::string Source(const OptionDescription& option) {
 std::string Values(const ParameterInfo& info) {
     std::vector<std::string> values(info.words.begin(), info.words.end());
     for (const Choice& choice : info.choices) values.push_back(std::to_string(choice.value));
+    if (info.kind == Kind::Colour)
+        values = {"black", "blue", "cyan", "green", "magenta", "orange", "red", "white", "yellow"};
     return Joined(values);
 }
 
@@ -53,8 +55,8 @@ std::string Effects(std::span<const EffectDetails> effects, IsOfKind isOfKind, E
 }
 bool IsAny(const EffectInfo&) { return true; }
 bool IsMenu(const EffectInfo& info) { return (info.traits & menu) != 0; }
-// Menus have a command of their own.
-bool IsForApply(const EffectInfo& info) { return !IsMenu(info); }
+// Generators have commands of their own.
+bool IsForApply(const EffectInfo& info) { return (info.traits & generator) == 0; }
 
 // `arm(effect, parameter's short name, parameter)` for the parameters of all effects that a request may name.
 template <class Arm>
@@ -99,16 +101,21 @@ std::string ParameterArms(std::span<const EffectDetails> effects) {
         std::vector<std::string> names;
         for (const ParameterDetails& parameter : effect.parameters)
             names.push_back(ShortName(effect.name, parameter.property.name) + "=");
+        for (const std::string& option : regionOptions) names.push_back(option + "=");
         arms += Arm(effect.name, Joined(names));
     }
     return arms;
 }
 
+// Behind "inside=" and "outside=".
+constexpr char areas[] = "circle, ellipse, rectangle,";
+
 std::string ValueArms(std::span<const EffectDetails> effects) {
-    return ForEachParameter(effects, [](const std::string& effect, const std::string& name, const ParameterInfo& info) {
-        const std::string values = Values(info);
-        return values.empty() ? std::string() : Arm(effect + ":" + name, values);
-    });
+    return std::string("        *:*side) echo '") + areas + "' ;;\n" +
+           ForEachParameter(effects, [](const std::string& effect, const std::string& name, const ParameterInfo& info) {
+               const std::string values = Values(info);
+               return values.empty() ? std::string() : Arm(effect + ":" + name, values);
+           });
 }
 
 // The commands behind whose options another one stands, between blanks.
@@ -156,21 +163,23 @@ _nifikral() {
         @effect)
             last=${word##*:} head=${word%"${word##*:}"}
             compopt -o nospace
-            if [[ -z $head ]]; then
+            if [[ $word == @* ]]; then
+                candidates=$("${words[0]}" list --names @ 2>/dev/null)
+            elif [[ -z $head ]]; then
                 candidates=$_nifikral_effects
             elif [[ $last == *=* ]]; then
                 head+=${last%%=*}=
-                candidates=$(_nifikral_values "${word%%:*}:${last%%=*}")
+                candidates=$(_nifikral_values "${word%%[:@]*}:${last%%=*}")
             else
-                candidates=$(_nifikral_parameters "${word%%:*}")
+                candidates=$(_nifikral_parameters "${word%%[:@]*}")
             fi
             ;;
         ?*) candidates=$source ;;
     esac
     mapfile -t COMPREPLY < <(compgen -P "$head" -W "$candidates" -- "${word#"$head"}")
     # What stands before the last division is on the line already.
-    head=${word%"${word##*[:=]}"}
-    if [[ $COMP_WORDBREAKS == *:* && $COMP_WORDBREAKS == *=* ]]; then
+    head=${word%"${word##*[:=@]}"}
+    if [[ $COMP_WORDBREAKS == *:* && $COMP_WORDBREAKS == *=* && $COMP_WORDBREAKS == *@* ]]; then
         COMPREPLY=("${COMPREPLY[@]#"$head"}")
     fi
 }
@@ -208,8 +217,11 @@ _nifikral() {
         (@name) _describe effect _nifikral_names ;;
         (@template) _describe template _nifikral_templates ;;
         (@effect)
-            if compset -P '*:'; then
-                effect=${word%%:*}
+            if [[ $word == @* ]]; then
+                candidates=(${(f)"$(${words[1]} list --names @ 2>/dev/null)"})
+                compadd -S '' -a candidates
+            elif compset -P '*:'; then
+                effect=${word%%[:@]*}
                 name=${PREFIX%%=*}
                 if compset -P '*='; then
                     candidates=(${=$(_nifikral_values "$effect:$name")})
@@ -239,10 +251,12 @@ function __nifikral_effects
     set -l word (commandline -ct)
     set -l last (string replace -r '.*:' '' -- $word)
     set -l head (string sub -l (math (string length -- "$word") - (string length -- "$last")) -- "$word")
-    if test -z "$head"
+    if string match -q '@*' -- $word
+        nifikral list --names @ 2>/dev/null
+    else if test -z "$head"
         __nifikral_names
     else
-        set -l effect (string replace -r ':.*' '' -- $word)
+        set -l effect (string replace -r '[:@].*' '' -- $word)
         set -l name (string replace -r '=.*' '' -- $last)
         if string match -q '*=*' -- $last
             printf '%s\n' $head$name=(__nifikral_values $effect:$name)
@@ -330,7 +344,8 @@ std::string FishCompletion(std::span<const CommandDescription> commands, std::sp
         "# Completion of nifikral for fish.\n" + printed("__nifikral_names", Effects(effects, IsForApply, line)) +
         printed("__nifikral_all", Effects(effects, IsAny, line)) +
         printed("__nifikral_templates", Effects(effects, IsMenu, line)) + "function __nifikral_parameters\n" +
-        parameters + "end\nfunction __nifikral_values\n" + values + "end\n" + fishLogic;
+        parameters + "    printf '%s=\\n' " + Joined(regionOptions) + "\nend\nfunction __nifikral_values\n" + values +
+        "    string match -q '*:*side' -- $argv[1]; and printf '%s\\n' " + areas + "\nend\n" + fishLogic;
     const auto functionOf = [](const std::string& source) -> std::string {
         return source == "@effect"     ? "'(__nifikral_effects)'"
                : source == "@name"     ? "'(__nifikral_all)'"

@@ -2,10 +2,11 @@
 
 #include <sstream>
 
-#include "host/pages/completion.h"
-#include "host/catalogue/effect_json.h"
 #include "host/base/errors.h"
+#include "host/catalogue/effect_json.h"
+#include "host/pages/completion.h"
 #include "host/pages/man_page.h"
+#include "host/run/presets.h"
 
 namespace Nifikral {
 namespace {
@@ -21,6 +22,7 @@ struct Document {
 };
 constexpr Document documents[] = {
     {"schema", [](const Knowledge&) { return std::string(effectsSchema); }},
+    {"presets", [](const Knowledge&) { return std::string(shippedPresets); }},
     {"man", [](const Knowledge& all) { return CommandManPage(all.whole, all.commands); }},
     {"man-effects", [](const Knowledge& all) { return EffectsManPage(all.effects); }},
     {"bash", [](const Knowledge& all) { return BashCompletion(all.commands, all.effects); }},

@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "host/catalogue/catalogue.h"
-#include "host/run/effect_request.h"
 #include "host/base/errors.h"
+#include "host/catalogue/catalogue.h"
+#include "host/media/part_file.h"
 #include "host/pages/gallery_page.h"
 #include "host/pages/gallery_pictures.h"
-#include "host/media/part_file.h"
+#include "host/run/effect_check.h"
 
 namespace Nifikral {
 namespace {
@@ -78,10 +78,11 @@ void CheckPlaces(const GalleryOptions& options, const fs::path& files) {
 }
 
 // All parameters with the values that the effect itself tells once the settings are in it.
-std::vector<GalleryParameter> Parameters(const EffectRequest& request, const EffectModule& module) {
+std::vector<GalleryParameter> Parameters(const EffectRequest& request, const PictureShape& shape,
+                                         const EffectModule& module) {
     const EffectPtr effect = module.Create(request.effect);
     for (const ParameterSetting& setting : request.settings)
-        effect->SetProperty(setting.property.c_str(), setting.value.At(0, 1).c_str());
+        RequireAcceptable(*effect, {setting.property, setting.value.On({shape.width, shape.height})});
     std::vector<GalleryParameter> parameters;
     for (const PropertyInfo& property : Properties(*effect)) {
         if (property.name == "duration") continue;
@@ -104,11 +105,10 @@ void MakeGallery(const GalleryOptions& options, const EffectModule& module) {
     for (const EffectInfo& info : Catalogue()) {
         if ((info.traits & generator) || !module.Create(info.name)) continue;
         const std::string file = std::string(info.name) + ".jpg";
-        const std::vector<std::string> requests =
-            ShowEffect(info, part.File(photographFile), shape, part.File(file), module);
+        const std::vector<std::string> requests = ShowEffect(info, part.File(photographFile), part.File(file), module);
         page.pictures.push_back({info.name, info.summary, folder + file, int(requests.size()),
                                  (info.traits & changesAlpha) != 0,
-                                 Parameters(ParseEffectRequest(requests.front(), module), module),
+                                 Parameters(ParseEffectRequest(requests.front(), module), shape, module),
                                  ApplyCommand(page.photographFile, file, requests)});
     }
     PartFile html(options.page, options.overwrite);

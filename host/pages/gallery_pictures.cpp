@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "host/run/apply.h"
-#include "host/catalogue/gallery_settings.h"
 #include "host/base/shell_word.h"
+#include "host/run/apply.h"
 
 namespace Nifikral {
 namespace {
@@ -42,13 +41,11 @@ PictureShape WriteReduced(const std::string& from, const std::string& to, int lo
     return sink->Shape();
 }
 
-std::vector<std::string> ShowEffect(const EffectInfo& info, const std::string& photograph, const PictureShape& shape,
-                                    const std::string& to, const EffectModule& module) {
-    const GallerySettings settings = SettingsForGallery(info.name, shape.width, shape.height);
-    const std::string request = info.name + (settings.text.empty() ? "" : ":" + settings.text);
+std::vector<std::string> ShowEffect(const EffectInfo& info, const std::string& photograph, const std::string& to,
+                                    const EffectModule& module) {
     ApplyOptions apply;
     apply.input = photograph;
-    apply.effects.assign(std::size_t(settings.times), request);
+    apply.effects.assign(std::size_t(info.times), ShownRequest(info));
     apply.run.output.path = to;
     Apply(apply, module);
     return apply.effects;

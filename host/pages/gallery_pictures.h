@@ -13,8 +13,8 @@ namespace Nifikral {
 PictureShape WriteReduced(const std::string& from, const std::string& to, int longestSide);
 
 /// Puts a frame effect on a photograph at settings at which it shows, as often as it needs. Answers the requests.
-std::vector<std::string> ShowEffect(const EffectInfo& info, const std::string& photograph, const PictureShape& shape,
-                                    const std::string& to, const EffectModule& module);
+std::vector<std::string> ShowEffect(const EffectInfo& info, const std::string& photograph, const std::string& to,
+                                    const EffectModule& module);
 
 /// The command that does what these requests ask for, as a shell reads it.
 std::string ApplyCommand(const std::string& from, const std::string& to, const std::vector<std::string>& requests);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <sstream>
 
-#include "host/run/effect_request.h"
 #include "host/base/version.h"
+#include "host/run/effect_request.h"
 
 namespace Nifikral {
 namespace {
@@ -122,10 +122,14 @@ std::string CommandManPage(const CommandDescription& whole, std::span<const Comm
         OptionsOfSeveral(commands);
     page += ".SH EXIT STATUS\n" + Prose(whole.footer) + "\n";
     page += ".SH ENVIRONMENT\n.TP\n.B NIFIKRAL_MODULE\nThe file of the effect module.\n";
+    page += ".SH FILES\n.TP\n.I $XDG_CONFIG_HOME/nifikral/presets\nPresets of your own, or in \\fI~/.config\\fR.\n";
     page += ".SH EXAMPLES\n.nf\n";
     for (const char* const example : {
-             "nifikral apply holiday.mp4 lens.mp4 magnifier:x=640:y=360:r=200:scale=2",
-             "nifikral apply holiday.mp4 swirl.mp4 rotate:x=640:y=360:r=300:scale=0..4",
+             "nifikral apply holiday.mp4 lens.mp4 magnifier:x=30%:y=40%:r=25%",
+             "nifikral apply holiday.mp4 swirl.mp4 rotate:scale=0..4~in-out",
+             "nifikral apply holiday.mp4 ending.mp4 gray@2s-5s directfadeout@-1s-",
+             "nifikral apply holiday.mp4 hidden.mp4 mosaic:inside=ellipse,50%,40%,10%,20%:soft=3%",
+             "nifikral apply holiday.mp4 dream.mp4 @dream",
              "nifikral slideshow holiday -o film.mp4",
              "nifikral init menu_common project && nifikral menu menu_common project/menu.json -o menu.mp4",
          })
@@ -134,15 +138,15 @@ std::string CommandManPage(const CommandDescription& whole, std::span<const Comm
 }
 
 std::string EffectsManPage(std::span<const EffectDetails> effects) {
-    std::string page = Header("NIFIKRAL-EFFECTS", "7") +
-                       ".SH NAME\nnifikral\\-effects \\- the effects of nifikral and their parameters\n"
-                       ".SH DESCRIPTION\n"
-                       "An effect is asked for as\n"
-                       ".IR EFFECT [: name = value ]...,\n"
-                       "where a value is a number or a text, A..B for a number that moves from A to B over the run, or "
-                       "@frame:value,... for one that moves between key points. Menus, slideshow and titles have "
-                       "commands of their own. Outside the range that is told here, a value is remarked on.\n"
-                       ".PP\nEvery effect also has the parameter\n.BR duration :\n";
+    std::string page =
+        Header("NIFIKRAL-EFFECTS", "7") +
+        ".SH NAME\nnifikral\\-effects \\- the effects of nifikral and their parameters\n"
+        ".SH DESCRIPTION\n"
+        "What a request for an effect may say is told in\n.BR nifikral (1).\n"
+        "Menus, slideshow and titles have commands of their own. The command warns of values outside the "
+        "ranges given here. A parameter that is \\(lqstarted\\(rq at a value has it until it is set, "
+        "since the effect's own defaults do nothing.\n"
+        ".PP\nEvery effect also has the parameter\n.BR duration :\n";
     const ParameterInfo& duration = *FindParameter("", "duration");
     page += Prose(duration.meaning) + ".\n";
     std::vector<std::string> categories;

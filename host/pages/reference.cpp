@@ -8,12 +8,12 @@
 
 #include "host/base/errors.h"
 #include "host/films/example_project.h"
-#include "host/pages/gallery_pictures.h"
 #include "host/films/menu.h"
-#include "host/media/part_file.h"
-#include "host/pages/reference_page.h"
 #include "host/films/slideshow.h"
 #include "host/films/title.h"
+#include "host/media/part_file.h"
+#include "host/pages/gallery_pictures.h"
+#include "host/pages/reference_page.h"
 
 namespace Nifikral {
 namespace {
@@ -63,7 +63,7 @@ class Artist {
         if (effect.name == "slide") return ShowSlideshow(effect);
         if (effect.name == "title") return ShowTitle(effect);
         const std::vector<std::string> requests =
-            ShowEffect(effect.info, m_folder.File("photo.png"), m_shape, Whole(), m_module);
+            ShowEffect(effect.info, m_folder.File("photo.png"), Whole(), m_module);
         return {effect, Bytes(Picture()), ApplyCommand("photo.jpg", "out.jpg", requests), int(requests.size())};
     }
 

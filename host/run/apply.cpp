@@ -10,7 +10,9 @@ extern "C" {
 #include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/catalogue/catalogue.h"
+#include "host/run/chunks.h"
 #include "host/run/effect_workers.h"
+#include "host/run/presets.h"
 #include "host/run/run.h"
 
 namespace Nifikral {
@@ -25,23 +27,16 @@ bool AnyHasTrait(const std::vector<EffectRequest>& requests, EffectTraits trait)
     return std::any_of(requests.begin(), requests.end(), [&](const auto& r) { return HasTrait(r, trait); });
 }
 
-// The number of frames that "duration" and values over the run are built on: exact where anything depends on it.
-long long FrameCount(const MediaSource& source, const FrameRange& range, const std::vector<EffectRequest>& requests) {
-    const bool overRun = std::any_of(requests.begin(), requests.end(), [](const EffectRequest& request) {
-        return std::any_of(request.settings.begin(), request.settings.end(),
-                           [](const auto& setting) { return setting.value.NeedsFrameCount(); });
-    });
-    const bool fades = std::any_of(requests.begin(), requests.end(), [](const EffectRequest& request) {
-        return HasTrait(request, variesWithTime) && !request.Sets("duration");
-    });
-    if (!overRun && !fades) return source.EstimatedFrameCount();
-    long long count = source.CountFrames(range);
-    if (count == 0) count = source.EstimatedFrameCount();
-    if (count == 0)
-        throw HostError(ExitCode::Usage, overRun ? "A..B needs the number of frames, which this input does not tell; "
-                                                   "use key points, @frame:value,..."
-                                                 : "the number of frames is not known; give the effect its duration=N");
-    return count;
+// Generators have commands of their own.
+void RefuseGenerator(const std::string& name) {
+    const EffectInfo* const info = FindEffect(name);
+    if (!info || !(info->traits & generator)) return;
+    std::string command = "nifikral slideshow PICTURES -o OUT";
+    if (info->traits & menu)
+        command = "nifikral menu " + name + " PROJECT.json -o OUT (nifikral init " + name + " writes an example)";
+    else if (name == "title")
+        command = "nifikral title TEXT IN OUT";
+    throw HostError(ExitCode::Usage, name + " is no effect on pictures; use " + command);
 }
 
 PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
@@ -90,8 +85,14 @@ class EffectMaker final : public PictureMaker {
     std::string Prepare(const PictureShape& sinkShape) override {
         const PictureShape shape = ShapeOf(m_source.FirstFrame());
         m_path.overBlack = m_path.overBlack && !HasAlpha(sinkShape.format);
-        const long long frameCount = IsStill() ? m_run.stillFrames : FrameCount(m_source, m_frames.run, m_run.requests);
-        m_workers.emplace(m_path, sinkShape, m_module, m_run.requests, frameCount);
+        const long long frameCount = IsStill() ? m_run.stillFrames : m_source.EstimatedFrameCount();
+        m_effects = PlaceEffects(m_run.requests, m_module,
+                                 {{shape.width, shape.height, av_q2d(m_source.FrameRate())},
+                                  m_path.effectShape.format,
+                                  m_frames.run,
+                                  frameCount,
+                                  [&](const FrameRange& range) { return m_source.CountFrames(range); }});
+        m_workers.emplace(m_path, sinkShape, m_module, m_effects);
         if (IsStill()) m_still = std::move(m_source.Next()->frame);
         std::ostringstream text;
         text << m_options.input << ": " << av_get_pix_fmt_name(shape.format) << " " << shape.width << "x"
@@ -110,9 +111,7 @@ class EffectMaker final : public PictureMaker {
         step.frame->pts = (step.number - m_frames.run.first) * step.frame->pkt_duration;
         return step;
     }
-    void Finish(SourceStep& step) override {
-        m_workers->Process(step.frame, step.number - (m_run.countsFromRange ? m_frames.run.first : 0));
-    }
+    void Finish(SourceStep& step) override { m_workers->Process(step.frame, step.number); }
     std::vector<PacketPtr> AudioUntil(double seconds) override { return m_source.AudioUntil(seconds); }
     double EffectSeconds() const override { return m_workers->EffectSeconds(); }
 
@@ -125,6 +124,7 @@ class EffectMaker final : public PictureMaker {
     const EffectRun& m_run;
     FramesOfRun m_frames;
     PicturePath m_path;
+    std::vector<PlacedEffect> m_effects;
     std::optional<EffectWorkers> m_workers;
     FramePtr m_still;  // the picture that is repeated
     long long m_number = m_frames.made.first;
@@ -133,14 +133,16 @@ class EffectMaker final : public PictureMaker {
 }  // namespace
 
 void Apply(const ApplyOptions& options, const EffectModule& module) {
-    EffectRun run;
-    for (const std::string& text : options.effects) {
-        run.requests.push_back(ParseEffectRequest(text, module));
-        if (const std::string& name = run.requests.back().effect; HasTrait(run.requests.back(), menu))
-            throw HostError(ExitCode::Usage, name + " makes a film of its own; nifikral menu " + name +
-                                                 " PROJECT.json -o OUT (nifikral init " + name + " writes an example)");
+    EffectRun run{ParseEffectRequests(options.effects, module, options.presets)};
+    for (const EffectRequest& request : run.requests) RefuseGenerator(request.effect);
+    ApplyOptions marked = options;
+    if (std::any_of(options.effects.begin(), options.effects.end(), [](const auto& e) { return e.starts_with('@'); })) {
+        // Chunks under a preset of the same name and another chain are not joined.
+        std::vector<std::string> texts = {options.run.output.mark};
+        for (const EffectRequest& request : run.requests) texts.push_back(request.text);
+        marked.run.output.mark = RunMark(texts);
     }
-    RunEffects(options, module, false, [&](const MediaSource&) { return run; });
+    RunEffects(marked, module, false, [&](const MediaSource&) { return run; });
 }
 
 void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,

@@ -15,7 +15,8 @@ struct ApplyOptions {
     std::vector<std::string> effects;
     RunOptions run;
     bool keepGoing = false;
-    std::string gaps;  ///< what to do where a number is missing in numbered pictures; empty: refuse them
+    std::string gaps;     ///< what to do where a number is missing in numbered pictures; empty: refuse them
+    std::string presets;  ///< a file of presets; empty: the user's own
 };
 
 /// Takes the input through the effects into the output.
@@ -24,8 +25,7 @@ void Apply(const ApplyOptions& options, const EffectModule& module);
 /// What is done to an input.
 struct EffectRun {
     std::vector<EffectRequest> requests;
-    bool countsFromRange = true;  ///< positions count from the first frame asked for, else from the input's first
-    long long stillFrames = 0;    ///< above 0: the input's only picture is shown for so many frames
+    long long stillFrames = 0;  ///< above 0: the input's only picture is shown for so many frames
 };
 
 /// The same with effects that follow from the input. `single`: it has one picture, which the effects may repeat.

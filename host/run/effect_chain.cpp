@@ -15,40 +15,49 @@ void Set(AVBased::IVideoProc& effect, const std::string& name, const std::string
 
 }  // namespace
 
-EffectChain::EffectChain(const EffectModule& module, const std::vector<EffectRequest>& requests, long long frameCount)
-    : m_module(module), m_frameCount(frameCount) {
-    for (const EffectRequest& request : requests) m_links.push_back({&request, Make(request, 0)});
+EffectChain::EffectChain(const EffectModule& module, const std::vector<PlacedEffect>& effects) : m_module(module) {
+    for (const PlacedEffect& placed : effects) m_links.push_back({&placed, Make(placed, 0)});
 }
 
-EffectPtr EffectChain::Make(const EffectRequest& request, long long position) const {
-    EffectPtr effect = m_module.Create(request.effect);
-    if (!effect) throw HostError(ExitCode::Failed, "the effect " + request.effect + " is gone");
-    if (m_frameCount > 0 && !request.Sets("duration")) Set(*effect, "duration", std::to_string(m_frameCount));
-    for (const ParameterSetting& setting : request.settings)
-        Set(*effect, setting.property, setting.value.At(position, m_frameCount));
+EffectPtr EffectChain::Make(const PlacedEffect& placed, long long position) const {
+    EffectPtr effect = m_module.Create(placed.effect);
+    if (!effect) throw HostError(ExitCode::Failed, "the effect " + placed.effect + " is gone");
+    for (const ParameterSetting& setting : placed.settings)
+        Set(*effect, setting.property, setting.value.At(position, placed.frameCount));
     return effect;
 }
 
-void EffectChain::Process(AVFrame& frame, unsigned formatCode, long long position) {
-    FrameAdapter adapter(frame, formatCode, int(position));
-    AVBased::ImagePostion record{0, 0, unsigned(frame.width), unsigned(frame.height)};
+void EffectChain::Process(AVFrame& frame, unsigned formatCode, long long number) {
     TarvoBased::GetTarvoException()->Clear();
     for (Link& link : m_links) {
-        // An effect may treat its first picture otherwise than later ones, from tables that it keeps. The run's first
-        // frame gets a fresh object, any other one that has seen a picture; where values change over time, every frame
-        // gets a fresh one.
-        const long long own = position - link.request->begin;
-        if (own < 0) continue;
-        const bool varies = link.request->Varies();
-        if (varies || (own == 0 && link.used)) link.effect = Make(*link.request, own);
-        if (!varies && own > 0 && !link.used) link.effect->ProcFrame(&record, int(own), &adapter);
-        link.effect->Seek(unsigned(own));
-        link.effect->ProcFrameInPlace(&record, int(own), &adapter);
-        link.used = true;
+        const PlacedEffect& placed = *link.placed;
+        if (number < placed.frames.first || number > placed.frames.last) continue;
+        const long long position = number - placed.frames.first;
+        if (!placed.regions.empty()) {
+            if (!m_original) m_original = NewPicture(AVPixelFormat(frame.format), frame.width, frame.height);
+            if (av_frame_copy(m_original.get(), &frame) < 0) throw std::bad_alloc();
+        }
+        Run(link, frame, formatCode, position);
         if (const std::optional<std::string> error = TakeModuleError())
-            throw HostError(ExitCode::Failed, link.request->effect + " fails at frame " + std::to_string(position) +
-                                                  " of the run: " + *error);
+            throw HostError(ExitCode::Failed,
+                            placed.effect + " fails at frame " + std::to_string(number) + ": " + *error);
+        for (const Region& region : placed.regions)
+            Compose(frame, *m_original, *region.At(position, placed.frameCount));
     }
+}
+
+// An effect may treat its first picture otherwise than later ones, from tables that it keeps. The first frame that it
+// works on gets a fresh object, any other one that has seen a picture; where values change over time, every frame gets
+// a fresh one.
+void EffectChain::Run(Link& link, AVFrame& frame, unsigned formatCode, long long position) const {
+    FrameAdapter adapter(frame, formatCode, int(position));
+    AVBased::ImagePostion record{0, 0, unsigned(frame.width), unsigned(frame.height)};
+    const bool varies = link.placed->Varies();
+    if (varies || (position == 0 && link.used)) link.effect = Make(*link.placed, position);
+    if (!varies && position > 0 && !link.used) link.effect->ProcFrame(&record, int(position), &adapter);
+    link.effect->Seek(unsigned(position));
+    link.effect->ProcFrameInPlace(&record, int(position), &adapter);
+    link.used = true;
 }
 
 }  // namespace Nifikral

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "host/run/effect_request.h"
 #include "host/media/ffmpeg_handles.h"
+#include "host/run/placed_effect.h"
 
 namespace Nifikral {
 
@@ -11,24 +11,25 @@ namespace Nifikral {
 /// each effect would give that went through the run alone. Threads: one at a time.
 class EffectChain {
  public:
-    /// `requests` and `module` must outlive this object. `frameCount`: of the run, 0 when unknown.
-    EffectChain(const EffectModule& module, const std::vector<EffectRequest>& requests, long long frameCount);
+    /// `effects` and `module` must outlive this object.
+    EffectChain(const EffectModule& module, const std::vector<PlacedEffect>& effects);
 
-    /// Runs all effects on a picture in place; `position` is its place in the run, from 0.
-    void Process(AVFrame& frame, unsigned formatCode, long long position);
+    /// Runs all effects on a picture in place; `number` is its place in the input, from 0.
+    void Process(AVFrame& frame, unsigned formatCode, long long number);
 
  private:
     struct Link {
-        const EffectRequest* request;
+        const PlacedEffect* placed;
         EffectPtr effect;
         bool used = false;
     };
 
-    EffectPtr Make(const EffectRequest& request, long long position) const;
+    EffectPtr Make(const PlacedEffect& placed, long long position) const;
+    void Run(Link& link, AVFrame& frame, unsigned formatCode, long long position) const;
 
     const EffectModule& m_module;
-    long long m_frameCount;
     std::vector<Link> m_links;
+    FramePtr m_original;  // of the picture under an effect that shows in a region
 };
 
 }  // namespace Nifikral

@@ -1,66 +1,19 @@
 #include "host/run/effect_request.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <optional>
+#include <map>
+#include <set>
 #include <stdexcept>
 
+#include "host/base/errors.h"
+#include "host/base/nearest_names.h"
+#include "host/base/split_text.h"
 #include "host/catalogue/catalogue.h"
 #include "host/catalogue/effect_details.h"
-#include "host/base/errors.h"
-#include "host/base/log.h"
-#include "host/base/nearest_names.h"
-#include "host/base/number_text.h"
+#include "host/run/effect_check.h"
 
 namespace Nifikral {
 namespace {
-
-// A backslash takes away the separator's meaning, for texts that hold it.
-std::vector<std::string> Split(const std::string& text, char separator) {
-    std::vector<std::string> parts(1);
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == separator)
-            parts.back() += text[++i];
-        else if (text[i] == separator)
-            parts.emplace_back();
-        else
-            parts.back() += text[i];
-    }
-    return parts;
-}
-
-// The whole text as a number; 0x and # start a number of base 16, so that colours can be written as such.
-std::optional<double> ParseNumber(std::string text) {
-    if (text.starts_with('#')) text = "0x" + text.substr(1);
-    if (text.empty() || std::isspace(static_cast<unsigned char>(text.front()))) return std::nullopt;
-    char* end = nullptr;
-    const double number = std::strtod(text.c_str(), &end);
-    if (*end != '\0' || !std::isfinite(number)) return std::nullopt;
-    return number;
-}
-
-ValueRange TypeRange(PropertyType type) {
-    switch (type) {
-        case PropertyType::Int16:
-            return {-32768, 32767};
-        case PropertyType::Int32:
-            return {-2147483648.0, 2147483647.0};
-        case PropertyType::Int64:
-            return {-9223372036854775808.0, 9223372036854774784.0};
-        default:
-            return {};
-    }
-}
-
-double RequireNumber(const std::string& text, PropertyType type) {
-    const std::optional<double> number = ParseNumber(text);
-    if (!number) throw std::invalid_argument("\"" + text + "\" is no number");
-    if (type != PropertyType::Real && *number != std::trunc(*number))
-        throw std::invalid_argument("\"" + text + "\" is no whole number");
-    if (!TypeRange(type).Contains(*number)) throw std::invalid_argument("\"" + text + "\" is out of range");
-    return *number;
-}
 
 const PropertyInfo* FindProperty(const std::vector<PropertyInfo>& properties, const std::string& effect,
                                  const std::string& name) {
@@ -71,109 +24,77 @@ const PropertyInfo* FindProperty(const std::vector<PropertyInfo>& properties, co
     return nullptr;
 }
 
-// Refuses what the effect cannot bear and remarks on what is hardly meant.
-void CheckAgainstCatalogue(const std::string& effect, const ParameterSetting& setting) {
-    const ParameterInfo* const info = FindParameter(effect, setting.property);
-    if (!info) return;
-    std::optional<double> odd;
-    const auto with = [&](double number) { return effect + ": " + setting.property + "=" + NumberText(number); };
-    for (const double number : setting.value.Numbers()) {
-        if (!info->bearable.Contains(number))
-            throw HostError(ExitCode::Usage,
-                            with(number) + " is more than the effect bears; use " + RangeText(info->bearable));
-        if (!odd && !info->sensible.Contains(number)) odd = number;
-    }
-    if (odd) PrintWarning(with(*odd) + " lies outside the sensible range " + RangeText(info->sensible));
-}
-
 ParameterSetting ParseSetting(const std::string& effect, const std::vector<PropertyInfo>& properties,
                               const std::string& name, const std::string& value) {
     const PropertyInfo* const property = FindProperty(properties, effect, name);
     if (!property) {
-        std::vector<std::string> names;
-        for (const PropertyInfo& candidate : properties) names.push_back(candidate.name);
+        std::vector<std::string> names = regionOptions;
+        for (const PropertyInfo& candidate : properties) {
+            names.push_back(candidate.name);
+            names.push_back(ShortName(effect, candidate.name));
+        }
         throw HostError(ExitCode::Usage, effect + " has no parameter \"" + name + "\"" + DidYouMean(name, names) +
                                              " (nifikral info " + effect + " lists them)");
     }
+    const ParameterInfo* const info = FindParameter(effect, property->name);
     try {
-        return {property->name, ParameterValue(value, property->type)};
+        return {property->name, ParameterValue(value, property->type, info ? *info : ParameterInfo{"", "", ""})};
     } catch (const std::invalid_argument& error) {
-        throw HostError(ExitCode::Usage, effect + ": " + property->name + ": " + error.what() +
-                                             "; give a number, A..B or @frame:value,...");
+        throw HostError(ExitCode::Usage, effect + ": " + property->name + ": " + error.what());
+    }
+}
+
+// Of an effect that does nothing at its defaults, those parameters that the request leaves out get the values at which
+// it is shown. A switch does so only while nothing is set of any group with a switch, else that group's alone: who
+// flips left to right does not mean top to bottom too.
+void StartAsShown(EffectRequest& request, const std::vector<PropertyInfo>& properties) {
+    const EffectInfo* const info = FindEffect(request.effect);
+    if (!info || !(info->traits & idleAtDefaults)) return;
+    std::set<std::string> touched, switched;  // groups, and those in which something is set that acts alone
+    bool aims = false;                        // at a group that has such a thing
+    for (const ParameterInfo& row : info->parameters) {
+        if (!request.Sets(row.name)) continue;
+        touched.insert(row.group);
+        if (row.actsAlone) switched.insert(row.group);
+    }
+    for (const ParameterInfo& row : info->parameters) aims = aims || (row.actsAlone && touched.contains(row.group));
+    for (const ParameterInfo& row : info->parameters) {
+        if (request.Sets(row.name)) continue;
+        const bool onlyThisGroup = touched.contains(row.group) && !switched.contains(row.group);
+        const std::string value = !row.actsAlone || !aims ? ShownValue(*info, row.name)
+                                  : onlyThisGroup         ? std::string("1")
+                                                          : std::string();
+        if (!value.empty()) request.settings.push_back(ParseSetting(request.effect, properties, row.name, value));
     }
 }
 
 }  // namespace
 
-ParameterValue::ParameterValue(const std::string& text, PropertyType type) : m_type(type), m_text(text) {
-    if (type == PropertyType::Text) return;
-    if (text.starts_with('@')) {
-        for (const std::string& point : Split(text.substr(1), ',')) {
-            const std::size_t colon = point.find(':');
-            if (colon == std::string::npos)
-                throw std::invalid_argument("the key point \"" + point + "\" is not frame:value");
-            const double frame = RequireNumber(point.substr(0, colon), PropertyType::Int64);
-            if (frame < 0 || (!m_points.empty() && frame <= m_points.back().frame))
-                throw std::invalid_argument("the frames of the key points in \"" + text + "\" do not ascend from 0");
-            m_points.push_back({frame, RequireNumber(point.substr(colon + 1), type)});
-        }
-    } else if (const std::size_t dots = text.find(".."); dots != std::string::npos) {
-        m_points = {{0, RequireNumber(text.substr(0, dots), type)}, {1, RequireNumber(text.substr(dots + 2), type)}};
-        m_overRun = true;
-    } else {
-        m_points = {{0, RequireNumber(text, type)}};
-    }
-}
-
-std::string ParameterValue::At(long long frame, long long frameCount) const {
-    if (m_points.empty()) return m_text;
-    const double scale = m_overRun ? double(std::max(frameCount - 1, 1LL)) : 1;
-    const auto next = std::find_if(m_points.begin(), m_points.end(),
-                                   [&](const Point& point) { return point.frame * scale > double(frame); });
-    double value = 0;
-    if (next == m_points.begin()) {
-        value = next->value;
-    } else if (next == m_points.end()) {
-        value = m_points.back().value;
-    } else {
-        const Point& from = *(next - 1);
-        const double begin = from.frame * scale, end = next->frame * scale;
-        value = from.value + (next->value - from.value) * (double(frame) - begin) / (end - begin);
-    }
-    if (m_type == PropertyType::Real) return NumberText(value);
-    return std::to_string(std::llround(value));
-}
-
-std::vector<double> ParameterValue::Numbers() const {
-    std::vector<double> numbers;
-    for (const Point& point : m_points) numbers.push_back(point.value);
-    return numbers;
-}
-
-bool EffectRequest::Varies() const {
-    return std::any_of(settings.begin(), settings.end(), [](const auto& setting) { return setting.value.Varies(); });
-}
+const std::vector<std::string> regionOptions = {"inside", "outside", "soft"};
 
 bool EffectRequest::Sets(const std::string& property) const {
     return std::any_of(settings.begin(), settings.end(),
                        [&](const auto& setting) { return setting.property == property; });
 }
 
-std::string ShortName(const std::string& effect, const std::string& property) {
-    if (property.starts_with(effect + "_")) return property.substr(effect.size() + 1);
-    const std::size_t underscore = property.find('_');
-    const bool named =
-        underscore != std::string::npos && effect.find(property.substr(0, underscore)) != std::string::npos;
-    return named ? property.substr(underscore + 1) : property;
+bool EffectRequest::NeedsFrameCount() const {
+    const EffectInfo* const info = FindEffect(effect);
+    if (info && (info->traits & variesWithTime) && !Sets("duration")) return true;
+    return std::any_of(regions.begin(), regions.end(), [](const auto& region) { return region.NeedsFrameCount(); }) ||
+           std::any_of(settings.begin(), settings.end(),
+                       [](const auto& setting) { return setting.value.NeedsFrameCount(); });
 }
 
-EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module) {
+RequestParts::RequestParts(const std::string& text) {
     const std::vector<std::string> parts = Split(text, ':');
-    EffectRequest request{parts.front(), {}};
-    const EffectPtr effect = CreateKnown(module, request.effect);
-    const std::vector<PropertyInfo> properties = Properties(*effect);
+    // The name of a preset begins with the sign that parts a window from what stands before it.
+    const std::size_t sign = parts.front().find('@', 1);
+    head = parts.front().substr(0, sign);
+    if (sign != std::string::npos) {
+        window = parts.front().substr(sign + 1);
+        if (window.empty()) throw HostError(ExitCode::Usage, "\"" + text + "\": there is no time behind the last @");
+    }
     // A part without '=' belongs to the value before it: values may hold colons, as key points do.
-    std::vector<std::pair<std::string, std::string>> pairs;
     for (std::size_t i = 1; i < parts.size(); ++i) {
         const std::size_t equals = parts[i].find('=');
         if (equals != std::string::npos)
@@ -183,16 +104,51 @@ EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& mo
         else
             throw HostError(ExitCode::Usage, "\"" + parts[i] + "\" in \"" + text + "\" is not of the form name=value");
     }
-    for (const auto& [name, value] : pairs) {
+}
+
+std::optional<TimeWindow> ParseWindow(const RequestParts& parts) {
+    if (parts.window.empty()) return std::nullopt;
+    try {
+        return TimeWindow(parts.window);
+    } catch (const std::invalid_argument& error) {
+        throw HostError(ExitCode::Usage, parts.head + "@" + parts.window + ": " + error.what() +
+                                             " (give @BEGIN-END as @50-99, @2s-5s or @-1s-)");
+    }
+}
+
+std::optional<Region> ParseRegion(RequestParts& parts) {
+    std::map<std::string, std::string> given;
+    std::erase_if(parts.pairs, [&](const auto& pair) {
+        const bool isOption = std::find(regionOptions.begin(), regionOptions.end(), pair.first) != regionOptions.end();
+        if (isOption) given[pair.first] = pair.second;
+        return isOption;
+    });
+    if (given.empty()) return std::nullopt;
+    try {
+        if (given.contains("inside") == given.contains("outside"))
+            throw std::invalid_argument(given.contains("inside") ? "inside and outside exclude each other"
+                                                                 : "soft needs inside=AREA or outside=AREA");
+        const bool outside = given.contains("outside");
+        return Region(given[outside ? "outside" : "inside"], given["soft"], outside);
+    } catch (const std::invalid_argument& error) {
+        throw HostError(ExitCode::Usage, parts.head + ": " + error.what());
+    }
+}
+
+EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module) {
+    RequestParts parts(text);
+    EffectRequest request{parts.head, {}, text};
+    const EffectPtr effect = CreateKnown(module, request.effect);
+    request.window = ParseWindow(parts);
+    if (const std::optional<Region> region = ParseRegion(parts)) request.regions.push_back(*region);
+    const std::vector<PropertyInfo> properties = Properties(*effect);
+    for (const auto& [name, value] : parts.pairs) {
         const ParameterSetting setting = ParseSetting(request.effect, properties, name, value);
-        CheckAgainstCatalogue(request.effect, setting);
         // Tried now, so that a value that the effect itself refuses ends the command before it has begun.
-        if (!effect->SetProperty(setting.property.c_str(), setting.value.At(0, 1).c_str()))
-            throw HostError(ExitCode::Usage, request.effect + " refuses " + setting.property + "=" + value + ": " +
-                                                 TakeModuleError().value_or("no reason given") + "; nifikral info " +
-                                                 request.effect + " tells its range");
+        if (!setting.value.IsRelative()) RequireAcceptable(*effect, setting);
         request.settings.push_back(setting);
     }
+    StartAsShown(request, properties);
     return request;
 }
 

@@ -1,37 +1,15 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/catalogue/effect_module.h"
+#include "host/run/parameter_value.h"
+#include "host/run/region.h"
+#include "host/run/time_window.h"
 
 namespace Nifikral {
-
-/// A parameter's value over the run: one text, or numbers at key points with straight lines between them.
-class ParameterValue {
- public:
-    /// `text` is a value, `A..B` (from the first frame of the run to the last), or `@frame:value,...`.
-    /// Throws std::invalid_argument, saying what is wrong, for a text that does not fit the type.
-    ParameterValue(const std::string& text, PropertyType type);
-
-    bool Varies() const { return m_overRun || m_points.size() > 1; }
-    /// Whether the value depends on how many frames the run has.
-    bool NeedsFrameCount() const { return m_overRun; }
-    /// The text to set for a frame of the run.
-    std::string At(long long frame, long long frameCount) const;
-    /// The numbers it is made of; none for a text property.
-    std::vector<double> Numbers() const;
-
- private:
-    struct Point {
-        double frame, value;
-    };
-
-    PropertyType m_type;
-    std::string m_text;
-    std::vector<Point> m_points;
-    bool m_overRun = false;  // the two points stand at the ends of the run
-};
 
 struct ParameterSetting {
     std::string property;  ///< the full name
@@ -42,17 +20,33 @@ struct ParameterSetting {
 struct EffectRequest {
     std::string effect;
     std::vector<ParameterSetting> settings;
-    long long begin = 0;  ///< the position of its first frame; earlier ones stay as they are
+    std::string text = {};                  ///< what asked for it
+    std::optional<TimeWindow> window = {};  ///< outside, pictures stay as they are
+    std::vector<Region> regions = {};       ///< outside of any, pixels stay as they are
 
-    bool Varies() const;
     bool Sets(const std::string& property) const;
+    /// Whether it depends on how many frames it works on.
+    bool NeedsFrameCount() const;
 };
 
-/// A parameter's name without the effect's own prefix, as a request may give it: "r" for "rotate_r", "count" for the
-/// "blur_count" of "simple_gauss_blur".
-std::string ShortName(const std::string& effect, const std::string& property);
+/// What every request may have besides the effect's own parameters, as "inside=".
+extern const std::vector<std::string> regionOptions;
 
-/// Reads "EFFECT[:name=value]...". Throws a usage error that names the thing and the remedy.
+/// A request taken apart: "rotate@2s-5s:x=50%" has the head "rotate", the window "2s-5s" and a pair.
+struct RequestParts {
+    explicit RequestParts(const std::string& text);
+
+    std::string head, window;
+    std::vector<std::pair<std::string, std::string>> pairs;
+};
+
+/// The window of a request, if it has one; its region, whose options are taken out of the pairs. Both throw usage
+/// errors.
+std::optional<TimeWindow> ParseWindow(const RequestParts& parts);
+std::optional<Region> ParseRegion(RequestParts& parts);
+
+/// Reads "EFFECT[@WINDOW][:name=value]...". What an effect needs to show anything at all, and what the request leaves
+/// out, is taken from the catalogue. Throws a usage error that names the thing and the remedy.
 EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module);
 
 }  // namespace Nifikral

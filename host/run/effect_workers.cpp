@@ -6,19 +6,18 @@
 namespace Nifikral {
 
 EffectWorkers::EffectWorkers(const PicturePath& path, const PictureShape& sinkShape, const EffectModule& module,
-                             const std::vector<EffectRequest>& requests, long long frameCount)
-    : m_path(path), m_workers([=, &module, &requests] {
-          return Worker{EffectChain(module, requests, frameCount), PictureConverter(path.effectShape),
-                        PictureConverter(sinkShape)};
+                             const std::vector<PlacedEffect>& effects)
+    : m_path(path), m_workers([=, &module, &effects] {
+          return Worker{EffectChain(module, effects), PictureConverter(path.effectShape), PictureConverter(sinkShape)};
       }) {}
 
-void EffectWorkers::Process(FramePtr& frame, long long position) {
+void EffectWorkers::Process(FramePtr& frame, long long number) {
     Worker& worker = m_workers.local();
     worker.toEffects.Convert(frame);
     {
         const Stopwatch watch(worker.seconds);
         PrepareForEffects(frame);
-        worker.chain.Process(*frame, m_path.effectFormat, position);
+        worker.chain.Process(*frame, m_path.effectFormat, number);
     }
     if (m_path.overBlack) LayOverBlack(*frame);
     worker.toSink.Convert(frame);

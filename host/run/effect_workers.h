@@ -2,9 +2,9 @@
 
 #include <tbb/enumerable_thread_specific.h>
 
-#include "host/run/effect_chain.h"
 #include "host/media/media_source.h"
 #include "host/media/picture_formats.h"
+#include "host/run/effect_chain.h"
 
 namespace Nifikral {
 
@@ -18,12 +18,12 @@ struct PicturePath {
 /// The chain of effects, with the conversions before and behind it, for every thread that comes by. Threads: any.
 class EffectWorkers {
  public:
-    /// `module` and `requests` must outlive this object. `frameCount`: of the run, 0 when unknown.
+    /// `module` and `effects` must outlive this object.
     EffectWorkers(const PicturePath& path, const PictureShape& sinkShape, const EffectModule& module,
-                  const std::vector<EffectRequest>& requests, long long frameCount);
+                  const std::vector<PlacedEffect>& effects);
 
-    /// Makes a picture as the sink takes it; `position` is its place in the run, from 0.
-    void Process(FramePtr& frame, long long position);
+    /// Makes a picture as the sink takes it; `number` is its place in the input, from 0.
+    void Process(FramePtr& frame, long long number);
     /// Seconds within the effects, of all threads together.
     double EffectSeconds() const;
 

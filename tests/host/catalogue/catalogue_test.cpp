@@ -118,6 +118,26 @@ TEST_F(CatalogueTest, TellsWhatAnUntouchedEffectWorksWith) {
     });
 }
 
+TEST_F(CatalogueTest, KnowsWhichEffectsDoNothingUntilOneIsSet) {
+    for (const EffectInfo& effect : Catalogue()) {
+        if (effect.traits & (generator | variesWithTime)) continue;
+        bool changes = false;
+        for (const unsigned format : {30u, 35u})
+            changes = changes || Picture(effect, format, 322, 310, [](auto&) {}) !=
+                                     Picture(*FindEffect("reverse"), format, 322, 310, [](auto&) {});
+        EXPECT_EQ(!changes, (effect.traits & idleAtDefaults) != 0) << effect.name;
+    }
+}
+
+TEST_F(CatalogueTest, ShownSettingsNameParameters) {
+    for (const EffectInfo& effect : Catalogue()) {
+        std::size_t found = 0;
+        for (const ParameterInfo& row : effect.parameters) found += ShownValue(effect, row.name).empty() ? 0 : 1;
+        const std::string shown = effect.shown;
+        EXPECT_EQ(found, std::size_t(std::count(shown.begin(), shown.end(), '='))) << effect.name;
+    }
+}
+
 TEST_F(CatalogueTest, WordsAreThoseThatTheModuleTakes) {
     ForEachParameter([&](const EffectInfo& effect, const ParameterInfo& row, const PropertyInfo& property) {
         EXPECT_EQ(row.kind == Kind::Word, !row.words.empty());

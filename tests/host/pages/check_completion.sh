@@ -9,6 +9,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 "$command" generate "$shell" >script
+# Presets are asked for as the line says.
+PATH=$(dirname "$command"):$PATH
 export HOME=$work
 
 # What may stand in place of the line's last word; at a prompt, bash divides words at ":" and "=".
@@ -39,7 +41,10 @@ nifikral sl|slideshow
 nifikral apply --keep|--keep-going
 nifikral apply in.mp4 out.mp4 aged|aged_film
 nifikral apply -q --threads 2 in.mp4 out.mp4 gray rotate:x=3:sc|rotate:x=3:scale=
-nifikral apply in.mp4 out.mp4 slide:fit=c|slide:fit=crop
+nifikral apply in.mp4 out.mp4 rotate@2s-5s:sc|rotate@2s-5s:scale=
+nifikral apply in.mp4 out.mp4 gray:inside=ell|gray:inside=ellipse,
+nifikral apply in.mp4 out.mp4 @drea|@dream
+nifikral apply in.mp4 out.mp4 colorfilter:color=or|colorfilter:color=orange
 nifikral slideshow holiday --fit c|crop
 nifikral menu menu_comm|menu_common
 nifikral info submenu_f|submenu_festival
@@ -50,4 +55,7 @@ nifikral plan --chunks 3 apply in.mp4 out.mp4 aged|aged_film
 nifikral concat --last 99 slideshow holiday --fit c|crop
 nifikral help conc|concat
 LINES
-[[ $shell != bash || $(complete_in_bash 'nifikral apply a b rotate:sc' ' :=') == 'scale=' ]]
+if [[ $shell == bash ]]; then
+    [[ $(complete_in_bash 'nifikral apply a b rotate:sc' ' :=@') == 'scale=' ]]
+    [[ $(complete_in_bash 'nifikral apply a b @drea' ' :=@') == 'dream' ]]
+fi

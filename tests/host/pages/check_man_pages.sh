@@ -24,7 +24,7 @@ expect_in() {
 for subcommand in apply menu slideshow title gallery; do
     "$command" $subcommand --help | grep -oE -e '--[a-z-]+' | sort -u
 done | expect_in man 60
-"$command" list | cut -d' ' -f1 | expect_in man-effects 62
+"$command" list --names | grep -v ^@ | expect_in man-effects 62
 for effect in rotate spotlight slide menu_common; do
     "$command" info $effect | sed -n 's/^  \([A-Za-z0-9_]*\) (.*/\1/p'
 done | expect_in man-effects 30

@@ -14,7 +14,7 @@ ffmpeg -nostdin -v error -f lavfi -i testsrc2=size=800x600 -frames:v 1 photo.png
 mkdir temporary
 TMPDIR=$work/temporary "$command" reference photo.png -o page.html
 [[ -z $(ls temporary) ]] || fail "it leaves $(ls temporary)"
-effects=$("$command" list | wc -l)
+effects=$("$command" list --names | grep -vc ^@)
 [[ $(grep -c '^<article id=' page.html) -eq $effects ]] || fail "not each of $effects effects has its article"
 [[ $(grep -c '^<img src="data:image/jpeg;base64,/9j/' page.html) -eq $effects ]] || fail "not each of them has a picture"
 [[ $(grep -oE '(src|href)="[^#d][^"]*' page.html) == '' ]] || fail "the page needs other files"

@@ -1,8 +1,7 @@
 #include <algorithm>
 #include <map>
-#include <regex>
 
-#include "host/catalogue/gallery_settings.h"
+#include "host/catalogue/catalogue.h"
 #include "tests/host/command.h"
 
 namespace Nifikral {
@@ -25,14 +24,10 @@ class Gallery : public CommandTest {
         return found;
     }
 
-    std::vector<std::string> ListedFrameEffects() const {
-        std::istringstream lines(Nifikral("list").output);
+    std::vector<std::string> FrameEffects() const {
         std::vector<std::string> names;
-        for (std::string line; std::getline(lines, line);) {
-            const std::string name = line.substr(0, line.find(' '));
-            const bool makesPictures = std::regex_match(name, std::regex("(sub|instruction)?menu_.*|slide|title"));
-            if (!makesPictures) names.push_back(name);
-        }
+        for (const EffectInfo& info : Catalogue())
+            if (!(info.traits & generator)) names.emplace_back(info.name);
         return names;
     }
 
@@ -52,7 +47,7 @@ TEST_F(Gallery, ShowsEveryFrameEffectWithTheCommandThatMakesThePicture) {
     EXPECT_EQ(outcome.errors, "");
     EXPECT_EQ(Files(), (std::set<std::string>{"wide.png", "gallery.html", "gallery_files"}));
 
-    const std::vector<std::string> effects = ListedFrameEffects();
+    const std::vector<std::string> effects = FrameEffects();
     EXPECT_EQ(Find("gallery.html", "<article id=\"", '"'), effects);
     const std::vector<std::string> pictures = Find("gallery.html", "<img src=\"", '"');
     EXPECT_EQ(pictures.size(), effects.size() + 1);
@@ -60,8 +55,7 @@ TEST_F(Gallery, ShowsEveryFrameEffectWithTheCommandThatMakesThePicture) {
 
     const std::vector<std::string> commands = Find("gallery.html", "nifikral apply ", '<');
     ASSERT_EQ(commands.size(), effects.size());
-    // Without its settings this one changes nothing.
-    ASSERT_EQ(Nifikral("apply gallery_files/photo.png unchanged.jpg reverse").exitCode, 0);
+    ASSERT_EQ(Nifikral("apply gallery_files/photo.png unchanged.jpg reverse:mirror=0").exitCode, 0);
     const std::string unchanged = ReadFile(folder / "unchanged.jpg");
     for (std::size_t i = 0; i < commands.size(); ++i) {
         const std::string file = effects[i] + ".jpg";
@@ -121,13 +115,6 @@ TEST_F(Gallery, AFullDiskLeavesNothingHalf) {
     });
     EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
     EXPECT_EQ(Files(), std::set<std::string>{"a.png"});
-}
-
-TEST(GallerySettingsTest, FollowThePicturesSize) {
-    const std::string portrait = SettingsForGallery("rotate", 200, 1000).text;
-    EXPECT_NE(portrait.find("rotate_x=100:rotate_y=500:rotate_r=90:"), std::string::npos) << portrait;
-    EXPECT_EQ(SettingsForGallery("rotate", 1, 1).text.find("=0"), std::string::npos);
-    EXPECT_EQ(SettingsForGallery("nosuch", 200, 100).text, "");
 }
 
 }  // namespace

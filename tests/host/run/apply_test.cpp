@@ -102,8 +102,8 @@ TEST_F(Apply, ShowsAFadeInAFormatWithoutAlpha) {
     Ffmpeg("-f lavfi -i color=white:size=32x24:rate=10:duration=0.4,format=yuv420p -c:v ffv1 in.mkv");
     ASSERT_EQ(Nifikral("apply in.mkv out.mkv fadeout --encoder ffv1").exitCode, 0);
     const std::string pictures = RawPictures("out.mkv", "yuv420p");
-    // White is 235, black 16; levels of 256, 192, 128 and 64 of 256 on an alpha of 255, the first held at 255.
-    const int expected[] = {234, 180, 125, 70};
+    // White is 235, black 16; levels of 256, 170, 85 and 0 of 256 on an alpha of 255, the first held at 255.
+    const int expected[] = {234, 161, 88, 16};
     for (int i = 0; i < 4; ++i) {
         const int luma = static_cast<unsigned char>(pictures.at(std::size_t(i) * 32 * 24 * 3 / 2));
         EXPECT_NEAR(luma, expected[i], 1) << "frame " << i;

@@ -1,0 +1,27 @@
+#include "host/pages/request_help.h"
+
+// A paragraph is one line: whoever prints it breaks it.
+const char Nifikral::requestHelp[] =
+    "An EFFECT is NAME[@WINDOW][:name=value]..., or @PRESET[@WINDOW]. nifikral list shows both, nifikral info NAME an "
+    "effect's parameters; their names may leave out the effect's own prefix. Pictures are turned upright first.\n"
+    "  name=12: a number; of a place or a length also a share of the picture, as 50% (a column of its width, a row of "
+    "its height, a length of its shorter side)\n"
+    "  name=red: a colour: a CSS name, #rgb, #rrggbb or 0xRRGGBB\n"
+    "  name=A..B: a value that moves from A to B while the effect works; A..B..C goes on to C\n"
+    "  name=@0:A,2s:B: values at key points, each at a frame or a second from where the effect begins\n"
+    "  name=A..B~in-out: how the value moves to what stands before ~: linear (unless given), in (slow first), out "
+    "(slow "
+    "last), in-out, or hold (it jumps at the end)\n"
+    "  NAME@50-99: in these frames only, counted from 0, both included\n"
+    "  NAME@2s-5s: from second 2 to second 5 only; @2s- to the end, @-1s- in the last second, @-25- in the last 25 "
+    "frames\n"
+    "  inside=AREA: only in an area: circle,X,Y,R, ellipse,X,Y,RX,RY, rectangle,X,Y,WIDTH,HEIGHT (X,Y is its top-left "
+    "corner), or the file of a picture that is white where the effect is to show; the numbers may be shares and may "
+    "move\n"
+    "  outside=AREA: everywhere but in that area\n"
+    "  soft=LENGTH: how far the effect comes in gradually, inwards from the edge of a circle, ellipse or rectangle\n"
+    "A window counts from the first frame of the input, so that --frames shows the same pictures. Within it, frames of "
+    "the effect count from 0 and its duration is the window's length; outside, pictures stay as they are, after a "
+    "fade-out too. A fade-out is over in the last frame that it works on: directfadeout@-1s- ends a film in black.\n"
+    "A file of presets has lines NAME = EFFECT EFFECT...; a comment (#) in the line above says what it is, and a line "
+    "that begins with blanks goes on with the one above. nifikral generate presets prints those that are built in.";
