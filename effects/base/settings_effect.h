@@ -13,6 +13,7 @@ class CSettingsEffect : public CBasedVideoImageEffect {
  public:
     void OnSetProperty(const std::string& name, PropertyNode& node) override {
         CBasedVideoImageEffect::OnSetProperty(name, node);
+        OnParsed(node);
         if (StoreProperty(m_settings, m_properties, name, node)) OnSettingsChanged();
     }
 
@@ -21,6 +22,8 @@ class CSettingsEffect : public CBasedVideoImageEffect {
         : CBasedVideoImageEffect(name), m_properties(properties) {
         DeclareProperties(*this, properties);
     }
+    /// May change the value that a property was set to before it is stored; the host reads the changed one back.
+    virtual void OnParsed(PropertyNode&) {}
     /// Follows a property that gave its member another value.
     virtual void OnSettingsChanged() {}
 

@@ -16,15 +16,6 @@ constexpr Property<BrightnessContrastSettings> properties[] = {
     {"saturation", "0", &BrightnessContrastSettings::saturation},
 };
 
-// Deliberate: the host reads the clamped number back.
-void Clamp(CBaseAVProc::PropertyNode& node) {
-    const double value = node.Value<double>();
-    if (value < -limit || value > limit) {
-        node.SetValue(value < 0 ? -limit : limit);
-        node.text = value < 0 ? "-100" : "100";
-    }
-}
-
 std::int32_t Slope(double contrast) { return TruncateToInt32((contrast / 100 + 1) * 256); }
 
 void ChangeTonesRgba32(PackedView picture, const PackedTones& tones) {
@@ -62,10 +53,14 @@ CBrightnessContrastEffect::CBrightnessContrastEffect()
     FillTable();
 }
 
-void CBrightnessContrastEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    if (node.type == typeReal) Clamp(node);
-    if (StoreProperty(m_settings, properties, name, node)) FillTable();
+// Deliberate: the host reads the clamped number back.
+void CBrightnessContrastEffect::OnParsed(PropertyNode& node) {
+    if (node.type != typeReal) return;
+    const double value = node.Value<double>();
+    if (value < -limit || value > limit) {
+        node.SetValue(value < 0 ? -limit : limit);
+        node.text = value < 0 ? "-100" : "100";
+    }
 }
 
 void CBrightnessContrastEffect::FillTable() {

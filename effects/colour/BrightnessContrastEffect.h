@@ -26,10 +26,11 @@ struct BrightnessContrastSettings {
 class CBrightnessContrastEffect : public CSettingsEffect<BrightnessContrastSettings> {
  public:
     CBrightnessContrastEffect();
-    void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
+    void OnParsed(PropertyNode& node) override;
+    void OnSettingsChanged() override { FillTable(); }
     void FillTable();
 
     TarvoBased::ResKeeper<std::int32_t> m_table;  // what PackedTones() makes of each byte

@@ -331,12 +331,14 @@ void CRotateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
 CSpherizeVideoImageEffect::CSpherizeVideoImageEffect() : CTableEffect(effectNameSpherize, spherizeProperties) {}
 
 void CSpherizeVideoImageEffect::OnSetProperty(const std::string& name, PropertyNode& node) {
-    CBasedVideoImageEffect::OnSetProperty(name, node);
-    const double before = m_settings.scale;
-    bool changed = StoreProperty(m_settings, spherizeProperties, name, node);
+    const CircleSettings before = m_settings;
+    CTableEffect::OnSetProperty(name, node);
+    const auto moved = [&](auto member) { return m_settings.*member != before.*member; };
     // Deliberate: of a new scale only the integer that its slot begins with is compared, and with the old scale.
-    if (name == spherizeScaleName) changed = double(node.Value<std::int32_t>()) != before;
-    if (changed) m_table.SetValid(false);
+    if (name == spherizeScaleName
+            ? double(node.Value<std::int32_t>()) != before.scale
+            : moved(&CircleSettings::radius) || moved(&CircleSettings::x) || moved(&CircleSettings::y))
+        m_table.SetValid(false);
 }
 
 void CSpherizeVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {

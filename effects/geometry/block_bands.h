@@ -37,9 +37,9 @@ inline unsigned PlanByPositions(const BlockBand& band, unsigned index, const Cop
             positions[row * blockColumns + column] = band.rows[at] * plane.pitch + band.columns[at];
         }
     std::uint32_t least = UINT32_MAX, most = 0;
-    for (unsigned i = 0; i < blockSamples; ++i) {
-        least = std::min(least, positions[i]);
-        most = std::max(most, positions[i]);
+    for (const std::uint32_t position : positions) {
+        least = std::min(least, position);
+        most = std::max(most, position);
     }
     block.base[0] = block.base[1] = least;
     if (most - least > UINT16_MAX) {
