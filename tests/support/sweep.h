@@ -31,9 +31,9 @@ inline std::string Describe(const Settings& settings) {
     return text;
 }
 
-/// Calls check(frame, random) with random frames of the formats that effects know, by turns, and of widths from 1 on:
-/// the first 693 hold every format in every width up to 77, which leaves each remainder of the vectors in use. Some are
-/// wider. Heights, pitches, the rounding of chroma and the contents vary.
+/// Calls check(frame, random) with random frames: 1x1 first, of the formats that effects know by turns, mostly of
+/// widths from 1 to 77 by turns, which leave each remainder of the vectors in use. One in ten is wider. Heights,
+/// pitches, the rounding of chroma and the contents vary.
 template <class Check>
 void SweepFrames(unsigned count, Check check) {
     std::vector<unsigned> codes;
@@ -41,10 +41,11 @@ void SweepFrames(unsigned count, Check check) {
         if (info.forEffects) codes.push_back(info.code);
     std::mt19937 random(20240611);
     for (unsigned i = 0; i < count; ++i) {
-        const unsigned code = codes[i % codes.size()], width = 1 + i % 77 + (random() % 10 ? 0 : 77 * (random() % 4));
+        const unsigned width = i % 10 == 9 ? 78 + random() % 250 : 1 + (i - i / 10) % 77;
         const unsigned height = i == 0 ? 1 : 1 + random() % (i % 8 ? 9 : 40);
         const unsigned chroma = random() % 5, secondChroma = random() % 2 ? chroma : random() % 5;
-        TestFrame frame(code, width, height, {{unsigned(random() % 9), chroma, secondChroma, 1}, random() % 2 == 0});
+        const FrameLayout layout{{unsigned(random() % 9), chroma, secondChroma, 1}, random() % 2 == 0};
+        TestFrame frame(codes[i % codes.size()], width, height, layout);
         frame.Randomise(random, Content(std::max(0, Between(-2, 2, random))));
         SCOPED_TRACE(testing::Message() << "frame " << i << ": " << testing::PrintToString(frame));
         check(frame, random);

@@ -1,96 +1,63 @@
-#include "effects/geometry/CircleEffects.h"
+#include <cmath>
 
-#include <gtest/gtest.h>
-
-#include "tests/support/coordinate_judge.h"
+#include "tests/effects/geometry/table_judge.h"
 
 namespace AVBased::Testing {
 namespace {
 
-constexpr CircleSettings worked{10, 20, 15, 1.5};
+struct Circle {
+    unsigned radius, x, y;
+    double scale;
+};
 
-TEST(RotateMap, TwistsByWorkedNumbers) {
-    const RotateMap map{worked};
-    EXPECT_EQ(map(20, 15), (Source{20, 15}));
-    EXPECT_EQ(map(25, 15), (Source{24, 13}));
-    EXPECT_EQ(map(14, 20), (Source{13, 19}));
-    EXPECT_EQ(map(29, 15), (Source{28, 15}));
-    EXPECT_EQ(map(13, 10), (Source{13, 9}));
-    EXPECT_EQ(map(30, 15), std::nullopt);  // exactly on the rim
-    EXPECT_EQ(map(26, 23), std::nullopt);
+std::optional<Position> Twisted(const Circle& c, unsigned x, unsigned y) {
+    const int dx = int(x - c.x), dy = int(y - c.y);
+    const float r = float(c.radius), d = float(std::sqrt(double(dx * dx + dy * dy)));
+    if (!(r > d)) return std::nullopt;
+    const float nx = (float(x) - float(c.x)) / r, ny = (float(y) - float(c.y)) / r;
+    const double a = double(r - d) * c.scale;
+    const float angle = float(2 * (std::sqrt(double(nx * nx + ny * ny)) - 0.7) * (a / double(c.radius)));
+    const float sine = std::sin(angle), cosine = std::cos(angle);
+    const auto position = [](float place) { return int(std::max(place, 0.0f)); };
+    return Position{position(float(c.x) + (nx * cosine - ny * sine) * r),
+                    position(float(c.y) + (nx * sine + ny * cosine) * r)};
 }
 
-TEST(SpherizeMap, ScalesByWorkedNumbers) {
-    const SpherizeMap bulge{worked}, pinch{{10, 20, 15, -1}};
-    EXPECT_EQ(bulge(14, 15), (Source{17, 15}));
-    EXPECT_EQ(bulge(25, 12), (Source{22, 13}));
-    EXPECT_EQ(bulge(11, 15), (Source{12, 15}));
-    EXPECT_EQ(bulge(20, 25), (Source{20, 25}));
-    EXPECT_EQ(bulge(27, 23), (Source{27, 23}));  // outside
-    EXPECT_EQ(pinch(14, 15), (Source{10, 15}));
-    EXPECT_EQ(pinch(25, 12), (Source{28, 9}));
-    EXPECT_EQ(pinch(20, 15), (Source{20, 15}));
+std::optional<Position> Lensed(const Circle& c, unsigned x, unsigned y) {
+    const unsigned dx = x - c.x, dy = y - c.y, square = dx * dx + dy * dy;
+    if (square > c.radius * c.radius) return Position{int(x), int(y)};
+    const double power = std::pow(std::sqrt(double(square)) / double(c.radius), c.scale) * 256;
+    const unsigned k = unsigned(int(std::clamp(power, -2147483648.0, 2147483647.0)));
+    return Position{int(c.x + unsigned(int(dx * k) >> 8)), int(c.y + unsigned(int(dy * k) >> 8))};
 }
 
-TEST(CircleSettings, BoxWrapsWhereTheRadiusIsHuge) {
-    const auto box = [](CircleSettings circle) {
-        const std::optional<Box> b = circle.BoxIn(30, 20);
-        return b ? std::vector<unsigned>{b->xBegin, b->xEnd, b->yBegin, b->yEnd} : std::vector<unsigned>{};
-    };
-    EXPECT_EQ(box({4, 30, 3, 0}), (std::vector<unsigned>{26, 30, 0, 7}));
-    EXPECT_EQ(box({4, 31, 3, 0}), std::vector<unsigned>{});
-    EXPECT_EQ(box({4, 3, 21, 0}), std::vector<unsigned>{});
-    EXPECT_EQ(box({4294967295, 10, 5, 0}), (std::vector<unsigned>{0, 9, 0, 4}));
-}
-
-Settings SettingsOf(const std::string& name, const CircleSettings& circle) {
-    return {{name + "_r", std::to_string(int(circle.radius))},
-            {name + "_x", std::to_string(int(circle.x))},
-            {name + "_y", std::to_string(int(circle.y))},
-            {name + "_scale", std::to_string(circle.scale)}};
+Settings SettingsOf(const std::string& name, const Circle& c) {
+    return Numbers(name + "_", {{"r", int(c.radius)}, {"x", c.x}, {"y", c.y}, {"scale", c.scale}});
 }
 
 TEST(CircleEffects, FirstPassAndReplaysAgreeWithTheJudge) {
-    OnFramesOfEveryFormat([](TestFrame& frame, std::mt19937& random) {
-        const Grid luma = frame.Samples();
-        const unsigned width = unsigned(luma[0].size()), height = unsigned(luma.size());
-        for (double scale : {1.0, -2.5, 0.25, 7.0}) {
-            const unsigned radius = random() % 2 ? width + height : unsigned(random()) % (height + 3);
-            const CircleSettings circle{radius, unsigned(random()) % (width + 1), unsigned(random()) % (height + 1),
-                                        scale};
-            const auto treats = [circle](unsigned w, unsigned h) { return circle.x <= w && circle.y <= h; };
-            const Box box = *circle.BoxIn(width, height);
-            SCOPED_TRACE(testing::Message()
-                         << "r " << radius << " x " << circle.x << " y " << circle.y << " s " << scale);
-            ExpectLikeTheJudge("rotate", SettingsOf("rotate", circle), frame, box, RotateMap{circle},
-                               {Outside::White, Outside::White, treats}, random);
-            ExpectLikeTheJudge("spherize", SettingsOf("spherize", circle), frame, box, SpherizeMap{circle},
-                               {Outside::Unchanged, Outside::White, treats}, random);
-        }
+    SweepFrames(250, [](const TestFrame& frame, std::mt19937& random) {
+        const Picture size(frame);
+        const unsigned width = unsigned(size.Width()), height = unsigned(size.Height());
+        static constexpr double scales[] = {0, 1, -2.5, 0.25, 7};
+        // A radius of -1 is the largest, whose box ends before its centre.
+        const unsigned radius = unsigned(random() % 3 ? Between(-1, int(height) + 3, random) : int(width + height));
+        const Circle c{radius, unsigned(random() % (width + 2)), unsigned(random() % (height + 2)),
+                       scales[random() % std::size(scales)]};
+        TableRules rules{c.x > radius ? c.x - radius : 0,
+                         std::min(c.x + radius, width),
+                         c.y > radius ? c.y - radius : 0,
+                         std::min(c.y + radius, height),
+                         [c](unsigned x, unsigned y) { return Twisted(c, x, y); },
+                         Beyond::White,
+                         Beyond::White};
+        rules.treats = [c](unsigned w, unsigned h) { return c.x <= w && c.y <= h; };
+        if (!rules.treats(width, height)) rules.xEnd = rules.xBegin;
+        ExpectTable("rotate", SettingsOf("rotate", c), frame, rules, random);
+        rules.sourceOf = [c](unsigned x, unsigned y) { return Lensed(c, x, y); };
+        rules.packed = Beyond::Stays;
+        ExpectTable("spherize", SettingsOf("spherize", c), frame, rules, random);
     });
-}
-
-TEST(CRotateVideoImageEffect, SharedChromaDiffersBetweenFirstPassAndReplay) {
-    // Chroma sample (2, 2) covers three pixels inside the circle and, last, (5, 5) outside it: the first pass skips
-    // that one, a replay copies it onto itself. Before it, (4, 5) brings the chroma of (0, 4).
-    const EffectOwner effect = MakeEffect("rotate", SettingsOf("rotate", {4, 2, 2, 30}));
-    const auto chroma = [&] {
-        TestFrame frame(0, 8, 8);
-        frame.SetSamples(1, {{1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}, {13, 14, 15, 16}});
-        Apply(*effect, frame);
-        return frame.Samples(1)[2][2];
-    };
-    EXPECT_EQ(chroma(), 9u);
-    EXPECT_EQ(chroma(), 11u);
-}
-
-// What a 30 x 20 packed frame of distinct pixels becomes.
-Grid Result(IVideoProc& effect, unsigned format = 30) {
-    std::mt19937 random(5);
-    TestFrame frame(format, 30, 20);
-    frame.Randomise(random);
-    Apply(effect, frame);
-    return frame.Samples();
 }
 
 using Steps = std::vector<std::pair<const char*, const char*>>;
@@ -166,27 +133,6 @@ TEST(CircleEffects, AFrameThatIsNotProcessedMarksTheTableValid) {
             EXPECT_EQ(Result(*reference), old);
         }
     }
-}
-
-TEST(CSpherizeVideoImageEffect, OutsideThePictureIsUnchangedPackedAndWhitePlanar) {
-    const Settings settings = SettingsOf("spherize", {4, 0, 0, -2});
-    const EffectOwner effect = MakeEffect("spherize", settings);
-    TestFrame packed(30, 3, 1), planar(60, 3, 1);
-    packed.SetSamples(0, {{1, 2, 3}});
-    for (unsigned p : {0, 1, 2}) planar.SetSamples(p, {{1, 2, 3}});
-    Apply(*effect, packed);
-    Apply(*effect, planar);  // replays the packed frame's table
-    EXPECT_EQ(packed.Samples(), (Grid{{1, 2, 3}}));
-    EXPECT_EQ(planar.Samples(0), (Grid{{1, 235, 235}}));
-    EXPECT_EQ(planar.Samples(1), (Grid{{1, 128, 128}}));
-}
-
-TEST(CRotateVideoImageEffect, LeftOfThePictureIsItsEdgeAndRightOfItIsWhite) {
-    const EffectOwner effect = MakeEffect("rotate", SettingsOf("rotate", {3, 1, 1, 1.5}));
-    TestFrame frame(30, 4, 3);
-    frame.SetSamples(0, {{1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}});
-    Apply(*effect, frame);
-    EXPECT_EQ(frame.Samples(), (Grid{{1, 1, 2, 4}, {5, 6, 2, 3}, {9, 6, 7, 11}}));
 }
 
 }  // namespace

@@ -1,88 +1,76 @@
-#include "effects/geometry/WrapEffects.h"
-
-#include <gtest/gtest.h>
+#include <cmath>
+#include <numbers>
 
 #include "TarvoBased/error_codes.h"
-#include "tests/support/coordinate_judge.h"
+#include "tests/effects/geometry/table_judge.h"
 
 namespace AVBased::Testing {
 namespace {
 
-TEST(MirrorInvertMap, InvertsByWorkedNumbers) {
-    const MirrorInvertMap whole{{100}, 40, 30}, strong{{250}, 40, 30}, negative{{-30}, 40, 30};
-    EXPECT_EQ(whole(20, 15), (Source{20, 15}));
-    EXPECT_EQ(whole(30, 15), (Source{0, 15}));  // 225 / 100 is taken as 2
-    EXPECT_EQ(whole(13, 20), (Source{1, 28}));
-    EXPECT_EQ(strong(39, 29), (Source{36, 27}));
-    EXPECT_EQ(negative(13, 20), (Source{25, 10}));
-    EXPECT_EQ(negative(0, 0), (Source{21, 16}));
-    const MirrorInvertMap nothing{{0}, 40, 30};
-    EXPECT_EQ(nothing(3, 28), (Source{20, 15}));
+// All arithmetic wraps in 32 bits.
+int Product(int a, int b) { return int(unsigned(a) * unsigned(b)); }
+int Sum(int a, int b) { return int(unsigned(a) + unsigned(b)); }
+int Wrapped(int position, int size) { return (position % size + size) % size; }
+
+Position Inverted(int amount, int width, int height, int x, int y) {
+    const int cx = width >> 1, cy = height >> 1, m = std::min(cx, cy), dx = x - cx, dy = y - cy;
+    const int strength = Product(amount, 256);
+    const int k =
+        dx == 0 && dy == 0 ? Product(strength, m * m) / 100 : Product(strength, m * m / 100) / (dx * dx + dy * dy);
+    return {Wrapped((Product(k, dx) >> 8) + cx, width), Wrapped((Product(k, dy) >> 8) + cy, height)};
 }
 
-TileReflectSettings Tile(int angle, int size, int curvature) {
-    TileReflectSettings settings;
-    settings.SetAngle(angle);
-    settings.SetSize(size);
-    settings.curvature = curvature;
-    return settings;
-}
+struct Tile {
+    int sine = 11743, cosine = 25466, factor = 1, curvature = 8;
 
-TEST(TileReflectMap, BendsByWorkedNumbers) {
-    const TileReflectMap initial{{}, 40, 30}, level{Tile(0, 30, 8), 40, 30}, turned{Tile(30, 7, 3), 40, 30};
-    EXPECT_EQ(initial(30, 15), (Source{27, 13}));
-    EXPECT_EQ(initial(0, 0), (Source{4, 2}));
-    EXPECT_EQ(initial(39, 29), (Source{33, 24}));
-    EXPECT_EQ(level(30, 15), (Source{20, 15}));
-    EXPECT_EQ(level(0, 0), (Source{30, 0}));
-    EXPECT_EQ(level(13, 20), (Source{35, 26}));
-    EXPECT_EQ(turned(30, 15), (Source{32, 0}));
-    EXPECT_EQ(turned(0, 0), (Source{33, 3}));
-    EXPECT_EQ(turned(13, 20), (Source{8, 27}));
-}
+    Tile() = default;
+    Tile(int angle, int size, int tileCurvature) : factor(46080 / size), curvature(tileCurvature) {
+        const auto sineOf = [](int degrees) {
+            return int(std::lround(32768 * std::sin(degrees * std::numbers::pi / 180)));
+        };
+        sine = sineOf(angle);
+        cosine = angle > 0 ? -std::abs(sineOf(angle + 90)) : sineOf(angle + 90);
+    }
+};
 
-TEST(TileReflectSettings, TheCosineOfAPositiveAngleIsNegative) {
-    const auto pair = [](int angle) {
-        const TileReflectSettings settings = Tile(angle, 30, 8);
-        return std::pair(settings.sine, settings.cosine);
+Position ThroughTile(const Tile& t, int width, int height, int x, int y) {
+    const int dx = x - (width >> 1), dy = y - (height >> 1);
+    const auto lens = [&](int place) {
+        int angle = Product(place, t.factor) >> 23;
+        while (angle < -90) angle += 180;
+        while (angle > 90) angle -= 180;
+        const double tangent = std::abs(angle) > 88 ? 0 : std::tan(angle * std::numbers::pi / 180);
+        return Sum(Product(int(std::lround(32768 * tangent)), Product(t.curvature, t.curvature)), place) >> 15;
     };
-    EXPECT_EQ(pair(0), std::pair(0, 32768));
-    EXPECT_EQ(pair(45), std::pair(23170, -23170));
-    EXPECT_EQ(pair(90), std::pair(32768, 0));
-    EXPECT_EQ(pair(91), std::pair(32763, -572));
-    EXPECT_EQ(pair(180), std::pair(0, -32768));
-    EXPECT_EQ(pair(-30), std::pair(-16384, 28378));
-    EXPECT_EQ(pair(-91), std::pair(-32763, -572));
-    EXPECT_EQ(pair(-180), std::pair(0, -32768));
+    const int u = lens(Sum(Product(t.cosine, dx), Product(t.sine, dy))),
+              v = lens(Sum(Product(t.cosine, dy), -Product(t.sine, dx)));
+    const int backX = Sum(Product(t.cosine, u), -Product(t.sine, v)) >> 15,
+              backY = Sum(Product(t.cosine, v), Product(t.sine, u)) >> 15;
+    return {Wrapped(backX + (width >> 1) + width, width), Wrapped(backY + (height >> 1) + height, height)};
 }
 
 TEST(WrapEffects, FirstPassAndReplaysAgreeWithTheJudge) {
-    OnFramesOfEveryFormat([](TestFrame& frame, std::mt19937& random) {
-        const Grid luma = frame.Samples();
-        const unsigned width = unsigned(luma[0].size()), height = unsigned(luma.size());
-        const CoordinateJudge judge{Outside::Nearest, Outside::Nearest};
-        for (int amount : {100, 0, -40, 3000, INT32_MAX, INT32_MIN})
-            ExpectLikeTheJudge("mirrorinvert", {{"mirrorinvert_amount", std::to_string(amount)}}, frame,
-                               {0, width, 0, height}, MirrorInvertMap{{amount}, width, height}, judge, random);
-        ExpectLikeTheJudge("tilereflect", {}, frame, {0, width, 0, height}, TileReflectMap{{}, width, height}, judge,
-                           random);
-        for (auto [angle, size, curvature] : std::initializer_list<std::array<int, 3>>{
-                 {0, 30, 30}, {30, 30, 8}, {-135, 5, -9}, {89, -1, 50000}, {180, 1, INT32_MIN}}) {
-            const Settings settings{{"tilereflect_angle", std::to_string(angle)},
-                                    {"tilereflect_size", std::to_string(size)},
-                                    {"tilereflect_curvature", std::to_string(curvature)}};
-            ExpectLikeTheJudge("tilereflect", settings, frame, {0, width, 0, height},
-                               TileReflectMap{Tile(angle, size, curvature), width, height}, judge, random);
-        }
-    });
-}
+    SweepFrames(200, [](const TestFrame& frame, std::mt19937& random) {
+        const Picture size(frame);
+        const int width = size.Width(), height = size.Height();
+        TableRules rules{0, unsigned(width), 0, unsigned(height), {}, Beyond::Nearest, Beyond::Nearest};
+        static constexpr int amounts[] = {100, 0, -40, 3000, INT32_MAX, INT32_MIN}, sizes[] = {30, 5, -1, 1, 7},
+                             curvatures[] = {30, 8, -9, 50000, INT32_MIN};
+        const int amount = amounts[random() % std::size(amounts)];
+        rules.sourceOf = [=](unsigned x, unsigned y) { return Inverted(amount, width, height, int(x), int(y)); };
+        ExpectTable("mirrorinvert", Numbers("mirrorinvert_", {{"amount", amount}}), frame, rules, random);
 
-Grid Result(IVideoProc& effect) {
-    std::mt19937 random(5);
-    TestFrame frame(30, 30, 20);
-    frame.Randomise(random);
-    Apply(effect, frame);
-    return frame.Samples();
+        const int angle = random() % 4 ? Between(-180, 180, random) : 90 * Between(-2, 2, random);
+        const int tileSize = sizes[random() % std::size(sizes)],
+                  curvature = curvatures[random() % std::size(curvatures)];
+        const bool isInitial = random() % 8 == 0;
+        rules.sourceOf = [=, tile = isInitial ? Tile() : Tile(angle, tileSize, curvature)](unsigned x, unsigned y) {
+            return ThroughTile(tile, width, height, int(x), int(y));
+        };
+        const Settings settings =
+            Numbers("tilereflect_", {{"angle", angle}, {"size", tileSize}, {"curvature", curvature}});
+        ExpectTable("tilereflect", isInitial ? Settings{} : settings, frame, rules, random);
+    });
 }
 
 TEST(CTileReflectVideoImageEffect, RefusesASizeOfZeroAndAnglesBeyondAHalfTurn) {
