@@ -9,6 +9,7 @@ extern "C" {
 #include <algorithm>
 #include <atomic>
 #include <cstdarg>
+#include <cstdio>
 #include <initializer_list>
 
 #include "host/base/log.h"
@@ -60,6 +61,8 @@ FfmpegListener::~FfmpegListener() { listener = m_outer; }
 void FfmpegListener::Hear(const std::string& text, bool isError, bool isOfContainer) {
     if (isOfContainer && HoldsAny(text, {"prematurely", "truncated", "partial file"})) m_endedEarly = true;
     if (isError) m_complaint = text;
+    char size[32] = "";
+    if (std::sscanf(text.c_str(), "Picture size %31s is invalid", size) == 1) m_sizeRefused = size;
 }
 
 void DamageLog::Attach(AVCodecContext& decoder) { decoder.opaque = this; }

@@ -25,6 +25,8 @@ class FfmpegListener {
 
     /// The last error, as a reason to quote; "" without one.
     const std::string& Complaint() const { return m_complaint; }
+    /// The size of a picture that is too large to be decoded, as in "40000x30000"; "" without one.
+    const std::string& SizeRefused() const { return m_sizeRefused; }
     /// Whether a container was said to end before its end.
     bool EndedEarly() const { return m_endedEarly; }
 
@@ -32,7 +34,7 @@ class FfmpegListener {
 
  private:
     FfmpegListener* m_outer;
-    std::string m_complaint;
+    std::string m_complaint, m_sizeRefused;
     bool m_endedEarly = false;
 };
 

@@ -2,65 +2,19 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <limits>
-#include <string_view>
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
+#include "host/media/media_input.h"
 #include "host/media/picture_formats.h"
 #include "host/media/whole_jpeg.h"
 
 namespace Nifikral {
 namespace {
 
-namespace fs = std::filesystem;
-
-int OnWait(void*) { return IsInterrupted(); }
-
 [[noreturn]] void Refuse(const std::string& line) { throw HostError(ExitCode::Input, line); }
-
-bool IsPipe(const std::string& path) { return path == "-"; }
-
-void CheckLocalFile(const std::string& path) {
-    std::error_code error;
-    if (IsPipe(path) || path.find("://") != std::string::npos) return;
-    if (!fs::exists(path, error)) Refuse(path + ": no such file; check the name");
-    if (fs::is_directory(path, error))
-        Refuse(path + " is a folder; name a file in it, or its pictures as " + path + "/%06d.png");
-    if (fs::is_regular_file(path, error) && fs::file_size(path, error) == 0)
-        Refuse(path + " is empty; nothing was ever written to it or its download failed");
-}
-
-InputPtr Open(const std::string& path, const AVInputFormat* format, AVIOContext* standardInput,
-              const FfmpegListener& listener) {
-    // Without the prefix a colon in a file's name would be taken for a protocol.
-    const bool plainFile = !IsPipe(path) && path.find("://") == std::string::npos;
-    const std::string url = plainFile ? "file:" + path : IsPipe(path) ? "" : path;
-    AVFormatContext* context = avformat_alloc_context();
-    if (!context) throw std::bad_alloc();
-    context->interrupt_callback.callback = OnWait;
-    context->pb = standardInput;
-    AVDictionary* options = nullptr;
-    if (plainFile) av_dict_set(&options, "pattern_type", "none", 0);
-    int error = avformat_open_input(&context, url.c_str(), format, &options);
-    av_dict_free(&options);
-    InputPtr input(error < 0 ? nullptr : context);
-    // Any text file passes for terminal art.
-    const bool media = input && std::string(input->iformat->name) != "tty";
-    if (media) error = avformat_find_stream_info(input.get(), nullptr);
-    ThrowIfInterrupted();
-    if (media && error >= 0) return input;
-    const std::string& complaint = listener.Complaint();
-    const std::string reason = !complaint.empty() ? complaint : error < 0 ? ErrorText(error) : "it is text";
-    if (error == AVERROR(EACCES)) Refuse(path + ": permission denied; make it readable");
-    if (standardInput)
-        Refuse("stdin brings no picture or video that can be read in one pass (" + reason +
-               "); give a file, or a format made for pipes such as nut, matroska or y4m");
-    Refuse(path + " is no picture or video that can be read, or it is cut short (" + reason + "); give a media file");
-}
 
 std::vector<PacketPtr> MoveOut(std::deque<PacketPtr>& packets, std::size_t count) {
     std::vector<PacketPtr> taken;
@@ -69,12 +23,6 @@ std::vector<PacketPtr> MoveOut(std::deque<PacketPtr>& packets, std::size_t count
         packets.pop_front();
     }
     return taken;
-}
-
-// Whether each packet is a picture file of its own.
-bool HoldsPictureFiles(const AVFormatContext& input) {
-    const std::string_view format = input.iformat->name;
-    return format == "image2" || format.ends_with("_pipe");
 }
 
 double Seconds(std::int64_t time, AVRational base) { return double(time) * av_q2d(base); }
@@ -89,11 +37,35 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     }
     const std::string& file = m_files.empty() ? path : m_files.front();
     CheckLocalFile(file);
-    if (IsPipe(path)) m_standardInput = OpenStandardInput();
+    if (IsPipe(path)) m_standardInput = std::make_unique<StandardInput>();
+    try {
+        m_reader = OpenPictureFile(file, m_standardInput.get());
+    } catch (const PictureFault& fault) {
+        Refuse((m_files.empty() ? m_name : file) + " is damaged or cut short (" + fault.what() +
+               "); repair it or save it anew");
+    }
+    if (m_reader)
+        OpenReader();
+    else
+        OpenDecoder(file);
+    if (!m_pending) Refuse(m_name + " holds no picture that can be decoded; it is damaged or cut short");
+    m_orientation.Prepare(*m_pending, *m_video);
+    m_orientation.Apply(m_pending);
+}
+
+void MediaSource::OpenReader() {
+    m_pending = DecodeNext();
+    if (!m_pending) return;
+    m_input = InputOf(*m_reader, *m_pending);
+    m_video = m_input->streams[0];
+    RefuseHugePictures();
+}
+
+void MediaSource::OpenDecoder(const std::string& file) {
     {
         const FfmpegListener listener;
         const AVInputFormat* const format = m_files.empty() ? nullptr : av_find_input_format("image2");
-        m_input = Open(file, format, m_standardInput.get(), listener);
+        m_input = OpenInput(file, format, m_standardInput.get(), listener);
         m_endsEarly = listener.EndedEarly();
     }
     const AVCodec* codec = nullptr;
@@ -115,7 +87,7 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     m_decoder->thread_count = m_options.threads;
     if (HoldsPictureFiles(*m_input)) {
         // More than one picture at once is not to be had from a file of one.
-        if (m_files.empty() && !IsPipe(path)) m_decoder->thread_type = FF_THREAD_SLICE;
+        if (m_files.empty() && !m_standardInput) m_decoder->thread_type = FF_THREAD_SLICE;
         if (!m_options.keepGoing) m_decoder->err_recognition |= AV_EF_EXPLODE;
     }
     if (error >= 0) error = avcodec_open2(m_decoder.get(), codec, nullptr);
@@ -123,9 +95,6 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     if (m_input->start_time != AV_NOPTS_VALUE)
         m_origin = av_rescale_q(m_input->start_time, AV_TIME_BASE_Q, m_video->time_base);
     m_pending = DecodeNext();
-    if (!m_pending) Refuse(m_name + " holds no picture that can be decoded; it is damaged or cut short");
-    m_orientation.Prepare(*m_pending, *m_video);
-    m_orientation.Apply(m_pending);
 }
 
 void MediaSource::RefuseHugePictures() const {
@@ -161,10 +130,13 @@ long long MediaSource::EstimatedFrameCount() const {
 }
 
 long long MediaSource::CountFrames(const FrameRange& range) const {
+    if (m_reader || !m_files.empty()) {
+        const long long count = m_files.empty() ? m_video->nb_frames : (long long)m_files.size();
+        return std::max(0LL, std::min(range.last, count - 1) - range.first + 1);
+    }
     if (IsPipe(m_path)) return 0;
-    if (!m_files.empty()) return std::max(0LL, std::min(range.last, (long long)m_files.size() - 1) - range.first + 1);
     const FfmpegListener listener;
-    const InputPtr input = Open(m_path, nullptr, nullptr, listener);
+    const InputPtr input = OpenInput(m_path, nullptr, nullptr, listener);
     const PacketPtr packet = NewPacket();
     for (unsigned i = 0; i < input->nb_streams; ++i)
         if (int(i) != m_video->index) input->streams[i]->discard = AVDISCARD_ALL;
@@ -216,6 +188,7 @@ std::optional<SourceStep> MediaSource::Next() {
 }
 
 FramePtr MediaSource::DecodeNext() {
+    if (m_reader) return ReadNext();
     for (;;) {
         ThrowIfInterrupted();
         if (FramePtr frame = ReceiveFrame()) return frame;
@@ -224,6 +197,26 @@ FramePtr MediaSource::DecodeNext() {
             m_inputEnded = true;
             const int error = avcodec_send_packet(m_decoder.get(), nullptr);
             if (error < 0 && error != AVERROR_EOF) ReportDamage(ErrorText(error));
+        }
+    }
+}
+
+FramePtr MediaSource::ReadNext() {
+    for (;;) {
+        ThrowIfInterrupted();
+        try {
+            if (m_files.empty()) return m_reader->Next();
+            if (m_packets == (long long)m_files.size()) return nullptr;
+            const std::string& file = m_files[std::size_t(m_packets++)];
+            if (m_packets > 1) m_reader = OpenPictureFile(file, nullptr);
+            FramePtr frame = m_reader ? m_reader->Next() : nullptr;
+            if (!frame) throw PictureFault("it is of another kind than " + m_files.front());
+            frame->pkt_duration = PictureReader::stillDuration;
+            frame->pts = (m_packets - 1) * frame->pkt_duration;
+            return frame;
+        } catch (const PictureFault& fault) {
+            ReportDamage(fault.what());
+            if (m_files.empty()) return nullptr;
         }
     }
 }
@@ -279,17 +272,14 @@ bool MediaSource::ReadPacket() {
 
 bool MediaSource::ReadFile() {
     if (m_packets == (long long)m_files.size()) return false;
-    const std::string& path = m_files[std::size_t(m_packets)];
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(path, error);
-    const PacketPtr packet = NewPacket();
-    const bool fits = !error && size <= std::uintmax_t(std::numeric_limits<int>::max() / 2);
-    if (av_new_packet(packet.get(), fits ? int(size) : 0) < 0) throw std::bad_alloc();
-    std::ifstream file(path, std::ios::binary);
-    if (!file.read(reinterpret_cast<char*>(packet->data), packet->size) || packet->size == 0) {
-        m_damage->Add(m_packets++, size == 0 ? "it is empty" : "it cannot be read");
+    const std::vector<std::uint8_t> bytes = ReadWholeFile(m_files[std::size_t(m_packets)]);
+    if (bytes.empty()) {
+        m_damage->Add(m_packets++, "it is empty or cannot be read");
         return true;
     }
+    const PacketPtr packet = NewPacket();
+    if (av_new_packet(packet.get(), int(bytes.size())) < 0) throw std::bad_alloc();
+    std::copy(bytes.begin(), bytes.end(), packet->data);
     packet->pts = packet->dts = m_packets;
     packet->duration = 1;
     packet->flags = AV_PKT_FLAG_KEY;
@@ -336,7 +326,8 @@ std::vector<PacketPtr> MediaSource::AudioUntil(double seconds) {
 
 void MediaSource::ReportDamage(const std::string& what) {
     const bool ofFiles = std::size_t(m_decoded) < m_files.size();
-    const std::string where = ofFiles ? "" : " at frame " + std::to_string(m_decoded);
+    const bool single = m_decoder && m_decoder->thread_type == FF_THREAD_SLICE;
+    const std::string where = ofFiles || single ? "" : " at frame " + std::to_string(m_decoded);
     const std::string line =
         (ofFiles ? m_files[std::size_t(m_decoded)] : m_name) + " is damaged or cut short" + where + " (" + what + ")";
     if (!m_options.keepGoing) Refuse(line + "; " + m_options.damageRemedy);

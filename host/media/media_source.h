@@ -11,6 +11,7 @@
 #include "host/media/frame_range.h"
 #include "host/media/numbered_files.h"
 #include "host/media/orientation.h"
+#include "host/media/picture_reader.h"
 #include "host/media/standard_input.h"
 
 namespace Nifikral {
@@ -60,8 +61,11 @@ class MediaSource {
     long long CountFrames(const FrameRange& range) const;
 
  private:
+    void OpenReader();
+    void OpenDecoder(const std::string& file);
     void RefuseHugePictures() const;
     FramePtr DecodeNext();
+    FramePtr ReadNext();
     FramePtr ReceiveFrame();
     void SendPacket(const AVPacket& packet);
     bool ReadPacket();
@@ -78,7 +82,8 @@ class MediaSource {
     std::string m_path, m_name;
     std::vector<std::string> m_files;  // of numbered pictures
     Options m_options;
-    StandardInputPtr m_standardInput;  // before the input, which reads from it
+    std::unique_ptr<StandardInput> m_standardInput;  // before the input, which reads from it
+    std::unique_ptr<PictureReader> m_reader;         // in place of the decoder, where FFmpeg has none
     InputPtr m_input;
     AVStream* m_video = nullptr;
     std::unique_ptr<DamageLog> m_damage;

@@ -3,14 +3,18 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "host/base/interruption.h"
 
 namespace Nifikral {
 namespace {
 
-int Read(void*, std::uint8_t* buffer, int size) {
+constexpr int bufferBytes = 1 << 16;
+
+int ReadStdin(std::uint8_t* buffer, int size) {
     constexpr int pauseMilliseconds = 100;
     pollfd wanted = {STDIN_FILENO, POLLIN, 0};
     while (!IsInterrupted()) {
@@ -26,18 +30,47 @@ int Read(void*, std::uint8_t* buffer, int size) {
 
 }  // namespace
 
-void FreeStandardInput::operator()(AVIOContext* input) const {
-    av_freep(&input->buffer);
-    avio_context_free(&input);
+StandardInput::StandardInput() {
+    auto* const buffer = static_cast<unsigned char*>(av_malloc(bufferBytes));
+    m_context = buffer ? avio_alloc_context(buffer, bufferBytes, 0, this, Read, nullptr, nullptr) : nullptr;
+    if (m_context) return;
+    av_free(buffer);
+    throw std::bad_alloc();
 }
 
-StandardInputPtr OpenStandardInput() {
-    constexpr int bufferBytes = 1 << 16;
-    auto* const buffer = static_cast<unsigned char*>(av_malloc(bufferBytes));
-    AVIOContext* const input =
-        buffer ? avio_alloc_context(buffer, bufferBytes, 0, nullptr, Read, nullptr, nullptr) : nullptr;
-    if (!input) av_free(buffer);
-    return Require<StandardInputPtr>(input);
+StandardInput::~StandardInput() {
+    av_freep(&m_context->buffer);
+    avio_context_free(&m_context);
+}
+
+std::span<const std::uint8_t> StandardInput::Peek(std::size_t size) {
+    for (int count = 1; count > 0 && m_head.size() < size;) {
+        const std::size_t had = m_head.size();
+        m_head.resize(size);
+        count = ReadStdin(m_head.data() + had, int(size - had));
+        m_head.resize(had + std::size_t(std::max(count, 0)));
+    }
+    return m_head;
+}
+
+std::vector<std::uint8_t> StandardInput::ReadAll() {
+    std::vector<std::uint8_t> all;
+    for (int count = 1; count > 0;) {
+        const std::size_t had = all.size();
+        all.resize(had + bufferBytes);
+        count = Read(this, all.data() + had, bufferBytes);
+        all.resize(had + std::size_t(std::max(count, 0)));
+    }
+    return all;
+}
+
+int StandardInput::Read(void* self, std::uint8_t* buffer, int size) {
+    auto& input = *static_cast<StandardInput*>(self);
+    const std::size_t left = std::min(input.m_head.size() - input.m_given, std::size_t(size));
+    if (left == 0) return ReadStdin(buffer, size);
+    std::memcpy(buffer, input.m_head.data() + input.m_given, left);
+    input.m_given += left;
+    return int(left);
 }
 
 }  // namespace Nifikral

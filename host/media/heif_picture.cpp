@@ -1,0 +1,97 @@
+#include "host/media/heif_picture.h"
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/intreadwrite.h>
+}
+#include <libheif/heif.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace Nifikral {
+namespace {
+
+struct FreeHeif {
+    void operator()(heif_context* context) const { heif_context_free(context); }
+    void operator()(heif_image_handle* handle) const { heif_image_handle_release(handle); }
+    void operator()(heif_image* image) const { heif_image_release(image); }
+    void operator()(heif_decoding_options* options) const { heif_decoding_options_free(options); }
+};
+template <class Object>
+using HeifPtr = std::unique_ptr<Object, FreeHeif>;
+
+void Check(const heif_error& error) {
+    if (error.code != heif_error_Ok) throw PictureFault(error.message);
+}
+
+// Samples of `bits` become such of 16, in place.
+void WidenRow(std::uint8_t* row, int samples, int bits) {
+    for (std::uint8_t* const end = row + std::ptrdiff_t(samples) * 2; row != end; row += 2) {
+        const unsigned value = AV_RL16(row);
+        AV_WL16(row, value << (16 - bits) | value >> (2 * bits - 16));
+    }
+}
+
+FramePtr Decode(const heif_image_handle& handle) {
+    const bool alpha = heif_image_handle_has_alpha_channel(&handle);
+    const bool deep = heif_image_handle_get_luma_bits_per_pixel(&handle) > 8;
+    const HeifPtr<heif_decoding_options> options(heif_decoding_options_alloc());
+    options->strict_decoding = true;
+    const heif_chroma layout = deep ? (alpha ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RRGGBB_LE)
+                                    : (alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB);
+    const AVPixelFormat format =
+        deep ? (alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE) : (alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24);
+    heif_image* decoded = nullptr;
+    Check(heif_decode_image(&handle, &decoded, heif_colorspace_RGB, layout, options.get()));
+    const HeifPtr<heif_image> image(decoded);
+    int pitch = 0;
+    const std::uint8_t* const pixels = heif_image_get_plane_readonly(image.get(), heif_channel_interleaved, &pitch);
+    if (!pixels) throw PictureFault("it has no pixels");
+    FramePtr frame = NewPicture(format, heif_image_get_primary_width(decoded), heif_image_get_primary_height(decoded));
+    const int rowBytes = av_image_get_linesize(format, frame->width, 0);
+    av_image_copy_plane(frame->data[0], frame->linesize[0], pixels, pitch, rowBytes, frame->height);
+    const int bits = heif_image_get_bits_per_pixel_range(decoded, heif_channel_interleaved);
+    for (int y = 0; deep && bits > 8 && bits < 16 && y < frame->height; ++y)
+        WidenRow(frame->data[0] + std::ptrdiff_t(y) * frame->linesize[0], rowBytes / 2, bits);
+    return frame;
+}
+
+class HeifPicture final : public PictureReader {
+ public:
+    explicit HeifPicture(FramePtr picture) : m_picture(std::move(picture)) {}
+    FramePtr Next() override { return std::move(m_picture); }
+    int Count() const override { return 1; }
+
+ private:
+    FramePtr m_picture;
+};
+
+}  // namespace
+
+bool IsHeifPicture(std::span<const std::uint8_t> head) {
+    constexpr std::string_view stills[] = {"heic", "heix", "heim", "heis", "mif1", "avif"};
+    constexpr std::size_t needed = 12;
+    const std::string_view text(reinterpret_cast<const char*>(head.data()), std::min(head.size(), needed));
+    return text.size() == needed && text.substr(4, 4) == "ftyp" &&
+           std::find(std::begin(stills), std::end(stills), text.substr(8)) != std::end(stills);
+}
+
+std::unique_ptr<PictureReader> OpenHeifPicture(std::span<const std::uint8_t> file) {
+    const HeifPtr<heif_context> context = Require<HeifPtr<heif_context>>(heif_context_alloc());
+    Check(heif_context_read_from_memory_without_copy(context.get(), file.data(), file.size(), nullptr));
+    heif_image_handle* primary = nullptr;
+    Check(heif_context_get_primary_image_handle(context.get(), &primary));
+    const HeifPtr<heif_image_handle> handle(primary);
+    FramePtr frame = Decode(*handle);
+    frame->color_range = AVCOL_RANGE_JPEG;
+    frame->colorspace = AVCOL_SPC_RGB;
+    if (const std::size_t size = heif_image_handle_get_raw_color_profile_size(handle.get()); size > 0)
+        if (AVFrameSideData* const data = av_frame_new_side_data(frame.get(), AV_FRAME_DATA_ICC_PROFILE, size))
+            Check(heif_image_handle_get_raw_color_profile(handle.get(), data->data));
+    frame->pts = 0;
+    frame->pkt_duration = PictureReader::stillDuration;
+    return std::make_unique<HeifPicture>(std::move(frame));
+}
+
+}  // namespace Nifikral

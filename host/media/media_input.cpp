@@ -1,0 +1,123 @@
+#include "host/media/media_input.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+#include "host/base/errors.h"
+#include "host/base/interruption.h"
+
+namespace Nifikral {
+namespace {
+
+namespace fs = std::filesystem;
+
+int OnWait(void*) { return IsInterrupted(); }
+
+[[noreturn]] void Refuse(const std::string& line) { throw HostError(ExitCode::Input, line); }
+
+bool IsAddress(const std::string& path) { return path.find("://") != std::string::npos; }
+
+// MP4 and QuickTime films are boxes one behind the other; without the one called "moov" no other means anything.
+void RefuseIndexAtEnd(StandardInput& input) {
+    constexpr std::size_t boxHead = 8, enough = 4096;
+    const auto type = [](std::span<const std::uint8_t> box) {
+        return box.size() < boxHead ? "" : std::string_view(reinterpret_cast<const char*>(box.data()) + 4, 4);
+    };
+    if (type(input.Peek(boxHead)) != "ftyp" && type(input.Peek(boxHead)) != "wide") return;
+    for (std::span<const std::uint8_t> rest = input.Peek(enough); !type(rest).empty();) {
+        if (type(rest) == "moov") return;
+        if (type(rest) == "mdat")
+            Refuse(
+                "stdin brings a film whose index lies behind its pictures, and a pipe does not go back; give the file "
+                "itself, or move its index first: ffmpeg -i IN -c copy -movflags +faststart OUT");
+        const std::size_t size = rest[0] << 24 | rest[1] << 16 | rest[2] << 8 | rest[3];
+        if (size < boxHead || size > rest.size()) return;
+        rest = rest.subspan(size);
+    }
+}
+
+}  // namespace
+
+bool IsPipe(const std::string& path) { return path == "-"; }
+
+void CheckLocalFile(const std::string& path) {
+    std::error_code error;
+    if (IsPipe(path) || IsAddress(path)) return;
+    if (!fs::exists(path, error)) Refuse(path + ": no such file; check the name");
+    if (fs::is_directory(path, error))
+        Refuse(path + " is a folder; name a file in it, or its pictures as " + path + "/%06d.png");
+    if (fs::is_regular_file(path, error) && fs::file_size(path, error) == 0)
+        Refuse(path + " is empty; nothing was ever written to it or its download failed");
+}
+
+InputPtr OpenInput(const std::string& path, const AVInputFormat* format, StandardInput* standardInput,
+                   const FfmpegListener& listener) {
+    if (standardInput) RefuseIndexAtEnd(*standardInput);
+    // Without the prefix a colon in a file's name would be taken for a protocol.
+    const bool plainFile = !IsPipe(path) && !IsAddress(path);
+    const std::string url = plainFile ? "file:" + path : IsPipe(path) ? "" : path;
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context) throw std::bad_alloc();
+    context->interrupt_callback.callback = OnWait;
+    context->pb = standardInput ? standardInput->Context() : nullptr;
+    AVDictionary* options = nullptr;
+    if (plainFile) av_dict_set(&options, "pattern_type", "none", 0);
+    int error = avformat_open_input(&context, url.c_str(), format, &options);
+    av_dict_free(&options);
+    InputPtr input(error < 0 ? nullptr : context);
+    // Any text file passes for terminal art.
+    const bool media = input && std::string(input->iformat->name) != "tty";
+    if (media) error = avformat_find_stream_info(input.get(), nullptr);
+    ThrowIfInterrupted();
+    if (const std::string& size = listener.SizeRefused(); !size.empty())
+        Refuse((standardInput ? "the picture from stdin" : path) + " is " + size +
+               " pixels large, and no more than about 260 million can be decoded; scale it down or cut it up");
+    if (media && error >= 0) return input;
+    const std::string& complaint = listener.Complaint();
+    const std::string reason = !complaint.empty() ? complaint : error < 0 ? ErrorText(error) : "it is text";
+    if (error == AVERROR(EACCES)) Refuse(path + ": permission denied; make it readable");
+    if (standardInput)
+        Refuse("stdin brings no picture or video that can be read in one pass (" + reason +
+               "); give a file, or a format made for pipes such as nut, matroska or y4m");
+    Refuse(path + " is no picture or video that can be read, or it is cut short (" + reason + "); give a media file");
+}
+
+bool HoldsPictureFiles(const AVFormatContext& input) {
+    const std::string_view format = input.iformat->name;
+    return format == "image2" || format.ends_with("_pipe");
+}
+
+std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, StandardInput* standardInput) {
+    if (standardInput)
+        return IsForPictureReader(standardInput->Peek(pictureHeadBytes)) ? OpenPictureReader(standardInput->ReadAll())
+                                                                         : nullptr;
+    std::ifstream file(path, std::ios::binary);
+    std::uint8_t head[pictureHeadBytes] = {};
+    file.read(reinterpret_cast<char*>(head), sizeof head);
+    return IsForPictureReader(head) ? OpenPictureReader(ReadWholeFile(path)) : nullptr;
+}
+
+InputPtr InputOf(const PictureReader& reader, const AVFrame& first) {
+    InputPtr input = Require<InputPtr>(avformat_alloc_context());
+    AVStream* const stream = avformat_new_stream(input.get(), nullptr);
+    if (!stream) throw std::bad_alloc();
+    stream->time_base = PictureReader::timeBase;
+    stream->nb_frames = reader.Count();
+    stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
+    stream->codecpar->width = first.width;
+    stream->codecpar->height = first.height;
+    stream->r_frame_rate = stream->avg_frame_rate = {PictureReader::timeBase.den, int(first.pkt_duration)};
+    return input;
+}
+
+std::vector<std::uint8_t> ReadWholeFile(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    std::vector<std::uint8_t> bytes(error ? 0 : std::size_t(size));
+    std::ifstream file(path, std::ios::binary);
+    if (!file.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(bytes.size()))) bytes.clear();
+    return bytes;
+}
+
+}  // namespace Nifikral

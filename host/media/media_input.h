@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/media/ffmpeg_handles.h"
+#include "host/media/ffmpeg_log.h"
+#include "host/media/picture_reader.h"
+#include "host/media/standard_input.h"
+
+/// Opening what is to be decoded. Everything throws input errors that name the file and the remedy.
+namespace Nifikral {
+
+/// Whether a path stands for stdin.
+bool IsPipe(const std::string& path);
+/// Refuses a file that is not there, or empty, or a folder.
+void CheckLocalFile(const std::string& path);
+
+/// Opens a file, an address or, for the path "-", stdin. With `format` null, what the file is shows in it. `listener`
+/// is the caller's on this thread.
+InputPtr OpenInput(const std::string& path, const AVInputFormat* format, StandardInput* standardInput,
+                   const FfmpegListener& listener);
+/// Whether each packet is a picture file of its own.
+bool HoldsPictureFiles(const AVFormatContext& input);
+
+/// The reader for a file or stdin; null where it is for FFmpeg.
+std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, StandardInput* standardInput);
+/// A container without packets for what a reader brings, of pictures like `first`.
+InputPtr InputOf(const PictureReader& reader, const AVFrame& first);
+
+/// All of a file; empty where it cannot be read.
+std::vector<std::uint8_t> ReadWholeFile(const std::string& path);
+
+}  // namespace Nifikral
