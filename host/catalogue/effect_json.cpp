@@ -51,9 +51,7 @@ Json ParameterJson(const ParameterDetails& parameter) {
     return json;
 }
 
-}  // namespace
-
-std::string EffectsAsJson(std::span<const EffectDetails> effects) {
+Json DocumentOf(std::span<const EffectDetails> effects) {
     Json all = {{"version", documentVersion}, {"effects", Json::array()}};
     for (const EffectDetails& effect : effects) {
         Json json = {{"name", effect.name},       {"category", effect.info.category}, {"summary", effect.info.summary},
@@ -67,7 +65,19 @@ std::string EffectsAsJson(std::span<const EffectDetails> effects) {
             json["parameters"].push_back(ParameterJson(parameter));
         all["effects"].push_back(json);
     }
-    return all.dump(2) + "\n";
+    return all;
+}
+
+}  // namespace
+
+std::string EffectsAsJson(std::span<const EffectDetails> effects) { return DocumentOf(effects).dump(2) + "\n"; }
+
+std::string EffectsAsJson(std::span<const EffectDetails> effects, std::span<const Preset> presets) {
+    Json all = DocumentOf(effects);
+    all["presets"] = Json::array();
+    for (const Preset& preset : presets)
+        all["presets"].push_back({{"name", preset.name}, {"meaning", preset.meaning}, {"requests", preset.requests}});
+    return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace Nifikral

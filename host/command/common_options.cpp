@@ -1,16 +1,31 @@
 #include "host/command/common_options.h"
 
+#include <algorithm>
+#include <sstream>
+
+#include "host/base/nearest_names.h"
 #include "host/catalogue/catalogue.h"
 #include "host/films/film_profile.h"
 
 namespace Nifikral {
 
-void Take(CommandLine& line, CLI::Option* option, const std::vector<std::string>& words) {
+void Take(CommandLine& line, CLI::Option* option, const std::vector<std::string>& words, bool bearsOthers) {
     std::string text = option->get_description();
     for (const std::string& word : words)
         text += (&word == &words.front() ? ": " : &word == &words.back() ? " or " : ", ") + word;
     option->description(text);
     line.words[option] = words;
+    if (words.empty() || bearsOthers) return;
+    option->check([words](const std::string& value) {
+        std::istringstream given(value);
+        for (std::string word; given >> word;) {
+            if (std::find(words.begin(), words.end(), word) != words.end()) continue;
+            std::string line = "\"" + word + "\" is not one of ";
+            for (const std::string& known : words) line.append(&known == &words.front() ? "" : ", ").append(known);
+            return line + DidYouMean(word, words);
+        }
+        return std::string();
+    });
 }
 
 std::vector<std::string> WordsOf(const char* effect, const char* parameter) {

@@ -11,8 +11,9 @@ namespace Nifikral {
 inline constexpr char makingCommands[] = "Make pictures and films", findingCommands[] = "Find effects",
                       sharingCommands[] = "Share a long run out", otherCommands[] = "More";
 
-/// Words for an option, named in its help: "fit: pad, crop or blur".
-void Take(CommandLine& line, CLI::Option* option, const std::vector<std::string>& words);
+/// Words for an option, named in its help: "fit: pad, crop or blur"; any others are refused, unless it
+/// bears them.
+void Take(CommandLine& line, CLI::Option* option, const std::vector<std::string>& words, bool bearsOthers = false);
 /// The words that a text parameter of an effect takes, and the range that a number makes sense in.
 std::vector<std::string> WordsOf(const char* effect, const char* parameter);
 CLI::Range RangeOf(const char* effect, const char* parameter);

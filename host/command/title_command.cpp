@@ -21,10 +21,11 @@ void AddTitle(CommandLine& line) {
         ->required();
     title->add_option("--face", options.face, "font family");
     Take(line, title->add_option("--style", options.style, "any of these words")->type_name("STYLE"),
-         WordsOf("title", "fontstyle"));
+         WordsOf("title", "fontstyle"), true);
     title->add_option("--size", options.size, "of the font, in pixels (default: a twelfth of the height)")
         ->check(CLI::Range(1, 1000));
-    title->add_option("--color", options.colour, "of the letters")->type_name("#RRGGBB");
+    title->add_option("--color", options.colour, "of the letters: a name such as red, #rgb or #rrggbb")
+        ->type_name("COLOR");
     Take(line,
          title->add_option("--place", options.place, "where it stands")->capture_default_str()->type_name("PLACE"),
          TitlePlaces());

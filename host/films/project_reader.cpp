@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "host/base/colour_text.h"
 #include "host/base/errors.h"
 #include "host/base/nearest_names.h"
 
@@ -140,14 +141,9 @@ AVRational ProjectItem::FrameRate() const {
 }
 
 unsigned ProjectItem::Colour() const {
-    if (*this && m_value->is_string()) {
-        const std::string text = m_value->get<std::string>();
-        unsigned colour = 0;
-        const char* const end = text.data() + text.size();
-        if (text.size() == 7 && text[0] == '#' && std::from_chars(text.data() + 1, end, colour, 16).ptr == end)
-            return colour;
-    }
-    Expect("a colour as \"#rrggbb\", red, green and blue in hexadecimal digits");
+    if (*this && m_value->is_string())
+        if (const auto colour = ParseColour(m_value->get<std::string>())) return *colour;
+    Expect("a colour: a name such as \"red\", \"#rgb\" or \"#rrggbb\"");
     return 0;
 }
 

@@ -70,7 +70,7 @@ class ProjectItem {
     std::vector<int> Integers(const char* shape, const Limits& limits = {}) const;
     /// Frames a second: a number, where 29.97 and the like mean 30000/1001, or a text "N/D".
     AVRational FrameRate() const;
-    /// "#rrggbb" as one number.
+    /// A colour, as ParseColour knows them.
     unsigned Colour() const;
 
  private:

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <sstream>
 
+#include "host/base/colour_text.h"
 #include "host/base/errors.h"
 #include "host/films/film.h"
 #include "host/films/text_renderer.h"
@@ -81,6 +82,14 @@ Schedule ScheduleOverStill(const MediaSource& source, const TitleOptions& option
     return when;
 }
 
+// As the title takes it; empty for its own.
+std::string ColourOf(const std::string& text) {
+    if (text.empty()) return {};
+    const std::optional<std::uint32_t> colour = ParseColour(text);
+    if (!colour) throw HostError(ExitCode::Usage, "--color " + text + " is no colour" + ColourRemedy(text));
+    return ColourText(*colour);
+}
+
 using Settings = std::vector<std::pair<std::string, std::string>>;
 
 Settings Look(const TitleOptions& options) {
@@ -90,8 +99,9 @@ Settings Look(const TitleOptions& options) {
                      {"align", place.align},
                      {"valign", place.valign}};
     for (const auto& [name, value] :
-         {std::pair("face", options.face), std::pair("fontstyle", options.style), std::pair("color", options.colour),
-          std::pair("inMotion", options.inMotion), std::pair("outMotion", options.outMotion)})
+         {std::pair("face", options.face), std::pair("fontstyle", options.style),
+          std::pair("color", ColourOf(options.colour)), std::pair("inMotion", options.inMotion),
+          std::pair("outMotion", options.outMotion)})
         if (!value.empty()) look.emplace_back(name, value);
     return look;
 }

@@ -4,9 +4,9 @@
 
 #include "host/base/errors.h"
 #include "host/catalogue/effect_json.h"
+#include "host/catalogue/presets.h"
 #include "host/pages/completion.h"
 #include "host/pages/man_page.h"
-#include "host/run/presets.h"
 
 namespace Nifikral {
 namespace {

@@ -11,8 +11,8 @@
 #include "host/catalogue/effect_details.h"
 #include "host/catalogue/effect_json.h"
 #include "host/catalogue/effect_search.h"
+#include "host/catalogue/presets.h"
 #include "host/films/menu_project.h"
-#include "host/run/presets.h"
 
 namespace Nifikral {
 namespace {
@@ -37,7 +37,10 @@ std::string ListEffects(const EffectModule& module, const ListOptions& options) 
     std::vector<EffectDetails> effects;
     for (EffectDetails& effect : AllEffects(module))
         if (Mentions(effect.info, query) && !query.starts_with('@')) effects.push_back(std::move(effect));
-    if (options.json) return EffectsAsJson(effects);
+    std::vector<Preset> presets = Presets(options.presets).All();
+    std::erase_if(presets,
+                  [&](const Preset& preset) { return !Mentions(preset.name + " preset " + preset.meaning, query); });
+    if (options.json) return EffectsAsJson(effects, presets);
     std::map<std::string, std::ostringstream> lines;
     std::vector<std::string> categories;
     const auto add = [&](const std::string& category, const char* sign, const std::string& name,
@@ -49,10 +52,7 @@ std::string ListEffects(const EffectModule& module, const ListOptions& options) 
                         << (options.names ? "" : meaning) << "\n";
     };
     for (const EffectDetails& effect : effects) add(effect.info.category, "", effect.name, effect.info.summary);
-    const Presets presets(options.presets);
-    for (const Preset& preset : presets.All())
-        if (Mentions(preset.name + " preset " + preset.meaning, query))
-            add("Presets", "@", preset.name, preset.meaning);
+    for (const Preset& preset : presets) add("Presets", "@", preset.name, preset.meaning);
     if (categories.empty())
         throw HostError(ExitCode::Usage, "nothing is known by \"" + query + "\"" + DidYouMean(query, AllSynonyms()) +
                                              " (nifikral list shows all)");

@@ -12,7 +12,7 @@ extern "C" {
 #include "host/catalogue/catalogue.h"
 #include "host/run/chunks.h"
 #include "host/run/effect_workers.h"
-#include "host/run/presets.h"
+#include "host/run/request_chain.h"
 #include "host/run/run.h"
 
 namespace Nifikral {

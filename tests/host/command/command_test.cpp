@@ -59,6 +59,8 @@ TEST_F(BadInputs, OfEffectsAndNumbersAreUsageErrors) {
             {"apply in.mkv out.png gray", 2, {"out_%06d.png", "--frames"}},
             {"apply in.mkv in.mkv gray -y", 2, {"input itself"}},
             {"apply in.mkv out.mkv menu_common", 2, {"no effect on pictures", "nifikral menu menu_common"}},
+            {"slideshow in.mkv -o out.mkv --transitions dissolve", 2, {"\"dissolve\"", "crossfade, push, wipe"}},
+            {"slideshow in.mkv -o out.mkv --motion none,zomin", 2, {"\"zomin\"", "did you mean zoomin?"}},
             {"apply in.mkv", 2, {"--help"}},
             {"info nosuch", 2, {"nosuch"}}});
 }

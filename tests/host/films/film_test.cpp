@@ -121,7 +121,12 @@ TEST_F(FilmTest, ATitleCountsFromTheFirstFrameAndKeepsWhatIsBeforeIt) {
               "nifikral: error: the title is no UTF-8 (byte 4 is 0xe9); type it in a terminal that is set to UTF-8, or "
               "convert it with iconv -t UTF-8\n");
     EXPECT_EQ(Nifikral(title + "out.mkv --place center").exitCode, 2);
-    EXPECT_EQ(Nifikral(title + "out.mkv --color red").exitCode, 2);
+    EXPECT_EQ(Nifikral(title + "red.mkv --color #ff0000").exitCode, 0);
+    EXPECT_EQ(Nifikral(title + "named.mkv --color Red").exitCode, 0);
+    EXPECT_EQ(RawPictures("named.mkv", "yuv420p"), RawPictures("red.mkv", "yuv420p"));
+    const Outcome rad = Nifikral(title + "out.mkv --color rad");
+    EXPECT_EQ(rad.exitCode, 2);
+    EXPECT_NE(rad.errors.find("did you mean red?"), std::string::npos) << rad.errors;
 }
 
 }  // namespace

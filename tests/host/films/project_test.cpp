@@ -43,7 +43,7 @@ TEST_F(Project, BecomesThePropertiesOfTheModuleInTheirOrder) {
         "maskPaths": ["", "a.png"], "endTrans": [255, 100],
         "textInfos": [
             {"text": "still, 'quoted' <b>", "face": "DejaVu Sans", "fontstyle": "bold", "size": 20,
-             "color": "#ff0010", "box": [1, 2, 3, 4], "show": [0, 9]},
+             "color": "Navy", "box": [1, 2, 3, 4], "show": [0, 9]},
             {"text": "moving", "size": 30, "box": [5, 6],
              "move": {"end": [7, 8], "formula": [9, 10], "speed": -11}}]})");
     EXPECT_EQ(project.film.frames, 60);
@@ -56,7 +56,7 @@ TEST_F(Project, BecomesThePropertiesOfTheModuleInTheirOrder) {
                             {"sourcePath", at + "a.png"},
                             {"textNumber", "2"},
                             {"textInfos",
-                             "still, 'quoted' <b>;DejaVu Sans;bold;20;255;0;16;1;2;3;4;false;true;1;10\\"
+                             "still, 'quoted' <b>;DejaVu Sans;bold;20;0;0;128;1;2;3;4;false;true;1;10\\"
                              "moving;;;30;255;255;255;5;6;0;0;true;7;8;9;10;-11;0"},
                             {"additionSourceNumber", "2"},
                             {"isAdditionSourceImages", "true;false"},
@@ -80,7 +80,7 @@ TEST_F(Project, TellsAllFaultsAtOnceWithTheItemAndTheRemedy) {
         "additionSourcePaths": ["a.png", "empty.png", "x;y.png"],
         "additionSourceSizes": [[10, 0], [10], [99999, 10]],
         "startPositions": [[1, 2]], "moveSpeeds": [1, 2, 3.5], "startTrans": [256, 0, 0],
-        "textInfos": [{"text": "a;b", "size": 0, "color": "red", "box": [1, 2, 3], "font": "Arial"},
+        "textInfos": [{"text": "a;b", "size": 0, "color": "rod", "box": [1, 2, 3], "font": "Arial"},
                       {"text": "c\\d", "size": 20, "box": [1, 2], "fontstyle": 3, "face": "it's"}]})",
                   ExitCode::Usage,
                   {"template: is \"menu_travel\"",
@@ -101,7 +101,7 @@ TEST_F(Project, TellsAllFaultsAtOnceWithTheItemAndTheRemedy) {
                    "startTrans[0]: is 256; give",
                    "textInfos[0].text: \"a;b\" holds ';'",
                    "textInfos[0].size: is 0",
-                   "textInfos[0].color: is \"red\"",
+                   "textInfos[0].color: is \"rod\"",
                    "textInfos[0].box: is [1,2,3]",
                    "textInfos[0].font: is no key",
                    "textInfos[1].text: \"c\\d\" holds '\\'",

@@ -205,6 +205,7 @@ TEST_F(PresetFiles, AreListedAndPrinted) {
     EXPECT_NE(list.find("  @night                    a dark negative\n"), std::string::npos) << list;
     EXPECT_EQ(list.find("gray"), std::string::npos) << list;
     EXPECT_NE(Nifikral("list --names").output.find("\n@night\n"), std::string::npos);
+    EXPECT_NE(Nifikral("list @night --json").output.find("\"meaning\": \"a dark negative\""), std::string::npos);
     EXPECT_NE(Nifikral("info @dream").output.find("gray"), std::string::npos) << "one's own replaces the built-in one";
     EXPECT_NE(Nifikral("generate presets").output.find("dream = portrait"), std::string::npos);
 }
