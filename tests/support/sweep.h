@@ -25,6 +25,7 @@ inline Settings Numbers(const std::string& prefix, std::initializer_list<std::pa
     return settings;
 }
 
+/// All of them in a line, for messages.
 inline std::string Describe(const Settings& settings) {
     std::string text;
     for (const auto& [name, value] : settings) text += " " + name + "=" + value;
@@ -60,6 +61,7 @@ void UnderEachSet(Use use) {
         if (IsUsable(set)) use(set);
 }
 
+/// Limits an effect of the table to an instruction set that this machine has.
 inline void Limit(IVideoProc& effect, InstructionSet set) {
     dynamic_cast<CBasedVideoImageEffect&>(effect).UseInstructionSet(set);
 }

@@ -1,93 +1,74 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <limits>
 
-#include "tests/support/grids.h"
+#include "tests/support/place_bits.h"
+#include "tests/support/sweep.h"
 
 namespace AVBased::Testing {
 namespace {
 
-Settings Grain(int strength, int colour, unsigned seed) {
-    return {{"addnoise_strength", std::to_string(strength)},
-            {"addnoise_color", std::to_string(colour)},
-            {"addnoise_seed", std::to_string(seed)}};
+Settings Grain(int strength, int colour, int seed) {
+    return Numbers("addnoise_", {{"strength", strength}, {"color", colour}, {"seed", seed}});
 }
 
-TestFrame Grained(TestFrame frame, const Settings& settings, int position = 0) {
-    Apply(*MakeEffect("addnoise", settings), frame, position);
-    return frame;
+// Grainiest between black and white.
+int Grained(int sample, int tone, std::uint32_t bits, int gain) {
+    const int grain = int((bits & 255) + (bits >> 8 & 255) + (bits >> 16 & 255) + (bits >> 24)) - 510;
+    const int slope = (128 + (tone * (255 - tone) >> 7)) * 256 * gain >> 16;
+    return std::clamp(sample + (((8 * grain * slope >> 14) + 1) >> 1), 0, 255);
 }
-
-struct Moments {
-    double mean = 0, deviation = 0;
-
-    explicit Moments(const Grid& grid, unsigned channel = 0) {
-        double count = 0, squares = 0;
-        for (const auto& row : grid)
-            for (const unsigned sample : row) {
-                const int value = Byte(sample, channel);
-                mean += value;
-                squares += value * value;
-                ++count;
-            }
-        mean /= count;
-        deviation = std::sqrt(squares / count - mean * mean);
-    }
-};
 
 TEST(AddNoise, GrainIsThatOfTheSeedThePositionAndThePlace) {
-    TestFrame frame(0, 6, 2);
-    frame.SetSamples(0, {{255, 255, 255, 255, 255, 255}, {128, 128, 128, 128, 128, 128}});
-    frame.SetSamples(1, {{128, 128, 128}});
-    frame.SetSamples(2, {{128, 128, 128}});
-    const TestFrame grained = Grained(frame, Grain(40, 0, 7), 3);
-    EXPECT_EQ(grained.Samples(0), (Grid{{255, 255, 251, 255, 254, 255}, {194, 152, 103, 162, 184, 95}}));
-    EXPECT_EQ(grained.Samples(1), frame.Samples(1));
-    // Chroma of 2 x 2 pixels, weighed by the first of them.
-    frame.SetSamples(0, {{0, 9, 128, 9, 255, 9}, {9, 9, 9, 9, 9, 9}});
-    EXPECT_EQ(Grained(frame, Grain(40, 1, 7), 3).Samples(1), (Grid{{126, 124, 135}}));
-
-    TestFrame packed(30, 2, 1);
-    packed.SetSamples(0, {{0x77FA800A, 0x33FA800A}});
-    EXPECT_EQ(Grained(packed, Grain(40, 1, 0), -1).Samples(), (Grid{{0x77FF651D, 0x33F76B00}}));
+    SweepFrames(693, [](const TestFrame& frame, std::mt19937& random) {
+        static constexpr int chromaUnits[] = {16, 11, 8, 6, 4};
+        const int strength = Between(-2, random() % 8 ? 60 : 300, random), gain = std::clamp(strength, 0, 255);
+        const bool coloured = random() % 2;
+        const int seed = int(random()), position = Between(-3, 1000, random);
+        const Picture from(frame);
+        Picture to = from;
+        for (unsigned p = 0; p < (from.packed || coloured ? 3 : 1); ++p)
+            to.planes[p] = from.planes[p].Like([&](int x, int y) {
+                const int unit = from.packed ? 28
+                                 : p == 0    ? (coloured ? 16 : 24)
+                                             : chromaUnits[from.columnShift + from.rowShift];
+                const int sample = from.planes[p](x, y);
+                const int tone =
+                    from.IsChroma(p) ? from.planes[0].Near(x << from.columnShift, y << from.rowShift) : sample;
+                return Grained(sample, tone, PlaceBits(seed, position, coloured ? p : 0, x, y), unit * gain);
+            });
+        ExpectEffect("addnoise", Grain(strength, coloured, seed), frame, to, 0, position);
+    });
 }
 
 TEST(AddNoise, DeviatesByTheStrengthInMiddleTonesAndHalfOfItInWhite) {
     TestFrame frame(30, 256, 200);
+    const auto expectMoments = [&](int tone, int strength, double mean, double deviation) {
+        frame.Fill(0, unsigned(tone));
+        Apply(*MakeEffect("addnoise", Grain(strength, 0, 1)), frame, 0);
+        const std::vector<int> values = Picture(frame).planes[2].samples;
+        double sum = 0, squares = 0;
+        for (const int value : values) sum += value, squares += value * value;
+        sum /= double(values.size());
+        EXPECT_NEAR(sum, mean, 0.02 * strength);
+        EXPECT_NEAR(std::sqrt(squares / double(values.size()) - sum * sum), deviation, 0.04 * strength);
+    };
     for (const int strength : {4, 30}) {
-        frame.Fill(0, 128);
-        const Moments middle(Grained(frame, Grain(strength, 0, 1)).Samples(), 2);
-        EXPECT_NEAR(middle.mean, 128, 0.02 * strength);
-        EXPECT_NEAR(middle.deviation, strength, 0.03 * strength);
-        frame.Fill(0, 255);
+        expectMoments(128, strength, 128, strength);
         // Half of the grain is cut off, which leaves a mean of 0.399 and a deviation of 0.584 of the uncut one.
-        const Moments white(Grained(frame, Grain(strength, 0, 1)).Samples(), 1);
-        EXPECT_NEAR(white.mean, 255 - 0.399 * strength / 2, 0.05 * strength);
-        EXPECT_NEAR(white.deviation, 0.584 * strength / 2, 0.05 * strength);
+        expectMoments(255, strength, 255 - 0.399 * strength / 2, 0.584 * strength / 2);
     }
 }
 
-TEST(AddNoise, ColoursAndFramesHaveGrainOfTheirOwn) {
-    const auto difference = [](const Grid& a, unsigned channelA, const Grid& b, unsigned channelB) {
-        Grid distances = a;
-        for (unsigned y = 0; y < a.size(); ++y)
-            for (unsigned x = 0; x < a[y].size(); ++x)
-                distances[y][x] = unsigned(128 + Byte(a[y][x], channelA) - Byte(b[y][x], channelB));
-        return Moments(distances).deviation;
-    };
-    TestFrame frame(30, 256, 100);
+TEST(AddNoise, TakesAMissingPositionFromTheFramesTimeStamp) {
+    TestFrame frame(30, 16, 4);
     frame.Fill(0, 128);
-    const Grid plain = Grained(frame, Grain(20, 0, 5), 1).Samples();
-    EXPECT_EQ(difference(plain, 0, plain, 2), 0);
-    EXPECT_NEAR(difference(plain, 0, Grained(frame, Grain(20, 0, 5), 2).Samples(), 0), 28.3, 1);
-    EXPECT_NEAR(difference(plain, 0, Grained(frame, Grain(20, 0, 6), 1).Samples(), 0), 28.3, 1);
-    const Grid coloured = Grained(frame, Grain(20, 1, 5), 1).Samples();
-    EXPECT_NEAR(difference(coloured, 0, coloured, 1), 28.3, 1);
-    EXPECT_NEAR(difference(coloured, 1, coloured, 2), 28.3, 1);
-
     frame.SetTimeStamp(2);
-    EXPECT_EQ(Grained(frame, Grain(20, 0, 5), std::numeric_limits<int>::min()), Grained(frame, Grain(20, 0, 5), 2));
+    const auto grained = [&](int position) {
+        TestFrame result = frame;
+        Apply(*MakeEffect("addnoise"), result, position);
+        return result;
+    };
+    EXPECT_EQ(grained(std::numeric_limits<int>::min()), grained(2));
 }
 
 }  // namespace
