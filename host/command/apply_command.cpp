@@ -17,7 +17,7 @@ void AddApply(CommandLine& line) {
     apply->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
     apply
         ->add_option("OUT", options.run.output.path,
-                     "by its extension a video (the sound is copied) or a picture; out_%06d.png for one a frame; - for "
+                     "by its extension a video (with its sound) or a picture; out_%06d.png for one a frame; - for "
                      "stdout")
         ->required();
     apply

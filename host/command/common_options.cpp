@@ -5,7 +5,7 @@
 
 #include "host/base/nearest_names.h"
 #include "host/catalogue/catalogue.h"
-#include "host/films/film_profile.h"
+#include "host/media/film_profile.h"
 
 namespace Nifikral {
 
@@ -56,6 +56,12 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
     app.add_option("--format", options.pixelFormat,
                    "the pixel format that the module sees: a code or FFmpeg's name (default: the nearest)")
         ->type_name("FORMAT");
+    Take(line,
+         app.add_option("--profile", options.profile,
+                        "size, frame rate and shape of the pixels of a film (with pal or ntsc an .mpg or .vob is as "
+                        "video DVDs want it)")
+             ->type_name("PROFILE"),
+         ProfileNames());
     app.add_option("--frames", options.frames, "only frames A-B, counted from 0, both included")->type_name("A-B");
     app.add_option("--chunk", options.chunk,
                    "only the run's frames A-B, without sound, to be joined by nifikral concat; nifikral plan tells how")
@@ -92,12 +98,6 @@ void AddFilmOutput(CLI::App& app, FilmOptions& options) {
 }
 
 void AddFilmOptions(CLI::App& app, CommandLine& line, FilmOptions& options) {
-    Take(line,
-         app.add_option("--profile", options.profile,
-                        "size, frame rate and shape of the pixels (with pal or ntsc an .mpg is as video DVDs want "
-                        "it)")
-             ->type_name("PROFILE"),
-         ProfileNames());
     app.add_option("--audio", options.sound, "a file whose sound goes with the film")->type_name("FILE");
     app.add_option("--audio-fade", options.fade, "seconds in which the sound fades out at the end")
         ->capture_default_str()

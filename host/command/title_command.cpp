@@ -17,7 +17,7 @@ void AddTitle(CommandLine& line) {
     title->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
     title
         ->add_option("OUT", options.run.output.path,
-                     "a video (the sound is copied) or a picture; out_%06d.png for one a frame; - for stdout")
+                     "a video (with its sound) or a picture; out_%06d.png for one a frame; - for stdout")
         ->required();
     title->add_option("--face", options.face, "font family");
     Take(line, title->add_option("--style", options.style, "any of these words")->type_name("STYLE"),

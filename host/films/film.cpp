@@ -28,12 +28,9 @@ namespace {
 // How the output has the film: pictures in square pixels, videos as the profile wants them.
 OutputTraits StoredTraits(const Film& film, const OutputOptions& output, AVPixelFormat preferred) {
     const FilmProfile* const profile = IsPictureOutput(output) ? nullptr : film.profile;
-    if (IsProgramStream(output) && !(profile && profile->dvd))
-        PrintWarning(output.path + " is not as video DVDs want it; --profile pal-16:9, ntsc-4:3 and so on make it so");
     if (!profile) return TraitsOfFilm(film.width, film.height, film.frameRate, preferred);
     OutputTraits traits = TraitsOfFilm(profile->width, profile->height, film.frameRate, preferred);
     traits.pixelAspect = profile->PixelAspect();
-    traits.dvd = profile->dvd;
     return traits;
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/catalogue/effect_module.h"
-#include "host/films/film_profile.h"
+#include "host/media/film_profile.h"
 #include "host/run/run_options.h"
 
 namespace Nifikral {
@@ -15,7 +15,6 @@ namespace Nifikral {
 /// What commands that make films are told.
 struct FilmOptions {
     RunOptions run;
-    std::string profile;  ///< a name, or empty
     std::string sound;    ///< a file, or empty
     double fade = 2;      ///< seconds in which the sound fades out
     std::string length;   ///< seconds, "audio" for the sound's, or empty

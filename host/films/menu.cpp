@@ -1,9 +1,9 @@
 #include "host/films/menu.h"
 
-#include "host/catalogue/catalogue.h"
 #include "host/base/errors.h"
-#include "host/films/menu_project.h"
 #include "host/base/nearest_names.h"
+#include "host/catalogue/catalogue.h"
+#include "host/films/menu_project.h"
 
 namespace Nifikral {
 namespace {
@@ -34,7 +34,7 @@ void RequireMenuTemplate(const std::string& name, const EffectModule& module) {
 void RenderMenu(const MenuOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);
     Faults faults(options.project);
-    const FilmProfile* const profile = RequireProfile(options.film.profile);
+    const FilmProfile* const profile = RequireProfile(options.film.run.profile);
     MenuProject project = ReadMenuProject(options.project, options.templateName, profile, faults);
     if (const std::string side = OddSide(project.film, options.film.run.output); !side.empty())
         faults.Add(side, "is odd, and videos need even sides; give one more or make pictures");

@@ -41,7 +41,7 @@ AVRational ReadFrameRate(const std::string& text) {
 Film ShapeOfFilm(const SlideshowOptions& options) {
     Film film;
     film.seeks = true;
-    film.profile = RequireProfile(options.film.profile);
+    film.profile = RequireProfile(options.film.run.profile);
     if (film.profile) {
         film.width = film.profile->SquareWidth();
         film.height = film.profile->height;

@@ -49,24 +49,11 @@ std::vector<AVPixelFormat> Formats(const AVCodec& codec, const Encoder::Purpose&
     return formats;
 }
 
-AVPixelFormat ChooseFormat(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose) {
-    std::vector<AVPixelFormat> formats = Formats(codec, purpose);
-    AVPixelFormat wanted = traits.preferred;
-    if (Is(codec, {"libx264", "libx265"})) {
-        // Widely played formats only, and these have no half chroma sample.
-        const bool odd = traits.source.width % 2 || traits.source.height % 2;
-        if (IsRgb(wanted)) wanted = AV_PIX_FMT_YUV420P;
-        if (odd) wanted = AV_PIX_FMT_YUV444P;
-    } else if (Is(codec, {"libwebp", "libwebp_anim"})) {
-        wanted = AV_PIX_FMT_BGRA;
-    } else if (IsJpeg(codec)) {
-        formats = {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV444P};
-    } else if (purpose.still && !IsRgb(wanted)) {
-        wanted = HasAlpha(wanted) ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24;
-    }
-    if (formats.empty() || std::find(formats.begin(), formats.end(), wanted) != formats.end()) return wanted;
-    formats.push_back(AV_PIX_FMT_NONE);
-    return avcodec_find_best_pix_fmt_of_list(formats.data(), wanted, HasAlpha(wanted), nullptr);
+// Those whose streams are to be played everywhere, which colours at every pixel would prevent.
+bool IsForAllPlayers(const AVCodec& codec) {
+    constexpr AVCodecID codecs[] = {AV_CODEC_ID_H264, AV_CODEC_ID_HEVC, AV_CODEC_ID_VP8,
+                                    AV_CODEC_ID_VP9,  AV_CODEC_ID_AV1,  AV_CODEC_ID_MPEG2VIDEO};
+    return std::find(std::begin(codecs), std::end(codecs), codec.id) != std::end(codecs);
 }
 
 PictureShape ChooseShape(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose) {
@@ -81,6 +68,24 @@ PictureShape ChooseShape(const AVCodec& codec, const OutputTraits& traits, const
 }
 
 }  // namespace
+
+AVPixelFormat ChooseFormat(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose) {
+    std::vector<AVPixelFormat> formats = Formats(codec, purpose);
+    AVPixelFormat wanted = traits.preferred;
+    if (IsForAllPlayers(codec)) {
+        if (IsRgb(wanted)) wanted = AV_PIX_FMT_YUV420P;
+        if (traits.dvd) wanted = AV_PIX_FMT_YUV420P;
+    } else if (Is(codec, {"libwebp", "libwebp_anim"})) {
+        wanted = AV_PIX_FMT_BGRA;
+    } else if (IsJpeg(codec)) {
+        formats = {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV444P};
+    } else if (purpose.still && !IsRgb(wanted)) {
+        wanted = HasAlpha(wanted) ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24;
+    }
+    if (formats.empty() || std::find(formats.begin(), formats.end(), wanted) != formats.end()) return wanted;
+    formats.push_back(AV_PIX_FMT_NONE);
+    return avcodec_find_best_pix_fmt_of_list(formats.data(), wanted, HasAlpha(wanted), nullptr);
+}
 
 const AVCodec& FindEncoder(const std::string& name, AVCodecID usual) {
     const AVCodec* const codec =

@@ -34,6 +34,9 @@ class Encoder {
     std::int64_t m_lastTime = AV_NOPTS_VALUE;
 };
 
+/// The layout in which an encoder is to get pictures.
+AVPixelFormat ChooseFormat(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose);
+
 /// The encoder by name, or the usual one. Throws a usage error for a name that there is none of.
 const AVCodec& FindEncoder(const std::string& name, AVCodecID usual);
 

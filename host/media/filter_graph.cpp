@@ -33,7 +33,8 @@ FilterGraph::FilterGraph(AVMediaType type, const std::string& source, const std:
     Check(error);
 }
 
-void FilterGraph::Put(AVFrame* frame) { Check(av_buffersrc_add_frame(m_in, frame)); }
+void FilterGraph::Put(AVFrame& frame) { Check(av_buffersrc_add_frame(m_in, &frame)); }
+void FilterGraph::End(std::int64_t time) { Check(av_buffersrc_close(m_in, time, 0)); }
 
 FramePtr FilterGraph::Take() {
     FramePtr frame = NewFrame();

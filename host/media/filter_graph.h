@@ -18,8 +18,10 @@ class FilterGraph {
     /// `source` describes what comes in, as the filter "buffer" wants it for pictures and "abuffer" for sound.
     FilterGraph(AVMediaType type, const std::string& source, const std::string& filters, std::string purpose);
 
-    /// The frame's content goes over to the graph. Null: nothing comes behind.
-    void Put(AVFrame* frame);
+    /// The frame's content goes over to the graph.
+    void Put(AVFrame& frame);
+    /// Nothing comes behind; `time` is the last frame's end.
+    void End(std::int64_t time);
     /// The next frame that is ready; null when there is none before more is put in.
     FramePtr Take();
 

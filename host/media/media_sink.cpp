@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "host/base/errors.h"
+#include "host/base/log.h"
+#include "host/media/film_profile.h"
 #include "host/media/picture_sink.h"
 #include "host/media/video_sink.h"
 
@@ -19,9 +21,25 @@ bool IsPictureFile(const std::string& path, const AVOutputFormat* format) {
 const AVOutputFormat* FindFormat(const OutputOptions& options) {
     std::string name = options.format;
     if (name.empty() && options.path == "-") name = "nut";
-    if (name.empty()) return av_guess_format(nullptr, options.path.c_str(), nullptr);
-    const AVOutputFormat* const format = av_guess_format(name.c_str(), nullptr, nullptr);
-    return format ? format : av_guess_format(nullptr, ("." + name).c_str(), nullptr);
+    const AVOutputFormat* format = name.empty() ? nullptr : av_guess_format(name.c_str(), nullptr, nullptr);
+    if (format) return format;
+    format = av_guess_format(nullptr, (name.empty() ? options.path : "." + name).c_str(), nullptr);
+    // By their extensions these would be streams of the first MPEG, or for discs that no one makes any more.
+    const bool program =
+        format && (format->name == std::string_view("mpeg") || format->name == std::string_view("svcd"));
+    return program ? av_guess_format("vob", nullptr, nullptr) : format;
+}
+
+// Whether pictures are stored, or will be by their profile, as a video DVD has them.
+bool FitsDvd(const OutputTraits& traits) {
+    if (traits.profile) return traits.profile->dvd;
+    for (const std::string& name : ProfileNames()) {
+        const FilmProfile& profile = *FindProfile(name);
+        if (profile.dvd && profile.width == traits.source.width && profile.height == traits.source.height &&
+            av_cmp_q(profile.frameRate, traits.frameRate) == 0)
+            return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -74,16 +92,22 @@ bool IsNumberedOutput(const OutputOptions& options) {
     return IsPictureOutput(options) && av_filename_number_test(options.path.c_str());
 }
 
-bool IsProgramStream(const OutputOptions& options) {
-    constexpr std::string_view names[] = {"mpeg", "vob", "dvd", "svcd", "vcd"};
-    const AVOutputFormat* const format = FindFormat(options);
-    return format && std::find(std::begin(names), std::end(names), format->name) != std::end(names);
-}
-
-std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& traits, bool tryOnly) {
-    if (IsPictureOutput(options)) return OpenPictureSink(options, traits);
+std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTraits& given, bool tryOnly) {
+    if (IsPictureOutput(options)) {
+        if (given.profile)
+            throw HostError(ExitCode::Usage, "--profile is for films, and " + options.path + " is a picture");
+        return OpenPictureSink(options, given);
+    }
     const AVOutputFormat* format = FindFormat(options);
-    if (traits.dvd && IsProgramStream(options)) format = av_guess_format("dvd", nullptr, nullptr);
+    OutputTraits traits = given;
+    if (format && (format->name == std::string_view("vob") || format->name == std::string_view("dvd"))) {
+        traits.dvd = FitsDvd(traits);
+        if (traits.dvd)
+            format = av_guess_format("dvd", nullptr, nullptr);
+        else if (!options.chunk)
+            PrintWarning(options.path +
+                         " is not as video DVDs want it; --profile pal-16:9, ntsc-4:3 and so on make it so");
+    }
     if (format && !(format->flags & AVFMT_NOFILE)) return OpenVideoSink(options, traits, *format, tryOnly);
     if (!options.format.empty())
         throw HostError(ExitCode::Usage, "-f " + options.format + " names no format; try nut, y4m, matroska or mp4");

@@ -12,6 +12,8 @@
 
 namespace Nifikral {
 
+struct FilmProfile;
+
 struct OutputOptions {
     std::string path;     ///< "-" for stdout; a name with %06d or the like for one picture file a frame
     std::string format;   ///< a container's name; empty: by the path's extension
@@ -37,7 +39,8 @@ struct OutputTraits {
     AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
     AVRational pixelAspect = {0, 1}, frameRate = {25, 1}, timeBase = {1, 25};
     AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
-    bool dvd = false;  ///< program streams are to be as video DVDs have them
+    bool dvd = false;                      ///< the stream is to be as video DVDs have it; OpenSink decides
+    const FilmProfile* profile = nullptr;  ///< what the pictures are fitted to, or null
     std::vector<const AVStream*> audio;
     bool soundIsRaw = false;  ///< the audio was made for this output and is to be encoded
     const AVDictionary* metadata = nullptr;
@@ -57,6 +60,8 @@ class MediaSink {
     /// How pictures must come.
     virtual const PictureShape& Shape() const = 0;
     virtual std::string Description() const = 0;
+    /// Whether it stores each picture once, so that chunks of a run can be joined.
+    virtual bool KeepsFrames() const { return true; }
     /// `number` is the picture's within the whole input; its time is in the input's time base.
     virtual void Write(FramePtr frame, long long number) = 0;
     virtual void WriteAudio(PacketPtr) {}
@@ -71,8 +76,6 @@ class MediaSink {
 
 /// Whether OpenSink makes a sink for stills of this.
 bool IsPictureOutput(const OutputOptions& options);
-/// Whether OpenSink makes a program stream of this, as discs hold them.
-bool IsProgramStream(const OutputOptions& options);
 /// Whether each picture goes to a file of its own, named by its number.
 bool IsNumberedOutput(const OutputOptions& options);
 /// The sink for a path: a video, one still, or numbered stills. With `tryOnly` nothing is made; only the checks run.

@@ -58,7 +58,7 @@ void Orientation::Prepare(const AVFrame& frame, const AVStream& stream) {
 void Orientation::Apply(FramePtr& frame) {
     if (!m_graph) return;
     av_frame_remove_side_data(frame.get(), AV_FRAME_DATA_DISPLAYMATRIX);
-    m_graph->Put(frame.get());
+    m_graph->Put(*frame);
     frame = m_graph->Take();
 }
 

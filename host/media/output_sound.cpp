@@ -106,12 +106,12 @@ AVSampleFormat SampleFormat(const AVCodec& encoder, int wanted) {
 }
 
 // The forms to try in turn: nearest to the source first.
-std::vector<SoundForm> FormsFor(const AVCodec& encoder, const AVCodecParameters& source) {
-    const bool usualRate = source.sample_rate == 44100 || IsLossless(encoder.id);
+std::vector<SoundForm> FormsFor(const AVCodec& encoder, const AVCodecParameters& source, bool dvd) {
+    const bool usualRate = !dvd && source.sample_rate > 0 && (source.sample_rate == 44100 || IsLossless(encoder.id));
     std::vector<SoundForm> forms;
     for (const AVChannelLayout& layout :
          {NamedLayout(source.ch_layout), UsualLayout(source.ch_layout.nb_channels), UsualLayout(2)})
-        for (const int rate : {usualRate && source.sample_rate > 0 ? source.sample_rate : 48000, 48000, 44100})
+        for (const int rate : {usualRate ? source.sample_rate : 48000, 48000, 44100})
             forms.push_back({rate, SampleFormat(encoder, source.format), layout});
     return forms;
 }
@@ -138,11 +138,12 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
     std::string coded, left;
     for (const AVStream* const from : traits.audio) {
         const AVCodecParameters& coding = *from->codecpar;
+        const std::string codec = avcodec_get_name(coding.codec_id);
         Stream stream{from->index, from->time_base, nullptr, nullptr, nullptr};
         if (!asked && !traits.soundIsRaw && IsUnderstood(format, coding, traits.dvd) &&
             Takes(output, &coding, from->time_base)) {
             stream.to = &AddStream(output, coding, from->time_base);
-            Append(m_description, Title(*from) + " copied");
+            Append(m_description, codec + " copied");
         } else {
             const FfmpegListener listener;
             const auto taken = [&](const SoundForm& form) {
@@ -157,11 +158,12 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
                 avcodec_parameters_free(&parameters);
                 return takes;
             };
-            const std::vector<SoundForm> forms = encoder ? FormsFor(*encoder, coding) : std::vector<SoundForm>();
+            const std::vector<SoundForm> forms =
+                encoder ? FormsFor(*encoder, coding, traits.dvd) : std::vector<SoundForm>();
             if (std::find_if(forms.begin(), forms.end(), taken) != forms.end()) {
                 stream.timeBase = stream.encoder->Context().time_base;
-                Append(coded, Title(*from));
-                Append(m_description, Title(*from) + " encoded with " + encoder->name);
+                Append(coded, codec);
+                Append(m_description, codec + " encoded with " + encoder->name);
             } else if (asked && encoder && m_streams.empty()) {
                 const std::string& complaint = listener.Complaint();
                 throw HostError(ExitCode::Output, name + ": " + format.name + " does not take sound of " +
@@ -180,8 +182,8 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
     }
     const std::string holds = name + ": its container (" + format.name + ") holds no ";
     if (!coded.empty() && !asked && !traits.soundIsRaw)
-        PrintWarning(holds + coded + " sound; it is encoded with " + encoder->name +
-                     " (--audio-encoder chooses another)");
+        PrintWarning((traits.dvd ? name + ": video DVDs want AC-3 and not " : holds) + coded +
+                     " sound; it is encoded with " + encoder->name + " (--audio-encoder chooses another)");
     if (!left.empty())
         PrintWarning(holds + (m_streams.empty() ? "" : "further ") + "sound; " + (traits.soundIsRaw ? "it" : left) +
                      " is left out");

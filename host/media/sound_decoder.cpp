@@ -52,7 +52,7 @@ void SoundDecoder::Put(const AVPacket* packet, const Take& take) {
         Filter(std::move(frame), take);
     }
     if (packet || !m_graph) return;
-    m_graph->Put(nullptr);
+    m_graph->End(m_end);
     Drain(take);
 }
 
@@ -66,7 +66,7 @@ void SoundDecoder::Filter(FramePtr frame, const Take& take) {
            << ":sample_fmt=" << frame->format << ":channel_layout=" << Text(NamedLayout(frame->ch_layout));
     if (source.str() != m_source) {
         if (m_graph) {
-            m_graph->Put(nullptr);
+            m_graph->End(m_end);
             Drain(take);
         }
         m_source = source.str();
@@ -77,7 +77,8 @@ void SoundDecoder::Filter(FramePtr frame, const Take& take) {
         m_graph.emplace(AVMEDIA_TYPE_AUDIO, m_source, filters.str(), m_name + ": its sound cannot be converted");
     }
     if (frame->ch_layout.order != AV_CHANNEL_ORDER_NATIVE) frame->ch_layout = NamedLayout(frame->ch_layout);
-    m_graph->Put(frame.get());
+    m_end = m_next - m_origin.value_or(0);
+    m_graph->Put(*frame);
     Drain(take);
 }
 

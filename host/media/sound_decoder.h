@@ -50,6 +50,7 @@ class SoundDecoder {
     std::optional<FilterGraph> m_graph;
     bool m_fromZero;
     std::int64_t m_next = 0;  // where the next frame begins that does not say so itself
+    std::int64_t m_end = 0;   // of the last one in the graph
     std::optional<std::int64_t> m_origin;
 };
 

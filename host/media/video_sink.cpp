@@ -1,6 +1,7 @@
 #include "host/media/video_sink.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <string_view>
 
@@ -11,11 +12,13 @@ extern "C" {
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
+#include "host/base/number_text.h"
 #include "host/media/chunk_file.h"
 #include "host/media/encoder.h"
 #include "host/media/ffmpeg_log.h"
 #include "host/media/output_sound.h"
 #include "host/media/part_file.h"
+#include "host/media/picture_fit.h"
 
 namespace Nifikral {
 namespace {
@@ -49,9 +52,16 @@ class VideoSink final : public MediaSink {
     VideoSink(const OutputOptions& options, const OutputTraits& traits, const AVOutputFormat& format,
               const AVCodec& codec, bool tryOnly)
         : m_name(options.path == "-" ? "stdout" : options.path),
-          m_encoder(codec, options, traits,
-                    {.globalHeader = (format.flags & AVFMT_GLOBALHEADER) != 0,
-                     .formats = IsY4m(format) ? std::span(y4mFormats) : std::span<const AVPixelFormat>()}) {
+          m_purpose{.globalHeader = (format.flags & AVFMT_GLOBALHEADER) != 0,
+                    .formats = IsY4m(format) ? std::span(y4mFormats) : std::span<const AVPixelFormat>()},
+          m_stored(StoredTraits(traits, codec, ChooseFormat(codec, traits, m_purpose))),
+          m_encoder(codec, options, m_stored, m_purpose),
+          m_shape(m_encoder.Shape()),
+          m_fit(traits, m_stored, m_name),
+          m_keepsFrames(av_cmp_q(traits.frameRate, m_stored.frameRate) == 0) {
+        m_shape.width = traits.source.width;
+        m_shape.height = traits.source.height;
+        if (!traits.profile) ReportFit(traits);
         // A chunk is coded as its whole output, but kept in the one container that holds every coding's times exactly.
         const AVOutputFormat& container = options.chunk ? *av_guess_format(chunkContainer, nullptr, nullptr) : format;
         const std::string path = options.chunk ? ChunkPath(options.path, *options.chunk) : options.path;
@@ -64,7 +74,7 @@ class VideoSink final : public MediaSink {
         avformat_alloc_output_context2(&context, &container, nullptr, path.c_str());
         m_output = Require<OutputPtr>(context);
         if (container.video_codec == AV_CODEC_ID_MPEG2VIDEO && traits.dvd) SetDvdPacking();
-        AddVideoStream(traits);
+        AddVideoStream();
         if (options.chunk) {
             m_output->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
             av_dict_set(&m_output->metadata, chunkMark, options.mark.c_str(), 0);
@@ -87,14 +97,15 @@ class VideoSink final : public MediaSink {
         }
     }
 
-    const PictureShape& Shape() const override { return m_encoder.Shape(); }
+    const PictureShape& Shape() const override { return m_shape; }
+    bool KeepsFrames() const override { return m_keepsFrames; }
     std::string Description() const override {
         const std::string sound = m_sound ? m_sound->Description() : "";
         return m_encoder.Description() + (sound.empty() ? "" : "; sound: " + sound);
     }
 
     void Write(FramePtr frame, long long) override {
-        m_encoder.Encode(std::move(frame), [this](AVPacket& packet) { Store(packet); });
+        m_fit.Put(std::move(frame), [this](FramePtr fitted) { Encode(std::move(fitted)); });
     }
 
     void WriteAudio(PacketPtr packet) override {
@@ -117,7 +128,8 @@ class VideoSink final : public MediaSink {
     }
 
     void Finish() override {
-        if (!m_codedBefore) m_encoder.Encode(nullptr, [this](AVPacket& packet) { Store(packet); });
+        m_fit.Put(nullptr, [this](FramePtr fitted) { Encode(std::move(fitted)); });
+        if (!m_codedBefore) Encode(nullptr);
         if (m_sound) m_sound->Finish([this](AVPacket& sound) { Interleave(sound); });
         Check(av_write_trailer(m_output.get()));
         avio_flush(m_output->pb);
@@ -129,6 +141,26 @@ class VideoSink final : public MediaSink {
     std::string Kept() const override { return m_part ? MediaSink::Kept() : "what went to stdout ends early"; }
 
  private:
+    void Encode(FramePtr frame) {
+        m_encoder.Encode(std::move(frame), [this](AVPacket& packet) { Store(packet); });
+    }
+
+    static std::string Rate(const OutputTraits& traits) {
+        return NumberText(std::round(av_q2d(traits.frameRate) * 100) / 100);
+    }
+
+    void ReportFit(const OutputTraits& given) const {
+        const std::string codec = avcodec_get_name(m_encoder.Context().codec_id);
+        const PictureShape& stored = m_encoder.Shape();
+        if (stored.width != m_shape.width || stored.height != m_shape.height)
+            PrintWarning(m_name + " is " + std::to_string(stored.width) + "x" + std::to_string(stored.height) +
+                         ": the last column or row is left out, since " + codec +
+                         " that every player takes has even sides");
+        if (!m_keepsFrames)
+            PrintWarning(m_name + " has " + Rate(m_stored) + " pictures a second, since " + codec + " has no " +
+                         Rate(given));
+    }
+
     // The sectors of a disc, and the most that a player reads in a second.
     void SetDvdPacking() {
         m_output->packet_size = 2048;
@@ -142,12 +174,12 @@ class VideoSink final : public MediaSink {
         return *stream;
     }
 
-    void AddVideoStream(const OutputTraits& traits) {
+    void AddVideoStream() {
         AVStream& stream = NewStream();
         if (avcodec_parameters_from_context(stream.codecpar, &m_encoder.Context()) < 0) throw std::bad_alloc();
         stream.time_base = m_encoder.Context().time_base;
-        stream.avg_frame_rate = stream.r_frame_rate = traits.frameRate;
-        stream.sample_aspect_ratio = traits.pixelAspect;
+        stream.avg_frame_rate = stream.r_frame_rate = m_stored.frameRate;
+        stream.sample_aspect_ratio = m_stored.pixelAspect;
         m_video = &stream;
     }
 
@@ -167,7 +199,12 @@ class VideoSink final : public MediaSink {
     }
 
     std::string m_name;
+    Encoder::Purpose m_purpose;
+    OutputTraits m_stored;
     Encoder m_encoder;
+    PictureShape m_shape;
+    PictureFit m_fit;
+    bool m_keepsFrames;
     std::unique_ptr<PartFile> m_part;  // before the output: closed first, then removed
     OutputPtr m_output;
     AVStream* m_video = nullptr;

@@ -11,6 +11,7 @@ extern "C" {
 #include "host/base/log.h"
 #include "host/catalogue/catalogue.h"
 #include "host/run/chunks.h"
+#include "host/media/film_profile.h"
 #include "host/run/effect_workers.h"
 #include "host/run/request_chain.h"
 #include "host/run/run.h"
@@ -79,7 +80,9 @@ class EffectMaker final : public PictureMaker {
         const PictureShape shape = ShapeOf(m_source.FirstFrame());
         m_path = ChoosePath(shape, m_options, m_run.requests);
         const bool forced = !m_options.run.pixelFormat.empty();
-        return TraitsOf(m_source, forced ? m_path.effectShape.format : OutputFormat(shape.format));
+        OutputTraits traits = TraitsOf(m_source, forced ? m_path.effectShape.format : OutputFormat(shape.format));
+        traits.profile = RequireProfile(m_options.run.profile);
+        return traits;
     }
 
     std::string Prepare(const PictureShape& sinkShape) override {

@@ -46,6 +46,10 @@ void MakeRun(const RunOptions& options, const FramesOfRun& frames, PictureMaker&
     }
     const std::unique_ptr<MediaSink> sink =
         OpenSink(output, maker.Traits(output), options.dryRun || options.reportFrames);
+    if (!sink->KeepsFrames() && (options.reportFrames || options.joinTo || !options.chunk.empty()))
+        throw HostError(ExitCode::Usage, output.path +
+                                             " has another frame rate than its input, so that chunks do not meet; make "
+                                             "it in one run, or in chunks at the input's rate first");
     if (options.reportFrames)
         return options.reportFrames(frames.certain ? frames.run : maker.Existing(frames.run, true));
     const std::string summary = maker.Prepare(sink->Shape()) + "; " + output.path + ": " + sink->Description();

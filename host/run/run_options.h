@@ -20,6 +20,7 @@ struct RunOptions {
     OutputOptions output;
     std::string frames;       ///< "A-B", "A-" or "A"; empty: all
     std::string pixelFormat;  ///< of the pictures that the module sees; empty: the one that fits best
+    std::string profile;      ///< the name of what a film is fitted to, or empty
     int threads = 0;          ///< 0: all cores
     bool dryRun = false;
     std::string chunk;          ///< "A-B": only these of the run's frames, to be joined later; empty: the whole run

@@ -90,8 +90,10 @@ TEST_P(SoundIn, ArrivesInEveryStreamAndWhatIsEncodedIsSaid) {
     EXPECT_EQ(found, codecs);
     ExpectTone(file, int(names.size()), 1, 2);
     const bool changed = found != "pcm_s16le aac mp3 ac3 flac opus vorbis";
-    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), int(changed) + int(names.size() == 1))
-        << outcome.errors;
+    std::istringstream lines(outcome.errors);
+    int ofSound = 0;
+    for (std::string line; std::getline(lines, line);) ofSound += line.find("sound") != std::string::npos;
+    EXPECT_EQ(ofSound, int(changed) + int(names.size() == 1)) << outcome.errors;
     EXPECT_EQ(outcome.errors.find("encoded with") != std::string::npos, changed) << outcome.errors;
 }
 

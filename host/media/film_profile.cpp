@@ -1,4 +1,4 @@
-#include "host/films/film_profile.h"
+#include "host/media/film_profile.h"
 
 #include <cmath>
 
