@@ -15,9 +15,9 @@ namespace Nifikral {
 /// What commands that make films are told.
 struct FilmOptions {
     RunOptions run;
-    std::string sound;    ///< a file, or empty
-    double fade = 2;      ///< seconds in which the sound fades out
-    std::string length;   ///< seconds, "audio" for the sound's, or empty
+    std::string sound;   ///< a file, or empty
+    double fade = 2;     ///< seconds in which the sound fades out
+    std::string length;  ///< seconds, "audio" for the sound's, or empty
 
     /// `length` in seconds; nothing when it is empty. Throws usage and input errors.
     std::optional<double> Seconds() const;

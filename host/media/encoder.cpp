@@ -56,6 +56,16 @@ bool IsForAllPlayers(const AVCodec& codec) {
     return std::find(std::begin(codecs), std::end(codecs), codec.id) != std::end(codecs);
 }
 
+// Whether the alpha that effects make is kept. Fades are, only where one chooses a codec for its alpha: a player that
+// does not know of it would show no fade. Programs that read BMP take none for granted.
+bool HoldsAlpha(const AVCodec& codec, const std::vector<AVPixelFormat>& formats, bool fades) {
+    constexpr AVCodecID forAlpha[] = {AV_CODEC_ID_PNG,   AV_CODEC_ID_APNG,  AV_CODEC_ID_TIFF,     AV_CODEC_ID_WEBP,
+                                      AV_CODEC_ID_TARGA, AV_CODEC_ID_QTRLE, AV_CODEC_ID_JPEG2000, AV_CODEC_ID_PRORES};
+    if (codec.id == AV_CODEC_ID_BMP || (!formats.empty() && std::none_of(formats.begin(), formats.end(), HasAlpha)))
+        return false;
+    return !fades || std::find(std::begin(forAlpha), std::end(forAlpha), codec.id) != std::end(forAlpha);
+}
+
 PictureShape ChooseShape(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose) {
     PictureShape shape = traits.source;
     shape.format = ChooseFormat(codec, traits, purpose);
@@ -71,9 +81,10 @@ PictureShape ChooseShape(const AVCodec& codec, const OutputTraits& traits, const
 
 AVPixelFormat ChooseFormat(const AVCodec& codec, const OutputTraits& traits, const Encoder::Purpose& purpose) {
     std::vector<AVPixelFormat> formats = Formats(codec, purpose);
-    AVPixelFormat wanted = traits.preferred;
+    const bool alpha = traits.translucent != AV_PIX_FMT_NONE && HoldsAlpha(codec, formats, traits.fades);
+    AVPixelFormat wanted = alpha ? traits.translucent : traits.preferred;
     if (IsForAllPlayers(codec)) {
-        if (IsRgb(wanted)) wanted = AV_PIX_FMT_YUV420P;
+        if (IsRgb(wanted)) wanted = alpha ? AV_PIX_FMT_YUVA420P : AV_PIX_FMT_YUV420P;
         if (traits.dvd) wanted = AV_PIX_FMT_YUV420P;
     } else if (Is(codec, {"libwebp", "libwebp_anim"})) {
         wanted = AV_PIX_FMT_BGRA;

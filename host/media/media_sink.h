@@ -39,8 +39,10 @@ struct OutputTraits {
     AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
     AVRational pixelAspect = {0, 1}, frameRate = {25, 1}, timeBase = {1, 25};
     AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
-    bool dvd = false;                      ///< the stream is to be as video DVDs have it; OpenSink decides
-    const FilmProfile* profile = nullptr;  ///< what the pictures are fitted to, or null
+    bool dvd = false;                             ///< the stream is to be as video DVDs have it; OpenSink decides
+    const FilmProfile* profile = nullptr;         ///< what the pictures are fitted to, or null
+    AVPixelFormat translucent = AV_PIX_FMT_NONE;  ///< preferred where the output is for pictures with alpha
+    bool fades = false;                           ///< that alpha comes of fades, which films show over black
     std::vector<const AVStream*> audio;
     bool soundIsRaw = false;  ///< the audio was made for this output and is to be encoded
     const AVDictionary* metadata = nullptr;

@@ -10,8 +10,8 @@ extern "C" {
 #include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/catalogue/catalogue.h"
-#include "host/run/chunks.h"
 #include "host/media/film_profile.h"
+#include "host/run/chunks.h"
 #include "host/run/effect_workers.h"
 #include "host/run/request_chain.h"
 #include "host/run/run.h"
@@ -82,6 +82,10 @@ class EffectMaker final : public PictureMaker {
         const bool forced = !m_options.run.pixelFormat.empty();
         OutputTraits traits = TraitsOf(m_source, forced ? m_path.effectShape.format : OutputFormat(shape.format));
         traits.profile = RequireProfile(m_options.run.profile);
+        if (m_path.overBlack) traits.translucent = m_path.effectShape.format;
+        traits.fades = !std::any_of(m_run.requests.begin(), m_run.requests.end(), [](const EffectRequest& request) {
+            return HasTrait(request, changesAlpha) && !HasTrait(request, variesWithTime);
+        });
         return traits;
     }
 

@@ -9,6 +9,55 @@ namespace {
 
 using OutputTest = CommandTest;
 
+struct Alpha {
+    const char *output, *options;
+    bool translucency, fade;  // whether the alpha of these effects arrives as such
+};
+
+class AlphaIn : public CommandTest, public ::testing::WithParamInterface<Alpha> {};
+
+// The mean of a channel (3: alpha) in the last picture.
+double Mean(const std::string& pictures, std::size_t channel) {
+    constexpr std::size_t size = 32 * 24 * 4;
+    double sum = 0;
+    for (std::size_t i = pictures.size() - size + channel; i < pictures.size(); i += 4)
+        sum += std::uint8_t(pictures[i]);
+    return sum / (32 * 24);
+}
+
+TEST_P(AlphaIn, StaysWhereTheOutputIsForItAndLiesOverBlackElsewhere) {
+    const auto [output, options, translucency, fade] = GetParam();
+    Ffmpeg("-f lavfi -i color=white:s=32x24:r=4:d=1,format=yuv420p -c:v ffv1 film.mkv -frames:v 1 photo.png");
+    const std::set<std::string> films = {".apng", ".mov", ".webm", ".mp4", ".mkv"};
+    const bool film = films.contains(std::filesystem::path(output).extension());
+    const std::string decoder = std::string(output).ends_with("webm") ? "-c:v libvpx-vp9 " : "";
+    for (const auto& [effect, stays] :
+         {std::pair("transparency:opacity=25", translucency), std::pair("fadeout:FadeMin=64", fade)}) {
+        // A photograph's fade ends where it begins; in the film a quarter is left in the last picture.
+        if (!film && std::string(effect).starts_with("fadeout")) continue;
+        const Outcome outcome = Nifikral(std::string("apply ") + (film ? "film.mkv " : "photo.png ") + output + " " +
+                                         effect + " " + options + " -y");
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+        const std::string pictures = Ffmpeg(decoder + "-i " + output + " -f rawvideo -pix_fmt rgba -");
+        EXPECT_NEAR(Mean(pictures, 3), stays ? 64 : 255, 3) << effect;
+        EXPECT_NEAR(Mean(pictures, 0), stays ? 255 : 64, 6) << effect;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, AlphaIn,
+                         ::testing::Values(Alpha{"a.png", "", true, true}, Alpha{"a.webp", "", true, true},
+                                           Alpha{"a.tiff", "", true, true}, Alpha{"a.jpg", "", false, false},
+                                           Alpha{"a.bmp", "", false, false}, Alpha{"a.apng", "", true, true},
+                                           Alpha{"qtrle.mov", "--encoder qtrle", true, true},
+                                           Alpha{"prores.mov", "--encoder prores_ks", true, true},
+                                           Alpha{"a.webm", "", true, false}, Alpha{"a.mp4", "", false, false},
+                                           Alpha{"a.mkv", "--encoder ffv1", true, false}),
+                         [](const auto& info) {
+                             std::string name = info.param.output;
+                             std::replace(name.begin(), name.end(), '.', '_');
+                             return name;
+                         });
+
 TEST_F(OutputTest, OddSidesBecomeEvenWhereTheCodecNeedsThem) {
     Ffmpeg("-f lavfi -i testsrc=s=67x45:r=10:d=0.3,format=yuv420p -c:v ffv1 in.mkv");
     const Outcome cropped = Nifikral("apply in.mkv out.mp4 invert --encoder-option crf=0");
