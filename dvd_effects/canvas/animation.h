@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "effects/base/place_hash.h"
+
 /// Motion that starts and ends gently and closes a loop. Times are parts of a whole: 0 is its begin, 1 its end. Plain
-/// arithmetic throughout, so that every machine draws the same.
+/// arithmetic throughout, so that every machine draws the same. Times and places of slides are fixed-point numbers.
 namespace AVBased {
 
 /// The greatest whole number up to t.
@@ -33,12 +35,6 @@ constexpr double Passed(double t, double begin, double end) { return Eased((t - 
 constexpr double Between(double t, double begin, double end, double ramp) {
     return Passed(t, begin, begin + ramp) - Passed(t, end - ramp, end);
 }
-/// How far the turn of one of several has come at t of a loop in which each has one: up within the first `ramp` of its
-/// turn, down within the same part of the next one's. Those of all sum up to 1; a single one is always at 1.
-constexpr double InTurn(double t, unsigned index, unsigned count, double ramp) {
-    if (count < 2) return 1;
-    return Between(Wrapped(t - double(index) / count) * count, 0, 1 + ramp, ramp);
-}
 constexpr double Mixed(double a, double b, double part) { return a + (b - a) * part; }
 
 /// A sine over turns: 0, up to 1 at a quarter, down to -1 at three quarters; within a thousandth of the true one.
@@ -48,27 +44,23 @@ constexpr double Wave(double turns) {
     return arch + 0.225 * (arch * (arch < 0 ? -arch : arch) - arch);
 }
 
-/// Whose turn it is when some take turns, and how much of the turn has gone by.
-struct Turn {
-    unsigned index = 0;
-    double part = 0;
-};
-constexpr Turn TurnAt(double phase, unsigned count) {
-    const double turns = phase * count, whole = WholePart(turns);
-    return {count ? static_cast<unsigned>(whole) % count : 0, turns - whole};
-}
-/// How far it is the turn of `index`: 1 during its own one, but for the last `ramp` of that, where it passes to the
-/// next. All shares are 1 together.
-constexpr double ShareOf(unsigned index, const Turn& turn, unsigned count, double ramp) {
-    const double passed = Passed(turn.part, 1 - ramp, 1);
-    return (index == turn.index ? 1 - passed : 0) + (index == (turn.index + 1) % count ? passed : 0);
-}
-
 /// A number of 0 up to, but not, 1 that looks random and follows from two others.
 constexpr double Scattered(unsigned seed, unsigned index) {
-    unsigned hash = (seed * 0x9E3779B1u) ^ (index * 0x85EBCA6Bu + 0xC2B2AE35u);
-    for (int i = 0; i < 2; ++i) hash = (hash ^ hash >> 15) * 0x2C1B3C6Du;
-    return double(hash >> 8) / (1 << 24);
+    std::uint32_t bits = (seed * 0x9E3779B1u) ^ (index * 0x85EBCA6Bu + 0xC2B2AE35u);
+    for (int i = 0; i < 2; ++i) bits = MixStep(bits, 15, 0x2C1B3C6D);
+    return double(bits >> 8) / (1 << 24);
+}
+
+/// 1 as a fixed-point number: 16 bits behind the point.
+inline constexpr std::int64_t fixedOne = 1 << 16;
+
+/// done / whole, from 0 to fixedOne; `whole` is above 0 and both are below 2^47.
+constexpr std::int64_t FixedShare(std::int64_t done, std::int64_t whole) { return done * fixedOne / whole; }
+/// Eased, for t from 0 to fixedOne.
+constexpr std::int64_t FixedEased(std::int64_t t) { return t * t * (3 * fixedOne - 2 * t) >> 32; }
+/// Mixed, as `part` goes from 0 to fixedOne.
+constexpr std::int64_t FixedMixed(std::int64_t a, std::int64_t b, std::int64_t part) {
+    return a + (b - a) * part / fixedOne;
 }
 
 }  // namespace AVBased

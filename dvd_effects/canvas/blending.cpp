@@ -57,48 +57,48 @@ void BlendPixels(Rgba32* pixels, unsigned count, const TileRow& row) {
 // The parts of a band of rows that no cover hides, in whole blocks of columns.
 class VisibleParts {
  public:
-    VisibleParts(Covers covers, Stretch all, unsigned top, unsigned rows, unsigned blockColumns) {
+    VisibleParts(Covers covers, Span all, unsigned top, unsigned rows, unsigned blockColumns) {
         // More of them would take longer to tell than to draw.
         for (const Cover& cover : covers.first(std::min(covers.size(), mostHidden))) {
             // What hides both the first and the last row hides those between.
-            const Stretch first = HiddenIn(top, cover, all), both = HiddenIn(top + rows - 1, cover, first);
-            const Stretch hidden{(both.begin + blockColumns - 1) & ~(blockColumns - 1), both.end & ~(blockColumns - 1)};
+            const Span first = HiddenIn(top, cover, all), both = HiddenIn(top + rows - 1, cover, first);
+            const Span hidden{(both.begin + blockColumns - 1) & ~(blockColumns - 1), both.end & ~(blockColumns - 1)};
             if (!hidden.IsEmpty()) Insert(hidden);
         }
     }
 
     template <class Draw>
-    void ForEach(Stretch within, Draw draw) const {
+    void ForEach(Span within, Draw draw) const {
         unsigned from = within.begin;
         for (unsigned i = 0; i < m_count && from < within.end; ++i) {
-            if (m_hidden[i].begin > from) draw(Stretch{from, std::min(m_hidden[i].begin, within.end)});
+            if (m_hidden[i].begin > from) draw(Span{from, std::min(m_hidden[i].begin, within.end)});
             from = std::max(from, m_hidden[i].end);
         }
-        if (from < within.end) draw(Stretch{from, within.end});
+        if (from < within.end) draw(Span{from, within.end});
     }
 
  private:
-    static Stretch HiddenIn(unsigned y, const Cover& cover, Stretch within) {
+    static Span HiddenIn(unsigned y, const Cover& cover, Span within) {
         for (const EdgeDistance& edge : cover.edges)
             within = WhereNotNegative(edge.At(within.begin + 0.5, y + 0.5) - 1, edge.a, within);
         return within;
     }
-    void Insert(Stretch hidden) {
+    void Insert(Span hidden) {
         unsigned at = m_count++;
         for (; at && m_hidden[at - 1].begin > hidden.begin; --at) m_hidden[at] = m_hidden[at - 1];
         m_hidden[at] = hidden;
     }
 
     static constexpr std::size_t mostHidden = 16;
-    Stretch m_hidden[mostHidden];
+    Span m_hidden[mostHidden];
     unsigned m_count = 0;
 };
 
 void BlendPacked(PackedView frame, Box box, SamplerRef sampler, Covers covers) {
     TileRow row;
-    for (unsigned y = box.top; y < box.bottom; ++y) {
-        const Stretch reach = sampler.Reach(y, {box.left, box.right});
-        VisibleParts(covers, reach, y, 1, 1).ForEach(reach, [&](Stretch part) {
+    for (unsigned y = box.yBegin; y < box.yEnd; ++y) {
+        const Span reach = sampler.Reach(y, {box.xBegin, box.xEnd});
+        VisibleParts(covers, reach, y, 1, 1).ForEach(reach, [&](Span part) {
             for (unsigned x = part.begin; x < part.end; x += tileColumns) {
                 const unsigned count = std::min(tileColumns, part.end - x);
                 sampler.Fill(x, y, count, row, 0);
@@ -119,14 +119,14 @@ class PlanarBand {
 
     void Blend(unsigned top) {
         m_top = top;
-        Stretch all{m_box.right, 0};
+        Span all{m_box.xEnd, 0};
         for (unsigned r = 0; r < blockRows; ++r) {
-            m_reach[r] = IsInBox(r) ? m_sampler.Reach(top + r, {m_box.left, m_box.right}) : Stretch{};
+            m_reach[r] = IsInBox(r) ? m_sampler.Reach(top + r, {m_box.xBegin, m_box.xEnd}) : Span{};
             if (m_reach[r].IsEmpty()) continue;
             all = {std::min(all.begin, m_reach[r].begin), std::max(all.end, m_reach[r].end)};
         }
         all.begin &= ~(blockColumns - 1);
-        VisibleParts(m_covers, all, top, blockRows, blockColumns).ForEach(all, [this](Stretch part) {
+        VisibleParts(m_covers, all, top, blockRows, blockColumns).ForEach(all, [this](Span part) {
             for (unsigned x = part.begin; x < part.end; x += tileColumns) BlendTile(x, part.end);
         });
     }
@@ -134,7 +134,7 @@ class PlanarBand {
  private:
     unsigned Width() const { return m_frame.plane[0].width; }
     unsigned Height() const { return m_frame.plane[0].height; }
-    bool IsInBox(unsigned r) const { return m_top + r >= m_box.top && m_top + r < m_box.bottom; }
+    bool IsInBox(unsigned r) const { return m_top + r >= m_box.yBegin && m_top + r < m_box.yEnd; }
     // How many entries stand for pixels of the frame; the others repeat the last of these.
     unsigned OnFrame() const { return std::min(m_count, Width() - m_left); }
 
@@ -150,9 +150,9 @@ class PlanarBand {
     }
 
     // The entries of row r that show something.
-    Stretch Shown(unsigned r) const {
-        const Stretch shown = m_reach[r].Within({m_left, m_left + m_count});
-        return shown.IsEmpty() ? Stretch{} : Stretch{shown.begin - m_left, shown.end - m_left};
+    Span Shown(unsigned r) const {
+        const Span shown = m_reach[r].Within({m_left, m_left + m_count});
+        return shown.IsEmpty() ? Span{} : Span{shown.begin - m_left, shown.end - m_left};
     }
 
     void Fill(unsigned r) {
@@ -161,7 +161,7 @@ class PlanarBand {
             row = m_rows[Height() - 1 - m_top];
             return;
         }
-        const Stretch shown = Shown(r);
+        const Span shown = Shown(r);
         if (!shown.IsEmpty())
             m_sampler.Fill(m_left + shown.begin, m_top + r, shown.end - shown.begin, row, shown.begin);
         row.Uncover(0, shown.begin);
@@ -185,7 +185,7 @@ class PlanarBand {
     // so only the opaque way is written for vectors.
     void BlendLuma() {
         for (unsigned r = 0; r < blockRows; ++r) {
-            const Stretch shown = Shown(r);
+            const Span shown = Shown(r);
             if (shown.IsEmpty()) continue;
             std::uint8_t* const to = m_frame.plane[0].Row(m_top + r) + m_left + shown.begin;
             const std::uint16_t* const colours = m_rows[r].colour[0] + shown.begin;
@@ -255,7 +255,7 @@ class PlanarBand {
 
     void BlendAlphaPlane() {
         for (unsigned r = 0; r < blockRows; ++r) {
-            const Stretch shown = Shown(r);
+            const Span shown = Shown(r);
             if (shown.IsEmpty()) continue;
             std::uint8_t* const to = m_frame.plane[3].Row(m_top + r) + m_left;
             for (unsigned i = shown.begin; i < shown.end; ++i) to[i] = BlendAlpha(to[i], m_rows[r].coverage[i]);
@@ -268,7 +268,7 @@ class PlanarBand {
     const Covers m_covers;
     unsigned m_left = 0, m_top = 0, m_count = 0;
     bool m_transparent = false;
-    Stretch m_reach[blockRows];
+    Span m_reach[blockRows];
     TileRow m_rows[blockRows];
     std::uint32_t m_covered[tileColumns];
     std::uint8_t m_alpha[blockRows][tileColumns];
@@ -277,7 +277,7 @@ class PlanarBand {
 template <unsigned columnShift, unsigned rowShift>
 void BlendPlanar(PlanarView frame, Box box, SamplerRef sampler, Covers covers) {
     PlanarBand<columnShift, rowShift> band(frame, box, sampler, covers);
-    for (unsigned y = box.top >> rowShift << rowShift; y < box.bottom; y += 1u << rowShift) band.Blend(y);
+    for (unsigned y = box.yBegin >> rowShift << rowShift; y < box.yEnd; y += 1u << rowShift) band.Blend(y);
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ struct StraightSampler {
     PackedView layer;
     Place place;
 
-    Stretch Reach(unsigned, Stretch within) const { return within; }
+    Span Reach(unsigned, Span within) const { return within; }
     void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
         const Rgba32* const from = layer.Row(std::size_t(std::int64_t(y) - place.y)) + (std::int64_t(x) - place.x);
         row.SetPixels(
@@ -73,7 +73,7 @@ struct WarpSampler {
     std::size_t IndexOf(unsigned x, unsigned y) const {
         return std::size_t(std::int64_t(y) - place.y) * map.width + std::size_t(std::int64_t(x) - place.x);
     }
-    Stretch Reach(unsigned y, Stretch within) const {
+    Span Reach(unsigned y, Span within) const {
         if (within.IsEmpty()) return within;
         const unsigned char* const row = map.coverage + IndexOf(within.begin, y) - within.begin;
         while (!within.IsEmpty() && !row[within.begin]) ++within.begin;
@@ -122,26 +122,30 @@ void LayOn(IRawVideoFrame& frame, BoxOf box, const SamplerRef& sampler, Instruct
              frame);
 }
 
-Box Within(const Window& window, const Box& box) {
-    const auto side = [](std::int32_t place) { return unsigned(std::max(place, 0)); };
-    return {std::max(box.left, side(window.left)), std::max(box.top, side(window.top)),
-            std::min(box.right, side(window.right)), std::min(box.bottom, side(window.bottom))};
+// The part of a rectangle that lies on a frame.
+Box OnFrame(std::int64_t x, std::int64_t y, std::int64_t width, std::int64_t height, unsigned frameWidth,
+            unsigned frameHeight) {
+    const auto within = [](std::int64_t place, unsigned end) {
+        return unsigned(std::clamp<std::int64_t>(place, 0, end));
+    };
+    return {within(x, frameWidth), within(x + width, frameWidth), within(y, frameHeight),
+            within(y + height, frameHeight)};
 }
 
 // The part of a frame that a picture of this size covers, within a window.
-auto BoxAt(const Place& place, unsigned width, unsigned height, const Window& window = {}) {
+auto BoxAt(const Place& place, unsigned width, unsigned height, const Box& window = everything) {
     return [=](unsigned frameWidth, unsigned frameHeight) {
-        return Within(window, Box::Clip(place.x, place.y, width, height, frameWidth, frameHeight));
+        return OnFrame(place.x, place.y, width, height, frameWidth, frameHeight).Within(window);
     };
 }
 
 // The part of a frame within a window and the bounds of a placement, and a pixel more.
-auto BoxWithin(const Projection& projection, const Window& window) {
+auto BoxWithin(const Projection& projection, const Box& window) {
     return [=](unsigned frameWidth, unsigned frameHeight) {
         const auto down = [](double value) { return std::int64_t(std::floor(value)); };
         const std::int64_t x = down(projection.least.x) - 1, y = down(projection.least.y) - 1;
-        return Within(window, Box::Clip(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y,
-                                        frameWidth, frameHeight));
+        return OnFrame(x, y, down(projection.most.x) + 2 - x, down(projection.most.y) + 2 - y, frameWidth, frameHeight)
+            .Within(window);
     };
 }
 
@@ -196,7 +200,7 @@ void Canvas::LayWarped(const Layer& layer, const WarpPlanes& map, std::int32_t x
     LayOn(m_frame, BoxAt(sampler.place, map.width, map.height), SamplerRef(sampler, m_set), m_set);
 }
 
-void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity, Window window,
+void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity, const Box& window,
                             std::span<const Cover> covers) {
     if (!layer.Width() || !layer.Height() || !opacity) return;
     const std::optional<Projection> projection = Project(placement, layer.Width(), layer.Height());

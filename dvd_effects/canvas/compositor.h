@@ -5,6 +5,7 @@
 
 #include "dvd_effects/canvas/layer.h"
 #include "dvd_effects/canvas/placement.h"
+#include "effects/base/box.h"
 #include "effects/base/instruction_sets.h"
 
 namespace AVBased {
@@ -17,11 +18,6 @@ struct WarpPlanes {
     const unsigned char* coverage;
     const int *sourceColumns, *sourceRows;
     unsigned width, height;
-};
-
-/// A part of a frame, up to but not including the right column and the bottom row: from the start all of any frame.
-struct Window {
-    std::int32_t left = 0, top = 0, right = 0x7FFFFFFF, bottom = 0x7FFFFFFF;
 };
 
 /// A frame on which a menu is composed: the one place where anything is blended.
@@ -60,8 +56,8 @@ class Canvas {
     /// dent show nothing. At whole pixels, unturned and in its own size, a layer comes out as from Lay. Nothing is
     /// drawn outside the window. What lies under covers may be left out: whoever gives them lays there something that
     /// hides it.
-    void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255, Window window = {},
-                        std::span<const Cover> covers = {});
+    void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255,
+                        const Box& window = everything, std::span<const Cover> covers = {});
 
  private:
     IRawVideoFrame& m_frame;

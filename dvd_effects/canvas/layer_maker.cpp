@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/canvas/errors.h"
 
 namespace AVBased {
 

@@ -20,7 +20,7 @@ void Pile::Draw(Canvas& canvas) const {
             if (above->hides && above->least.x < sheet->most.x && above->most.x > sheet->least.x &&
                 above->least.y < sheet->most.y && above->most.y > sheet->least.y)
                 covers.push_back(above->cover);
-        canvas.LayTransformed(*sheet->layer, sheet->placement, sheet->opacity, {}, covers);
+        canvas.LayTransformed(*sheet->layer, sheet->placement, sheet->opacity, everything, covers);
     }
 }
 

@@ -45,6 +45,17 @@ Placement Placement::Along(Spot from, Spot to, double width) {
     return {{from.x - x, from.y - y}, {from.x + x, from.y + y}, {to.x + x, to.y + y}, {to.x - x, to.y - y}};
 }
 
+Placement Placement::Towards(Spot centre, Spot direction, double width, double height) {
+    const double length = std::sqrt(direction.x * direction.x + direction.y * direction.y);
+    if (!(length > 0)) return {};
+    const double ax = direction.x / length * width / 2, ay = direction.y / length * width / 2;
+    const double dx = -direction.y / length * height / 2, dy = direction.x / length * height / 2;
+    return {{centre.x - ax - dx, centre.y - ay - dy},
+            {centre.x + ax - dx, centre.y + ay - dy},
+            {centre.x + ax + dx, centre.y + ay + dy},
+            {centre.x - ax + dx, centre.y - ay + dy}};
+}
+
 std::optional<Projection> Project(const Placement& placement, unsigned layerWidth, unsigned layerHeight) {
     // Beyond this, a pixel is no longer told from its neighbour.
     constexpr double farthest = 1e7, leastArea = 1e-3;

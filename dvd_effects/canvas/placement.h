@@ -18,6 +18,8 @@ struct Placement {
     static Placement Turned(Spot centre, double width, double height, double degrees = 0);
     /// A rectangle whose upper side's middle is at `from` and whose lower side's middle is at `to`.
     static Placement Along(Spot from, Spot to, double width);
+    /// A rectangle about its centre whose upper side runs in a direction; corners at 0 when there is none.
+    static Placement Towards(Spot centre, Spot direction, double width, double height);
 };
 
 /// How far a point lies on the inner side of an edge, in pixels: a x + b y + c.

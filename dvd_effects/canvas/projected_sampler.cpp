@@ -263,7 +263,7 @@ ProjectedSampler::ProjectedSampler(PackedView layer, const Projection& projectio
 
 ProjectedSampler::operator SamplerRef() const { return SamplerRef(*this, m_set); }
 
-Stretch ProjectedSampler::Reach(unsigned y, Stretch within) const {
+Span ProjectedSampler::Reach(unsigned y, Span within) const {
     for (const EdgeDistance& edge : m_projection.edges)
         within = WhereNotNegative(edge.At(within.begin + 0.5, y + 0.5) + 0.5, edge.a, within);
     return within;
@@ -309,7 +309,7 @@ void ProjectedSampler::Fill(unsigned x, unsigned y, unsigned count, TileRow& row
     Positions positions;
     Locate(x, y, count, positions);
     m_resample(m_layer, positions, count, row, at);
-    Stretch inner{0, count};
+    Span inner{0, count};
     for (const EdgeDistance& edge : m_projection.edges)
         inner = WhereNotNegative(edge.At(x + inner.begin + 0.5, y + 0.5) - farInside, edge.a, inner);
     if (inner.IsEmpty()) return SmoothEdges(x, y, count, row, at);

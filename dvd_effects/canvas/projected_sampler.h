@@ -20,7 +20,7 @@ class ProjectedSampler {
     /// Made where all that it calls can be compiled for the instruction set.
     operator SamplerRef() const;
 
-    Stretch Reach(unsigned y, Stretch within) const;
+    Span Reach(unsigned y, Span within) const;
     void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const;
 
  private:

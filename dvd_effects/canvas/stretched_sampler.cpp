@@ -151,9 +151,9 @@ std::optional<StretchedSampler> StretchedSampler::Make(PackedView layer, const P
 
 StretchedSampler::operator SamplerRef() const { return SamplerRef(*this, m_set); }
 
-Stretch StretchedSampler::Reach(unsigned, Stretch within) const {
+Span StretchedSampler::Reach(unsigned, Span within) const {
     const auto column = [&](double place) { return unsigned(std::clamp<double>(place, within.begin, within.end)); };
-    return within.IsEmpty() ? within : Stretch{column(std::floor(m_least.x)), column(std::ceil(m_most.x))};
+    return within.IsEmpty() ? within : Span{column(std::floor(m_least.x)), column(std::ceil(m_most.x))};
 }
 
 void StretchedSampler::Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {

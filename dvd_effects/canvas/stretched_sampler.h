@@ -20,7 +20,7 @@ class StretchedSampler {
     operator SamplerRef() const;
 
     // Whole columns of the frame that the rectangle reaches.
-    Stretch Reach(unsigned y, Stretch within) const;
+    Span Reach(unsigned y, Span within) const;
     void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const;
 
     /// Four sums of a pixel, each of 255 * 128 at most: the colours times the coverage, and the coverage.

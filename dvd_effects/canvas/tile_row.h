@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "dvd_effects/canvas/byte_fractions.h"
+#include "effects/base/box.h"
 #include "effects/base/frame_views.h"
 #include "effects/base/instruction_sets.h"
 
@@ -48,19 +49,11 @@ struct TileRow {
     }
 };
 
-/// Columns of a frame's row.
-struct Stretch {
-    unsigned begin = 0, end = 0;
-
-    bool IsEmpty() const { return begin >= end; }
-    Stretch Within(Stretch other) const { return {std::max(begin, other.begin), std::min(end, other.end)}; }
-};
-
 /// Keeps of a stretch what is not below 0, where a value begins with `first` and grows by `step` a pixel.
-inline Stretch WhereNotNegative(double first, double step, Stretch within) {
+inline Span WhereNotNegative(double first, double step, Span within) {
     if (within.IsEmpty()) return within;
     const double count = within.end - within.begin;
-    if (step == 0) return first < 0 ? Stretch{within.begin, within.begin} : within;
+    if (step == 0) return first < 0 ? Span{within.begin, within.begin} : within;
     const double crossing = std::clamp(-first / step, -1.0, count + 1);
     if (step > 0)
         within.begin += unsigned(std::max(0.0, std::ceil(crossing)));
@@ -101,7 +94,7 @@ inline void FillRamp(double atZero, double step, unsigned x, unsigned count, std
 namespace Details {
 
 template <class Kind>
-Stretch Reach(const void* sampler, unsigned y, Stretch within) {
+Span Reach(const void* sampler, unsigned y, Span within) {
     return static_cast<const Kind*>(sampler)->Reach(y, within);
 }
 template <class Kind>
@@ -124,14 +117,14 @@ class SamplerRef {
           m_reach(variantsOf<Details::Reach<Kind>>.For(set)),
           m_fill(variantsOf<Details::Fill<Kind>>.For(set)) {}
 
-    Stretch Reach(unsigned y, Stretch within) const { return m_reach(m_sampler, y, within); }
+    Span Reach(unsigned y, Span within) const { return m_reach(m_sampler, y, within); }
     void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const {
         m_fill(m_sampler, x, y, count, row, at);
     }
 
  private:
     const void* m_sampler;
-    Stretch (*m_reach)(const void*, unsigned, Stretch);
+    Span (*m_reach)(const void*, unsigned, Span);
     void (*m_fill)(const void*, unsigned, unsigned, unsigned, TileRow&, unsigned);
 };
 

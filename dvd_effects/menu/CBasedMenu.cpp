@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "dvd_effects/canvas/menu_errors.h"
-#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/canvas/errors.h"
+#include "dvd_effects/menu/host_sources.h"
+#include "dvd_effects/menu/list_parsers.h"
 #include "dvd_effects/menu/menu_motion.h"
-#include "dvd_effects/menu/menu_sources.h"
 #include "dvd_effects/menu/wrapped_text.h"
 #include "effects/base/fixed_point.h"
 
@@ -145,7 +145,7 @@ void CBasedMenu::ForgetBackground() {
     m_background.reset();
     m_backgroundPicture.reset();
     m_backgroundConverter.reset();
-    m_backgroundReady = m_furnished = false;
+    m_backgroundReady = m_hasScenery = false;
 }
 
 void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
@@ -155,11 +155,11 @@ void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     for (unsigned i = 0; i < m_pictures.size(); ++i)
         if (m_sources[i].source) Attempt(lineSource, [&] { AdvanceSource(i); });
     Canvas canvas(*frame, Instructions());
-    if (!m_furnished)
+    if (!m_hasScenery)
         Attempt(lineScene, [&] {
-            m_furnished = true;
+            m_hasScenery = true;
             RequireMenuSize();
-            Furnish();
+            MakeScenery();
         });
     DrawBackground(canvas);
     Attempt(lineScene, [&] { DrawScene(canvas); });
@@ -308,9 +308,9 @@ void CBasedMenu::AdvanceSource(unsigned index) {
     picture.Make(*record.frame, size, Instructions());
     record.frame.reset();
     if (covers) picture.CropTo(box);
-    Dress(picture.layer, index);
+    FinishPicture(picture.layer, index);
     picture.isOpaque = IsOpaque(picture.layer);
-    picture.halves.clear();
+    picture.smaller.clear();
     picture.inBox = {(std::int32_t(box.width) - std::int32_t(picture.layer.Width())) / 2,
                      (std::int32_t(box.height) - std::int32_t(picture.layer.Height())) / 2};
 }
@@ -325,12 +325,12 @@ FrameSize CBasedMenu::BoxOf(unsigned index, FrameSize own) const {
     return {side(m_sourceSizes[at]), side(m_sourceSizes[at + 1])};
 }
 
-std::vector<CBasedMenu::Shown> CBasedMenu::ShownSources() const {
-    std::vector<Shown> shown;
+std::vector<CBasedMenu::ShownSource> CBasedMenu::ShownSources() const {
+    std::vector<ShownSource> shown;
     for (unsigned i = 0; i < m_pictures.size(); ++i)
         if (m_pictures[i].layer)
-            shown.push_back(
-                {m_sources[i], m_pictures[i].layer, m_pictures[i].isOpaque, m_pictures[i].inBox, m_pictures[i].halves});
+            shown.push_back({m_sources[i], m_pictures[i].layer, m_pictures[i].isOpaque, m_pictures[i].inBox,
+                             m_pictures[i].smaller});
     return shown;
 }
 

@@ -33,12 +33,12 @@ class CBasedMenu : public CBasedVideoImageEffect {
 
  protected:
     /// A source that has a picture.
-    struct Shown {
+    struct ShownSource {
         const additionsource_t& source;
-        const Layer& picture;
-        bool isOpaque;              ///< whether all of the picture is
-        point_t inBox;              ///< where in its box the picture lies
-        std::deque<Layer>& halves;  ///< a place for copies of the picture, kept for as long as it stays the same
+        const Layer& layer;
+        bool isOpaque;               ///< whether all of the picture is
+        point_t inBox;               ///< where in its box the picture lies
+        std::deque<Layer>& smaller;  ///< a place for copies of the picture, kept for as long as it stays the same
     };
     struct Text {
         text_t item;
@@ -52,13 +52,13 @@ class CBasedMenu : public CBasedVideoImageEffect {
     virtual FrameSize BoxOf(unsigned index, FrameSize own) const;
     virtual PictureFit Fit() const { return PictureFit::Contain; }
     /// Changes a source's picture before it is drawn: once, and each new frame of a video.
-    virtual void Dress(Layer&, unsigned /*index*/) const {}
+    virtual void FinishPicture(Layer&, unsigned /*index*/) const {}
     /// Whether a menu that names no background has one of its own, and paints it: once for every size of frame.
     virtual bool HasOwnBackground() const { return false; }
     virtual void PaintBackground(Canvas&) const {}
     /// Makes what a template draws beside its pictures: before the first frame, and anew when frames or menu change
     /// their size or kind. The background is painted after it.
-    virtual void Furnish() {}
+    virtual void MakeScenery() {}
 
     /// The frame in work: 1 is the first one. Counts every processed frame; nothing sets it back.
     std::int32_t FrameNumber() const { return std::int32_t(m_frameNumber); }
@@ -67,7 +67,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
     /// What layers of this menu are made for.
     LayerKind Kind() const { return m_kind.Layers(); }
     /// The sources that have a picture, in their order. Valid during DrawScene.
-    std::vector<Shown> ShownSources() const;
+    std::vector<ShownSource> ShownSources() const;
     const std::vector<Text>& Texts() const { return m_texts; }
     /// How many sources there are, with a picture or without.
     unsigned SourceCount() const { return m_sourceCount; }
@@ -109,7 +109,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
         Layer layer, mask;
         bool isOpaque = false;
         point_t inBox;
-        mutable std::deque<Layer> halves;
+        mutable std::deque<Layer> smaller;
     };
     // What setting a list does that one of the parsers takes apart.
     template <int (*parse)(additionsource_t*, const std::string&, unsigned)>
@@ -149,7 +149,7 @@ class CBasedMenu : public CBasedVideoImageEffect {
     std::unique_ptr<CRawVideoFrame> m_background;  // composed; null when there is none
     std::unique_ptr<Picture> m_backgroundPicture;
     ConverterOwner m_backgroundConverter;
-    bool m_backgroundReady = false, m_furnished = false;
+    bool m_backgroundReady = false, m_hasScenery = false;
 
     std::int32_t m_textNumber = 0;
     std::string m_textInfos;

@@ -6,7 +6,7 @@
 
 #include "TarvoBased/res_keeper.h"
 #include "dvd_effects/canvas/compositor.h"
-#include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/canvas/errors.h"
 
 namespace AVBased {
 

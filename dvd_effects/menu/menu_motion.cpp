@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "dvd_effects/canvas/compositor.h"
-#include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/canvas/errors.h"
 #include "effects/base/fixed_point.h"
 
 namespace AVBased {

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "TarvoBased/ITarvoException.h"
-#include "dvd_effects/canvas/menu_errors.h"
-#include "dvd_effects/menu/menu_sources.h"
+#include "dvd_effects/canvas/errors.h"
+#include "dvd_effects/menu/host_sources.h"
 
 namespace AVBased {
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
+#include "dvd_effects/canvas/animation.h"
 #include "dvd_effects/canvas/compositor.h"
-#include "dvd_effects/canvas/menu_errors.h"
-#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/canvas/errors.h"
+#include "dvd_effects/menu/host_sources.h"
+#include "dvd_effects/menu/list_parsers.h"
 #include "dvd_effects/menu/menu_frames.h"
-#include "dvd_effects/menu/menu_sources.h"
-#include "dvd_effects/slides/easing.h"
 #include "dvd_effects/slides/rasters.h"
 #include "effects/base/place_hash.h"
 
@@ -121,7 +121,7 @@ void CSlides::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     if (at.second)
         DrawTransition(*frame, at);
     else
-        Draw(*frame, at.first, at.first, WholeArea(size.width, size.height));
+        Draw(*frame, at.first, at.first, WholeRegion(size.width, size.height));
 }
 
 void CSlides::DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& at) {
@@ -133,9 +133,10 @@ void CSlides::DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& 
     transition.compose(frame, top, at.t, Instructions());
 }
 
-void CSlides::Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept, const Area& place) {
+void CSlides::Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept,
+                   const FixedRegion& place) {
     IRawVideoFrame& picture = PictureAt(moment.index, kept.index);
-    const Area shown = MotionOf(moment.index).Shown(SizeOf(picture), m_size, moment.share);
+    const FixedRegion shown = MotionOf(moment.index).Shown(SizeOf(picture), m_size, moment.share);
     DrawView(frame, picture, shown, place, Instructions());
 }
 

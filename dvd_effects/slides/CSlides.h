@@ -68,7 +68,7 @@ class CSlides : public CBasedVideoImageEffect {
     // The picture, made unless it is there; the one at `kept` stays.
     IRawVideoFrame& PictureAt(std::uint64_t index, std::uint64_t kept);
     void Fill(CRawVideoFrame& picture, const std::string& path);
-    void Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept, const Area& place);
+    void Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept, const FixedRegion& place);
     void DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& at);
 
     IAVManager* m_manager;

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "dvd_effects/canvas/menu_errors.h"
-#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/canvas/animation.h"
+#include "dvd_effects/canvas/errors.h"
+#include "dvd_effects/menu/host_sources.h"
+#include "dvd_effects/menu/list_parsers.h"
 #include "dvd_effects/menu/menu_frames.h"
-#include "dvd_effects/menu/menu_sources.h"
 #include "dvd_effects/menu/wrapped_text.h"
-#include "dvd_effects/slides/easing.h"
 
 namespace AVBased {
 
@@ -194,14 +194,14 @@ void CTitle::DrawLine(Canvas& canvas, std::size_t index, std::int64_t position) 
         out = duration - in;
     }
     const auto share = [](std::int64_t done, std::int64_t whole) {
-        return Share(std::clamp<std::int64_t>(done, 0, whole), whole);
+        return FixedShare(std::clamp<std::int64_t>(done, 0, whole), whole);
     };
     const std::int64_t later = std::int64_t(index) * m_lineDelay,
                        earlier = std::int64_t(m_lines.size() - 1 - index) * m_lineDelay;
     // How far it has come, and how much of it has not left.
     const std::int64_t come = share(position - later + 1, in + 1);
     const std::int64_t left = ends ? share(duration - earlier - position, out + 1) : fixedOne;
-    const auto opacity = std::uint8_t(Ease(std::min(come, left)) * 255 / fixedOne);
+    const auto opacity = std::uint8_t(FixedEased(std::min(come, left)) * 255 / fixedOne);
     if (!opacity) return;
 
     // It slows down as it comes and gains speed as it leaves.

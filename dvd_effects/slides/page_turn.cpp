@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "dvd_effects/slides/easing.h"
+#include "dvd_effects/canvas/animation.h"
 #include "dvd_effects/canvas/layer.h"
 #include "dvd_effects/slides/rasters.h"
 

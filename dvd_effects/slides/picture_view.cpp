@@ -8,7 +8,7 @@
 #include <immintrin.h>
 #endif
 
-#include "dvd_effects/slides/easing.h"
+#include "dvd_effects/canvas/animation.h"
 #include "dvd_effects/slides/rasters.h"
 
 namespace AVBased {
@@ -31,7 +31,7 @@ struct Taps {
 
 // For axes of `samples` samples on the frame and `available`, at least one, on the picture. `shift` leads from pixels
 // to samples.
-Taps MakeTaps(const Stretch& shown, const Stretch& place, unsigned samples, unsigned available, unsigned shift) {
+Taps MakeTaps(const FixedSpan& shown, const FixedSpan& place, unsigned samples, unsigned available, unsigned shift) {
     const std::int64_t sampleSize = fixedOne << shift, end = place.begin + place.length;
     const auto within = [&](std::int64_t sample) { return unsigned(std::clamp<std::int64_t>(sample, 0, samples)); };
     Taps taps;
@@ -188,9 +188,9 @@ void DrawRaster(Raster<Sample> to, Raster<Sample> from, const Taps* acrossTaps, 
 
 }  // namespace
 
-Area WholeArea(unsigned width, unsigned height) { return {{0, width * fixedOne}, {0, height * fixedOne}}; }
+FixedRegion WholeRegion(unsigned width, unsigned height) { return {{0, width * fixedOne}, {0, height * fixedOne}}; }
 
-void DrawView(IRawVideoFrame& frame, IRawVideoFrame& picture, const Area& shown, const Area& place,
+void DrawView(IRawVideoFrame& frame, IRawVideoFrame& picture, const FixedRegion& shown, const FixedRegion& place,
               InstructionSet set) {
     ForEachRaster(
         [&]<class Sample>(const Raster<Sample>& to, const Raster<Sample>& from) {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "dvd_effects/canvas/compositor.h"
+#include "dvd_effects/canvas/errors.h"
 #include "dvd_effects/canvas/layer_maker.h"
-#include "dvd_effects/canvas/menu_errors.h"
 #include "dvd_effects/canvas/painting.h"
 #include "dvd_effects/slides/rasters.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "dvd_effects/slides/easing.h"
+#include "dvd_effects/canvas/animation.h"
 
 namespace AVBased {
 
@@ -44,7 +44,7 @@ SlideTimeline::Frame SlideTimeline::At(std::uint64_t position) const {
     const auto period = std::uint64_t(alone + together), last = pictures - 1;
     const std::int64_t life = alone + 2 * together;
     const auto moment = [&](std::uint64_t index, std::uint64_t since) {
-        return SlideMoment{index, Share(std::int64_t(std::min(since, std::uint64_t(life))), life)};
+        return SlideMoment{index, FixedShare(std::int64_t(std::min(since, std::uint64_t(life))), life)};
     };
     // The last picture stays.
     const bool ends = !loops || pictures == 1;
@@ -55,16 +55,16 @@ SlideTimeline::Frame SlideTimeline::At(std::uint64_t position) const {
     if (since < std::uint64_t(alone)) return frame;
     const auto done = std::int64_t(since) - alone;
     frame.second = moment((index + 1) % pictures, std::uint64_t(done));
-    frame.t = Ease(Share(done + 1, together + 1));
+    frame.t = FixedEased(FixedShare(done + 1, together + 1));
     return frame;
 }
 
-Area SlideMotion::Shown(FrameSize picture, FrameSize frame, std::int64_t share) const {
-    const View view{Between(from.closeness, to.closeness, share), Between(from.x, to.x, share),
-                    Between(from.y, to.y, share)};
+FixedRegion SlideMotion::Shown(FrameSize picture, FrameSize frame, std::int64_t share) const {
+    const View view{FixedMixed(from.closeness, to.closeness, share), FixedMixed(from.x, to.x, share),
+                    FixedMixed(from.y, to.y, share)};
     const auto along = [&](unsigned whole, unsigned closest, std::int64_t place) {
-        const std::int64_t length = Between(whole * fixedOne, closest * fixedOne, view.closeness);
-        return Stretch{(whole * fixedOne - length) * (fixedOne + place) / (2 * fixedOne), length};
+        const std::int64_t length = FixedMixed(whole * fixedOne, closest * fixedOne, view.closeness);
+        return FixedSpan{(whole * fixedOne - length) * (fixedOne + place) / (2 * fixedOne), length};
     };
     return {along(picture.width, frame.width, view.x), along(picture.height, frame.height, view.y)};
 }

@@ -42,7 +42,7 @@ struct SlideMotion {
     View from, to;
 
     bool Moves() const { return from.closeness || to.closeness; }
-    Area Shown(FrameSize picture, FrameSize frame, std::int64_t share) const;
+    FixedRegion Shown(FrameSize picture, FrameSize frame, std::int64_t share) const;
 };
 
 /// The motion of that name: "none", "zoomin", "zoomout", "panleft", "panright", "panup", "pandown", or "random", which

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <vector>
 
+#include "dvd_effects/canvas/animation.h"
 #include "dvd_effects/canvas/byte_fractions.h"
-#include "dvd_effects/slides/easing.h"
 #include "dvd_effects/slides/page_turn.h"
 #include "dvd_effects/slides/rasters.h"
 
@@ -13,7 +13,7 @@ namespace AVBased {
 
 namespace {
 
-Area WholeFrame(FrameSize frame, std::int64_t) { return WholeArea(frame.width, frame.height); }
+FixedRegion WholeFrame(FrameSize frame, std::int64_t) { return WholeRegion(frame.width, frame.height); }
 
 // 0 to 255 as `distance` goes from 0 to `width`.
 std::uint8_t Ramp(std::int64_t distance, std::int64_t width) {
@@ -127,14 +127,14 @@ unsigned PushEdge(unsigned width, std::int64_t t) {
     return unsigned(std::min<std::int64_t>((left + grid - 1) / grid * grid, width));
 }
 
-Area PushFirst(FrameSize frame, std::int64_t t) {
-    Area area = WholeArea(frame.width, frame.height);
+FixedRegion PushFirst(FrameSize frame, std::int64_t t) {
+    FixedRegion area = WholeRegion(frame.width, frame.height);
     area.x.begin = (std::int64_t(PushEdge(frame.width, t)) - frame.width) * fixedOne;
     return area;
 }
 
-Area PushSecond(FrameSize frame, std::int64_t t) {
-    Area area = WholeArea(frame.width, frame.height);
+FixedRegion PushSecond(FrameSize frame, std::int64_t t) {
+    FixedRegion area = WholeRegion(frame.width, frame.height);
     area.x.begin = PushEdge(frame.width, t) * fixedOne;
     return area;
 }
@@ -148,7 +148,7 @@ void Push(IRawVideoFrame& frame, IRawVideoFrame& top, std::int64_t t, Instructio
 // From left to right, behind a soft edge.
 void Wipe(IRawVideoFrame& frame, IRawVideoFrame& top, std::int64_t t, InstructionSet set) {
     const std::int64_t width = SizeOf(frame).width, soft = (width / 8 + 1) * fixedOne;
-    const std::int64_t edge = Between(0, width * fixedOne + soft, t);
+    const std::int64_t edge = FixedMixed(0, width * fixedOne + soft, t);
     MixByAxes(
         frame, top, set, [=](std::int64_t x) { return Ramp(edge - x, soft); }, Always);
 }
@@ -160,8 +160,8 @@ void Blinds(IRawVideoFrame& frame, IRawVideoFrame& top, std::int64_t t, Instruct
     const std::int64_t soft = slat / 5;
     const auto down = [=](std::int64_t y) {
         const std::int64_t own = std::clamp<std::int64_t>(
-            Between(0, fixedOne + lastStart, t) - std::min(y / slat, slats - 1) * stagger, 0, fixedOne);
-        return Ramp(Between(0, slat + soft, own) - y % slat, soft);
+            FixedMixed(0, fixedOne + lastStart, t) - std::min(y / slat, slats - 1) * stagger, 0, fixedOne);
+        return Ramp(FixedMixed(0, slat + soft, own) - y % slat, soft);
     };
     MixByAxes(frame, top, set, Always, down);
 }
@@ -169,25 +169,27 @@ void Blinds(IRawVideoFrame& frame, IRawVideoFrame& top, std::int64_t t, Instruct
 constexpr std::int64_t Scaled(std::int64_t length, std::int64_t scale) { return length * scale / fixedOne; }
 
 // All of the picture, `scale` times as large around the middle of the frame.
-Area Enlarged(FrameSize frame, std::int64_t scale) {
+FixedRegion Enlarged(FrameSize frame, std::int64_t scale) {
     const auto along = [scale](unsigned side) {
         const std::int64_t whole = side * fixedOne, length = std::max<std::int64_t>(Scaled(whole, scale), 1);
-        return Stretch{(whole - length) / 2, length};
+        return FixedSpan{(whole - length) / 2, length};
     };
     return {along(frame.width), along(frame.height)};
 }
 
 // The first picture comes nearer and darkens, while the second one grows out of the middle over a soft shadow.
-Area ZoomFirst(FrameSize frame, std::int64_t t) { return Enlarged(frame, fixedOne + t / 2); }
-Area ZoomSecond(FrameSize frame, std::int64_t t) { return Enlarged(frame, Between(fixedOne / 5, fixedOne, t)); }
+FixedRegion ZoomFirst(FrameSize frame, std::int64_t t) { return Enlarged(frame, fixedOne + t / 2); }
+FixedRegion ZoomSecond(FrameSize frame, std::int64_t t) {
+    return Enlarged(frame, FixedMixed(fixedOne / 5, fixedOne, t));
+}
 
 void Zoom(IRawVideoFrame& frame, IRawVideoFrame& top, std::int64_t t, InstructionSet set) {
     const FrameSize size = SizeOf(frame);
-    const Area area = ZoomSecond(size, t);
+    const FixedRegion area = ZoomSecond(size, t);
     const std::int64_t shadow = (size.height / 12 + 1) * fixedOne;
     const std::uint8_t opacity = Ramp(t, fixedOne / 5);
     // Within a stretch 255, beside it less and less over `soft`, half of which lies inside.
-    const auto within = [](const Stretch& stretch, std::int64_t soft) {
+    const auto within = [](const FixedSpan& stretch, std::int64_t soft) {
         return [=](std::int64_t at) {
             return Ramp(std::min(at - stretch.begin, stretch.begin + stretch.length - at) + soft / 2, soft);
         };

@@ -14,8 +14,8 @@ namespace AVBased {
 struct Transition {
     const char* name;
     /// Where on the frame the pictures stand.
-    Area (*placeFirst)(FrameSize frame, std::int64_t t);
-    Area (*placeSecond)(FrameSize frame, std::int64_t t);
+    FixedRegion (*placeFirst)(FrameSize frame, std::int64_t t);
+    FixedRegion (*placeSecond)(FrameSize frame, std::int64_t t);
     /// Which picture is drawn over the other.
     bool firstOnTop;
     /// Puts `top` over the other picture, which `frame` holds; both stand at their places, and what `top` holds beside

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "dvd_effects/menu/CBasedMenu.h"
-#include "dvd_effects/canvas/animation.h"
 #include "dvd_effects/canvas/pile.h"
-#include "dvd_effects/templates/stage.h"
+#include "dvd_effects/menu/CBasedMenu.h"
+#include "dvd_effects/templates/region.h"
+#include "dvd_effects/templates/turns.h"
 
 namespace AVBased {
 
@@ -19,14 +19,14 @@ class CAnimatedMenu : public CBasedMenu {
 
  protected:
     /// A source at the frame in work.
-    struct Actor {
-        const Layer& picture;
+    struct ShownPicture {
+        const Layer& layer;
         bool isOpaque = false;
         unsigned index = 0;  ///< among those that have a picture
         double opacity = 1;  ///< what its own fade leaves
         Spot middle;         ///< of its box, from the box's corner
         const additionsource_t& source;
-        std::deque<Layer>& halves;  ///< the picture at a half, a quarter... of its size, as far as they were needed
+        std::deque<Layer>& smaller;  ///< the picture at a half, a quarter... of its size, as far as they were needed
     };
 
     /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
@@ -38,46 +38,60 @@ class CAnimatedMenu : public CBasedMenu {
     double Height() const { return MenuSize().height; }
     /// The menu within its margins, less the texts that stand still: of the bands above, below and beside them the
     /// largest; all of it where they leave less than half.
-    StageArea Stage() const;
+    Region FreeRegion() const;
     /// Parts of the menu's width and height, at least a pixel.
     FrameSize PartOfMenu(double across, double down) const;
-    /// How large an actor's picture is shown: as "additionSourceSizes" tells, else `usual` times its size.
-    double ScaleOf(const Actor& actor, double usual) const { return HasSizeOf(actor.index) ? 1 : usual; }
+    /// How large a picture is shown: as "additionSourceSizes" tells, else `usual` times its size.
+    double ScaleOf(const ShownPicture& picture, double usual) const { return HasSizeOf(picture.index) ? 1 : usual; }
     /// The measure of everything that is neither the menu nor a picture: a ninth of the height, of a wide menu.
     double Unit() const { return std::min(Width() / 16, Height() / 9); }
     /// So many units in whole pixels, at least one.
     unsigned Units(double count) const { return unsigned(std::max(1.0, count * Unit() + 0.5)); }
     /// All sources that have a picture, in their order.
-    std::vector<Actor> Actors() const;
-    /// Where the middle of an actor that is shown `scale` times as large as its picture stands: as its start position
+    std::vector<ShownPicture> ShownPictures() const;
+    /// Where the middle of a picture that is shown `scale` times its size stands: as its start position
     /// says, or at `usual` when none was ever set.
-    Spot PlaceOf(const Actor& actor, Spot usual, double scale = 1) const;
-    /// Lays an actor's picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own. A
+    Spot PlaceOf(const ShownPicture& picture, Spot usual, double scale = 1) const;
+    /// Lays a picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own. A
     /// picture shown small is as smooth as one in its own size. Nothing is drawn outside the window.
-    void Show(Canvas& canvas, const Actor& actor, const Placement& placement, double opacity = 1,
-              Window window = {}) const;
+    void Show(Canvas& canvas, const ShownPicture& picture, const Placement& placement, double opacity = 1,
+              const Box& window = everything) const;
     /// The same on a pile.
-    void Show(Pile& pile, const Actor& actor, const Placement& placement, double opacity = 1) const;
-    /// Lays an actor's picture so that it fills a rectangle of whole pixels, `zoom` (1 or more) times as large as that
+    void Show(Pile& pile, const ShownPicture& picture, const Placement& placement, double opacity = 1) const;
+    /// Lays a picture so that it fills a rectangle of whole pixels, `zoom` (1 or more) times as large as that
     /// takes; what stands out is left out.
-    void ShowWithin(Canvas& canvas, const Actor& actor, Window window, double zoom, double opacity = 1) const;
+    void ShowWithin(Canvas& canvas, const ShownPicture& picture, const Box& window, double zoom,
+                    double opacity = 1) const;
 
-    /// Lets the actors stand in for one another: calls show(actor, opacity) for the one whose turn it is, and before
-    /// it, within the first `ramp` of a turn, for the one that was before.
+    /// Lets the pictures stand in for one another: calls show(picture, opacity) for the one whose turn it is, and
+    /// before it, within the first `ramp` of a turn, for the one that was before.
     template <class Draw>
     void ShowInTurn(double ramp, Draw show) const {
-        const std::vector<Actor> actors = Actors();
-        const auto count = unsigned(actors.size());
-        if (!count) return;
-        const auto index = std::min(count - 1, unsigned(Phase() * count));
-        const double come = InTurn(Phase(), index, count, ramp);
-        if (come < 1) show(actors[(index + count - 1) % count], std::min(1.0, 2 - 2 * come));
-        show(actors[index], come);
+        const std::vector<ShownPicture> pictures = ShownPictures();
+        if (pictures.empty()) return;
+        const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
+        const double come = InTurn(Phase(), turn.index, turn.count, ramp);
+        if (come < 1) show(pictures[turn.Before()], std::min(1.0, 2 - 2 * come));
+        show(pictures[turn.index], come);
+    }
+    /// The same where each is on its way for longer than its turn: calls show(picture, part, opacity), with the part of
+    /// its way, for the one whose turn it is, and after it, within the last `dissolve` of a turn, for the next one.
+    template <class Draw>
+    void ShowDissolving(double dissolve, Draw show) const {
+        const std::vector<ShownPicture> pictures = ShownPictures();
+        if (pictures.empty()) return;
+        const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
+        show(pictures[turn.index], (turn.part + dissolve) / (1 + dissolve), 1.0);
+        const double begun = turn.part - (1 - dissolve);
+        if (begun > 0) show(pictures[turn.Next()], begun / (1 + dissolve), Eased(begun / dissolve));
     }
 
     /// The size that pictures have when none is given for them: a third of the menu.
     virtual FrameSize UsualBox() const;
     FrameSize BoxOf(unsigned index, FrameSize own) const override;
+    bool HasOwnBackground() const override { return true; }
+    /// Fills a background with colours that go over into each other from its top to its bottom.
+    void PaintGradient(Canvas& canvas, Colour top, Colour bottom) const;
 
  private:
     int Loop() const;

@@ -62,24 +62,20 @@ const CBaby::Style CBabyBoy::style = {
     .cut = [](const Layer& layer) { RoundCorners(layer, std::min(layer.Width(), layer.Height()) * 0.28); },
 };
 
-CellGrid CBaby::Rows(unsigned count) const {
+PictureGrid CBaby::Rows(unsigned count) const {
     // As high with a title as without one, so that texts that come later change no size.
     const double top = Texts().empty() ? 0.17 : 0.29;
-    return {{0.08 * Width(), top * Height(), 0.84 * Width(), 0.61 * Height()}, count, m_style.shape, 0.7 * Unit()};
+    return PictureGrid::Spaced({0.08 * Width(), top * Height(), 0.84 * Width(), 0.61 * Height()}, count, m_style.shape,
+                               0.7 * Unit());
 }
 
-void CBaby::Dress(Layer& picture, unsigned /*index*/) const {
-    m_mounts.Set(picture, Kind(), [&](FrameSize size) {
-        const unsigned rim = Units(0.1);
-        Layer shape = PlainLayer(Kind(), size, {});
-        Layer frame = PlainLayer(Kind(), {size.width + 2 * rim, size.height + 2 * rim}, {255, 255, 255});
-        m_style.cut(shape);
-        m_style.cut(frame);
-        return Mount{Shaded(frame, Kind(), Units(0.18), Units(0.06), m_style.shadow), std::move(shape)};
-    });
+void CBaby::FinishPicture(Layer& picture, unsigned /*index*/) const {
+    constexpr Colour white = {255, 255, 255};
+    m_mounts.Set(picture, Kind(),
+                 {white, {{Units(0.1), white}}, Units(0.18), Units(0.06), m_style.shadow, m_style.cut});
 }
 
-void CBaby::Furnish() {
+void CBaby::MakeScenery() {
     m_bubble = Bubble(Kind(), Units(1.2));
     m_toy = Sprite(Kind(), Units(0.7), m_style.toy, m_style.isToy);
     m_cloud = Sprite(Kind(), Units(2.6), {255, 255, 255}, Disc);
@@ -87,9 +83,7 @@ void CBaby::Furnish() {
 }
 
 void CBaby::PaintBackground(Canvas& canvas) const {
-    const Layer sky(canvas.Width(), canvas.Height());
-    FillGradient(sky, Kind(), m_style.skyTop, m_style.skyBottom);
-    canvas.Lay(sky, 0, 0);
+    PaintGradient(canvas, m_style.skyTop, m_style.skyBottom);
     const double unit = Unit();
     for (unsigned row = 0; row * 0.9 < 9.9; ++row)
         for (unsigned column = 0; column * unit * 1.1 < Width() + unit; ++column)
@@ -122,17 +116,17 @@ void CBaby::DrawToys(Canvas& canvas, unsigned first, unsigned last) const {
 
 void CBaby::DrawScene(Canvas& canvas) {
     DrawToys(canvas, 0, toysBehind);
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const CellGrid rows = Rows(count);
-    for (const Actor& actor : actors) {
-        const double own = actor.index * 0.382;
-        Spot at = PlaceOf(actor, rows.PlaceOf(actor.index));
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const PictureGrid rows = Rows(count);
+    for (const ShownPicture& picture : pictures) {
+        const double own = picture.index * 0.382;
+        Spot at = PlaceOf(picture, rows.MiddleOf(picture.index));
         at.x += 0.08 * Unit() * Wave(Turns(150) + own + 0.25);
         at.y += 0.16 * Unit() * Wave(Turns(75) + own);
-        const double size = count > 1 ? 0.95 + 0.12 * InTurn(Phase(), actor.index, count, 0.6) : 1;
-        Show(canvas, actor,
-             Placement::Turned(at, actor.picture.Width() * size, actor.picture.Height() * size,
+        const double size = count > 1 ? 0.95 + 0.12 * InTurn(Phase(), picture.index, count, 0.6) : 1;
+        Show(canvas, picture,
+             Placement::Turned(at, picture.layer.Width() * size, picture.layer.Height() * size,
                                2.5 * Wave(Turns(100) + own)));
     }
     DrawToys(canvas, toysBehind, toys);

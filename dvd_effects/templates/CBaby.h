@@ -1,8 +1,8 @@
 #pragma once
 
 #include "dvd_effects/templates/CAnimatedMenu.h"
-#include "dvd_effects/templates/arrangement.h"
-#include "dvd_effects/templates/mounts.h"
+#include "dvd_effects/templates/picture_grid.h"
+#include "dvd_effects/templates/picture_mount.h"
 
 namespace AVBased {
 
@@ -24,20 +24,19 @@ class CBaby : public CAnimatedMenu {
     CBaby(const char* name, IAVManager* manager, const Style& style) : CAnimatedMenu(name, manager), m_style(style) {}
 
     PictureFit Fit() const override { return PictureFit::Cover; }
-    FrameSize UsualBox() const override { return Rows(SourceCount()).Cell(); }
-    void Dress(Layer& picture, unsigned index) const override;
-    void Furnish() override;
-    bool HasOwnBackground() const override { return true; }
+    FrameSize UsualBox() const override { return Rows(SourceCount()).CellSize(); }
+    void FinishPicture(Layer& picture, unsigned index) const override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
-    CellGrid Rows(unsigned count) const;
+    PictureGrid Rows(unsigned count) const;
     // Those from `first` up to, but not, `last`.
     void DrawToys(Canvas& canvas, unsigned first, unsigned last) const;
 
     const Style& m_style;
-    mutable Mounts m_mounts;
+    mutable PictureMounts m_mounts;
     Layer m_bubble, m_toy, m_cloud, m_backCloud;
 };
 

@@ -3,9 +3,9 @@
 namespace AVBased {
 
 void CCommon::DrawScene(Canvas& canvas) {
-    for (const Shown& shown : ShownSources()) {
+    for (const ShownSource& shown : ShownSources()) {
         const point_t at = PositionOf(shown.source) + shown.inBox;
-        canvas.Lay(shown.picture, at.x, at.y, OpacityOf(shown.source));
+        canvas.Lay(shown.layer, at.x, at.y, OpacityOf(shown.source));
     }
     DrawTexts(canvas);
 }

@@ -9,19 +9,13 @@ constexpr double shadowRadius = 0.14, shadowDrop = 0.05;
 
 }  // namespace
 
-void CCommonSheet::Dress(Layer& picture, unsigned /*index*/) const {
-    m_mounts.Set(picture, Kind(), [&](FrameSize size) {
-        const unsigned rim = Units(0.04);
-        Layer shape = PlainLayer(Kind(), size, {});
-        const Layer frame = Framed(PlainLayer(Kind(), size, {222, 228, 236}), Kind(), rim, rim, rim, white);
-        return Mount{Shaded(frame, Kind(), Units(shadowRadius), Units(shadowDrop), {0, 0, 0, 150}), std::move(shape)};
-    });
+void CCommonSheet::FinishPicture(Layer& picture, unsigned /*index*/) const {
+    m_mounts.Set(picture, Kind(),
+                 {{222, 228, 236}, {{Units(0.04), white}}, Units(shadowRadius), Units(shadowDrop), {0, 0, 0, 150}});
 }
 
 void CCommonSheet::PaintBackground(Canvas& canvas) const {
-    const Layer sheet(canvas.Width(), canvas.Height());
-    FillGradient(sheet, Kind(), {62, 80, 106}, {20, 26, 38});
-    canvas.Lay(sheet, 0, 0);
+    PaintGradient(canvas, {62, 80, 106}, {20, 26, 38});
     const Layer light = Glow(Kind(), Units(3), {150, 186, 226});
     canvas.LayTransformed(light, Placement::Turned({0.3 * Width(), 0}, 1.5 * Width(), 1.3 * Height()), 90);
     // Broad slanted beams, hardly to be seen.
@@ -34,60 +28,61 @@ void CCommonSheet::PaintBackground(Canvas& canvas) const {
     }
 }
 
-CellGrid CCommonSub::Rows(unsigned count) const {
+PictureGrid CCommonSub::Rows(unsigned count) const {
     const double top = Texts().empty() ? 0.13 : 0.23;
-    return {{0.07 * Width(), top * Height(), 0.86 * Width(), 0.7 * Height()}, count, 1.4, 0.5 * Unit()};
+    return PictureGrid::Spaced({0.07 * Width(), top * Height(), 0.86 * Width(), 0.7 * Height()}, count, 1.4,
+                               0.5 * Unit());
 }
 
 FrameSize CCommonSub::UsualBox() const {
-    const FrameSize cell = Rows(SourceCount()).Cell();
+    const FrameSize cell = Rows(SourceCount()).CellSize();
     return {cell.width, unsigned(std::max(1.0, cell.height - StripHeight()))};
 }
 
-void CCommonSub::Furnish() {
+void CCommonSub::MakeScenery() {
     m_strip = PlainLayer(Kind(), {Units(3.5), Units(0.42)}, {8, 12, 20, 130});
     RoundCorners(m_strip, 0.06 * Unit());
     m_accent = PlainLayer(Kind(), {16, 16}, accent);
 }
 
-void CCommonSub::DrawCard(Canvas& canvas, const Actor& actor, Spot at, double lit) const {
-    const double size = 1 + 0.05 * lit, width = size * actor.picture.Width(), height = size * actor.picture.Height();
+void CCommonSub::DrawCard(Canvas& canvas, const ShownPicture& picture, Spot at, double lit) const {
+    const double size = 1 + 0.05 * lit, width = size * picture.layer.Width(), height = size * picture.layer.Height();
     // The layer without the room for its shadow.
     const double shadow = 2 * size * (Units(shadowRadius) + Units(shadowDrop)), outer = 0.1 * Unit();
     const double framedWidth = width - shadow, framedHeight = height - shadow;
     const auto lay = [&](const Layer& layer, Spot middle, double layerWidth, double layerHeight, double opacity) {
         canvas.LayTransformed(layer, Placement::Turned(middle, layerWidth, layerHeight),
-                              std::uint8_t(255 * opacity * actor.opacity));
+                              std::uint8_t(255 * opacity * picture.opacity));
     };
     const double stripTop = at.y + framedHeight / 2 + 0.07 * Unit(), stripHeight = StripHeight() - 0.08 * Unit();
     const Spot strip = {at.x, stripTop + stripHeight / 2};
     lay(m_strip, strip, framedWidth, stripHeight, 1);
     lay(m_accent, {at.x - framedWidth / 2 + 0.04 * Unit(), strip.y}, 0.08 * Unit(), stripHeight, 0.4 + 0.6 * lit);
     if (lit > 0) lay(m_accent, at, framedWidth + outer, framedHeight + outer, lit);
-    Show(canvas, actor, Placement::Turned(at, width, height));
+    Show(canvas, picture, Placement::Turned(at, width, height));
 }
 
 void CCommonSub::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const CellGrid rows = Rows(count);
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const PictureGrid rows = Rows(count);
     for (const bool isLit : {false, true})
-        for (const Actor& actor : actors) {
-            const double lit = (0.88 + 0.12 * Wave(Turns(75))) * InTurn(Phase(), actor.index, count, 0.3);
+        for (const ShownPicture& picture : pictures) {
+            const double lit = (0.88 + 0.12 * Wave(Turns(75))) * InTurn(Phase(), picture.index, count, 0.3);
             if (isLit == (lit > 0)) {
-                Spot at = rows.PlaceOf(actor.index);
+                Spot at = rows.MiddleOf(picture.index);
                 at.y -= StripHeight() / 2;
-                DrawCard(canvas, actor, PlaceOf(actor, at), lit);
+                DrawCard(canvas, picture, PlaceOf(picture, at), lit);
             }
         }
     DrawTexts(canvas);
 }
 
 FrameSize CCommomInstrction::UsualBox() const {
-    return CellGrid({0, 0, 0.32 * Width(), 0.6 * Height()}, 1, 1.15, 0).Cell();
+    return PictureGrid::Spaced({0, 0, 0.32 * Width(), 0.6 * Height()}, 1, 1.15, 0).CellSize();
 }
 
-void CCommomInstrction::Furnish() {
+void CCommomInstrction::MakeScenery() {
     const FrameSize menu = MenuSize();
     m_panel = PlainLayer(Kind(), {std::max(1u, menu.width * 21 / 40), std::max(1u, menu.height * 3 / 4)},
                          {246, 249, 252, 232});
@@ -106,10 +101,10 @@ void CCommomInstrction::DrawScene(Canvas& canvas) {
         m_accent,
         Placement::Turned({left + 0.22 * Unit(), top + 1.1 * Unit() + way * (0.5 - 0.5 * Wave(Turns(300) + 0.25))},
                           m_accent.Width(), m_accent.Height()));
-    ShowInTurn(0.25, [&](const Actor& actor, double opacity) {
-        const double size = 0.985 + 0.025 * Wave(Turns(300) + 0.25), width = size * actor.picture.Width();
-        const Spot at = PlaceOf(actor, {0.785 * Width(), 0.5 * Height()});
-        Show(canvas, actor, Placement::Turned(at, width, size * actor.picture.Height(), 1.2 * Wave(Turns(300))),
+    ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {
+        const double size = 0.985 + 0.025 * Wave(Turns(300) + 0.25), width = size * picture.layer.Width();
+        const Spot at = PlaceOf(picture, {0.785 * Width(), 0.5 * Height()});
+        Show(canvas, picture, Placement::Turned(at, width, size * picture.layer.Height(), 1.2 * Wave(Turns(300))),
              opacity);
     });
     DrawTexts(canvas);

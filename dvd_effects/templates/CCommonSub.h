@@ -1,8 +1,8 @@
 #pragma once
 
 #include "dvd_effects/templates/CAnimatedMenu.h"
-#include "dvd_effects/templates/arrangement.h"
-#include "dvd_effects/templates/mounts.h"
+#include "dvd_effects/templates/picture_grid.h"
+#include "dvd_effects/templates/picture_mount.h"
 
 namespace AVBased {
 
@@ -17,12 +17,11 @@ class CCommonSheet : public CAnimatedMenu {
 
  protected:
     PictureFit Fit() const override { return PictureFit::Cover; }
-    void Dress(Layer& picture, unsigned index) const override;
-    bool HasOwnBackground() const override { return true; }
+    void FinishPicture(Layer& picture, unsigned index) const override;
     void PaintBackground(Canvas& canvas) const override;
 
  private:
-    mutable Mounts m_mounts;
+    mutable PictureMounts m_mounts;
 };
 
 /// The sub-menu: pictures in rows, below each a strip for its number and title; each in turn is bordered and comes a
@@ -33,13 +32,13 @@ class CCommonSub : public CCommonSheet {
 
  protected:
     FrameSize UsualBox() const override;
-    void Furnish() override;
+    void MakeScenery() override;
     void DrawScene(Canvas& canvas) override;
 
  private:
     double StripHeight() const { return 0.5 * Unit(); }
-    CellGrid Rows(unsigned count) const;
-    void DrawCard(Canvas& canvas, const Actor& actor, Spot at, double lit) const;
+    PictureGrid Rows(unsigned count) const;
+    void DrawCard(Canvas& canvas, const ShownPicture& picture, Spot at, double lit) const;
 
     Layer m_strip, m_accent;
 };
@@ -53,7 +52,7 @@ class CCommomInstrction : public CCommonSheet {
 
  protected:
     FrameSize UsualBox() const override;
-    void Furnish() override;
+    void MakeScenery() override;
     void DrawScene(Canvas& canvas) override;
 
  private:

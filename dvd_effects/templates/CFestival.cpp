@@ -40,18 +40,13 @@ Layer Lantern(LayerKind kind, unsigned width) {
 
 }  // namespace
 
-void CFestivalNight::Dress(Layer& picture, unsigned /*index*/) const {
-    m_mounts.Set(picture, Kind(), [&](FrameSize size) {
-        const unsigned dark = Units(0.05), thin = Units(0.025);
-        Layer shape = PlainLayer(Kind(), size, {});
-        constexpr Colour ground = {26, 20, 52};
-        const Layer inner = Framed(PlainLayer(Kind(), size, ground), Kind(), dark, dark, dark, ground);
-        const Layer frame = Framed(inner, Kind(), thin, thin, thin, gold);
-        return Mount{Shaded(frame, Kind(), Units(0.16), Units(0.05), {0, 0, 10, 190}), std::move(shape)};
-    });
+void CFestivalNight::FinishPicture(Layer& picture, unsigned /*index*/) const {
+    constexpr Colour dark = {26, 20, 52};
+    m_mounts.Set(picture, Kind(),
+                 {dark, {{Units(0.05), dark}, {Units(0.025), gold}}, Units(0.16), Units(0.05), {0, 0, 10, 190}});
 }
 
-void CFestivalNight::Furnish() {
+void CFestivalNight::MakeScenery() {
     for (unsigned i = 0; i < colours; ++i) m_sparks[i] = Glow(Kind(), Units(0.3), fires[i]);
     m_star = Glow(Kind(), Units(0.2), {255, 252, 236});
     m_halo = Glow(Kind(), Units(1.6), {255, 158, 66});
@@ -60,9 +55,7 @@ void CFestivalNight::Furnish() {
 }
 
 void CFestivalNight::PaintBackground(Canvas& canvas) const {
-    const Layer sky(canvas.Width(), canvas.Height());
-    FillGradient(sky, Kind(), {5, 8, 34}, {58, 44, 112});
-    canvas.Lay(sky, 0, 0);
+    PaintGradient(canvas, {5, 8, 34}, {58, 44, 112});
     canvas.LayTransformed(m_halo, Placement::Turned({0.5 * Width(), Height()}, 1.7 * Width(), 0.9 * Height()), 110);
     for (unsigned i = 0; i < 150; ++i) {
         const double high = Scattered(52, i), size = Unit() * (0.05 + 0.13 * Scattered(53, i) * Scattered(54, i));
@@ -102,9 +95,9 @@ void CFestivalNight::DrawLantern(Canvas& canvas, Spot hook, double height, doubl
     canvas.LayTransformed(m_lantern, Placement::Turned(middle, height * 2 / 3, height, degrees));
 }
 
-CFestivalNight::Pendulum CFestivalNight::Hang(const Actor& actor, Spot rest, double own) const {
+CFestivalNight::Pendulum CFestivalNight::Hang(const ShownPicture& picture, Spot rest, double own) const {
     return {{rest.x, -1.2 * Unit()},       rest.y + 1.2 * Unit(),          1.5 * Wave(Turns(110) + own),
-            double(actor.picture.Width()), double(actor.picture.Height()), own};
+            double(picture.layer.Width()), double(picture.layer.Height()), own};
 }
 
 Spot CFestivalNight::Pendulum::At(double x, double y) const {
@@ -119,8 +112,8 @@ void CFestivalNight::DrawHangers(Canvas& canvas, const Pendulum& hung) const {
     DrawLantern(canvas, hook, 0.72 * Unit(), 5 * Wave(Turns(110) + hung.own - 0.12), hung.own);
 }
 
-void CFestivalNight::ShowHung(Canvas& canvas, const Actor& actor, const Pendulum& hung, double opacity) const {
-    Show(canvas, actor, Placement::Turned(hung.At(0, 0), hung.width, hung.height, hung.degrees), opacity);
+void CFestivalNight::ShowHung(Canvas& canvas, const ShownPicture& picture, const Pendulum& hung, double opacity) const {
+    Show(canvas, picture, Placement::Turned(hung.At(0, 0), hung.width, hung.height, hung.degrees), opacity);
 }
 
 void CFestivalNight::DrawFirework(Canvas& canvas, unsigned index, double t) const {
@@ -198,22 +191,23 @@ void CFestivalNight::DrawScene(Canvas& canvas) {
     DrawTexts(canvas);
 }
 
-CellGrid CFestival::Rows(unsigned count) const {
+PictureGrid CFestival::Rows(unsigned count) const {
     const double top = Texts().empty() ? 0.17 : 0.285;
-    return {{0.08 * Width(), top * Height(), 0.84 * Width(), 0.57 * Height()}, count, 1.5, 0.85 * Unit()};
+    return PictureGrid::Spaced({0.08 * Width(), top * Height(), 0.84 * Width(), 0.57 * Height()}, count, 1.5,
+                               0.85 * Unit());
 }
 
 void CFestival::DrawPictures(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const CellGrid rows = Rows(unsigned(actors.size()));
-    const auto hang = [&](const Actor& actor) {
-        return Hang(actor, PlaceOf(actor, rows.PlaceOf(actor.index)), actor.index * 0.382);
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const PictureGrid rows = Rows(unsigned(pictures.size()));
+    const auto hang = [&](const ShownPicture& picture) {
+        return Hang(picture, PlaceOf(picture, rows.MiddleOf(picture.index)), picture.index * 0.382);
     };
-    for (const Actor& actor : actors) DrawHangers(canvas, hang(actor));
-    for (const Actor& actor : actors) ShowHung(canvas, actor, hang(actor));
+    for (const ShownPicture& picture : pictures) DrawHangers(canvas, hang(picture));
+    for (const ShownPicture& picture : pictures) ShowHung(canvas, picture, hang(picture));
 }
 
-CellGrid CFestivalSub::Rows(unsigned count) const {
+PictureGrid CFestivalSub::Rows(unsigned count) const {
     constexpr unsigned inRow = 6;
     constexpr double shape = 1.45;
     const unsigned lines = std::max(1u, (count + inRow - 1) / inRow),
@@ -222,15 +216,15 @@ CellGrid CFestivalSub::Rows(unsigned count) const {
     // No higher than so many lines need, or the pictures would make more of them.
     const double fitting = lines * ((width - gap * (columns - 1)) / columns / shape + gap) - gap;
     const double most = 0.48 * Height(), height = std::clamp(fitting, 0.0, most);
-    return {{0.07 * Width(), top + (most - height) / 2, width, height}, count, shape, gap};
+    return PictureGrid::Spaced({0.07 * Width(), top + (most - height) / 2, width, height}, count, shape, gap);
 }
 
-void CFestivalSub::DrawLines(Canvas& canvas, const CellGrid& rows) const {
+void CFestivalSub::DrawLines(Canvas& canvas, const PictureGrid& rows) const {
     constexpr unsigned pieces = 12;
     unsigned index = 0;
     for (unsigned row = 0; row < rows.Rows(); ++row) {
         while (rows.RowOf(index) < row) ++index;
-        const double y = rows.PlaceOf(index).y - rows.Cell().height / 2.0 - 0.3 * Unit();
+        const double y = rows.MiddleOf(index).y - rows.CellSize().height / 2.0 - 0.3 * Unit();
         const auto place = [&](unsigned i) {
             const double s = double(i) / pieces;
             return Spot{s * Width(), y + (1.2 * s * (1 - s) - 0.2) * Unit()};
@@ -243,31 +237,31 @@ void CFestivalSub::DrawLines(Canvas& canvas, const CellGrid& rows) const {
 }
 
 void CFestivalSub::DrawPictures(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const CellGrid rows = Rows(count);
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const PictureGrid rows = Rows(count);
     if (!HasPlaces() && count) DrawLines(canvas, rows);
     // Those in their turn stand before the others.
     for (const bool lit : {false, true})
-        for (const Actor& actor : actors) {
-            const double light = InTurn(Phase(), actor.index, count, 0.4);
+        for (const ShownPicture& picture : pictures) {
+            const double light = InTurn(Phase(), picture.index, count, 0.4);
             if (lit != (light > 0)) continue;
-            const Spot at = PlaceOf(actor, rows.PlaceOf(actor.index));
+            const Spot at = PlaceOf(picture, rows.MiddleOf(picture.index));
             const double size = 0.94 + 0.3 * light;
-            const double width = size * actor.picture.Width(), height = size * actor.picture.Height();
+            const double width = size * picture.layer.Width(), height = size * picture.layer.Height();
             DrawLight(canvas, at, 1.5 * width, 1.7 * height, light);
-            Show(canvas, actor,
-                 Placement::Turned(at, width, height, (1 - light) * 1.6 * Wave(Turns(110) + actor.index * 0.382)),
+            Show(canvas, picture,
+                 Placement::Turned(at, width, height, (1 - light) * 1.6 * Wave(Turns(110) + picture.index * 0.382)),
                  Mixed(0.82, 1, light));
         }
 }
 
 FrameSize CFestivalInstruction::UsualBox() const {
-    return CellGrid({0, 0, 0.27 * Width(), 0.5 * Height()}, 1, 1.1, 0).Cell();
+    return PictureGrid::Spaced({0, 0, 0.27 * Width(), 0.5 * Height()}, 1, 1.1, 0).CellSize();
 }
 
-void CFestivalInstruction::Furnish() {
-    CFestivalNight::Furnish();
+void CFestivalInstruction::MakeScenery() {
+    CFestivalNight::MakeScenery();
     const FrameSize menu = MenuSize();
     const FrameSize size{std::max(1u, menu.width * 11 / 20), std::max(1u, menu.height * 2 / 3)};
     m_panel = PlainLayer(Kind(), size, {night.red, night.green, night.blue, 205});
@@ -287,11 +281,11 @@ void CFestivalInstruction::Furnish() {
 void CFestivalInstruction::DrawPictures(Canvas& canvas) {
     canvas.Lay(m_panel, std::int32_t(0.4 * Width()), std::int32_t(0.17 * Height()));
     bool isHung = false;
-    ShowInTurn(0.25, [&](const Actor& actor, double opacity) {
-        const Pendulum hung = Hang(actor, PlaceOf(actor, {0.2 * Width(), 0.47 * Height()}), 0);
+    ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {
+        const Pendulum hung = Hang(picture, PlaceOf(picture, {0.2 * Width(), 0.47 * Height()}), 0);
         if (!isHung) DrawHangers(canvas, hung);
         isHung = true;
-        ShowHung(canvas, actor, hung, opacity);
+        ShowHung(canvas, picture, hung, opacity);
     });
 }
 

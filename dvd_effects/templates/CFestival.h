@@ -1,8 +1,8 @@
 #pragma once
 
 #include "dvd_effects/templates/CAnimatedMenu.h"
-#include "dvd_effects/templates/arrangement.h"
-#include "dvd_effects/templates/mounts.h"
+#include "dvd_effects/templates/picture_grid.h"
+#include "dvd_effects/templates/picture_mount.h"
 
 namespace AVBased {
 
@@ -21,9 +21,8 @@ class CFestivalNight : public CAnimatedMenu {
     static constexpr unsigned colours = 5;
 
     PictureFit Fit() const override { return PictureFit::Cover; }
-    void Dress(Layer& picture, unsigned index) const override;
-    void Furnish() override;
-    bool HasOwnBackground() const override { return true; }
+    void FinishPicture(Layer& picture, unsigned index) const override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) final;
     /// What stands before the night, and below the texts.
@@ -40,10 +39,10 @@ class CFestivalNight : public CAnimatedMenu {
         /// A place of the picture, of which half the width and height are 0.5.
         Spot At(double x, double y) const;
     };
-    Pendulum Hang(const Actor& actor, Spot rest, double own) const;
+    Pendulum Hang(const ShownPicture& picture, Spot rest, double own) const;
     /// Its strings, and a lantern below it.
     void DrawHangers(Canvas& canvas, const Pendulum& hung) const;
-    void ShowHung(Canvas& canvas, const Actor& actor, const Pendulum& hung, double opacity = 1) const;
+    void ShowHung(Canvas& canvas, const ShownPicture& picture, const Pendulum& hung, double opacity = 1) const;
     /// A light behind a place, from 0 to 1.
     void DrawLight(Canvas& canvas, Spot at, double width, double height, double light) const;
 
@@ -53,7 +52,7 @@ class CFestivalNight : public CAnimatedMenu {
     void DrawSkyLanterns(Canvas& canvas) const;
     void DrawBulbs(Canvas& canvas) const;
 
-    mutable Mounts m_mounts;
+    mutable PictureMounts m_mounts;
     Layer m_sparks[colours], m_star, m_halo, m_lantern, m_string;
 };
 
@@ -64,11 +63,11 @@ class CFestival : public CFestivalNight {
     explicit CFestival(IAVManager* manager) : CFestivalNight(effectMenuFestivalName, manager) {}
 
  protected:
-    FrameSize UsualBox() const override { return Rows(SourceCount()).Cell(); }
+    FrameSize UsualBox() const override { return Rows(SourceCount()).CellSize(); }
     void DrawPictures(Canvas& canvas) override;
 
  private:
-    CellGrid Rows(unsigned count) const;
+    PictureGrid Rows(unsigned count) const;
 };
 
 /// The sub-menu: a row of pictures on a line between lanterns, two or more above six; each in turn is lit from behind
@@ -78,12 +77,12 @@ class CFestivalSub : public CFestivalNight {
     explicit CFestivalSub(IAVManager* manager) : CFestivalNight(effectSubMenuFestivalName, manager) {}
 
  protected:
-    FrameSize UsualBox() const override { return Rows(SourceCount()).Cell(); }
+    FrameSize UsualBox() const override { return Rows(SourceCount()).CellSize(); }
     void DrawPictures(Canvas& canvas) override;
 
  private:
-    CellGrid Rows(unsigned count) const;
-    void DrawLines(Canvas& canvas, const CellGrid& rows) const;
+    PictureGrid Rows(unsigned count) const;
+    void DrawLines(Canvas& canvas, const PictureGrid& rows) const;
 };
 
 /// The instruction menu: a dark panel with a golden line leaves room for texts from two fifths of the width and a sixth
@@ -95,7 +94,7 @@ class CFestivalInstruction : public CFestivalNight {
 
  protected:
     FrameSize UsualBox() const override;
-    void Furnish() override;
+    void MakeScenery() override;
     void DrawPictures(Canvas& canvas) override;
 
  private:

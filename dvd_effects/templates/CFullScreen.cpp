@@ -11,36 +11,25 @@ constexpr double dissolve = 0.35;
 
 }  // namespace
 
-void CFullScreen::PaintBackground(Canvas& canvas) const {
-    const Layer ground(canvas.Width(), canvas.Height());
-    FillGradient(ground, Kind(), {38, 44, 56}, {10, 11, 15});
-    canvas.Lay(ground, 0, 0);
-}
+void CFullScreen::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {38, 44, 56}, {10, 11, 15}); }
 
 void CFullScreen::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    if (!actors.empty()) {
-        const auto count = unsigned(actors.size());
-        const Turn turn = TurnAt(Phase(), count);
-        // Both pictures of a dissolve are on their way: each moves for longer than its turn.
-        ShowMoving(canvas, actors[turn.index], (turn.part + dissolve) / (1 + dissolve), 1);
-        const double begun = turn.part - (1 - dissolve);
-        if (begun > 0)
-            ShowMoving(canvas, actors[(turn.index + 1) % count], begun / (1 + dissolve), Eased(begun / dissolve));
-        DrawShade(canvas);
-    }
+    ShowDissolving(dissolve, [&](const ShownPicture& picture, double part, double opacity) {
+        ShowMoving(canvas, picture, part, opacity);
+    });
+    if (!ShownPictures().empty()) DrawShade(canvas);
     DrawTexts(canvas);
 }
 
 // At `part` of its time on the screen. It drifts no farther than it is larger than the screen.
-void CFullScreen::ShowMoving(Canvas& canvas, const Actor& actor, double part, double opacity) const {
+void CFullScreen::ShowMoving(Canvas& canvas, const ShownPicture& picture, double part, double opacity) const {
     constexpr double least = 1.02, more = 0.12;
-    const bool comesNearer = actor.index % 2 == 0, toTheRight = actor.index / 2 % 2 == 0;
+    const bool comesNearer = picture.index % 2 == 0, toTheRight = picture.index / 2 % 2 == 0;
     const double zoom = least + more * (comesNearer ? part : 1 - part);
     const double drift = (zoom - 1) / 2 * (part * 2 - 1);
     const Spot centre{Width() * (0.5 + (toTheRight ? drift : -drift)),
                       Height() * (0.5 + (comesNearer ? drift : -drift) / 2)};
-    Show(canvas, actor, Placement::Turned(centre, Width() * zoom, Height() * zoom), opacity);
+    Show(canvas, picture, Placement::Turned(centre, Width() * zoom, Height() * zoom), opacity);
 }
 
 void CFullScreen::DrawShade(Canvas& canvas) {

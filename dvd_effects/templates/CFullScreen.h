@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/canvas/prepared_layer.h"
+#include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
 
@@ -17,12 +17,11 @@ class CFullScreen : public CAnimatedMenu {
     FrameSize UsualBox() const override { return MenuSize(); }
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
-    bool HasOwnBackground() const override { return true; }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
-    void ShowMoving(Canvas& canvas, const Actor& actor, double part, double opacity) const;
+    void ShowMoving(Canvas& canvas, const ShownPicture& picture, double part, double opacity) const;
     void DrawShade(Canvas& canvas);
 
     PreparedLayer m_shade;

@@ -18,13 +18,9 @@ FrameSize CLayeredTitles::UsualBox() const {
     return {std::max(1u, menu.width / 8), std::max(1u, menu.height / 8)};
 }
 
-void CLayeredTitles::Dress(Layer& picture, unsigned) const { MixIn(picture, Kind(), {20, 26, 38}, 90); }
+void CLayeredTitles::FinishPicture(Layer& picture, unsigned) const { MixIn(picture, Kind(), {20, 26, 38}, 90); }
 
-void CLayeredTitles::PaintBackground(Canvas& canvas) const {
-    const Layer ground(canvas.Width(), canvas.Height());
-    FillGradient(ground, Kind(), {58, 74, 98}, {22, 28, 42});
-    canvas.Lay(ground, 0, 0);
-}
+void CLayeredTitles::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {58, 74, 98}, {22, 28, 42}); }
 
 std::vector<CLayeredTitles::Title> CLayeredTitles::Titles() const {
     std::vector<Title> titles;
@@ -41,19 +37,10 @@ std::vector<CLayeredTitles::Title> CLayeredTitles::Titles() const {
 }
 
 void CLayeredTitles::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    if (!actors.empty()) {
-        const auto count = unsigned(actors.size());
-        const Turn turn = TurnAt(Phase(), count);
-        const auto show = [&](const Actor& actor, double part, double opacity) {
-            const double zoom = 1.03 + 0.08 * part;
-            Show(canvas, actor, Placement::Turned({Width() / 2, Height() / 2}, Width() * zoom, Height() * zoom),
-                 opacity);
-        };
-        show(actors[turn.index], (turn.part + dissolve) / (1 + dissolve), 1);
-        const double begun = turn.part - (1 - dissolve);
-        if (begun > 0) show(actors[(turn.index + 1) % count], begun / (1 + dissolve), Eased(begun / dissolve));
-    }
+    ShowDissolving(dissolve, [&](const ShownPicture& picture, double part, double opacity) {
+        const double zoom = 1.03 + 0.08 * part;
+        Show(canvas, picture, Placement::Turned({Width() / 2, Height() / 2}, Width() * zoom, Height() * zoom), opacity);
+    });
     const std::vector<Title> titles = Titles();
     for (unsigned i = 0; i < titles.size(); ++i) DrawBands(canvas, titles[i], i, unsigned(titles.size()));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/canvas/prepared_layer.h"
+#include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
 
@@ -18,8 +18,7 @@ class CLayeredTitles : public CAnimatedMenu {
     FrameSize UsualBox() const override;
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
-    void Dress(Layer& picture, unsigned index) const override;
-    bool HasOwnBackground() const override { return true; }
+    void FinishPicture(Layer& picture, unsigned index) const override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 

@@ -14,8 +14,8 @@ constexpr double lastFall = 0.46, firstLift = 0.8, lastLift = 0.93, fallTime = 0
 }  // namespace
 
 FrameSize CMemories::UsualBox() const {
-    const Grid heap = Grid::For(SourceCount(), {0, 0, 0.9 * Width(), 0.8 * Height()});
-    return PartOfMenu(std::min(0.6, overlap * 0.9 / heap.columns), std::min(0.6, overlap * 0.8 / heap.rows));
+    const PictureGrid heap = PictureGrid::Filling({0, 0, 0.9 * Width(), 0.8 * Height()}, SourceCount());
+    return PartOfMenu(std::min(0.6, overlap * 0.9 / heap.Columns()), std::min(0.6, overlap * 0.8 / heap.Rows()));
 }
 
 void CMemories::PaintBackground(Canvas& canvas) const {
@@ -29,13 +29,13 @@ void CMemories::PaintBackground(Canvas& canvas) const {
     canvas.Lay(table, 0, 0);
 }
 
-CPhotographs::Pose CMemories::Resting(const Actor& actor, const Grid& heap) const {
-    const unsigned i = actor.index;
-    const StageArea cell = heap.Cell(i);
+CPhotographs::Pose CMemories::Resting(const ShownPicture& picture, const PictureGrid& heap) const {
+    const unsigned i = picture.index;
+    const Region cell = heap.Cell(i);
     const double size = std::min(overlap, 0.62 * Height() / cell.height);
-    const double scale = ScaleOf(actor, cell.ScaleOf(actor.picture.Width(), actor.picture.Height()) * size);
+    const double scale = ScaleOf(picture, cell.ScaleOf(picture.layer.Width(), picture.layer.Height()) * size);
     const Spot usual = cell.At(0.38 + 0.24 * Scattered(1, i), 0.4 + 0.2 * Scattered(2, i));
-    return {PlaceOf(actor, usual, scale), scale, (i % 2 ? 1 : -1) * (3 + 11 * Scattered(3, i))};
+    return {PlaceOf(picture, usual, scale), scale, (i % 2 ? 1 : -1) * (3 + 11 * Scattered(3, i))};
 }
 
 CPhotographs::Pose CMemories::At(double phase, unsigned index, unsigned count, const Pose& rest, double height) const {
@@ -61,15 +61,15 @@ CPhotographs::Pose CMemories::At(double phase, unsigned index, unsigned count, c
 }
 
 void CMemories::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const StageArea stage = Stage();
-    const Grid heap = Grid::For(count, stage.Shrunk(0.04 * stage.width, 0.09 * stage.height));
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const Region stage = FreeRegion();
+    const PictureGrid heap = PictureGrid::Filling(stage.Shrunk(0.04 * stage.width, 0.09 * stage.height), count);
     Pile pile;
-    for (const Actor& actor : actors) {
-        const Pose rest = Resting(actor, heap);
-        const double longest = std::max(actor.picture.Width(), actor.picture.Height()) * rest.scale;
-        ShowPhotograph(pile, actor, At(Phase(), actor.index, count, rest, 1.5 * longest));
+    for (const ShownPicture& picture : pictures) {
+        const Pose rest = Resting(picture, heap);
+        const double longest = std::max(picture.layer.Width(), picture.layer.Height()) * rest.scale;
+        ShowPhotograph(pile, picture, At(Phase(), picture.index, count, rest, 1.5 * longest));
     }
     pile.Draw(canvas);
     DrawTexts(canvas);

@@ -1,5 +1,6 @@
 #include "dvd_effects/templates/CMemories2.h"
 
+#include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/scenery.h"
 
 namespace AVBased {
@@ -48,30 +49,27 @@ void CMemories2::PaintBackground(Canvas& canvas) const {
 }
 
 void CMemories2::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const StageArea stage = Stage();
-    const Grid grid = Grid::For(count, stage);
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const Region stage = FreeRegion();
+    const PictureGrid grid = PictureGrid::Filling(stage, count);
     struct Shown {
         double forward;
         unsigned index;
     };
     std::vector<Shown> order;
-    for (unsigned i = 0; i < count; ++i) {
-        const double turns = Wrapped(Phase() - double(i) / count) * count;
-        order.push_back({Between(turns, 0, count > 1 ? away : 1, ramp), i});
-    }
+    for (unsigned i = 0; i < count; ++i) order.push_back({ForwardInTurn(Phase(), i, count, away, ramp), i});
     std::stable_sort(order.begin(), order.end(), [](const Shown& a, const Shown& b) { return a.forward < b.forward; });
     Pile pile;
     for (const auto& [forward, i] : order) {
-        const Layer& picture = actors[i].picture;
-        const StageArea cell = grid.Cell(i);
+        const Layer& picture = pictures[i].layer;
+        const Region cell = grid.Cell(i);
         const Spot usual = cell.At(0.46 + 0.08 * Scattered(1, i), 0.46 + 0.08 * Scattered(2, i));
-        const double scale = ScaleOf(actors[i], 0.88 * cell.ScaleOf(picture.Width(), picture.Height()));
-        const Pose lying{PlaceOf(actors[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))};
-        const StageArea front{0, 0, forwardAcross * Width(), std::min(forwardDown * Height(), stage.height)};
+        const double scale = ScaleOf(pictures[i], 0.88 * cell.ScaleOf(picture.Width(), picture.Height()));
+        const Pose lying{PlaceOf(pictures[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))};
+        const Region front{0, 0, forwardAcross * Width(), std::min(forwardDown * Height(), stage.height)};
         const Pose held{stage.Middle(), std::max(lying.scale, front.ScaleOf(picture.Width(), picture.Height())), 0, 1};
-        ShowPhotograph(pile, actors[i], PoseBetween(lying, held, forward));
+        ShowPhotograph(pile, pictures[i], PoseBetween(lying, held, forward));
     }
     pile.Draw(canvas);
     DrawTexts(canvas);

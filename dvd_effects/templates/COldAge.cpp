@@ -1,6 +1,7 @@
 #include "dvd_effects/templates/COldAge.h"
 
 #include "dvd_effects/canvas/painting.h"
+#include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/scenery.h"
 #include "effects/base/row_loops.h"
 
@@ -40,11 +41,11 @@ void TurnSepia(IRawVideoFrame& frame, LayerKind kind, FrameSize menu) {
 }  // namespace
 
 FrameSize COldAge::UsualBox() const {
-    const Grid grid = Grid::For(SourceCount(), {0, 0, 0.9 * Width(), 0.8 * Height()}, 1.25);
-    return PartOfMenu(std::min(0.5, 0.78 / grid.columns), std::min(0.6, 0.7 / grid.rows));
+    const PictureGrid grid = PictureGrid::Filling({0, 0, 0.9 * Width(), 0.8 * Height()}, SourceCount(), 1.25);
+    return PartOfMenu(std::min(0.5, 0.78 / grid.Columns()), std::min(0.6, 0.7 / grid.Rows()));
 }
 
-void COldAge::Dress(Layer& layer, unsigned) const {
+void COldAge::FinishPicture(Layer& layer, unsigned) const {
     const unsigned side = std::min(layer.Width(), layer.Height()), mat = side / 16 + 1, wood = side / 28 + 1;
     CutEllipse(layer, 0.1);
     layer = Framed(layer, Kind(), mat, mat, mat, {236, 226, 204});
@@ -53,7 +54,7 @@ void COldAge::Dress(Layer& layer, unsigned) const {
     CutEllipse(layer, 0);
 }
 
-void COldAge::Furnish() {
+void COldAge::MakeScenery() {
     m_shadow = SoftShadow(Kind(), 1);
     const FrameSize menu = MenuSize();
     m_vignette = Layer(menu.width, menu.height);
@@ -96,24 +97,23 @@ void COldAge::PaintBackground(Canvas& canvas) const {
 }
 
 void COldAge::DrawPortraits(Canvas& canvas, unsigned step) const {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const Grid grid = Grid::For(count, Stage(), 1.25);
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const PictureGrid grid = PictureGrid::Filling(FreeRegion(), count, 1.25);
     const double weave = Height() / 500;
     const Spot shift{weave * (Scattered(1, step) - 0.5), weave * (Scattered(2, step) - 0.5)};
-    for (const Actor& actor : actors) {
-        const StageArea cell = grid.Cell(actor.index);
-        const double turns = Wrapped(Phase() - double(actor.index) / count) * count;
-        const double near = Between(turns, 0, count > 1 ? 1.4 : 1, 0.5);
-        const double fit = 0.96 * cell.ScaleOf(actor.picture.Width(), actor.picture.Height());
-        const double nearest = ScaleOf(actor, fit), scale = nearest * Mixed(0.86, 1, near);
-        const double width = actor.picture.Width() * scale, height = actor.picture.Height() * scale;
-        const Spot middle = PlaceOf(actor, cell.Middle(), nearest), at{middle.x + shift.x, middle.y + shift.y};
+    for (const ShownPicture& picture : pictures) {
+        const Region cell = grid.Cell(picture.index);
+        const double near = ForwardInTurn(Phase(), picture.index, count, 1.4, 0.5);
+        const double fit = 0.96 * cell.ScaleOf(picture.layer.Width(), picture.layer.Height());
+        const double nearest = ScaleOf(picture, fit), scale = nearest * Mixed(0.86, 1, near);
+        const double width = picture.layer.Width() * scale, height = picture.layer.Height() * scale;
+        const Spot middle = PlaceOf(picture, cell.Middle(), nearest), at{middle.x + shift.x, middle.y + shift.y};
         canvas.LayTransformed(m_shadow,
                               Placement::Turned({at.x + 0.02 * height, at.y + 0.05 * height}, width * shadowStretch,
                                                 height * shadowStretch),
-                              std::uint8_t(150 * actor.opacity));
-        Show(canvas, actor, Placement::Turned(at, width, height));
+                              std::uint8_t(150 * picture.opacity));
+        Show(canvas, picture, Placement::Turned(at, width, height));
     }
 }
 

@@ -15,9 +15,8 @@ class COldAge : public CAnimatedMenu {
 
  protected:
     FrameSize UsualBox() const override;
-    void Dress(Layer& layer, unsigned index) const override;
-    void Furnish() override;
-    bool HasOwnBackground() const override { return true; }
+    void FinishPicture(Layer& layer, unsigned index) const override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 

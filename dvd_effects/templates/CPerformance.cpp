@@ -1,7 +1,7 @@
 #include "dvd_effects/templates/CPerformance.h"
 
-#include "dvd_effects/menu/menu_motion.h"
 #include "dvd_effects/canvas/painting.h"
+#include "dvd_effects/menu/menu_motion.h"
 #include "dvd_effects/templates/scenery.h"
 
 namespace AVBased {
@@ -78,9 +78,9 @@ void CPerformance::Warp::Lay(Canvas& canvas, const Layer& picture, double opacit
 }
 
 // Transparent pictures have a dark screen behind them.
-void CPerformance::Dress(Layer& layer, unsigned) const { layer = Framed(layer, Kind(), 0, 0, 0, {22, 18, 38}); }
+void CPerformance::FinishPicture(Layer& layer, unsigned) const { layer = Framed(layer, Kind(), 0, 0, 0, {22, 18, 38}); }
 
-void CPerformance::Furnish() {
+void CPerformance::MakeScenery() {
     const FrameSize size = UsualBox();
     const double width = size.width, height = size.height, gap = 0.02 * Width();
     const double left = (Width() - width) / 2, right = left + width, top = 0.45 * Height() - height / 2;
@@ -139,19 +139,19 @@ void CPerformance::DrawBeams(Canvas& canvas) const {
     }
 }
 
-void CPerformance::ShowPictures(Canvas& canvas, const std::vector<Actor>& actors, unsigned screen) const {
-    const auto count = unsigned(actors.size());
+void CPerformance::ShowPictures(Canvas& canvas, const std::vector<ShownPicture>& pictures, unsigned screen) const {
+    const auto count = unsigned(pictures.size());
     const Screen& shown = m_screens[screen];
-    const auto lay = [&](const Actor& actor, double opacity) {
-        shown.reflection.Lay(canvas, actor.picture, 0.6 * opacity * actor.opacity);
-        shown.picture.Lay(canvas, actor.picture, opacity * actor.opacity);
+    const auto lay = [&](const ShownPicture& picture, double opacity) {
+        shown.reflection.Lay(canvas, picture.layer, 0.6 * opacity * picture.opacity);
+        shown.picture.Lay(canvas, picture.layer, opacity * picture.opacity);
     };
     // The outer screens follow the one in the middle.
-    const double turn = Phase() * count + 1 - (screen == 1 ? 0 : 0.15), whole = WholePart(turn);
-    const unsigned now = (unsigned(whole) + 3 - screen) % count, next = (now + 1) % count;
-    lay(actors[now], 1);
-    const double fade = Passed(turn - whole, 0.75, 1);
-    if (next != now && fade > 0) lay(actors[next], fade);
+    const Turn turn = TurnAfter(Phase() * count + 1 - (screen == 1 ? 0 : 0.15), count);
+    const unsigned now = (turn.index + 3 - screen) % count, next = (now + 1) % count;
+    lay(pictures[now], 1);
+    const double fade = Passed(turn.part, 0.75, 1);
+    if (next != now && fade > 0) lay(pictures[next], fade);
 }
 
 void CPerformance::DrawFrame(Canvas& canvas, const Panel& panel) const {
@@ -170,17 +170,17 @@ void CPerformance::DrawFrame(Canvas& canvas, const Panel& panel) const {
 }
 
 void CPerformance::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
+    const std::vector<ShownPicture> pictures = ShownPictures();
     DrawBeams(canvas);
     for (unsigned i = 0; i < m_screens.size(); ++i) {
         const Panel& panel = m_screens[i].panel;
-        if (actors.empty())
+        if (pictures.empty())
             canvas.LayTransformed(m_metal, {{panel.left, panel.leftTop},
                                             {panel.right, panel.rightTop},
                                             {panel.right, panel.rightBottom},
                                             {panel.left, panel.leftBottom}});
         else
-            ShowPictures(canvas, actors, i);
+            ShowPictures(canvas, pictures, i);
         DrawFrame(canvas, panel);
     }
     DrawTexts(canvas);

@@ -17,9 +17,8 @@ class CPerformance : public CAnimatedMenu {
     FrameSize UsualBox() const override;
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
-    void Dress(Layer& layer, unsigned index) const override;
-    void Furnish() override;
-    bool HasOwnBackground() const override { return true; }
+    void FinishPicture(Layer& layer, unsigned index) const override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
@@ -44,7 +43,7 @@ class CPerformance : public CAnimatedMenu {
     // Where the floor mirrors a panel, upright.
     static Panel MirroredOf(const Panel& panel);
     static Warp WarpOf(const Panel& panel, FrameSize size, bool upsideDown);
-    void ShowPictures(Canvas& canvas, const std::vector<Actor>& actors, unsigned screen) const;
+    void ShowPictures(Canvas& canvas, const std::vector<ShownPicture>& pictures, unsigned screen) const;
     void DrawBeams(Canvas& canvas) const;
     void DrawFrame(Canvas& canvas, const Panel& panel) const;
 

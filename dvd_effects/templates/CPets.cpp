@@ -1,6 +1,7 @@
 #include "dvd_effects/templates/CPets.h"
 
 #include "dvd_effects/canvas/painting.h"
+#include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/scenery.h"
 
 namespace AVBased {
@@ -61,18 +62,18 @@ double Paw(double x, double y, double pixel) {
 }  // namespace
 
 FrameSize CPets::UsualBox() const {
-    const Grid grid = Grid::For(SourceCount(), {0, 0, 0.9 * Width(), 0.8 * Height()});
-    return PartOfMenu(std::min(0.5, 0.74 / grid.columns), std::min(0.6, 0.66 / grid.rows));
+    const PictureGrid grid = PictureGrid::Filling({0, 0, 0.9 * Width(), 0.8 * Height()}, SourceCount());
+    return PartOfMenu(std::min(0.5, 0.74 / grid.Columns()), std::min(0.6, 0.66 / grid.Rows()));
 }
 
-void CPets::Dress(Layer& layer, unsigned index) const {
+void CPets::FinishPicture(Layer& layer, unsigned index) const {
     const unsigned side = std::min(layer.Width(), layer.Height()), border = side / 13 + 1;
     const double radius = 0.2 * side;
     layer = Framed(layer, Kind(), border, border, border, frameColours[index % std::size(frameColours)]);
     RoundCorners(layer, radius);
 }
 
-void CPets::Furnish() {
+void CPets::MakeScenery() {
     m_shadow = SoftShadow(Kind(), 1);
     const unsigned side = PartOfMenu(0, 0.07).height;
     m_paw = Layer(side, side);
@@ -126,25 +127,25 @@ void CPets::DrawPaws(Canvas& canvas) const {
 
 void CPets::DrawScene(Canvas& canvas) {
     DrawPaws(canvas);
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const Grid grid = Grid::For(count, Stage());
-    for (const Actor& actor : actors) {
-        const StageArea cell = grid.Cell(actor.index);
-        const double scale = ScaleOf(actor, 0.9 * cell.ScaleOf(actor.picture.Width(), actor.picture.Height()));
-        const Stance stance = StanceAt(Phase(), count > 1 ? double(actor.index) / (count - 1) : 0);
-        const double height = actor.picture.Height() * scale * (1 + stance.stretch);
-        const double width = actor.picture.Width() * scale * (1 - 0.6 * stance.stretch);
-        const Spot place = PlaceOf(actor, cell.Middle(), scale);
-        const double ground = place.y + actor.picture.Height() * scale / 2;
-        const double foot = ground + stance.absent * (Height() + actor.picture.Height() * scale * 1.2 - ground) -
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const PictureGrid grid = PictureGrid::Filling(FreeRegion(), count);
+    for (const ShownPicture& picture : pictures) {
+        const Region cell = grid.Cell(picture.index);
+        const double scale = ScaleOf(picture, 0.9 * cell.ScaleOf(picture.layer.Width(), picture.layer.Height()));
+        const Stance stance = StanceAt(Phase(), count > 1 ? double(picture.index) / (count - 1) : 0);
+        const double height = picture.layer.Height() * scale * (1 + stance.stretch);
+        const double width = picture.layer.Width() * scale * (1 - 0.6 * stance.stretch);
+        const Spot place = PlaceOf(picture, cell.Middle(), scale);
+        const double ground = place.y + picture.layer.Height() * scale / 2;
+        const double foot = ground + stance.absent * (Height() + picture.layer.Height() * scale * 1.2 - ground) -
                             stance.above * 0.3 * Height();
-        const Spot middle{place.x + 3 * (Scattered(1, actor.index) - 0.5), foot - height / 2};
+        const Spot middle{place.x + 3 * (Scattered(1, picture.index) - 0.5), foot - height / 2};
         const double near = std::clamp(1 - (ground - foot) / (0.3 * Height()), 0.0, 1.0) * (1 - stance.absent);
         canvas.LayTransformed(m_shadow, Placement::Turned({middle.x, ground}, width * 0.95, 0.09 * height),
-                              std::uint8_t(150 * near * actor.opacity));
-        const double tilt = (actor.index % 2 ? 1 : -1) * (2 + 14 * stance.absent);
-        Show(canvas, actor, Placement::Turned(middle, width, height, tilt));
+                              std::uint8_t(150 * near * picture.opacity));
+        const double tilt = (picture.index % 2 ? 1 : -1) * (2 + 14 * stance.absent);
+        Show(canvas, picture, Placement::Turned(middle, width, height, tilt));
     }
     DrawTexts(canvas);
 }

@@ -14,21 +14,21 @@ CPhotographs::Pose CPhotographs::PoseBetween(const Pose& a, const Pose& b, doubl
             mixed(a.opacity, b.opacity)};
 }
 
-void CPhotographs::Furnish() { m_shadow = SoftShadow(Kind(), 0); }
+void CPhotographs::MakeScenery() { m_shadow = SoftShadow(Kind(), 0); }
 
-void CPhotographs::Dress(Layer& layer, unsigned) const {
+void CPhotographs::FinishPicture(Layer& layer, unsigned) const {
     const unsigned border = std::max(1u, std::min(layer.Width(), layer.Height()) / 18);
     layer = Framed(layer, Kind(), border, border, border, {250, 247, 240});
 }
 
-void CPhotographs::ShowPhotograph(Pile& pile, const Actor& actor, const Pose& pose) const {
-    const double width = actor.picture.Width() * pose.scale, height = actor.picture.Height() * pose.scale;
+void CPhotographs::ShowPhotograph(Pile& pile, const ShownPicture& picture, const Pose& pose) const {
+    const double width = picture.layer.Width() * pose.scale, height = picture.layer.Height() * pose.scale;
     const double away = std::min(width, height) * (0.025 + 0.14 * pose.lift);
-    const double depth = 0.6 * (1 - 0.45 * std::clamp(pose.lift, 0.0, 1.0)) * pose.opacity * actor.opacity;
+    const double depth = 0.6 * (1 - 0.45 * std::clamp(pose.lift, 0.0, 1.0)) * pose.opacity * picture.opacity;
     const Spot shade{pose.centre.x + away * 0.6, pose.centre.y + away};
     pile.Put(m_shadow, Placement::Turned(shade, width * shadowStretch, height * shadowStretch, pose.degrees),
              ByteOf(depth));
-    Show(pile, actor, Placement::Turned(pose.centre, width, height, pose.degrees), pose.opacity);
+    Show(pile, picture, Placement::Turned(pose.centre, width, height, pose.degrees), pose.opacity);
 }
 
 }  // namespace AVBased

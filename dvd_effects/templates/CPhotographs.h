@@ -18,11 +18,10 @@ class CPhotographs : public CAnimatedMenu {
     };
     static Pose PoseBetween(const Pose& a, const Pose& b, double part);
 
-    void Furnish() override;
-    void Dress(Layer& layer, unsigned index) const override;
-    bool HasOwnBackground() const override { return true; }
+    void MakeScenery() override;
+    void FinishPicture(Layer& layer, unsigned index) const override;
     /// Lays a photograph and its shadow on a pile.
-    void ShowPhotograph(Pile& pile, const Actor& actor, const Pose& pose) const;
+    void ShowPhotograph(Pile& pile, const ShownPicture& picture, const Pose& pose) const;
 
  private:
     Layer m_shadow;

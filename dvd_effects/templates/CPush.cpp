@@ -14,32 +14,27 @@ constexpr Spot ways[] = {{-1, 0}, {0, -1}, {1, 0}, {0, 1}};
 
 }  // namespace
 
-void CPush::PaintBackground(Canvas& canvas) const {
-    const Layer ground(canvas.Width(), canvas.Height());
-    FillGradient(ground, Kind(), {236, 238, 240}, {176, 184, 194});
-    canvas.Lay(ground, 0, 0);
-}
+void CPush::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {236, 238, 240}, {176, 184, 194}); }
 
 void CPush::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    if (!actors.empty()) {
-        const auto count = unsigned(actors.size());
-        const Turn turn = TurnAt(Phase(), count);
-        DrawPush(canvas, actors[turn.index], actors[(turn.index + 1) % count], (turn.part - rest) / (1 - rest));
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    if (!pictures.empty()) {
+        const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
+        DrawPush(canvas, pictures[turn.index], pictures[turn.Next()], (turn.part - rest) / (1 - rest));
     }
     DrawTexts(canvas);
 }
 
-void CPush::DrawPush(Canvas& canvas, const Actor& leaving, const Actor& coming, double push) const {
+void CPush::DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPicture& coming, double push) const {
     constexpr double shrinking = 0.3, back = 0.12, gap = 0.03;
     const double small = Between(push, 0, 1, shrinking), scale = 1 - back * small;
     const double width = Width() * scale, height = Height() * scale, between = Height() * gap * small;
     const double gone = Passed(push, 0.12, 0.88);
     const Spot way = ways[coming.index % std::size(ways)];
-    const auto show = [&](const Actor& actor, double steps) {
+    const auto show = [&](const ShownPicture& picture, double steps) {
         const Spot centre{Width() / 2 + way.x * (width + between) * steps,
                           Height() / 2 + way.y * (height + between) * steps};
-        Show(canvas, actor, Placement::Turned(centre, width, height));
+        Show(canvas, picture, Placement::Turned(centre, width, height));
     };
     show(leaving, gone);
     if (push > 0) show(coming, gone - 1);

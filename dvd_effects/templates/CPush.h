@@ -16,12 +16,11 @@ class CPush : public CAnimatedMenu {
     FrameSize UsualBox() const override { return MenuSize(); }
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
-    bool HasOwnBackground() const override { return true; }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
-    void DrawPush(Canvas& canvas, const Actor& leaving, const Actor& coming, double push) const;
+    void DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPicture& coming, double push) const;
 };
 
 }  // namespace AVBased

@@ -30,20 +30,16 @@ FrameSize CRectangles::UsualBox() const {
     return {std::max(1u, menu.width * 2 / 5), std::max(1u, menu.height * 2 / 5)};
 }
 
-void CRectangles::Dress(Layer& picture, unsigned index) const {
+void CRectangles::FinishPicture(Layer& picture, unsigned index) const {
     // Air lies between the viewer and what is far.
     MixIn(picture, Kind(), farColour, unsigned(150 * (1 - NearnessOf(index))));
 }
 
-void CRectangles::PaintBackground(Canvas& canvas) const {
-    const Layer ground(canvas.Width(), canvas.Height());
-    FillGradient(ground, Kind(), {10, 28, 48}, {22, 92, 110});
-    canvas.Lay(ground, 0, 0);
-}
+void CRectangles::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {10, 28, 48}, {22, 92, 110}); }
 
 void CRectangles::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
     const double thin = std::max(1.0, Height() / 360);
     for (unsigned i = 0; i < emptyOnes; ++i) {
         const double nearness = 0.25 + 0.75 * Scattered(1, i), width = Width() * nearness * 0.34;
@@ -53,17 +49,17 @@ void CRectangles::DrawScene(Canvas& canvas) {
         Outline(canvas, centre, width, width * (0.35 + 0.5 * Scattered(3, i)), thin, 0.12 + 0.3 * nearness);
     }
     for (const double plane : {0.55, 0.75, 1.0})
-        for (const Actor& actor : actors) {
-            if (NearnessOf(actor.index) != plane) continue;
-            const double width = actor.picture.Width() * plane, height = actor.picture.Height() * plane;
+        for (const ShownPicture& picture : pictures) {
+            if (NearnessOf(picture.index) != plane) continue;
+            const double width = picture.layer.Width() * plane, height = picture.layer.Height() * plane;
             const int crossings = CrossingsOf(plane);
             // Evenly spread along the way, whatever their number.
-            const double begun = Wrapped(Phase() + double(actor.index) / count / crossings);
-            const double lane = Wrapped(0.15 + actor.index * 0.382);
-            const Spot centre{Crossing(begun, crossings, actor.index % 2 != 0, Width(), width + 6 * thin),
+            const double begun = Wrapped(Phase() + double(picture.index) / count / crossings);
+            const double lane = Wrapped(0.15 + picture.index * 0.382);
+            const Spot centre{Crossing(begun, crossings, picture.index % 2 != 0, Width(), width + 6 * thin),
                               Height() * (0.2 + 0.6 * lane)};
-            Show(canvas, actor, Placement::Turned(centre, width, height));
-            Outline(canvas, centre, width + 4 * thin, height + 4 * thin, thin, actor.opacity * plane);
+            Show(canvas, picture, Placement::Turned(centre, width, height));
+            Outline(canvas, centre, width + 4 * thin, height + 4 * thin, thin, picture.opacity * plane);
         }
     DrawTexts(canvas);
 }

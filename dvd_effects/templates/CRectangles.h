@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/canvas/prepared_layer.h"
+#include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
 
@@ -15,9 +15,8 @@ class CRectangles : public CAnimatedMenu {
 
  protected:
     PictureFit Fit() const override { return PictureFit::Cover; }
-    void Dress(Layer& picture, unsigned index) const override;
+    void FinishPicture(Layer& picture, unsigned index) const override;
     FrameSize UsualBox() const override;
-    bool HasOwnBackground() const override { return true; }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/canvas/prepared_layer.h"
+#include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
 
@@ -17,12 +17,11 @@ class CResizingPanels : public CAnimatedMenu {
     FrameSize UsualBox() const override;
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
-    bool HasOwnBackground() const override { return true; }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
-    void DrawPanel(Canvas& canvas, const Actor& actor, Window panel, double share);
+    void DrawPanel(Canvas& canvas, const ShownPicture& picture, const Box& panel, double share);
 
     PreparedLayer m_shade;
 };

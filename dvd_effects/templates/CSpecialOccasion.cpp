@@ -67,25 +67,23 @@ Layer Ribbon(LayerKind kind, unsigned size) {
 
 }  // namespace
 
-CellGrid CSpecialOccasion::Rows(unsigned count) const {
+PictureGrid CSpecialOccasion::Rows(unsigned count) const {
     const double top = Texts().empty() ? 0.18 : 0.29;
-    return {{0.1 * Width(), top * Height(), 0.8 * Width(), 0.57 * Height()}, count, 1.45, 0.75 * Unit()};
+    return PictureGrid::Spaced({0.1 * Width(), top * Height(), 0.8 * Width(), 0.57 * Height()}, count, 1.45,
+                               0.75 * Unit());
 }
 
-void CSpecialOccasion::Dress(Layer& picture, unsigned /*index*/) const {
-    m_mounts.Set(picture, Kind(), [&](FrameSize size) {
-        const unsigned thin = Units(0.025);
-        const auto bordered = [&](const Layer& layer, unsigned width, Colour colour) {
-            return Framed(layer, Kind(), width, width, width, colour);
-        };
-        Layer shape = PlainLayer(Kind(), size, {});
-        Layer frame = bordered(bordered(PlainLayer(Kind(), size, ivory), thin, darkGold), Units(0.07), gold);
-        frame = bordered(bordered(frame, thin, lightGold), thin, darkGold);
-        return Mount{Shaded(frame, Kind(), Units(0.2), Units(0.08), {0, 0, 0, 170}), std::move(shape)};
-    });
+void CSpecialOccasion::FinishPicture(Layer& picture, unsigned /*index*/) const {
+    const unsigned thin = Units(0.025);
+    m_mounts.Set(picture, Kind(),
+                 {ivory,
+                  {{thin, darkGold}, {Units(0.07), gold}, {thin, lightGold}, {thin, darkGold}},
+                  Units(0.2),
+                  Units(0.08),
+                  {0, 0, 0, 170}});
 }
 
-void CSpecialOccasion::Furnish() {
+void CSpecialOccasion::MakeScenery() {
     for (unsigned i = 0; i < colours; ++i) {
         m_balloons[i] = Balloon(Kind(), Units(1.1), feast[i]);
         m_confetti[i] = PlainLayer(Kind(), {Units(0.16), Units(0.1)}, feast[i]);
@@ -127,9 +125,7 @@ void CSpecialOccasion::MakeFrame() {
 }
 
 void CSpecialOccasion::PaintBackground(Canvas& canvas) const {
-    const Layer evening(canvas.Width(), canvas.Height());
-    FillGradient(evening, Kind(), {92, 18, 54}, {26, 6, 22});
-    canvas.Lay(evening, 0, 0);
+    PaintGradient(canvas, {92, 18, 54}, {26, 6, 22});
     canvas.LayTransformed(m_light, Placement::Turned({Width() / 2, 0.42 * Height()}, 1.3 * Width(), 1.3 * Height()),
                           70);
     // Lights out of focus: soft discs, larger and fainter towards the edges.
@@ -155,13 +151,13 @@ void CSpecialOccasion::DrawBalloons(Canvas& canvas) const {
 }
 
 void CSpecialOccasion::DrawPictures(Canvas& canvas) const {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const CellGrid rows = Rows(count);
-    for (const Actor& actor : actors) {
-        const double own = actor.index * 0.382, width = actor.picture.Width(), height = actor.picture.Height();
-        const double swing = Wave(Turns(100) + own), t = Wrapped(Phase() - (actor.index + 0.5) / count);
-        Spot at = PlaceOf(actor, rows.PlaceOf(actor.index));
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const PictureGrid rows = Rows(count);
+    for (const ShownPicture& picture : pictures) {
+        const double own = picture.index * 0.382, width = picture.layer.Width(), height = picture.layer.Height();
+        const double swing = Wave(Turns(100) + own), t = Wrapped(Phase() - (picture.index + 0.5) / count);
+        Spot at = PlaceOf(picture, rows.MiddleOf(picture.index));
         at.x += 0.12 * Unit() * swing;
         at.y += 0.1 * Unit() * Wave(Turns(75) + own);
         const double tail = m_ribbon.Height(), above = at.y + height / 2 + tail, below = Height() - at.y + height / 2;
@@ -171,8 +167,8 @@ void CSpecialOccasion::DrawPictures(Canvas& canvas) const {
         canvas.LayTransformed(m_ribbon,
                               Placement::Turned({at.x - 0.08 * Unit() * swing, at.y + height / 2 + tail * 0.22},
                                                 m_ribbon.Width(), tail, -6 * swing),
-                              std::uint8_t(actor.opacity * 255));
-        Show(canvas, actor, Placement::Turned(at, width, height, 2.2 * swing));
+                              std::uint8_t(picture.opacity * 255));
+        Show(canvas, picture, Placement::Turned(at, width, height, 2.2 * swing));
     }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "dvd_effects/templates/CAnimatedMenu.h"
-#include "dvd_effects/templates/arrangement.h"
-#include "dvd_effects/templates/mounts.h"
+#include "dvd_effects/templates/picture_grid.h"
+#include "dvd_effects/templates/picture_mount.h"
 
 namespace AVBased {
 
@@ -19,23 +19,22 @@ class CSpecialOccasion : public CAnimatedMenu {
 
  protected:
     PictureFit Fit() const override { return PictureFit::Cover; }
-    FrameSize UsualBox() const override { return Rows(SourceCount()).Cell(); }
-    void Dress(Layer& picture, unsigned index) const override;
-    void Furnish() override;
-    bool HasOwnBackground() const override { return true; }
+    FrameSize UsualBox() const override { return Rows(SourceCount()).CellSize(); }
+    void FinishPicture(Layer& picture, unsigned index) const override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
     static constexpr unsigned colours = 4;
-    CellGrid Rows(unsigned count) const;
+    PictureGrid Rows(unsigned count) const;
     void MakeFrame();
     void DrawBalloons(Canvas& canvas) const;
     void DrawPictures(Canvas& canvas) const;
     void DrawConfetti(Canvas& canvas, unsigned first, unsigned last) const;
     void DrawFrame(Canvas& canvas) const;
 
-    mutable Mounts m_mounts;
+    mutable PictureMounts m_mounts;
     Layer m_balloons[colours], m_confetti[colours], m_sparkle, m_light, m_ribbon;
     Layer m_frameTop, m_frameBottom, m_frameLeft, m_frameRight;
 };

@@ -26,15 +26,15 @@ void CStacking::PaintBackground(Canvas& canvas) const {
     canvas.Lay(cloth, 0, 0);
 }
 
-CPhotographs::Pose CStacking::At(double phase, const Actor& actor, unsigned count, const StageArea& stage) const {
-    const unsigned i = actor.index;
+CPhotographs::Pose CStacking::At(double phase, const ShownPicture& picture, unsigned count, const Region& stage) const {
+    const unsigned i = picture.index;
     const double order = count > 1 ? double(i) / (count - 1) : 0;
     const double starts = order * lastStart, sweeps = Mixed(lastSweep, firstSweep, order);
     const double height = std::min(0.7 * Height(), 0.9 * stage.height);
     const double scale =
-        ScaleOf(actor, std::min(0.5 * Width() / actor.picture.Width(), height / actor.picture.Height()));
+        ScaleOf(picture, std::min(0.5 * Width() / picture.layer.Width(), height / picture.layer.Height()));
     const Spot usual = stage.At(0.5 + 0.1 * (Scattered(1, i) - 0.5), 0.5 + 0.08 * (Scattered(2, i) - 0.5));
-    const Pose rest{PlaceOf(actor, usual, scale), scale, (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))};
+    const Pose rest{PlaceOf(picture, usual, scale), scale, (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))};
     if (phase < starts || phase >= sweeps + sweepTime) return {rest.centre, scale, 0, 0, 0};
     Pose away = rest;
     if (phase >= sweeps) {
@@ -56,10 +56,11 @@ CPhotographs::Pose CStacking::At(double phase, const Actor& actor, unsigned coun
 }
 
 void CStacking::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const StageArea stage = Stage();
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const Region stage = FreeRegion();
     Pile pile;
-    for (const Actor& actor : actors) ShowPhotograph(pile, actor, At(Phase(), actor, unsigned(actors.size()), stage));
+    for (const ShownPicture& picture : pictures)
+        ShowPhotograph(pile, picture, At(Phase(), picture, unsigned(pictures.size()), stage));
     pile.Draw(canvas);
     DrawTexts(canvas);
 }

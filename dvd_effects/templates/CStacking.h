@@ -19,7 +19,7 @@ class CStacking : public CPhotographs {
     void DrawScene(Canvas& canvas) override;
 
  private:
-    Pose At(double phase, const Actor& actor, unsigned count, const StageArea& stage) const;
+    Pose At(double phase, const ShownPicture& picture, unsigned count, const Region& stage) const;
 };
 
 }  // namespace AVBased

@@ -17,7 +17,7 @@ constexpr double farHeight = 0.2, frontHeight = 0.36;
 // A way around the middle of an area that winds a little; 0 is in front, at the bottom.
 class Route {
  public:
-    explicit Route(const StageArea& area) : m_area(area) {
+    explicit Route(const Region& area) : m_area(area) {
         for (unsigned i = 1; i <= steps; ++i) {
             const Spot from = Turned(i - 1), to = Turned(i);
             m_length[i] =
@@ -41,21 +41,9 @@ class Route {
         return m_area.At(0.5 + reach * Wave(turn), 0.5 + reach * Wave(turn + 0.25) + 0.05 * Wave(4 * turn));
     }
 
-    StageArea m_area;
+    Region m_area;
     double m_length[steps + 1] = {};
 };
-
-// A rectangle about a centre whose width runs along a direction.
-Placement Along(Spot centre, Spot direction, double width, double height) {
-    const double length = std::sqrt(direction.x * direction.x + direction.y * direction.y);
-    if (!(length > 0)) return {};
-    const double ax = direction.x / length * width / 2, ay = direction.y / length * width / 2;
-    const double dx = -direction.y / length * height / 2, dy = direction.x / length * height / 2;
-    return {{centre.x - ax - dx, centre.y - ay - dy},
-            {centre.x + ax - dx, centre.y + ay - dy},
-            {centre.x + ax + dx, centre.y + ay + dy},
-            {centre.x - ax + dx, centre.y - ay + dy}};
-}
 
 // A map at a place counted in heights of the menu.
 Tint Map(double x, double y) {
@@ -76,8 +64,8 @@ Tint Map(double x, double y) {
 
 }  // namespace
 
-void CTravel::Furnish() {
-    CPhotographs::Furnish();
+void CTravel::MakeScenery() {
+    CPhotographs::MakeScenery();
     const FrameSize dash = PartOfMenu(0.016, 0.009);
     m_dash = PlainLayer(Kind(), dash, routeColour);
     RoundCorners(m_dash, dash.height);
@@ -100,9 +88,9 @@ void CTravel::PaintBackground(Canvas& canvas) const {
 }
 
 void CTravel::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
-    const StageArea stage = Stage();
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
+    const Region stage = FreeRegion();
     const double far = std::min(farHeight, 0.3 * stage.height / Height()) * Height();
     const double front = std::min(frontHeight, 0.56 * stage.height / Height()) * Height();
     // The photographs stand above their stops.
@@ -110,11 +98,12 @@ void CTravel::DrawScene(Canvas& canvas) {
     for (unsigned i = 0; i < dashes; ++i) {
         const double part = (i + Phase() * dashSteps) / dashes;
         const Spot before = route.At(part - 0.002), after = route.At(part + 0.002);
-        canvas.LayTransformed(
-            m_dash, Along(route.At(part), {after.x - before.x, after.y - before.y}, m_dash.Width(), m_dash.Height()));
+        canvas.LayTransformed(m_dash, Placement::Towards(route.At(part), {after.x - before.x, after.y - before.y},
+                                                         m_dash.Width(), m_dash.Height()));
     }
     // One stop in each turn, and a rest there.
-    const double turn = Phase() * count, gone = WholePart(turn) + Passed(turn - WholePart(turn), 0.3, 1);
+    const Turn turn = TurnAt(Phase(), count);
+    const double gone = turn.index + Passed(turn.part, 0.3, 1);
     struct Stop {
         double part, nearness;
         unsigned index;
@@ -127,15 +116,15 @@ void CTravel::DrawScene(Canvas& canvas) {
     std::stable_sort(stops.begin(), stops.end(), [](const Stop& a, const Stop& b) { return a.nearness < b.nearness; });
     Pile pile;
     for (const auto& [part, nearness, i] : stops) {
-        const Layer& picture = actors[i].picture;
+        const Layer& picture = pictures[i].layer;
         const double near = std::min(1.0, nearness);
         const double fit = std::min(front / picture.Height(), 1.75 * front / picture.Width());
-        const double scale = ScaleOf(actors[i], fit) * Mixed(far / front, 1, near);
+        const double scale = ScaleOf(pictures[i], fit) * Mixed(far / front, 1, near);
         const Spot at = route.At(part);
         const double shown = picture.Height() * scale, dot = m_stop.Height() * (0.8 + 0.5 * near);
         const double sway = 2.5 * Wave(Phase() * 2 + Scattered(1, i));
-        ShowPhotograph(pile, actors[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});
-        pile.Put(m_stop, Placement::Turned(at, dot, dot), ByteOf(actors[i].opacity));
+        ShowPhotograph(pile, pictures[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});
+        pile.Put(m_stop, Placement::Turned(at, dot, dot), ByteOf(pictures[i].opacity));
     }
     pile.Draw(canvas);
     DrawTexts(canvas);

@@ -15,7 +15,7 @@ class CTravel : public CPhotographs {
 
  protected:
     FrameSize UsualBox() const override { return PartOfMenu(0.4, 0.4); }
-    void Furnish() override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 

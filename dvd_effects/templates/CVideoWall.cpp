@@ -21,11 +21,7 @@ FrameSize CVideoWall::UsualBox() const {
     return {std::max(1u, unsigned(MenuSize().width * large)), std::max(1u, unsigned(MenuSize().height * large))};
 }
 
-void CVideoWall::PaintBackground(Canvas& canvas) const {
-    const Layer ground(canvas.Width(), canvas.Height());
-    FillGradient(ground, Kind(), {24, 26, 34}, {4, 5, 8});
-    canvas.Lay(ground, 0, 0);
-}
+void CVideoWall::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {24, 26, 34}, {4, 5, 8}); }
 
 CVideoWall::Screen CVideoWall::ScreenAt(unsigned cell, unsigned grid) const {
     const unsigned down = cell / grid;
@@ -39,9 +35,9 @@ CVideoWall::Screen CVideoWall::ScreenAt(unsigned cell, unsigned grid) const {
 }
 
 void CVideoWall::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    if (!actors.empty()) {
-        const auto count = unsigned(actors.size()), grid = GridFor(count);
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    if (!pictures.empty()) {
+        const auto count = unsigned(pictures.size()), grid = GridFor(count);
         const Turn turn = TurnAt(Phase(), count);
         const double out = Between(turn.part, 0.08, 0.96, 0.3);
         // The later of its screens for every second one, so that they come from all over the wall.
@@ -51,7 +47,7 @@ void CVideoWall::DrawScene(Canvas& canvas) {
         for (unsigned cell = 0; cell < grid * grid; ++cell) {
             const Screen screen = ScreenAt(cell, grid);
             const double opacity = cell == home ? 1 - Eased(out * 4) : 1 - 0.6 * out;
-            Show(pile, actors[cell % count], Placement::Turned(screen.centre, screen.width, screen.height), opacity);
+            Show(pile, pictures[cell % count], Placement::Turned(screen.centre, screen.width, screen.height), opacity);
         }
         const Screen from = ScreenAt(home, grid);
         const Spot centre{Mixed(from.centre.x, Width() / 2, out), Mixed(from.centre.y, Height() / 2, out)};
@@ -65,8 +61,8 @@ void CVideoWall::DrawScene(Canvas& canvas) {
         pile.Put(shadow,
                  Placement::Turned({centre.x, centre.y + height * 0.03}, width * shadow.Width() / shape.width,
                                    height * shadow.Height() / shape.height),
-                 std::uint8_t(255 * out * actors[turn.index].opacity));
-        Show(pile, actors[turn.index], Placement::Turned(centre, width, height));
+                 std::uint8_t(255 * out * pictures[turn.index].opacity));
+        Show(pile, pictures[turn.index], Placement::Turned(centre, width, height));
         pile.Draw(canvas);
     }
     DrawTexts(canvas);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/canvas/prepared_layer.h"
+#include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
 
@@ -17,7 +17,6 @@ class CVideoWall : public CAnimatedMenu {
     FrameSize UsualBox() const override;
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
-    bool HasOwnBackground() const override { return true; }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 

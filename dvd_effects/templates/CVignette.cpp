@@ -16,7 +16,7 @@ FrameSize CVignette::UsualBox() const {
     return {std::max(1u, menu.width * 4 / 5), std::max(1u, menu.height * 4 / 5)};
 }
 
-void CVignette::Dress(Layer& picture, unsigned) const { CutEllipse(picture, 0.5); }
+void CVignette::FinishPicture(Layer& picture, unsigned) const { CutEllipse(picture, 0.5); }
 
 void CVignette::PaintBackground(Canvas& canvas) const {
     const FrameSize size{canvas.Width(), canvas.Height()};
@@ -28,38 +28,38 @@ void CVignette::PaintBackground(Canvas& canvas) const {
 }
 
 void CVignette::DrawScene(Canvas& canvas) {
-    const std::vector<Actor> actors = Actors();
-    const auto count = unsigned(actors.size());
+    const std::vector<ShownPicture> pictures = ShownPictures();
+    const auto count = unsigned(pictures.size());
     const Turn turn = TurnAt(Phase(), count);
     if (count) {
         // The old picture goes after the new one has come: so it does not darken between them.
         const double begun = (turn.part - (1 - dissolve)) / dissolve;
-        ShowLarge(canvas, actors[turn.index], (turn.part + dissolve) / (1 + dissolve), 1 - Passed(begun, 0.4, 1));
+        ShowLarge(canvas, pictures[turn.index], (turn.part + dissolve) / (1 + dissolve), 1 - Passed(begun, 0.4, 1));
         if (begun > 0)
-            ShowLarge(canvas, actors[(turn.index + 1) % count], begun * dissolve / (1 + dissolve),
-                      Passed(begun, 0, 0.6));
+            ShowLarge(canvas, pictures[turn.Next()], begun * dissolve / (1 + dissolve), Passed(begun, 0, 0.6));
     }
-    for (const Actor& actor : actors) ShowSmall(canvas, actor, count, ShareOf(actor.index, turn, count, dissolve));
+    for (const ShownPicture& picture : pictures)
+        ShowSmall(canvas, picture, count, turn.ShareOf(picture.index, dissolve));
     DrawTexts(canvas);
 }
 
 // At `part` of its time on the screen.
-void CVignette::ShowLarge(Canvas& canvas, const Actor& actor, double part, double opacity) const {
-    const double zoom = 0.97 + 0.07 * part, side = actor.index % 2 ? 1 : -1;
+void CVignette::ShowLarge(Canvas& canvas, const ShownPicture& picture, double part, double opacity) const {
+    const double zoom = 0.97 + 0.07 * part, side = picture.index % 2 ? 1 : -1;
     const Spot centre{Width() * (0.5 + side * 0.02 * (part * 2 - 1)), Height() * 0.41};
-    Show(canvas, actor, Placement::Turned(centre, actor.picture.Width() * zoom, actor.picture.Height() * zoom),
+    Show(canvas, picture, Placement::Turned(centre, picture.layer.Width() * zoom, picture.layer.Height() * zoom),
          opacity);
 }
 
 // Ovals of one height side by side, smaller where there are too many for that.
-void CVignette::ShowSmall(Canvas& canvas, const Actor& actor, unsigned count, double share) const {
+void CVignette::ShowSmall(Canvas& canvas, const ShownPicture& picture, unsigned count, double share) const {
     constexpr double heightOfRow = 0.15, spacing = 1.12, farthest = 0.9, least = 0.8;
     const double step = std::min(heightOfRow * spacing * Height() * 16 / 9, farthest * Width() / count);
     const double scale =
-        std::min(step / spacing / actor.picture.Width(), heightOfRow * Height() / actor.picture.Height()) *
+        std::min(step / spacing / picture.layer.Width(), heightOfRow * Height() / picture.layer.Height()) *
         Mixed(least, 1.2, share);
-    const Spot centre{Width() / 2 + step * (actor.index + 0.5 - count / 2.0), Height() * 0.88};
-    Show(canvas, actor, Placement::Turned(centre, actor.picture.Width() * scale, actor.picture.Height() * scale),
+    const Spot centre{Width() / 2 + step * (picture.index + 0.5 - count / 2.0), Height() * 0.88};
+    Show(canvas, picture, Placement::Turned(centre, picture.layer.Width() * scale, picture.layer.Height() * scale),
          Mixed(0.6, 1, share));
 }
 

@@ -16,14 +16,13 @@ class CVignette : public CAnimatedMenu {
  protected:
     FrameSize UsualBox() const override;
     PictureFit Fit() const override { return PictureFit::Cover; }
-    void Dress(Layer& picture, unsigned index) const override;
-    bool HasOwnBackground() const override { return true; }
+    void FinishPicture(Layer& picture, unsigned index) const override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
-    void ShowLarge(Canvas& canvas, const Actor& actor, double part, double opacity) const;
-    void ShowSmall(Canvas& canvas, const Actor& actor, unsigned count, double share) const;
+    void ShowLarge(Canvas& canvas, const ShownPicture& picture, double part, double opacity) const;
+    void ShowSmall(Canvas& canvas, const ShownPicture& picture, unsigned count, double share) const;
 };
 
 }  // namespace AVBased

@@ -6,10 +6,13 @@
 /// out the same in every run, on every thread and machine, while frames beside it differ.
 namespace AVBased {
 
+/// A step of mixing: lower bits take the higher ones in, which then reach all above them.
+constexpr std::uint32_t MixStep(std::uint32_t bits, unsigned shift, std::uint32_t odd) {
+    return (bits ^ bits >> shift) * odd;
+}
 /// Every bit of the argument flips about half of the result's bits.
 constexpr std::uint32_t MixBits(std::uint32_t bits) {
-    bits = (bits ^ bits >> 16) * 0x7FEB352D;
-    bits = (bits ^ bits >> 15) * 0x846CA68B;
+    bits = MixStep(MixStep(bits, 16, 0x7FEB352D), 15, 0x846CA68B);
     return bits ^ bits >> 16;
 }
 

@@ -57,6 +57,17 @@ void ExpectNear(const TestFrame& actual, const TestFrame& expected, int toleranc
                     << x << "," << y << " byte " << shift / 8;
 }
 
+TEST(Placement, RunsBetweenTwoPlacesOrInADirection) {
+    const auto corners = [](const Placement& p) {
+        return std::vector<double>{p.topLeft.x,     p.topLeft.y,     p.topRight.x,   p.topRight.y,
+                                   p.bottomRight.x, p.bottomRight.y, p.bottomLeft.x, p.bottomLeft.y};
+    };
+    EXPECT_EQ(corners(Placement::Along({10, 20}, {10, 0}, 4)), (std::vector<double>{8, 20, 12, 20, 12, 0, 8, 0}));
+    EXPECT_EQ(corners(Placement::Along({10, 20}, {10, 20}, 4)), corners(Placement::Turned({10, 20}, 0, 0)));
+    EXPECT_EQ(corners(Placement::Towards({10, 10}, {0, 3}, 4, 2)), (std::vector<double>{11, 8, 11, 12, 9, 12, 9, 8}));
+    EXPECT_EQ(corners(Placement::Towards({10, 10}, {0, 0}, 4, 2)), std::vector<double>(8));
+}
+
 TEST(LayTransformed, IsBilinearWithSmoothEdges) {
     const Layer layer = SmoothLayer(60, 40);
     const Placement placements[] = {
@@ -127,14 +138,14 @@ TEST(LayTransformed, StaysWithinItsWindow) {
         const Placement placement = Placement::Turned({15, 15}, 25.5, 27, degrees);
         TestFrame whole = frame, part = frame;
         Canvas(whole, BestInstructionSet()).LayTransformed(layer, placement);
-        Canvas(part, BestInstructionSet()).LayTransformed(layer, placement, 255, {-3, 8, 11, 21});
+        Canvas(part, BestInstructionSet()).LayTransformed(layer, placement, 255, {0, 11, 8, 21});
         const Grid before = frame.Samples(), all = whole.Samples(), within = part.Samples();
         for (unsigned y = 0; y < 30; ++y)
             for (unsigned x = 0; x < 30; ++x) {
                 const bool inside = x < 11 && y >= 8 && y < 21;
                 ASSERT_EQ(within[y][x], inside ? all[y][x] : before[y][x]) << x << "," << y;
             }
-        Canvas(part, BestInstructionSet()).LayTransformed(layer, placement, 255, {12, 5, 12, 4});
+        Canvas(part, BestInstructionSet()).LayTransformed(layer, placement, 255, {12, 12, 5, 4});
         EXPECT_EQ(part.Samples(), within);
     }
 }

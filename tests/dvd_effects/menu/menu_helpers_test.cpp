@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "dvd_effects/menu/host_sources.h"
 #include "dvd_effects/menu/menu_frames.h"
-#include "dvd_effects/menu/menu_sources.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/fake_manager.h"
 #include "tests/support/test_frames.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "dvd_effects/slides/easing.h"
+#include "dvd_effects/canvas/animation.h"
 #include "dvd_effects/generator_table.h"
 #include "dvd_effects/slides/slide_timeline.h"
 #include "tests/support/failing_host.h"
@@ -53,13 +53,13 @@ class Slides : public testing::Test {
 TEST(SlideTimeline, SharesTheFramesBetweenThePictures) {
     const SlideTimeline timeline{3, 4, 3, false}, loop{3, 4, 3, true};
     EXPECT_FALSE(timeline.At(3).second);
-    EXPECT_EQ(timeline.At(3).first.share, Share(6, 10));
+    EXPECT_EQ(timeline.At(3).first.share, FixedShare(6, 10));
     EXPECT_EQ(timeline.At(4).second->index, 1u);
     EXPECT_EQ(timeline.At(4).second->share, 0);
-    EXPECT_EQ(timeline.At(4).t, Ease(fixedOne / 4));
-    EXPECT_EQ(timeline.At(6).t, Ease(fixedOne * 3 / 4));
+    EXPECT_EQ(timeline.At(4).t, FixedEased(fixedOne / 4));
+    EXPECT_EQ(timeline.At(6).t, FixedEased(fixedOne * 3 / 4));
     EXPECT_EQ(timeline.At(7).first.index, 1u);
-    EXPECT_EQ(timeline.At(7).first.share, Share(3, 10));
+    EXPECT_EQ(timeline.At(7).first.share, FixedShare(3, 10));
     EXPECT_FALSE(timeline.At(18).second);
     EXPECT_EQ(timeline.At(~0ull).first.index, 2u);
     EXPECT_EQ(timeline.At(~0ull).first.share, fixedOne);

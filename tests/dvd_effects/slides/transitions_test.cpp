@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "dvd_effects/slides/easing.h"
+#include "dvd_effects/canvas/animation.h"
 #include "dvd_effects/slides/rasters.h"
 #include "tests/support/test_frames.h"
 
@@ -30,7 +30,7 @@ TestFrame Picture(unsigned format, FrameSize size, unsigned seed) {
 void Compose(const Transition& transition, TestFrame& frame, TestFrame& top, TestFrame& first, TestFrame& second,
              std::int64_t t, InstructionSet set) {
     const FrameSize size = SizeOf(frame);
-    const Area whole = WholeArea(size.width, size.height);
+    const FixedRegion whole = WholeRegion(size.width, size.height);
     DrawView(transition.firstOnTop ? top : frame, first, whole, transition.placeFirst(size, t), set);
     DrawView(transition.firstOnTop ? frame : top, second, whole, transition.placeSecond(size, t), set);
     transition.compose(frame, top, t, set);
@@ -107,9 +107,10 @@ TEST(Transitions, OpenWhereTheirNamesSay) {
 TEST(PictureView, MovesInPartsOfPixels) {
     TestFrame picture(30, 4, 1), frame(30, 3, 1);
     picture.SetSamples(0, {{0xFF000000, 0xFF404040, 0xFF80FF00, 0xFF000000}});
-    DrawView(frame, picture, {{fixedOne / 4, 3 * fixedOne}, {0, fixedOne}}, WholeArea(3, 1), InstructionSet::Baseline);
+    DrawView(frame, picture, {{fixedOne / 4, 3 * fixedOne}, {0, fixedOne}}, WholeRegion(3, 1),
+             InstructionSet::Baseline);
     EXPECT_EQ(frame.Samples(), (Grid{{0xFF101010, 0xFF507030, 0xFF60BF00}}));
-    DrawView(frame, picture, {{fixedOne, 3 * fixedOne}, {0, fixedOne}}, WholeArea(3, 1), InstructionSet::Baseline);
+    DrawView(frame, picture, {{fixedOne, 3 * fixedOne}, {0, fixedOne}}, WholeRegion(3, 1), InstructionSet::Baseline);
     EXPECT_EQ(frame.Samples(), (Grid{{0xFF404040, 0xFF80FF00, 0xFF000000}}));
 }
 

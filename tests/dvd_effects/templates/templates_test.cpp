@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/generator_table.h"
+#include "dvd_effects/templates/CAnimatedMenu.h"
 #include "tests/support/fake_manager.h"
 #include "tests/support/test_frames.h"
 

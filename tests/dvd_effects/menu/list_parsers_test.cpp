@@ -1,4 +1,4 @@
-#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/menu/list_parsers.h"
 
 #include <gtest/gtest.h>
 

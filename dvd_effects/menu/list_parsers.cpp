@@ -1,10 +1,10 @@
-#include "dvd_effects/menu/dvd_effects_utils.h"
+#include "dvd_effects/menu/list_parsers.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
 
-#include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/canvas/errors.h"
 
 namespace AVBased {
 

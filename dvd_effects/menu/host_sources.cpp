@@ -1,9 +1,9 @@
-#include "dvd_effects/menu/menu_sources.h"
+#include "dvd_effects/menu/host_sources.h"
 
 #include <new>
 
-#include "dvd_effects/menu/dvd_effects_utils.h"
-#include "dvd_effects/canvas/menu_errors.h"
+#include "dvd_effects/canvas/errors.h"
+#include "dvd_effects/menu/list_parsers.h"
 
 namespace AVBased {
 
