@@ -49,20 +49,41 @@ double DepthInEllipse(double dx, double dy, double rx, double ry) {
 std::uint8_t ShareAt(double depth, double soft) {
     if (depth < 0) return 0;
     if (depth >= soft) return full;
-    return std::uint8_t(std::lround(Eased(Easing::InOut, depth / soft) * full));
+    return std::uint8_t(Eased(Easing::InOut, depth / soft) * full + 0.5);
+}
+
+// The samples of so many that lie between two places, and no further ones than it takes.
+struct Span {
+    int begin, end;
+};
+Span SpanOf(double low, double high, int count) {
+    return {int(std::clamp(std::floor(low), 0.0, double(count))), int(std::clamp(std::ceil(high), 0.0, double(count)))};
+}
+
+// A quotient by 255, of what fits into 16 bits.
+std::uint16_t Divided(std::uint16_t value) { return std::uint16_t(std::uint16_t(value + 1 + (value >> 8)) >> 8); }
+std::uint8_t Mixed(std::uint8_t over, std::uint8_t under, std::uint8_t share) {
+    return std::uint8_t(Divided(std::uint16_t(over * share + under * (full - share) + full / 2)));
 }
 
 // The mean of what each sample covers; at an odd edge that is less than elsewhere.
 Coverage::Plane Reduced(const Coverage::Plane& whole, int columnShift, int rowShift) {
     Coverage::Plane reduced{AV_CEIL_RSHIFT(whole.width, columnShift), AV_CEIL_RSHIFT(whole.height, rowShift), {}};
-    for (int y = 0; y < reduced.height; ++y)
+    reduced.shares.resize(std::size_t(reduced.width) * std::size_t(reduced.height));
+    std::uint8_t* to = reduced.shares.data();
+    for (int y = 0; y < reduced.height; ++y) {
+        const int top = y << rowShift, bottom = std::min(top + (1 << rowShift), whole.height);
         for (int x = 0; x < reduced.width; ++x) {
-            unsigned sum = 0, count = 0;
-            for (int j = y << rowShift; j < std::min((y + 1) << rowShift, whole.height); ++j)
-                for (int i = x << columnShift; i < std::min((x + 1) << columnShift, whole.width); ++i, ++count)
-                    sum += whole.shares[std::size_t(j) * std::size_t(whole.width) + std::size_t(i)];
-            reduced.shares.push_back(std::uint8_t((sum + count / 2) / count));
+            const int left = x << columnShift, right = std::min(left + (1 << columnShift), whole.width);
+            const int count = (bottom - top) * (right - left);
+            int sum = count / 2;
+            for (int j = top; j < bottom; ++j) {
+                const std::uint8_t* const row = whole.shares.data() + std::ptrdiff_t(j) * whole.width;
+                for (int i = left; i < right; ++i) sum += row[i];
+            }
+            *to++ = std::uint8_t(sum / count);
         }
+    }
     return reduced;
 }
 
@@ -134,9 +155,14 @@ std::shared_ptr<const Coverage> Region::Render(long long frame, long long frameC
             const double rx = n[2], ry = m_shape == Shape::Circle ? rx : n[3];
             return rx > 0 && ry > 0 ? DepthInEllipse(x - n[0], y - n[1], rx, ry) : -1;
         };
+        const bool around = m_shape != Shape::Rectangle;
+        const double rx = n[2], ry = m_shape == Shape::Circle ? rx : n[3];
+        const Span columns = SpanOf(around ? n[0] - rx : n[0], n[0] + rx, m_width);
+        const Span rows = SpanOf(around ? n[1] - ry : n[1], n[1] + ry, m_height);
         // Pixels are judged by their centres.
-        for (int y = 0; y < m_height; ++y)
-            for (int x = 0; x < m_width; ++x) *share++ = ShareAt(depth(x + 0.5, y + 0.5), soft);
+        for (int y = rows.begin; y < rows.end; ++y)
+            for (int x = columns.begin; x < columns.end; ++x)
+                share[std::ptrdiff_t(y) * m_width + x] = ShareAt(depth(x + 0.5, y + 0.5), soft);
     }
     if (m_outside)
         for (std::uint8_t& value : coverage->whole.shares) value = std::uint8_t(full - value);
@@ -164,14 +190,17 @@ void Compose(AVFrame& frame, const AVFrame& original, const Coverage& coverage) 
     for (int p = 0; p < av_pix_fmt_count_planes(format); ++p) {
         const bool reduced = (p == 1 || p == 2) && !coverage.chroma.shares.empty();
         const Coverage::Plane& plane = reduced ? coverage.chroma : coverage.whole;
-        const int step = description.comp[p].step;
-        const std::uint8_t* share = plane.shares.data();
+        const int step = description.comp[p].step, width = plane.width;
         for (int y = 0; y < plane.height; ++y) {
-            std::uint8_t* to = frame.data[p] + std::ptrdiff_t(y) * frame.linesize[p];
-            const std::uint8_t* from = original.data[p] + std::ptrdiff_t(y) * original.linesize[p];
-            for (int x = 0; x < plane.width; ++x, ++share)
-                for (int i = 0; i < step; ++i, ++to, ++from)
-                    *to = std::uint8_t((*to * *share + *from * (full - *share) + full / 2) / full);
+            std::uint8_t* __restrict to = frame.data[p] + std::ptrdiff_t(y) * frame.linesize[p];
+            const std::uint8_t* __restrict from = original.data[p] + std::ptrdiff_t(y) * original.linesize[p];
+            const std::uint8_t* __restrict share = plane.shares.data() + std::ptrdiff_t(y) * width;
+            if (step == 1) {
+                for (int x = 0; x < width; ++x) to[x] = Mixed(to[x], from[x], share[x]);
+                continue;
+            }
+            for (int x = 0; x < width; ++x, to += step, from += step)
+                for (int i = 0; i < step && share[x] != full; ++i) to[i] = Mixed(to[i], from[i], share[x]);
         }
     }
 }

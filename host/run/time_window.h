@@ -13,7 +13,7 @@ namespace Nifikral {
 /// --frames; seconds end just before the frame at their end, so that 0s-2s and 2s-4s share none.
 class TimeWindow {
  public:
-    /// "50-99", "2s-5s", "-1s-" (the last second), "-25-" (the last 25 frames), "-2s" (the first two seconds) or "50".
+    /// "50-99", "2s-5s", "-1s-" (the last second), "-25-" (the last 25 frames) or "50".
     /// Throws std::invalid_argument, saying what is wrong.
     explicit TimeWindow(const std::string& text);
     /// From a frame on.

@@ -41,7 +41,7 @@ TEST_F(Requests, WorkInTheirWindowAndLeaveTheRestAsItIs) {
     EXPECT_EQ(Apply("invert@0.2s-0.5s"), (std::vector<int>{a, a, b, b, b, a, a, a, a, a}));
     EXPECT_EQ(Apply("invert@-3-"), (std::vector<int>{a, a, a, a, a, a, a, b, b, b}));
     EXPECT_EQ(Apply("invert@-0.3s-"), (std::vector<int>{a, a, a, a, a, a, a, b, b, b}));
-    EXPECT_EQ(Apply("invert@-0.2s invert@5-"), (std::vector<int>{b, b, a, a, a, b, b, b, b, b}));
+    EXPECT_EQ(Apply("invert@0s-0.2s invert@5-"), (std::vector<int>{b, b, a, a, a, b, b, b, b, b}));
 }
 
 TEST_F(Requests, CountPositionsAndDurationFromTheirWindow) {
@@ -50,7 +50,7 @@ TEST_F(Requests, CountPositionsAndDurationFromTheirWindow) {
     EXPECT_EQ(Apply("directfadeout@-5-"), (std::vector<int>{144, 144, 144, 144, 144, 143, 108, 72, 36, 0}));
     // What comes behind a window is as it was.
     EXPECT_EQ(Apply("directfadeout@2-4"), (std::vector<int>{144, 144, 143, 72, 0, 144, 144, 144, 144, 144}));
-    EXPECT_EQ(Apply("directfadein@-0.4s"), (std::vector<int>{0, 36, 72, 108, 144, 144, 144, 144, 144, 144}));
+    EXPECT_EQ(Apply("directfadein@0s-0.4s"), (std::vector<int>{0, 36, 72, 108, 144, 144, 144, 144, 144, 144}));
     const std::string ramp = "brightness_contrast@3-6:brightness=0..-100";
     const std::vector<int> reds = Apply(ramp);
     EXPECT_EQ(reds[2], 144);
@@ -82,7 +82,8 @@ TEST_F(Requests, RefuseWindowsThatNoFrameLiesIn) {
     for (const auto& [window, word] : {std::pair("5-3", "ends before it begins"),
                                        {"10-", "10 frames"},
                                        {"1s-", "behind the end"},
-                                       {"2s", "length"}}) {
+                                       {"2s", "gray@2s: it has no end; give 2s-"},
+                                       {"-1s", "give -1s-"}}) {
         const Outcome outcome = Refused(std::string("gray@") + window);
         EXPECT_EQ(outcome.exitCode, 2) << outcome.errors;
         EXPECT_NE(outcome.errors.find(word), std::string::npos) << outcome.errors;

@@ -16,13 +16,13 @@ TEST(TimeWindowTest, CountsFromEitherEndInFramesOrSeconds) {
                                             {"7", 7, 7},
                                             {"50-", 50, FrameRange::noEnd},
                                             {"1s-2s", 25, 49},
-                                            {"-1s", 0, 24},
-                                            {"-9", 0, 9},
+                                            {"0s-1s", 0, 24},
+                                            {"0-9", 0, 9},
                                             {"-1s-", 75, FrameRange::noEnd},
                                             {"-25-", 75, FrameRange::noEnd},
                                             {"-2s--1s", 50, 74},
                                             {"-25--1", 75, 99},
-                                            {"--1s", 0, 74},
+                                            {"0--1s", 0, 74},
                                             {"1s--1", 25, 99},
                                             {"0.05s-0.1s", 2, 2},
                                             {"-9s-", 0, FrameRange::noEnd}}) {
@@ -36,7 +36,8 @@ TEST(TimeWindowTest, CountsFromEitherEndInFramesOrSeconds) {
 }
 
 TEST(TimeWindowTest, RefusesWhatIsNone) {
-    for (const char* const text : {"", "-", "x", "2s", "-2s-x", "1.5-3", "3--", "1e3-", "nan-", "5m-"})
+    for (const char* const text :
+         {"", "-", "x", "2s", "-1s", "-25", "--1s", "-2s-x", "1.5-3", "3--", "1e3-", "nan-", "5m-"})
         EXPECT_THROW(TimeWindow{text}, std::invalid_argument) << text;
 }
 
