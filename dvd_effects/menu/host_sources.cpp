@@ -99,4 +99,11 @@ int CreateTextRender(IAVImporter* importer, IAVSource*& source, ISimpleHTMLRende
     });
 }
 
+FrameOwner RenderText(IAVImporter* importer, const text_t& text) {
+    IAVSource* source = nullptr;
+    ISimpleHTMLRender* render = nullptr;
+    if (!CreateTextRender(importer, source, render, text)) return nullptr;
+    return ReadFrame(*SourceOwner(source));
+}
+
 }  // namespace AVBased

@@ -34,4 +34,7 @@ int CreateAVSources(IAVManager* manager, IAVSource**& sources, IAVSourceProperty
 /// "Null Pointer" for a null importer; the host's own error, or "Null Pointer", when it gives no source or no renderer.
 int CreateTextRender(IAVImporter* importer, IAVSource*& source, ISimpleHTMLRender*& render, const text_t& text);
 
+/// A text item as the host renders it. Null after filing an error of CreateTextRender; raises those of ReadFrame.
+FrameOwner RenderText(IAVImporter* importer, const text_t& text);
+
 }  // namespace AVBased

@@ -1,6 +1,7 @@
 #include "dvd_effects/menu/menu_motion.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "dvd_effects/canvas/compositor.h"
@@ -91,6 +92,30 @@ point_t MovedPosition(point_t start, point_t end, const formula_t& formula, std:
     // Deliberate: the line's value counts once for every frame so far.
     const std::int32_t y = TruncateToInt32(start.y + (x * formula.slope + formula.intercept) * n);
     return {StopAt(x, start.x, end.x), StopAt(y, start.y, end.y)};
+}
+
+point_t PositionOf(const additionsource_t& source, std::uint32_t n) {
+    return MovedPosition(source.startPosition, source.endPosition, source.moveFormula, source.moveSpeed,
+                         std::int32_t(n));
+}
+
+point_t PositionOf(const text_t& text, std::uint32_t n) {
+    if (!text.moves) return text.boxPosition;
+    return MovedPosition(text.boxPosition, text.endPosition, text.moveFormula, text.moveSpeed, std::int32_t(n));
+}
+
+std::uint8_t OpacityOf(const additionsource_t& source, std::uint32_t n) {
+    const auto byte = [](std::int32_t value) { return std::int64_t(ClampToByte(value)); };
+    const std::int64_t start = byte(source.startTrans), end = byte(source.endTrans);
+    const std::int64_t step = std::min<std::int64_t>(std::abs(std::int64_t(source.fadeSpeed)), 255);
+    const std::int64_t way = step * (std::int64_t(n) - 1);
+    return std::uint8_t(start < end ? std::min(start + way, end) : std::max(start - way, end));
+}
+
+bool IsShown(const text_t& text, std::uint32_t n) {
+    if (text.moves || !text.hasStillTail) return true;
+    const std::int32_t now = std::int32_t(n), first = text.stillTail[0], last = text.stillTail[1];
+    return (first <= 0 || now >= first) && (last <= 0 || now <= last);
 }
 
 unsigned char CalculateNewValue(unsigned char value, unsigned char delta, int mode) {

@@ -11,6 +11,14 @@ namespace AVBased {
 /// stopped at its end. The first frame has n = 1.
 point_t MovedPosition(point_t start, point_t end, const formula_t& formula, std::int32_t moveSpeed, std::int32_t n);
 
+/// Where a source, or a text, stands then.
+point_t PositionOf(const additionsource_t& source, std::uint32_t n);
+point_t PositionOf(const text_t& text, std::uint32_t n);
+/// Where a source's fade stands then: startTrans on the first frame, |fadeSpeed| nearer to endTrans on each later one.
+std::uint8_t OpacityOf(const additionsource_t& source, std::uint32_t n);
+/// Whether a text is shown then.
+bool IsShown(const text_t& text, std::uint32_t n);
+
 /// One step of a ramp, kept within a byte: mode 1 adds, mode 0 subtracts, any other mode gives 0.
 unsigned char CalculateNewValue(unsigned char value, unsigned char delta, int mode);
 

@@ -122,10 +122,7 @@ std::int32_t CTitle::FontSize() const { return m_size ? m_size : std::max(std::i
 
 FrameOwner CTitle::RenderLine(text_t text, const std::string& line) const {
     text.text = line;
-    IAVSource* source = nullptr;
-    ISimpleHTMLRender* render = nullptr;
-    if (!CreateTextRender(m_importer, source, render, text)) return nullptr;
-    return ReadFrame(*SourceOwner(source));
+    return RenderText(m_importer, text);
 }
 
 CTitle::Rendered CTitle::Render(const text_t& text) const {

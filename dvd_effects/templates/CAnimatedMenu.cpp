@@ -61,13 +61,13 @@ int CAnimatedMenu::Loop() const {
 
 double CAnimatedMenu::Phase() const {
     const int loop = Loop();
-    return double((std::uint32_t(FrameNumber()) - 1) % std::uint32_t(loop)) / loop;
+    return double((FrameNumber() - 1) % std::uint32_t(loop)) / loop;
 }
 
 Region CAnimatedMenu::FreeRegion() const {
     constexpr double margin = 0.05;
     std::vector<Section> columns, rows;
-    for (const Text& text : Texts()) {
+    for (const MenuText& text : Texts()) {
         if (text.item.moves) continue;
         const point_t at = text.item.boxPosition;
         columns.push_back({double(at.x), double(at.x) + text.layer.Width()});
@@ -92,7 +92,7 @@ double CAnimatedMenu::Turns(double frames) const { return Phase() * std::max(1.0
 std::vector<CAnimatedMenu::ShownPicture> CAnimatedMenu::ShownPictures() const {
     std::vector<ShownPicture> pictures;
     for (const ShownSource& shown : ShownSources()) {
-        const double opacity = HasFades() ? OpacityOf(shown.source) / 255.0 : 1;
+        const double opacity = HasFades() ? OpacityOf(shown.source, FrameNumber()) / 255.0 : 1;
         const Spot middle{shown.inBox.x + shown.layer.Width() / 2.0, shown.inBox.y + shown.layer.Height() / 2.0};
         pictures.push_back(
             {shown.layer, shown.isOpaque, unsigned(pictures.size()), opacity, middle, shown.source, shown.smaller});

@@ -4,8 +4,8 @@ namespace AVBased {
 
 void CCommon::DrawScene(Canvas& canvas) {
     for (const ShownSource& shown : ShownSources()) {
-        const point_t at = PositionOf(shown.source) + shown.inBox;
-        canvas.Lay(shown.layer, at.x, at.y, OpacityOf(shown.source));
+        const point_t at = PositionOf(shown.source, FrameNumber()) + shown.inBox;
+        canvas.Lay(shown.layer, at.x, at.y, OpacityOf(shown.source, FrameNumber()));
     }
     DrawTexts(canvas);
 }

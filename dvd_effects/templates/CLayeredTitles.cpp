@@ -24,9 +24,9 @@ void CLayeredTitles::PaintBackground(Canvas& canvas) const { PaintGradient(canva
 
 std::vector<CLayeredTitles::Title> CLayeredTitles::Titles() const {
     std::vector<Title> titles;
-    for (const Text& text : Texts()) {
-        if (!IsShown(text.item)) continue;
-        const point_t at = PositionOf(text.item);
+    for (const MenuText& text : Texts()) {
+        if (!IsShown(text.item, FrameNumber())) continue;
+        const point_t at = PositionOf(text.item, FrameNumber());
         titles.push_back(
             {double(at.x), double(at.y), double(text.layer.Width()), double(text.layer.Height()), &text.layer});
     }

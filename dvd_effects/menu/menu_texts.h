@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "dvd_effects/canvas/compositor.h"
+#include "dvd_effects/menu/menu_picture.h"
+
+namespace AVBased {
+
+/// A text item and how it looks.
+struct MenuText {
+    text_t item;
+    Layer layer;
+};
+
+/// The texts of a menu.
+class MenuTexts {
+ public:
+    /// How many items a list must have, else none is shown.
+    void SetNumber(std::int32_t number);
+    void SetInfos(const std::string& list);
+    /// Renders them anew for the next frame.
+    void Forget() { m_isReady = false; }
+
+    /// Has the host render what is not rendered yet; without an importer, that fails. Errors are filed.
+    void Prepare(IAVImporter* importer, const FrameKind& kind);
+    const std::vector<MenuText>& All() const { return m_texts; }
+    /// Draws those shown at frame `n`, at their places.
+    void Draw(Canvas& canvas, std::uint32_t n) const;
+
+ private:
+    void Render(IAVImporter* importer, const FrameKind& kind, const std::string& info);
+
+    std::int32_t m_number = 0;
+    std::string m_infos;
+    std::vector<MenuText> m_texts;
+    bool m_isReady = false;
+};
+
+}  // namespace AVBased
