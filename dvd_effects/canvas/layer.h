@@ -34,6 +34,7 @@ class Layer {
     explicit operator bool() const { return m_frame != nullptr; }
     unsigned Width() const { return View().width; }
     unsigned Height() const { return View().height; }
+    FrameSize Size() const { return {Width(), Height()}; }
     PackedView View() const { return m_frame ? ViewPacked(*m_frame) : PackedView{}; }
     /// The same memory as a frame of format 30, to convert into; null without a picture.
     CRawVideoFrame* Frame() const { return m_frame.get(); }
@@ -49,6 +50,7 @@ ColourMatrix MatrixOfRows(unsigned rows);
 struct LayerKind {
     bool packed = true;
     unsigned rows = 0;  ///< of the frame that it is laid on
+    bool operator==(const LayerKind&) const = default;
 };
 
 /// A colour to paint layers with.

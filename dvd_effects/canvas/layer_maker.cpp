@@ -89,7 +89,7 @@ void PictureConverter::Convert(IRawVideoFrame& from, IRawVideoFrame& to, ColourM
 void LayerMaker::Make(IRawVideoFrame& picture, FrameSize size, Layer& layer, InstructionSet set) {
     const auto usable = [](unsigned side) { return side > 0 && side <= largestSide; };
     Require(usable(size.width) && usable(size.height), textInvalidParamValue, lineLayer);
-    if (FrameSize{layer.Width(), layer.Height()} != size) layer = Layer(size.width, size.height);
+    if (layer.Size() != size) layer = Layer(size.width, size.height);
     if (m_packed) return m_converter.Convert(picture, *layer.Frame(), m_matrix);
     if (!m_planar || SizeOf(*m_planar) != size) m_planar = PlanarLayerFrame(size);
     m_converter.Convert(picture, *m_planar, m_matrix);

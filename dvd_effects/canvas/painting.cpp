@@ -139,15 +139,15 @@ void LayOver(const Layer& layer, const Layer& above, unsigned x, unsigned y) {
         }
 }
 
-Layer Framed(const Layer& layer, LayerKind kind, unsigned side, unsigned top, unsigned bottom, Colour colour) {
-    Layer framed = PlainLayer(kind, {layer.Width() + 2 * side, layer.Height() + top + bottom}, colour);
+Layer Framed(const Layer& layer, LayerKind kind, unsigned width, Colour colour) {
+    Layer framed = PlainLayer(kind, {layer.Width() + 2 * width, layer.Height() + 2 * width}, colour);
     const std::uint32_t ground = PixelOf(kind, colour);
     const PackedView from = layer.View(), to = framed.View();
     for (unsigned y = 0; y < from.height; ++y)
         for (unsigned x = 0; x < from.width; ++x) {
             const std::uint32_t pixel = LoadWord(from.Row(y) + x), alpha = pixel >> 24;
             const std::uint32_t mixed = Mix(ground, pixel | alphaMask, alpha + (alpha >> 7));
-            StoreWord(to.Row(std::size_t(y) + top) + x + side, (mixed & ~alphaMask) | (ground & alphaMask));
+            StoreWord(to.Row(std::size_t(y) + width) + x + width, (mixed & ~alphaMask) | (ground & alphaMask));
         }
     return framed;
 }

@@ -27,8 +27,8 @@ void CutEllipse(const Layer& layer, double softness);
 
 /// Lays a layer over another, within which it must lie, with its top-left corner at (x, y).
 void LayOver(const Layer& layer, const Layer& above, unsigned x, unsigned y);
-/// The layer in the middle of a plain one that is larger by `top`, `side` (left and right) and `bottom`.
-Layer Framed(const Layer& layer, LayerKind kind, unsigned side, unsigned top, unsigned bottom, Colour colour);
+/// The layer in the middle of a plain one that is larger by `width` on every side.
+Layer Framed(const Layer& layer, LayerKind kind, unsigned width, Colour colour);
 /// The layer's shape in one colour, blurred: larger by `radius` on every side. Of a radius of 0 it is sharp.
 Layer ShadowOf(const Layer& layer, LayerKind kind, unsigned radius, Colour colour);
 

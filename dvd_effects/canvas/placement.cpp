@@ -50,10 +50,10 @@ Placement Placement::Towards(Spot centre, Spot direction, double width, double h
     if (!(length > 0)) return {};
     const double ax = direction.x / length * width / 2, ay = direction.y / length * width / 2;
     const double dx = -direction.y / length * height / 2, dy = direction.x / length * height / 2;
-    return {{centre.x - ax - dx, centre.y - ay - dy},
-            {centre.x + ax - dx, centre.y + ay - dy},
-            {centre.x + ax + dx, centre.y + ay + dy},
-            {centre.x - ax + dx, centre.y - ay + dy}};
+    const auto corner = [&](int along, int across) {
+        return Spot{centre.x + along * ax + across * dx, centre.y + along * ay + across * dy};
+    };
+    return {corner(-1, -1), corner(1, -1), corner(1, 1), corner(-1, 1)};
 }
 
 std::optional<Projection> Project(const Placement& placement, unsigned layerWidth, unsigned layerHeight) {

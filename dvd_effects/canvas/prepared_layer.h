@@ -10,7 +10,7 @@ class PreparedLayer {
     /// The layer that paint() makes for such frames.
     template <class Paint>
     const Layer& For(LayerKind kind, FrameSize size, Paint paint) {
-        if (!m_layer || kind.packed != m_kind.packed || kind.rows != m_kind.rows || size != m_size) {
+        if (!m_layer || kind != m_kind || size != m_size) {
             m_layer = paint();
             m_kind = kind;
             m_size = size;

@@ -12,6 +12,12 @@ constexpr int lineScene = 180;
 
 }  // namespace
 
+template <std::int32_t CBasedMenu::*side>
+void CBasedMenu::SetSide(CBasedMenu& menu, std::int32_t value) {
+    menu.*side = value;
+    menu.ForgetBackground();
+}
+
 template <MenuSources::ParseList parse>
 void CBasedMenu::SetList(CBasedMenu& menu, const std::string& list) {
     menu.m_sources.SetList(parse, list);
@@ -24,26 +30,11 @@ void CBasedMenu::SetFades(CBasedMenu& menu, const std::string& list) {
 }
 
 const Property<CBasedMenu> CBasedMenu::properties[18] = {
-    {"width", "0",
-     [](CBasedMenu& menu, std::int32_t width) {
-         menu.m_width = width;
-         menu.ForgetBackground();
-     }},
-    {"height", "0",
-     [](CBasedMenu& menu, std::int32_t height) {
-         menu.m_height = height;
-         menu.ForgetBackground();
-     }},
-    {"sourcePath", "",
-     [](CBasedMenu& menu, const std::string& path) {
-         menu.m_background.Open(menu.m_manager, path);
-         menu.ForgetBackground();
-     }},
+    {"width", "0", SetSide<&CBasedMenu::m_width>},
+    {"height", "0", SetSide<&CBasedMenu::m_height>},
+    {"sourcePath", "", [](CBasedMenu& menu, const std::string& path) { menu.m_background.Open(menu.m_manager, path); }},
     {"backgroundMask", "",
-     [](CBasedMenu& menu, const std::string& path) {
-         menu.m_background.OpenMask(menu.m_manager, path);
-         menu.ForgetBackground();
-     }},
+     [](CBasedMenu& menu, const std::string& path) { menu.m_background.OpenMask(menu.m_manager, path); }},
     {"textNumber", "0", [](CBasedMenu& menu, std::int32_t number) { menu.m_texts.SetNumber(number); }},
     {"textInfos", "", [](CBasedMenu& menu, const std::string& list) { menu.m_texts.SetInfos(list); }},
     {"additionSourceNumber", "0", [](CBasedMenu& menu, std::int32_t count) { menu.m_sources.SetCount(count); }},

@@ -13,8 +13,7 @@ namespace AVBased {
 /// that comes. It holds the properties, opens what they name through the host, reads videos frame by frame and counts
 /// frames; a template says how large its pictures are, what is done to them once, and how a frame is drawn.
 ///
-/// What a frame lacks because a file, a mask or a text failed is filed, and the rest is still composed. A file that
-/// cannot be opened is told once; a video that gives no frame any more keeps showing its last one.
+/// What a frame lacks because a file, a mask or a text failed is filed, and the rest is still composed.
 class CBasedMenu : public CBasedVideoImageEffect, protected PictureRules {
  public:
     /// `manager` is borrowed; without one, opening anything fails.
@@ -57,6 +56,8 @@ class CBasedMenu : public CBasedVideoImageEffect, protected PictureRules {
  private:
     static const Property<CBasedMenu> properties[18];
 
+    template <std::int32_t CBasedMenu::*side>
+    static void SetSide(CBasedMenu& menu, std::int32_t value);
     template <MenuSources::ParseList parse>
     static void SetList(CBasedMenu& menu, const std::string& list);
     template <MenuSources::ParseList parse>

@@ -22,10 +22,12 @@ bool HasAlpha(IRawVideoFrame& frame) {
 
 void MenuBackground::Open(IAVManager* manager, const std::string& path) {
     m_source = path.empty() ? nullptr : OpenSource(manager, path, false, textNullBackgroundSource);
+    Forget();
 }
 
 void MenuBackground::OpenMask(IAVManager* manager, const std::string& path) {
     m_mask = path.empty() ? nullptr : ReadFrame(*OpenSource(manager, path, true));
+    Forget();
 }
 
 void MenuBackground::Forget() {

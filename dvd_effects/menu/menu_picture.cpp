@@ -16,7 +16,7 @@ void MenuPicture::Make(IRawVideoFrame& frame, FrameSize size, point_t inMask) {
 }
 
 void MenuPicture::CropTo(FrameSize box) {
-    if (FrameSize{layer.Width(), layer.Height()} != box)
+    if (layer.Size() != box)
         layer = Cropped(layer, (layer.Width() - box.width) / 2, (layer.Height() - box.height) / 2, box);
 }
 

@@ -100,7 +100,7 @@ void MenuSources::AdvanceOne(unsigned index, const PictureRules& rules) {
     const FrameSize own = AVBased::SizeOf(*record.frame), box = rules.BoxOf(index, own);
     const bool covers = rules.Fit() == PictureFit::Cover;
     const FrameSize size = covers ? FitOver(own, box) : FitInto(own, box);
-    if (maskSource && !(picture.mask && stillMask && FrameSize{picture.mask.Width(), picture.mask.Height()} == size)) {
+    if (maskSource && !(picture.mask && stillMask && picture.mask.Size() == size)) {
         record.maskFrame = ReadFrame(*maskSource);
         picture.MakeMask(*record.maskFrame, size);
         record.maskFrame.reset();

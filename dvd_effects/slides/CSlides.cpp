@@ -104,9 +104,9 @@ void CSlides::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const std::uint64_t position = m_position++;
     if (!Canvas::Takes(*frame)) return;
     const FrameSize size = SizeOf(*frame);
-    if (frame->GetPixelFormat() != m_format || size != m_size) {
-        m_format = frame->GetPixelFormat();
-        m_size = size;
+    const FrameKind kind{frame->GetPixelFormat(), size, Instructions()};
+    if (kind != m_kind) {
+        m_kind = kind;
         m_top.reset();
         ForgetPictures();
     }
@@ -126,17 +126,18 @@ void CSlides::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
 
 void CSlides::DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& at) {
     const Transition& transition = TransitionAfter(at.first.index);
-    if (!m_top) m_top = std::make_unique<CRawVideoFrame>(false, m_format, m_size.width, m_size.height, true);
+    if (!m_top)
+        m_top = std::make_unique<CRawVideoFrame>(false, m_kind.format, m_kind.size.width, m_kind.size.height, true);
     IRawVideoFrame &below = frame, &top = *m_top;
-    Draw(transition.firstOnTop ? top : below, at.first, *at.second, transition.placeFirst(m_size, at.t));
-    Draw(transition.firstOnTop ? below : top, *at.second, at.first, transition.placeSecond(m_size, at.t));
+    Draw(transition.firstOnTop ? top : below, at.first, *at.second, transition.placeFirst(m_kind.size, at.t));
+    Draw(transition.firstOnTop ? below : top, *at.second, at.first, transition.placeSecond(m_kind.size, at.t));
     transition.compose(frame, top, at.t, Instructions());
 }
 
 void CSlides::Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept,
                    const FixedRegion& place) {
     IRawVideoFrame& picture = PictureAt(moment.index, kept.index);
-    const FixedRegion shown = MotionOf(moment.index).Shown(SizeOf(picture), m_size, moment.share);
+    const FixedRegion shown = MotionOf(moment.index).Shown(SizeOf(picture), m_kind.size, moment.share);
     DrawView(frame, picture, shown, place, Instructions());
 }
 
@@ -165,7 +166,8 @@ IRawVideoFrame& CSlides::PictureAt(std::uint64_t index, std::uint64_t kept) {
         const std::uint64_t larger = std::uint64_t(own) * unsigned(100 + m_motionAmount) / 100;
         return MotionOf(index).Moves() ? unsigned(std::min<std::uint64_t>(larger, largestSide)) : own;
     };
-    auto picture = std::make_unique<CRawVideoFrame>(false, m_format, side(m_size.width), side(m_size.height), true);
+    auto picture =
+        std::make_unique<CRawVideoFrame>(false, m_kind.format, side(m_kind.size.width), side(m_kind.size.height), true);
     FillBlack(*picture);
     AtBoundary(linePicture, unitName, [&] { Fill(*picture, m_paths[index]); });
     slide = {index, std::move(picture)};
@@ -175,7 +177,7 @@ IRawVideoFrame& CSlides::PictureAt(std::uint64_t index, std::uint64_t kept) {
 void CSlides::Fill(CRawVideoFrame& picture, const std::string& path) {
     // The file is closed again before anything is made of its picture.
     const FrameOwner frame = ReadFrame(*OpenSource(m_manager, path, true));
-    FitPicture(*frame, m_fit, m_size.height, picture, Instructions());
+    FitPicture(*frame, m_fit, m_kind.size.height, picture, Instructions());
 }
 
 }  // namespace AVBased

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "avbase/IAVManager.h"
+#include "dvd_effects/menu/menu_picture.h"
 #include "dvd_effects/slides/slide_picture.h"
 #include "dvd_effects/slides/slide_timeline.h"
 #include "dvd_effects/slides/transitions.h"
@@ -80,8 +81,7 @@ class CSlides : public CBasedVideoImageEffect {
     SlideFit m_fit = SlideFit::Pad;
 
     // What the pictures held were made for.
-    unsigned m_format = 0;
-    FrameSize m_size;
+    FrameKind m_kind;
     Slide m_slides[2];
     std::unique_ptr<CRawVideoFrame> m_top;  // the upper picture of a transition
 };

@@ -56,22 +56,22 @@ void ParseBox(const std::string& list, text_t& text) {
     text.boxSize = {item(2), item(3)};
 }
 
-}  // namespace
-
+// What setting a property of one plain value does.
 template <std::int32_t CTitle::*number>
-void CTitle::SetNotBelow0(CTitle& title, std::int32_t value) {
+void SetNotBelow0(CTitle& title, std::int32_t value) {
     title.*number = std::max(value, 0);
 }
-
-template <std::string text_t::*part>
-void CTitle::SetText(CTitle& title, const std::string& value) {
-    title.m_text.*part = value;
+template <text_t CTitle::*text, std::string text_t::*part>
+void SetText(CTitle& title, const std::string& value) {
+    title.*text.*part = value;
 }
 
+}  // namespace
+
 const Property<CTitle> CTitle::properties[14] = {
-    {"text", "", SetText<&text_t::text>},
-    {"face", "Sans", SetText<&text_t::face>},
-    {"fontstyle", "bold shadow", SetText<&text_t::fontstyle>},
+    {"text", "", SetText<&CTitle::m_text, &text_t::text>},
+    {"face", "Sans", SetText<&CTitle::m_text, &text_t::face>},
+    {"fontstyle", "bold shadow", SetText<&CTitle::m_text, &text_t::fontstyle>},
     {"size", "0", SetNotBelow0<&CTitle::m_size>},
     {"color", "#ffffff", [](CTitle& title, const std::string& colour) { ParseColour(colour, title.m_text); }},
     {"box", "", [](CTitle& title, const std::string& list) { ParseBox(list, title.m_text); }},
@@ -105,12 +105,11 @@ bool CTitle::Seek(unsigned position) {
 void CTitle::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     const std::uint64_t position = m_position++;
     if (!Canvas::Takes(*frame)) return;
-    if (frame->GetPixelFormat() != m_format || SizeOf(*frame) != m_frameSize) {
-        m_format = frame->GetPixelFormat();
-        m_frameSize = SizeOf(*frame);
-        m_ready = false;
+    const FrameKind kind{frame->GetPixelFormat(), SizeOf(*frame), Instructions()};
+    if (!m_ready || kind != m_kind) {
+        m_kind = kind;
+        MakeLines();
     }
-    if (!m_ready) MakeLines();
     Canvas canvas(*frame, Instructions());
     // Beyond, nothing changes any more.
     constexpr std::uint64_t latest = std::uint64_t(1) << 46;
@@ -118,7 +117,7 @@ void CTitle::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
         if (m_lines[i].layer) DrawLine(canvas, i, std::int64_t(std::min(position, latest)));
 }
 
-std::int32_t CTitle::FontSize() const { return m_size ? m_size : std::max(std::int32_t(m_frameSize.height / 12), 1); }
+std::int32_t CTitle::FontSize() const { return m_size ? m_size : std::max(std::int32_t(m_kind.size.height / 12), 1); }
 
 FrameOwner CTitle::RenderLine(text_t text, const std::string& line) const {
     text.text = line;
@@ -148,27 +147,23 @@ void CTitle::MakeLines() {
     AtBoundary(lineText, unitName,
                [&] { WrapText(m_importer, text, [&](const text_t& tried) { return Render(tried).block; }); });
     // All are rendered before any is made, since together they decide how large each one gets.
-    const Rendered all = Render(text);
-    const std::vector<FrameOwner>& rendered = all.lines;
-    const std::vector<FrameSize>& sizes = all.sizes;
-    const FrameSize block = all.block;
+    const Rendered rendered = Render(text);
+    const FrameSize block = rendered.block;
     if (!block.width || !block.height) return;
     const FrameSize fitted = FitText(block, box.size);
-    m_lines.resize(rendered.size());
+    m_lines.resize(rendered.lines.size());
     std::int64_t y = box.at.y + Before(m_valign, box.size.y, fitted.height);
     m_middle = {box.at.x + box.size.x / 2.0, double(y) + fitted.height / 2.0};
-    for (std::size_t i = 0; i < rendered.size(); ++i) {
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
         const auto scaled = [](unsigned side, unsigned to, unsigned from) {
             return unsigned(std::max<std::uint64_t>(std::uint64_t(side) * to / from, 1));
         };
-        const FrameSize size{scaled(sizes[i].width, fitted.width, block.width),
-                             scaled(sizes[i].height, fitted.height, block.height)};
+        const FrameSize size{scaled(rendered.sizes[i].width, fitted.width, block.width),
+                             scaled(rendered.sizes[i].height, fitted.height, block.height)};
         Line& line = m_lines[i];
-        if (rendered[i])
-            AtBoundary(lineText, unitName, [&] {
-                LayerMaker(LayerKind{m_format == formatRgba32, m_frameSize.height})
-                    .Make(*rendered[i], size, line.layer, Instructions());
-            });
+        if (rendered.lines[i])
+            AtBoundary(lineText, unitName,
+                       [&] { LayerMaker(m_kind.Layers()).Make(*rendered.lines[i], size, line.layer, m_kind.set); });
         line.middle = {double(box.at.x + Before(m_align, box.size.x, size.width)) + size.width / 2.0,
                        double(y) + size.height / 2.0};
         y += size.height;
@@ -178,8 +173,8 @@ void CTitle::MakeLines() {
 CTitle::Box CTitle::TextBox() const {
     if (m_text.boxSize.x > 0) return {m_text.boxPosition, m_text.boxSize};
     const auto side = [](unsigned whole) { return std::int32_t(whole - whole / 10 * 2); };
-    return {{std::int32_t(m_frameSize.width / 10), std::int32_t(m_frameSize.height / 10)},
-            {side(m_frameSize.width), side(m_frameSize.height)}};
+    return {{std::int32_t(m_kind.size.width / 10), std::int32_t(m_kind.size.height / 10)},
+            {side(m_kind.size.width), side(m_kind.size.height)}};
 }
 
 void CTitle::DrawLine(Canvas& canvas, std::size_t index, std::int64_t position) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "dvd_effects/canvas/compositor.h"
-#include "dvd_effects/menu/menu_records.h"
+#include "dvd_effects/menu/menu_picture.h"
 #include "effects/base/CBasedVideoEffect.h"
 #include "effects/base/property_table.h"
 
@@ -18,22 +18,22 @@ inline constexpr char effectTitleName[] = "title";
 /// next one of the title, whatever it held; Seek sets which one the next is. What is drawn depends on that number and
 /// the properties alone.
 ///
-/// | Property      | Default       |                                                                                  |
-/// |---------------|---------------|----------------------------------------------------------------------------------|
-/// | "text"        | ""            | UTF-8, a line feed between lines                                                 |
-/// | "face"        | "Sans"        | font family                                                                      |
-/// | "fontstyle"   | "bold shadow" | words for the host's renderer                                                    |
-/// | "size"        | "0"           | of the font, in pixels, 1 to 1000; 0: a twelfth of the frame's height            |
-/// | "color"       | "#ffffff"     | #rrggbb                                                                          |
-/// | "box"         | ""            | "x;y;width;height" in pixels; none: the frame without a tenth on each side       |
-/// | "align"       | "center"      | of each line in the box: left, center or right                                   |
-/// | "valign"      | "middle"      | of all lines in the box: top, middle or bottom                                   |
-/// | "inDuration"  | "20"          | frames until it stands; 0: at once                                               |
-/// | "outDuration" | "20"          | frames from when it starts to leave; both are shortened when they exceed duration
-/// | | "inMotion"    | "up"          | where it moves: none, left, right, up, down, or zoom (it grows) | | "outMotion"
-/// | "up"          | the same                                                                         | | "distance" |
-/// "0"           | how far it moves, in pixels; 0: as far as the font is large                      | | "lineDelay"   |
-/// "0"           | frames by which each line comes, and goes, after the one above                   |
+/// | Property      | Default       |                                                                            |
+/// |---------------|---------------|----------------------------------------------------------------------------|
+/// | "text"        | ""            | UTF-8, a line feed between lines                                           |
+/// | "face"        | "Sans"        | font family                                                                |
+/// | "fontstyle"   | "bold shadow" | words for the host's renderer                                              |
+/// | "size"        | "0"           | of the font, in pixels, 1 to 1000; 0: a twelfth of the frame's height      |
+/// | "color"       | "#ffffff"     | #rrggbb                                                                    |
+/// | "box"         | ""            | "x;y;width;height" in pixels; none: the frame without a tenth on each side |
+/// | "align"       | "center"      | of each line in the box: left, center or right                             |
+/// | "valign"      | "middle"      | of all lines in the box: top, middle or bottom                             |
+/// | "inDuration"  | "20"          | frames until it stands; 0: at once                                         |
+/// | "outDuration" | "20"          | frames from when it starts to leave; both are shortened beyond duration    |
+/// | "inMotion"    | "up"          | where it moves: none, left, right, up, down, or zoom (it grows)            |
+/// | "outMotion"   | "up"          | the same                                                                   |
+/// | "distance"    | "0"           | how far it moves, in pixels; 0: as far as the font is large                |
+/// | "lineDelay"   | "0"           | frames by which each line comes, and goes, after the one above             |
 ///
 /// A text larger than its box is made smaller, with its aspect kept; one that would become smaller than three quarters
 /// of its size is broken into more lines (WrapText). A word, colour or box of another form is refused.
@@ -63,12 +63,6 @@ class CTitle : public CBasedVideoImageEffect {
         point_t at, size;
     };
 
-    // What setting a property of one plain value does.
-    template <std::int32_t CTitle::*number>
-    static void SetNotBelow0(CTitle& title, std::int32_t value);
-    template <std::string text_t::*part>
-    static void SetText(CTitle& title, const std::string& value);
-
     std::int32_t FontSize() const;
     Box TextBox() const;
     // The lines of a text as the host renders them, and how large they are: each, and one below the other.
@@ -91,8 +85,7 @@ class CTitle : public CBasedVideoImageEffect {
     Motion m_inMotion, m_outMotion;
 
     // The lines as drawn, and what they were made for.
-    unsigned m_format = 0;
-    FrameSize m_frameSize;
+    FrameKind m_kind;
     std::vector<Line> m_lines;
     Spot m_middle;  // of all of them
     bool m_ready = false;

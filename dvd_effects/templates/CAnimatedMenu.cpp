@@ -87,6 +87,10 @@ FrameSize CAnimatedMenu::PartOfMenu(double across, double down) const {
     return {side(Width() * across), side(Height() * down)};
 }
 
+FrameSize CAnimatedMenu::FractionOfMenu(unsigned part, unsigned of) const {
+    return {std::max(1u, MenuSize().width * part / of), std::max(1u, MenuSize().height * part / of)};
+}
+
 double CAnimatedMenu::Turns(double frames) const { return Phase() * std::max(1.0, WholePart(Loop() / frames + 0.5)); }
 
 std::vector<CAnimatedMenu::ShownPicture> CAnimatedMenu::ShownPictures() const {

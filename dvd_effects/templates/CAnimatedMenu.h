@@ -2,7 +2,7 @@
 
 #include "dvd_effects/canvas/pile.h"
 #include "dvd_effects/menu/CBasedMenu.h"
-#include "dvd_effects/templates/region.h"
+#include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/turns.h"
 
 namespace AVBased {
@@ -41,6 +41,8 @@ class CAnimatedMenu : public CBasedMenu {
     Region FreeRegion() const;
     /// Parts of the menu's width and height, at least a pixel.
     FrameSize PartOfMenu(double across, double down) const;
+    /// `part` of `of` of the menu in whole pixels, at least one.
+    FrameSize FractionOfMenu(unsigned part, unsigned of) const;
     /// How large a picture is shown: as "additionSourceSizes" tells, else `usual` times its size.
     double ScaleOf(const ShownPicture& picture, double usual) const { return HasSizeOf(picture.index) ? 1 : usual; }
     /// The measure of everything that is neither the menu nor a picture: a ninth of the height, of a wide menu.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "dvd_effects/templates/CAnimatedMenu.h"
-#include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/picture_mount.h"
 
 namespace AVBased {

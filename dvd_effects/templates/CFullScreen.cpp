@@ -4,17 +4,10 @@
 
 namespace AVBased {
 
-namespace {
-
-// In turns.
-constexpr double dissolve = 0.35;
-
-}  // namespace
-
 void CFullScreen::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {38, 44, 56}, {10, 11, 15}); }
 
 void CFullScreen::DrawScene(Canvas& canvas) {
-    ShowDissolving(dissolve, [&](const ShownPicture& picture, double part, double opacity) {
+    ShowDissolving(0.35, [&](const ShownPicture& picture, double part, double opacity) {
         ShowMoving(canvas, picture, part, opacity);
     });
     if (!ShownPictures().empty()) DrawShade(canvas);

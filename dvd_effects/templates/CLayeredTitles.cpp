@@ -6,17 +6,9 @@ namespace AVBased {
 
 namespace {
 
-// In turns.
-constexpr double dissolve = 0.5;
 constexpr Colour inks[] = {{16, 78, 102}, {168, 52, 60}, {216, 138, 44}, {52, 62, 120}};
 
 }  // namespace
-
-// Stretched from an eighth of the screen over all of it, a picture becomes soft.
-FrameSize CLayeredTitles::UsualBox() const {
-    const FrameSize menu = MenuSize();
-    return {std::max(1u, menu.width / 8), std::max(1u, menu.height / 8)};
-}
 
 void CLayeredTitles::FinishPicture(Layer& picture, unsigned) const { MixIn(picture, Kind(), {20, 26, 38}, 90); }
 
@@ -37,7 +29,7 @@ std::vector<CLayeredTitles::Title> CLayeredTitles::Titles() const {
 }
 
 void CLayeredTitles::DrawScene(Canvas& canvas) {
-    ShowDissolving(dissolve, [&](const ShownPicture& picture, double part, double opacity) {
+    ShowDissolving(0.5, [&](const ShownPicture& picture, double part, double opacity) {
         const double zoom = 1.03 + 0.08 * part;
         Show(canvas, picture, Placement::Turned({Width() / 2, Height() / 2}, Width() * zoom, Height() * zoom), opacity);
     });

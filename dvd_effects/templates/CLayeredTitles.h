@@ -15,7 +15,8 @@ class CLayeredTitles : public CAnimatedMenu {
     explicit CLayeredTitles(IAVManager* manager) : CAnimatedMenu(effectMenuLayeredTitlesName, manager) {}
 
  protected:
-    FrameSize UsualBox() const override;
+    // Stretched from an eighth of the screen over all of it, a picture becomes soft.
+    FrameSize UsualBox() const override { return FractionOfMenu(1, 8); }
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
     void FinishPicture(Layer& picture, unsigned index) const override;

@@ -19,14 +19,11 @@ FrameSize CMemories::UsualBox() const {
 }
 
 void CMemories::PaintBackground(Canvas& canvas) const {
-    const FrameSize size = MenuSize();
-    const Layer table(size.width, size.height);
-    Paint(table, Kind(), [&](double x, double y) {
+    Paint(canvas, Kind(), [&](double x, double y) {
         const double fromLightX = x / Width() - 0.42, fromLightY = y / Height() - 0.36;
         const double light = 1.25 - 1.5 * (fromLightX * fromLightX + fromLightY * fromLightY);
         return Wood(x / Height(), y / Height()) * std::max(0.25, light);
     });
-    canvas.Lay(table, 0, 0);
 }
 
 CPhotographs::Pose CMemories::Resting(const ShownPicture& picture, const PictureGrid& heap) const {

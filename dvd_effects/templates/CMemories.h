@@ -1,7 +1,6 @@
 #pragma once
 
 #include "dvd_effects/templates/CPhotographs.h"
-#include "dvd_effects/templates/picture_grid.h"
 
 namespace AVBased {
 

@@ -1,6 +1,7 @@
 #include "dvd_effects/templates/CMemories2.h"
 
-#include "dvd_effects/templates/picture_grid.h"
+#include <map>
+
 #include "dvd_effects/templates/scenery.h"
 
 namespace AVBased {
@@ -34,9 +35,7 @@ FrameSize CMemories2::UsualBox() const {
 }
 
 void CMemories2::PaintBackground(Canvas& canvas) const {
-    const FrameSize size = MenuSize();
-    const Layer table(size.width, size.height);
-    Paint(table, Kind(), [&](double x, double y) {
+    Paint(canvas, Kind(), [&](double x, double y) {
         const double across = (2 * x / Width() - 1) / 0.95, down = (2 * y / Height() - 1) / 0.93;
         const Tint album = Album(across, down, 2 / Width());
         const Tint wood = Wood(x / Height(), y / Height()) * 0.9;
@@ -45,7 +44,6 @@ void CMemories2::PaintBackground(Canvas& canvas) const {
         tint.alpha = 255;
         return tint;
     });
-    canvas.Lay(table, 0, 0);
 }
 
 void CMemories2::DrawScene(Canvas& canvas) {
@@ -53,13 +51,9 @@ void CMemories2::DrawScene(Canvas& canvas) {
     const auto count = unsigned(pictures.size());
     const Region stage = FreeRegion();
     const PictureGrid grid = PictureGrid::Filling(stage, count);
-    struct Shown {
-        double forward;
-        unsigned index;
-    };
-    std::vector<Shown> order;
-    for (unsigned i = 0; i < count; ++i) order.push_back({ForwardInTurn(Phase(), i, count, away, ramp), i});
-    std::stable_sort(order.begin(), order.end(), [](const Shown& a, const Shown& b) { return a.forward < b.forward; });
+    // By how far they have come forward.
+    std::multimap<double, unsigned> order;
+    for (unsigned i = 0; i < count; ++i) order.emplace(ForwardInTurn(Phase(), i, count, away, ramp), i);
     Pile pile;
     for (const auto& [forward, i] : order) {
         const Layer& picture = pictures[i].layer;

@@ -1,7 +1,6 @@
 #include "dvd_effects/templates/COldAge.h"
 
 #include "dvd_effects/canvas/painting.h"
-#include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/scenery.h"
 #include "effects/base/row_loops.h"
 
@@ -48,9 +47,9 @@ FrameSize COldAge::UsualBox() const {
 void COldAge::FinishPicture(Layer& layer, unsigned) const {
     const unsigned side = std::min(layer.Width(), layer.Height()), mat = side / 16 + 1, wood = side / 28 + 1;
     CutEllipse(layer, 0.1);
-    layer = Framed(layer, Kind(), mat, mat, mat, {236, 226, 204});
+    layer = Framed(layer, Kind(), mat, {236, 226, 204});
     CutEllipse(layer, 0);
-    layer = Framed(layer, Kind(), wood, wood, wood, {58, 40, 26});
+    layer = Framed(layer, Kind(), wood, {58, 40, 26});
     CutEllipse(layer, 0);
 }
 
@@ -76,9 +75,7 @@ void COldAge::MakeScenery() {
 
 void COldAge::PaintBackground(Canvas& canvas) const {
     constexpr Tint dark{104, 86, 60}, light{176, 152, 114};
-    const FrameSize size = MenuSize();
-    const Layer wall(size.width, size.height);
-    Paint(wall, Kind(), [&](double x, double y) {
+    Paint(canvas, Kind(), [&](double x, double y) {
         const double across = x / Height() * 9, down = y / Height() * 9;
         // Wallpaper: stripes, and a lozenge of leaves in every second one; stains over it.
         const double inStripe = Wrapped(across), stripe = Between(inStripe, 0.03, 0.97, 0.04);
@@ -93,7 +90,6 @@ void COldAge::PaintBackground(Canvas& canvas) const {
         const double tone = 0.25 + 0.4 * stains + (leafy ? 0.08 : 0.2) * stripe + 0.16 * leaf;
         return Mixed(dark, light, tone) * (0.95 + 0.08 * Noise(3, x, y));
     });
-    canvas.Lay(wall, 0, 0);
 }
 
 void COldAge::DrawPortraits(Canvas& canvas, unsigned step) const {

@@ -78,7 +78,7 @@ void CPerformance::Warp::Lay(Canvas& canvas, const Layer& picture, double opacit
 }
 
 // Transparent pictures have a dark screen behind them.
-void CPerformance::FinishPicture(Layer& layer, unsigned) const { layer = Framed(layer, Kind(), 0, 0, 0, {22, 18, 38}); }
+void CPerformance::FinishPicture(Layer& layer, unsigned) const { layer = Framed(layer, Kind(), 0, {22, 18, 38}); }
 
 void CPerformance::MakeScenery() {
     const FrameSize size = UsualBox();
@@ -109,8 +109,6 @@ void CPerformance::MakeScenery() {
 
 void CPerformance::PaintBackground(Canvas& canvas) const {
     constexpr Tint night{10, 8, 26}, violet{96, 42, 168}, rose{224, 92, 190};
-    const FrameSize size = MenuSize();
-    const Layer stage(size.width, size.height);
     const auto curtain = [&](double across, double down) {
         const double fold = 0.5 + 0.5 * Wave(across * 15 + 0.35 * Wave(across * 4 + 0.1 * down));
         const double off = across < 0.5 ? 0.5 - across : across - 0.5;
@@ -118,13 +116,12 @@ void CPerformance::PaintBackground(Canvas& canvas) const {
         const Tint lit = Mixed(violet, rose, Eased(down * 1.2 - 0.3) * (1 - off));
         return Mixed(night, lit, std::clamp(light, 0.0, 1.0));
     };
-    Paint(stage, Kind(), [&](double x, double y) {
+    Paint(canvas, Kind(), [&](double x, double y) {
         const double across = x / Width(), down = y / Height();
         if (down < horizon) return curtain(across, down / horizon);
         const double depth = (down - horizon) / (1 - horizon);
         return Mixed(night * 0.6, curtain(across, 1 - 0.6 * depth), 0.75 * Eased(1 - 0.8 * depth));
     });
-    canvas.Lay(stage, 0, 0);
 }
 
 void CPerformance::DrawBeams(Canvas& canvas) const {
@@ -156,17 +153,11 @@ void CPerformance::ShowPictures(Canvas& canvas, const std::vector<ShownPicture>&
 
 void CPerformance::DrawFrame(Canvas& canvas, const Panel& panel) const {
     const double out = std::max(1.0, 0.007 * Width()), in = std::max(0.5, 0.0012 * Width());
-    const auto corner = [&](double x, double y, double across, double down) { return Spot{x + across, y + down}; };
-    const Spot outer[] = {corner(panel.left, panel.leftTop, -out, -out), corner(panel.right, panel.rightTop, out, -out),
-                          corner(panel.right, panel.rightBottom, out, out),
-                          corner(panel.left, panel.leftBottom, -out, out)};
-    const Spot inner[] = {corner(panel.left, panel.leftTop, in, in), corner(panel.right, panel.rightTop, -in, in),
-                          corner(panel.right, panel.rightBottom, -in, -in),
-                          corner(panel.left, panel.leftBottom, in, -in)};
-    for (unsigned i = 0; i < 4; ++i) {
-        const unsigned next = (i + 1) % 4;
-        canvas.LayTransformed(m_metal, {outer[i], outer[next], inner[next], inner[i]});
-    }
+    const Placement outer = panel.Grown(out), inner = panel.Grown(-in);
+    canvas.LayTransformed(m_metal, {outer.topLeft, outer.topRight, inner.topRight, inner.topLeft});
+    canvas.LayTransformed(m_metal, {outer.topRight, outer.bottomRight, inner.bottomRight, inner.topRight});
+    canvas.LayTransformed(m_metal, {outer.bottomRight, outer.bottomLeft, inner.bottomLeft, inner.bottomRight});
+    canvas.LayTransformed(m_metal, {outer.bottomLeft, outer.topLeft, inner.topLeft, inner.bottomLeft});
 }
 
 void CPerformance::DrawScene(Canvas& canvas) {
@@ -175,10 +166,7 @@ void CPerformance::DrawScene(Canvas& canvas) {
     for (unsigned i = 0; i < m_screens.size(); ++i) {
         const Panel& panel = m_screens[i].panel;
         if (pictures.empty())
-            canvas.LayTransformed(m_metal, {{panel.left, panel.leftTop},
-                                            {panel.right, panel.rightTop},
-                                            {panel.right, panel.rightBottom},
-                                            {panel.left, panel.leftBottom}});
+            canvas.LayTransformed(m_metal, panel.Grown(0));
         else
             ShowPictures(canvas, pictures, i);
         DrawFrame(canvas, panel);

@@ -26,6 +26,14 @@ class CPerformance : public CAnimatedMenu {
     // A panel whose sides stand upright, in pixels of the menu.
     struct Panel {
         double left = 0, right = 0, leftTop = 0, rightTop = 0, leftBottom = 0, rightBottom = 0;
+
+        // With its corners moved outwards, both ways by so many pixels.
+        Placement Grown(double by) const {
+            return {{left - by, leftTop - by},
+                    {right + by, rightTop - by},
+                    {right + by, rightBottom + by},
+                    {left - by, leftBottom + by}};
+        }
     };
     // The map of a picture into a panel.
     struct Warp {

@@ -1,7 +1,6 @@
 #include "dvd_effects/templates/CPets.h"
 
 #include "dvd_effects/canvas/painting.h"
-#include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/scenery.h"
 
 namespace AVBased {
@@ -69,7 +68,7 @@ FrameSize CPets::UsualBox() const {
 void CPets::FinishPicture(Layer& layer, unsigned index) const {
     const unsigned side = std::min(layer.Width(), layer.Height()), border = side / 13 + 1;
     const double radius = 0.2 * side;
-    layer = Framed(layer, Kind(), border, border, border, frameColours[index % std::size(frameColours)]);
+    layer = Framed(layer, Kind(), border, frameColours[index % std::size(frameColours)]);
     RoundCorners(layer, radius);
 }
 
@@ -90,9 +89,7 @@ void CPets::PaintBackground(Canvas& canvas) const {
     } hills[] = {{0.42, 0.06, 0.55, 0.1, {196, 226, 142}, {168, 212, 118}},
                  {0.62, 0.05, 0.7, 0.55, {162, 210, 104}, {128, 186, 82}},
                  {0.83, 0.03, 0.9, 0.2, {124, 188, 78}, {88, 154, 60}}};
-    const FrameSize size = MenuSize();
-    const Layer meadow(size.width, size.height);
-    Paint(meadow, Kind(), [&](double x, double y) {
+    Paint(canvas, Kind(), [&](double x, double y) {
         const double across = x / Width(), down = y / Height(), wide = x / Height();
         const double cloud =
             Eased((0.65 * Noise(1, wide * 2, down * 5) + 0.35 * Noise(2, wide * 7, down * 14) - 0.55) / 0.2);
@@ -105,7 +102,6 @@ void CPets::PaintBackground(Canvas& canvas) const {
         }
         return tint;
     });
-    canvas.Lay(meadow, 0, 0);
 }
 
 void CPets::DrawPaws(Canvas& canvas) const {

@@ -18,7 +18,7 @@ void CPhotographs::MakeScenery() { m_shadow = SoftShadow(Kind(), 0); }
 
 void CPhotographs::FinishPicture(Layer& layer, unsigned) const {
     const unsigned border = std::max(1u, std::min(layer.Width(), layer.Height()) / 18);
-    layer = Framed(layer, Kind(), border, border, border, {250, 247, 240});
+    layer = Framed(layer, Kind(), border, {250, 247, 240});
 }
 
 void CPhotographs::ShowPhotograph(Pile& pile, const ShownPicture& picture, const Pose& pose) const {

@@ -1,24 +1,13 @@
 #include "dvd_effects/templates/CPush.h"
 
-#include "dvd_effects/canvas/painting.h"
-
 namespace AVBased {
-
-namespace {
-
-// In turns.
-constexpr double rest = 0.45;
-
-// Where pictures go.
-constexpr Spot ways[] = {{-1, 0}, {0, -1}, {1, 0}, {0, 1}};
-
-}  // namespace
 
 void CPush::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {236, 238, 240}, {176, 184, 194}); }
 
 void CPush::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     if (!pictures.empty()) {
+        constexpr double rest = 0.45;  // of a turn
         const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
         DrawPush(canvas, pictures[turn.index], pictures[turn.Next()], (turn.part - rest) / (1 - rest));
     }
@@ -26,6 +15,8 @@ void CPush::DrawScene(Canvas& canvas) {
 }
 
 void CPush::DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPicture& coming, double push) const {
+    // Where pictures go.
+    constexpr Spot ways[] = {{-1, 0}, {0, -1}, {1, 0}, {0, 1}};
     constexpr double shrinking = 0.3, back = 0.12, gap = 0.03;
     const double small = Between(push, 0, 1, shrinking), scale = 1 - back * small;
     const double width = Width() * scale, height = Height() * scale, between = Height() * gap * small;

@@ -25,11 +25,6 @@ double Crossing(double begun, int crossings, bool toTheLeft, double screen, doub
 
 }  // namespace
 
-FrameSize CRectangles::UsualBox() const {
-    const FrameSize menu = MenuSize();
-    return {std::max(1u, menu.width * 2 / 5), std::max(1u, menu.height * 2 / 5)};
-}
-
 void CRectangles::FinishPicture(Layer& picture, unsigned index) const {
     // Air lies between the viewer and what is far.
     MixIn(picture, Kind(), farColour, unsigned(150 * (1 - NearnessOf(index))));

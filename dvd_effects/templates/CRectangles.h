@@ -16,7 +16,7 @@ class CRectangles : public CAnimatedMenu {
  protected:
     PictureFit Fit() const override { return PictureFit::Cover; }
     void FinishPicture(Layer& picture, unsigned index) const override;
-    FrameSize UsualBox() const override;
+    FrameSize UsualBox() const override { return FractionOfMenu(2, 5); }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 

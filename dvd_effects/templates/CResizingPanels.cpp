@@ -22,11 +22,6 @@ Span PartOf(double length, double before, double own, double all, int line) {
 
 }  // namespace
 
-FrameSize CResizingPanels::UsualBox() const {
-    const FrameSize menu = MenuSize();
-    return {std::max(1u, menu.width * 7 / 10), std::max(1u, menu.height * 7 / 10)};
-}
-
 void CResizingPanels::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {20, 22, 28}, {8, 9, 12}); }
 
 void CResizingPanels::DrawScene(Canvas& canvas) {

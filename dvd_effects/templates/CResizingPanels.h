@@ -14,7 +14,7 @@ class CResizingPanels : public CAnimatedMenu {
     explicit CResizingPanels(IAVManager* manager) : CAnimatedMenu(effectMenuResizingPanelsName, manager) {}
 
  protected:
-    FrameSize UsualBox() const override;
+    FrameSize UsualBox() const override { return FractionOfMenu(7, 10); }
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
     void PaintBackground(Canvas& canvas) const override;

@@ -13,9 +13,7 @@ constexpr double lastStart = 0.66, slideTime = 0.11, firstSweep = 0.86, lastSwee
 
 void CStacking::PaintBackground(Canvas& canvas) const {
     constexpr Tint lit{104, 128, 138}, dark{17, 25, 35};
-    const FrameSize size = MenuSize();
-    const Layer cloth(size.width, size.height);
-    Paint(cloth, Kind(), [&](double x, double y) {
+    Paint(canvas, Kind(), [&](double x, double y) {
         const double fromMiddleX = x / Width() - 0.5, fromMiddleY = y / Height() - 0.46;
         const double light = Eased(1 - 1.9 * (fromMiddleX * fromMiddleX + fromMiddleY * fromMiddleY));
         // Threads across and down.
@@ -23,7 +21,6 @@ void CStacking::PaintBackground(Canvas& canvas) const {
         const double weave = Noise(1, x * scale, y * scale * 0.15) + Noise(2, x * scale * 0.15, y * scale);
         return Mixed(dark, lit, light) * (0.88 + 0.12 * weave);
     });
-    canvas.Lay(cloth, 0, 0);
 }
 
 CPhotographs::Pose CStacking::At(double phase, const ShownPicture& picture, unsigned count, const Region& stage) const {

@@ -1,6 +1,7 @@
 #include "dvd_effects/templates/CTravel.h"
 
 #include <cmath>
+#include <map>
 
 #include "dvd_effects/canvas/painting.h"
 #include "dvd_effects/templates/scenery.h"
@@ -72,19 +73,16 @@ void CTravel::MakeScenery() {
     const unsigned dot = PartOfMenu(0, 0.022).height, rim = std::max(1u, dot / 5);
     Layer red = PlainLayer(Kind(), {dot, dot}, routeColour);
     CutEllipse(red, 0);
-    m_stop = Framed(red, Kind(), rim, rim, rim, {255, 250, 240});
+    m_stop = Framed(red, Kind(), rim, {255, 250, 240});
     CutEllipse(m_stop, 0);
 }
 
 void CTravel::PaintBackground(Canvas& canvas) const {
-    const FrameSize size = MenuSize();
-    const Layer map(size.width, size.height);
-    Paint(map, Kind(), [&](double x, double y) {
+    Paint(canvas, Kind(), [&](double x, double y) {
         const double fromMiddleX = x / Width() - 0.5, fromMiddleY = y / Height() - 0.5;
         const double squared = fromMiddleX * fromMiddleX + fromMiddleY * fromMiddleY;
         return Map(x / Height(), y / Height()) * (1.04 - 0.9 * squared * squared * 2);
     });
-    canvas.Lay(map, 0, 0);
 }
 
 void CTravel::DrawScene(Canvas& canvas) {
@@ -104,23 +102,19 @@ void CTravel::DrawScene(Canvas& canvas) {
     // One stop in each turn, and a rest there.
     const Turn turn = TurnAt(Phase(), count);
     const double gone = turn.index + Passed(turn.part, 0.3, 1);
-    struct Stop {
-        double part, nearness;
-        unsigned index;
-    };
-    std::vector<Stop> stops;
+    const auto stop = [&](unsigned i) { return Wrapped((gone + i) / count); };
+    std::multimap<double, unsigned> byNearness;
     for (unsigned i = 0; i < count; ++i) {
-        const double part = Wrapped((gone + i) / count), away = std::min(part, 1 - part);
-        stops.push_back({part, Eased(1 - away / 0.2) + (0.5 - away) * 0.2, i});
+        const double away = std::min(stop(i), 1 - stop(i));
+        byNearness.emplace(Eased(1 - away / 0.2) + (0.5 - away) * 0.2, i);
     }
-    std::stable_sort(stops.begin(), stops.end(), [](const Stop& a, const Stop& b) { return a.nearness < b.nearness; });
     Pile pile;
-    for (const auto& [part, nearness, i] : stops) {
+    for (const auto& [nearness, i] : byNearness) {
         const Layer& picture = pictures[i].layer;
         const double near = std::min(1.0, nearness);
         const double fit = std::min(front / picture.Height(), 1.75 * front / picture.Width());
         const double scale = ScaleOf(pictures[i], fit) * Mixed(far / front, 1, near);
-        const Spot at = route.At(part);
+        const Spot at = route.At(stop(i));
         const double shown = picture.Height() * scale, dot = m_stop.Height() * (0.8 + 0.5 * near);
         const double sway = 2.5 * Wave(Phase() * 2 + Scattered(1, i));
         ShowPhotograph(pile, pictures[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});

@@ -4,18 +4,6 @@
 
 namespace AVBased {
 
-namespace {
-
-// In turns.
-constexpr double dissolve = 0.3;
-
-}  // namespace
-
-FrameSize CVignette::UsualBox() const {
-    const FrameSize menu = MenuSize();
-    return {std::max(1u, menu.width * 4 / 5), std::max(1u, menu.height * 4 / 5)};
-}
-
 void CVignette::FinishPicture(Layer& picture, unsigned) const { CutEllipse(picture, 0.5); }
 
 void CVignette::PaintBackground(Canvas& canvas) const {
@@ -28,6 +16,7 @@ void CVignette::PaintBackground(Canvas& canvas) const {
 }
 
 void CVignette::DrawScene(Canvas& canvas) {
+    constexpr double dissolve = 0.3;  // of a turn
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const Turn turn = TurnAt(Phase(), count);

@@ -14,7 +14,7 @@ class CVignette : public CAnimatedMenu {
     explicit CVignette(IAVManager* manager) : CAnimatedMenu(effectMenuVignetteName, manager) {}
 
  protected:
-    FrameSize UsualBox() const override;
+    FrameSize UsualBox() const override { return FractionOfMenu(4, 5); }
     PictureFit Fit() const override { return PictureFit::Cover; }
     void FinishPicture(Layer& picture, unsigned index) const override;
     void PaintBackground(Canvas& canvas) const override;

@@ -29,15 +29,10 @@ class PictureMounts {
 
  private:
     static constexpr std::size_t mostKept = 16;
-    struct Key {
-        bool packed;
-        unsigned rows;
-        FrameSize size;
-        bool operator==(const Key&) const = default;
-    };
     // The picture keeps the coverage of `shape`, in the middle of `frame`.
     struct Mount {
-        Key key;
+        LayerKind kind;
+        FrameSize size;
         Layer frame, shape;
     };
 

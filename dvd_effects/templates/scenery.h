@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "dvd_effects/canvas/animation.h"
-#include "dvd_effects/canvas/layer.h"
+#include "dvd_effects/canvas/compositor.h"
 
 /// What templates paint their backgrounds with. Plain arithmetic throughout, so that every machine paints the same.
 namespace AVBased {
@@ -31,6 +31,14 @@ void Paint(const Layer& layer, LayerKind kind, At at) {
             const Colour colour{byte(tint.red), byte(tint.green), byte(tint.blue), byte(tint.alpha)};
             StoreWord(view.Row(y) + x, PixelOf(kind, colour));
         }
+}
+
+/// The same over all of a canvas.
+template <class At>
+void Paint(Canvas& canvas, LayerKind kind, At at) {
+    const Layer painted(canvas.Width(), canvas.Height());
+    Paint(painted, kind, at);
+    canvas.Lay(painted, 0, 0);
 }
 
 /// A number from 0 to 1 that wanders gently from place to place, about once in each unit.
