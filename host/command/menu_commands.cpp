@@ -18,7 +18,12 @@ void AddMenu(CommandLine& line) {
     menu->add_option("TEMPLATE", options.templateName, "the menu's template; nifikral list shows all")->required();
     menu->add_option("PROJECT", options.project, "the project file; nifikral init makes an example")->required();
     AddFilmOutput(*menu, options.film);
+    menu->add_option("--page", options.page, "make this page only (default: all; name the films menu_%d.mp4)")
+        ->check(CLI::Range(1, 100000));
+    CLI::Option* const loopOnly =
+        menu->add_flag("--loop-only", options.loopOnly, "only the part from \"loopStart\" on, which players repeat");
     AddFilmOptions(*menu, line, options.film);
+    loopOnly->excludes("--frames");
     menu->footer("Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeProjectKeys());
     line.work[menu] = [given](const EffectModule& module) { RenderMenu(*given, module); };
 }

@@ -6,8 +6,8 @@
 
 #include "host/base/errors.h"
 #include "host/films/example_pictures.h"
-#include "host/media/ffmpeg_handles.h"
 #include "host/films/menu.h"
+#include "host/media/ffmpeg_handles.h"
 #include "host/media/part_file.h"
 
 namespace Nifikral {
@@ -20,9 +20,12 @@ constexpr char projectFile[] = "menu.json";
 // Behind the template's name. Comments are allowed in a project. This one places everything by itself.
 constexpr char placedProject[] = R"(",
   "frameRate": 25,
-  "duration": 8,
+  "duration": 12,
   "width": 1280,
   "height": 720,
+
+  // The pictures come in within four seconds; players repeat what follows.
+  "loopStart": 4,
 
   "sourcePath": "background.png",
 
@@ -33,7 +36,7 @@ constexpr char placedProject[] = R"(",
   "startPositions": [[760, 380], [-1196, 440], [-750, 440], [-304, 440], [142, 440]],
   "endPositions": [[1400, -200], [68, 440], [364, 440], [660, 440], [956, 440]],
   "moveFormulas": [[0, -1], [0, 0], [0, 0], [0, 0], [0, 0]],
-  "moveSpeeds": [2, 16, 16, 16, 16],
+  "moveSpeeds": [1, 16, 16, 16, 16],
   "startTrans": [255, 0, 0, 0, 0],
   "endTrans": [255, 255, 255, 255, 255],
   "fadeSpeeds": [0, 4, 4, 4, 4],

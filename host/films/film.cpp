@@ -18,6 +18,7 @@ extern "C" {
 #include "host/base/interruption.h"
 #include "host/base/log.h"
 #include "host/base/number_text.h"
+#include "host/films/loop_seam.h"
 #include "host/media/frame_adapter.h"
 #include "host/media/sound_track.h"
 #include "host/run/run.h"
@@ -55,7 +56,12 @@ class FilmMaker final : public PictureMaker {
  public:
     FilmMaker(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name,
               const FramesOfRun& frames)
-        : m_generator(generator), m_film(film), m_options(options), m_name(name), m_frames(frames) {}
+        : m_generator(generator),
+          m_film(film),
+          m_options(options),
+          m_name(name),
+          m_frames(frames),
+          m_seam(film.loopStart, film.frames, film.frameRate) {}
 
     FrameRange Existing(const FrameRange& range, bool) override { return range; }
 
@@ -79,6 +85,9 @@ class FilmMaker final : public PictureMaker {
         text << m_name << ": frames " << m_frames.made.first << " to " << m_frames.made.last << " of " << m_film.frames
              << ", " << av_q2d(m_film.frameRate) << " a second, made as " << av_get_pix_fmt_name(FfmpegFormat(m_format))
              << " (code " << m_format << ")";
+        if (m_film.loopStart > 0)
+            text << ", repeats from frame " << m_film.loopStart << " ("
+                 << double(m_film.loopStart) / av_q2d(m_film.frameRate) << " s)";
         return text.str();
     }
 
@@ -131,6 +140,7 @@ class FilmMaker final : public PictureMaker {
         if (const std::optional<std::string> error = TakeModuleError())
             throw HostError(ExitCode::Failed, std::string(m_generator.GetName()) + " fails at frame " +
                                                   std::to_string(m_number) + ": " + *error);
+        m_seam.Close(*frame, m_format, m_number);
         ++m_number;
         return frame;
     }
@@ -140,6 +150,7 @@ class FilmMaker final : public PictureMaker {
     const FilmOptions& m_options;
     const std::string& m_name;
     FramesOfRun m_frames;
+    LoopSeam m_seam;
     std::unique_ptr<SoundTrack> m_sound;
     unsigned m_format = 0;
     bool m_overBlack = false;  // what is transparent has to show in an output without alpha

@@ -30,6 +30,9 @@ struct Film {
     long long frames = 0;
     const FilmProfile* profile = nullptr;  ///< videos are stored in its size
     bool seeks = false;                    ///< the generator jumps to any frame; others have to make those before it
+    /// The first frame of the part that a player repeats; those before it lead there. The end is dissolved into them,
+    /// so that it goes on at this frame as they do. 0: the film repeats as a whole, as the generator makes it.
+    long long loopStart = 0;
 
     /// The number of frames that last as long, at least one.
     long long FramesIn(double seconds) const;

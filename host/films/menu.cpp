@@ -1,9 +1,16 @@
 #include "host/films/menu.h"
 
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+#include <numeric>
+#include <sstream>
+
 #include "host/base/errors.h"
 #include "host/base/nearest_names.h"
 #include "host/catalogue/catalogue.h"
-#include "host/films/menu_project.h"
+#include "host/films/menu_pages.h"
 
 namespace Nifikral {
 namespace {
@@ -16,6 +23,54 @@ void RefuseInputsAsOutput(const MenuOptions& options, const MenuProject& project
         run.RefuseAsOutput(source.path);
         run.RefuseAsOutput(source.mask);
     }
+}
+
+// Whether the output's name has a place for the number of a page.
+bool HasPagePattern(const OutputOptions& output) {
+    return !IsPictureOutput(output) && output.path != "-" && av_filename_number_test(output.path.c_str());
+}
+
+std::vector<int> PagesToMake(const MenuOptions& options, int pages) {
+    const RunOptions& run = options.film.run;
+    std::ostringstream line;
+    if (options.page > pages) {
+        line << "--page " << options.page << " lies past the end: the menu has " << pages << " page"
+             << &"s"[pages == 1];
+        throw HostError(ExitCode::Usage, line.str());
+    }
+    const bool pattern = HasPagePattern(run.output);
+    if (pattern && (run.reportFrames || run.joinTo || !run.chunk.empty()))
+        throw HostError(ExitCode::Usage, "films in chunks are made page by page; name one output with --page N");
+    if (options.page > 0) return {options.page};
+    if (pages > 1 && !pattern) {
+        line << options.project << " has " << pages << " pages; make all of them with -o menu_%d.mp4, or one with"
+             << " --page N (\"perPage\" in the project sets how many pictures a page shows)";
+        throw HostError(ExitCode::Usage, line.str());
+    }
+    std::vector<int> all(static_cast<std::size_t>(pages));
+    std::iota(all.begin(), all.end(), 1);
+    return all;
+}
+
+std::string PageOutput(const MenuOptions& options, int page) {
+    const OutputOptions& output = options.film.run.output;
+    return HasPagePattern(output) ? NumberedPath(output.path, page) : output.path;
+}
+
+std::string LoopOf(const Film& film) {
+    if (film.loopStart == 0)
+        throw HostError(ExitCode::Usage,
+                        "--loop-only needs \"loopStart\" in the project; without it the whole film repeats");
+    return std::to_string(film.loopStart) + "-" + std::to_string(film.frames - 1);
+}
+
+void RenderPage(const MenuOptions& options, const MenuProject& page, const EffectModule& module, Faults& faults) {
+    const EffectPtr generator = module.Create(options.templateName);
+    SetProperties(*generator, MenuProperties(page), [&](const std::string& name, const std::string& reason) {
+        faults.Add(name, options.templateName + " refuses it: " + reason);
+    });
+    faults.ThrowIfAny();
+    RenderFilm(*generator, page.film, options.film, options.project);
 }
 
 }  // namespace
@@ -38,17 +93,20 @@ void RenderMenu(const MenuOptions& options, const EffectModule& module) {
     MenuProject project = ReadMenuProject(options.project, options.templateName, profile, faults);
     if (const std::string side = OddSide(project.film, options.film.run.output); !side.empty())
         faults.Add(side, "is odd, and videos need even sides; give one more or make pictures");
-    faults.ThrowIfAny();
-    RefuseInputsAsOutput(options, project);
     if (const std::optional<double> seconds = options.film.Seconds())
         project.film.frames = project.film.FramesIn(*seconds);
-
-    const EffectPtr generator = module.Create(options.templateName);
-    SetProperties(*generator, MenuProperties(project), [&](const std::string& name, const std::string& reason) {
-        faults.Add(name, options.templateName + " refuses it: " + reason);
-    });
+    if (project.film.loopStart >= project.film.frames)
+        faults.Add("loopStart", "lies past the end of the film; give less, or 0 to repeat the whole of it");
     faults.ThrowIfAny();
-    RenderFilm(*generator, project.film, options.film, options.project);
+    RefuseInputsAsOutput(options, project);
+    const std::vector<MenuProject> pages = PagesOf(project);
+    MenuOptions page = options;
+    if (options.loopOnly) page.film.run.frames = LoopOf(project.film);
+    for (const int number : PagesToMake(options, int(pages.size()))) {
+        page.film.run.output.path = PageOutput(options, number);
+        RefuseInputsAsOutput(page, project);
+        RenderPage(page, pages[std::size_t(number - 1)], module, faults);
+    }
 }
 
 }  // namespace Nifikral

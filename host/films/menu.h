@@ -10,9 +10,12 @@ namespace Nifikral {
 struct MenuOptions {
     std::string templateName, project;
     FilmOptions film;
+    int page = 0;           ///< the one to make; 0: all
+    bool loopOnly = false;  ///< only the part that repeats
 };
 
-/// Makes a menu of a project file, after a check of all that the project says and names.
+/// Makes a menu of a project file, after a check of all that the project says and names; where it has several pages, a
+/// film of each, under the output's name with the page's number.
 void RenderMenu(const MenuOptions& options, const EffectModule& module);
 
 /// Throws a usage error for a name that is no menu template of the module.

@@ -12,6 +12,7 @@
 #include "host/base/nearest_names.h"
 #include "host/films/manager_sources.h"
 #include "host/films/media_manager.h"
+#include "host/films/menu_pages.h"
 #include "host/films/text_renderer.h"
 
 namespace Nifikral {
@@ -28,9 +29,12 @@ constexpr ProjectKey projectKeys[] = {
     {"height", "the same"},
     {"frameRate", "frames a second: 25, 29.97, \"30000/1001\"; the profile's or 25 unless given"},
     {"duration", "seconds; 10 unless given"},
+    {"loopStart", "seconds that lead to the part that players repeat; 0, the whole film, unless given"},
     {"sourcePath", "the picture or video behind everything"},
     {"backgroundMask", "a picture that is white where that shows"},
     {"additionSourcePaths", "[file, ...]: pictures and videos; every list below has one entry for each of them"},
+    {"perPage",
+     "how many of them a page shows; the template's own number, or all where they have places, unless given"},
     {"isAdditionSourceImages", "[true or false, ...]: false for a video; follows from the file unless given"},
     {"additionSourceSizes", "[[width, height], ...] to fit into; the template's or the picture's own unless given"},
     {"maskPaths", "[file, ...]: a picture that is white where the entry shows, \"\" for none"},
@@ -216,6 +220,8 @@ Film ReadFilm(const ProjectItem& root, const FilmProfile* asked) {
         if (profile && profile->dvd && av_cmp_q(film.frameRate, profile->frameRate) != 0)
             rate.Fault("is not the rate of the profile " + std::string(profile->name) + "; leave it out");
     }
+    if (root["loopStart"])
+        film.loopStart = std::llround(root["loopStart"].Real(0, longestSeconds) * av_q2d(film.frameRate));
     film.frames = film.FramesIn(root["duration"] ? root["duration"].Real(0.001, longestSeconds) : usualSeconds);
     if (profile && !root["width"] && !root["height"]) {
         film.width = profile->SquareWidth();
@@ -279,6 +285,10 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
     project.sources = ReadSources(root, path);
     for (const char* const key : {"startPositions", "endPositions", "moveSpeeds", "moveFormulas"})
         project.placesSources |= bool(root[key]);
+    if (root["perPage"])
+        project.perPage = root["perPage"].Integer({1, 4096});
+    else if (!project.placesSources)
+        project.perPage = UsualPerPage(templateName);
     CheckNumber(root["textNumber"], project.texts.size(), "textInfos");
     CheckNumber(root["additionSourceNumber"], project.sources.size(), "additionSourcePaths");
     ForEachSource(root["isAdditionSourceImages"], project.sources, "true or false", [](auto&, const auto&) {});

@@ -39,6 +39,7 @@ struct MenuProject {
     std::vector<MenuText> texts;
     std::vector<MenuSource> sources;
     bool placesSources = false;  ///< else the template does
+    int perPage = 0;             ///< pictures and videos; 0: all on one
 };
 
 /// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.

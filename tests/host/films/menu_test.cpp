@@ -85,6 +85,67 @@ TEST_F(Menu, ADryRunTellsFaultsAndMakesNothing) {
     EXPECT_EQ(Nifikral("menu menu_common nosuch.json -o out.mp4").exitCode, 3);
 }
 
+TEST_F(Menu, TheEndOfALoopLeadsToItsBeginning) {
+    WriteProject();
+    const std::string menu = "menu menu_common menu.json --encoder ffv1 -o ";
+    ASSERT_EQ(Nifikral(menu + "plain.mkv").exitCode, 0);
+    std::string project = ReadFile(folder / "menu.json");
+    std::ofstream(folder / "menu.json") << project.replace(0, 1, "{\"loopStart\": 0.4, ");
+    ASSERT_EQ(Nifikral(menu + "whole.mkv").exitCode, 0);
+    const std::string plain = RawPictures("plain.mkv", "yuv420p"), whole = RawPictures("whole.mkv", "yuv420p");
+    constexpr std::size_t size = 160 * 90 * 3 / 2;
+    ASSERT_EQ(whole.size(), 25 * size);
+    // Seven frames, half of the loop, dissolve into those before it.
+    EXPECT_EQ(whole.substr(0, 18 * size), plain.substr(0, 18 * size));
+    EXPECT_EQ(whole.substr(24 * size), whole.substr(9 * size, size)) << "the seam jumps";
+    for (std::size_t i = 20 * size; i < 21 * size; ++i) {
+        const int end = std::uint8_t(plain[i]), begin = std::uint8_t(plain[i - 15 * size]);
+        ASSERT_NEAR(double(std::uint8_t(whole[i])), end + (begin - end) * 3 / 7.0, 0.51);
+    }
+    ASSERT_EQ(Nifikral(menu + "part.mkv --frames 19-22").exitCode, 0);
+    EXPECT_EQ(RawPictures("part.mkv", "yuv420p"), whole.substr(19 * size, 4 * size));
+    ASSERT_EQ(Nifikral(menu + "loop.mkv --loop-only").exitCode, 0);
+    EXPECT_EQ(RawPictures("loop.mkv", "yuv420p"), whole.substr(10 * size));
+    EXPECT_NE(Nifikral(menu + "dry.mkv --dry-run").output.find("repeats from frame 10 (0.4 s)"), std::string::npos);
+    EXPECT_EQ(Nifikral(menu + "long.mkv --length 0.3").exitCode, 2) << "the loop lies behind the end";
+    EXPECT_EQ(Nifikral("menu menu_memories example.json -o a.mkv --loop-only --frames 3").exitCode, 2);
+}
+
+TEST_F(Menu, HasAsManyPagesAsItsPicturesNeed) {
+    const auto write = [&](const char* file, const std::vector<std::string>& colours, const std::string& more) {
+        std::string list;
+        for (const std::string& colour : colours) {
+            if (!std::filesystem::exists(folder / (colour + ".png")))
+                Ffmpeg("-f lavfi -i color=" + colour + ":size=40x30 -frames:v 1 " + colour + ".png");
+            list += (list.empty() ? "\"" : ", \"") + colour + ".png\"";
+        }
+        std::ofstream(folder / file) << R"({"width": 160, "height": 90, "duration": 0.08, "additionSourcePaths": [)" +
+                                            list + "]" + more + "}";
+    };
+    const std::string text = R"(, "textInfos": [{"text": "{page} of {pages}", "size": 20, "box": [9, 1]}])";
+    write("all.json", {"red", "lime", "blue", "white", "gray"}, R"(, "perPage": 2)" + text);
+    const std::string menu = "menu submenu_common all.json --encoder ffv1 ";
+    const Outcome one = Nifikral(menu + "-o menu.mkv");
+    EXPECT_EQ(one.exitCode, 2);
+    EXPECT_EQ(one.errors,
+              "nifikral: error: all.json has 3 pages; make all of them with -o menu_%d.mp4, or one with --page N "
+              "(\"perPage\" in the project sets how many pictures a page shows)\n");
+    ASSERT_EQ(Nifikral(menu + "-o menu_%d.mkv").exitCode, 0);
+    ASSERT_EQ(Nifikral(menu + "-o second.mkv --page 2").exitCode, 0);
+    write("second.json", {"blue", "white"}, R"(, "textInfos": [{"text": "2 of 3", "size": 20, "box": [9, 1]}])");
+    ASSERT_EQ(Nifikral("menu submenu_common second.json --encoder ffv1 -o expected.mkv").exitCode, 0);
+    EXPECT_EQ(RawPictures("menu_2.mkv", "yuv420p"), RawPictures("expected.mkv", "yuv420p"));
+    EXPECT_EQ(RawPictures("second.mkv", "yuv420p"), RawPictures("expected.mkv", "yuv420p"));
+    EXPECT_TRUE(Files().contains("menu_1.mkv") && Files().contains("menu_3.mkv") && !Files().contains("menu_4.mkv"));
+    EXPECT_EQ(Nifikral(menu + "-o other.mkv --page 4").exitCode, 2);
+    EXPECT_EQ(Nifikral("menu submenu_common second.json -o other.mkv --loop-only").exitCode, 2);
+    EXPECT_EQ(Nifikral("plan " + menu + "-o other_%d.mkv").exitCode, 2);
+
+    write("many.json", std::vector<std::string>(13, "red"), "");
+    EXPECT_EQ(Nifikral("menu submenu_common many.json -o many.mkv").exitCode, 2) << "slivers of pictures";
+    EXPECT_EQ(Nifikral("menu menu_push many.json -o many.mkv").exitCode, 0) << "one picture after the other";
+}
+
 TEST_F(Menu, TheExampleProjectRendersAtOnceAndIsNotOverwritten) {
     ASSERT_EQ(Nifikral("init menu_common example").exitCode, 0);
     const Outcome film = Nifikral("menu menu_common example/menu.json -o still.png --frames 40");

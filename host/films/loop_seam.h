@@ -1,0 +1,24 @@
+#pragma once
+
+#include <vector>
+
+#include "host/media/ffmpeg_handles.h"
+
+namespace Nifikral {
+
+/// Dissolves the last frames of a film's loop into those that lead to it, so that its first frame follows its last one
+/// as it follows the frame before it. Threads: one at a time.
+class LoopSeam {
+ public:
+    /// The loop is the film's frames from `begin` to before `end`; none where it begins at 0.
+    LoopSeam(long long begin, long long end, AVRational frameRate);
+
+    /// Takes every frame of the film, from the first one on, as it is made for the module in a format of that code.
+    void Close(AVFrame& frame, unsigned formatCode, long long number);
+
+ private:
+    long long m_begin, m_end, m_length;
+    std::vector<FramePtr> m_before;  // copies of the last frames before the loop
+};
+
+}  // namespace Nifikral

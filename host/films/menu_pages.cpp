@@ -1,0 +1,48 @@
+#include "host/films/menu_pages.h"
+
+#include <algorithm>
+
+namespace Nifikral {
+namespace {
+
+struct Capacity {
+    const char* templateName;
+    int pictures;
+};
+
+// Templates whose pictures share the frame, and get small when they are many.
+constexpr Capacity capacities[] = {
+    {"menu_memories", 20},    {"menu_oldage", 20},    {"menu_babygirl", 20},  {"menu_babyboy", 20},
+    {"menu_travel", 20},      {"menu_pets", 20},      {"menu_festival", 20},  {"menu_specialoccasion", 20},
+    {"submenu_festival", 20}, {"menu_memories2", 20}, {"submenu_common", 12},
+};
+
+void ReplaceAll(std::string& text, const std::string& what, const std::string& by) {
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size()))
+        text.replace(at, what.size(), by);
+}
+
+}  // namespace
+
+int UsualPerPage(const std::string& templateName) {
+    const auto* const row = std::find_if(std::begin(capacities), std::end(capacities),
+                                         [&](const Capacity& c) { return templateName == c.templateName; });
+    return row == std::end(capacities) ? 0 : row->pictures;
+}
+
+std::vector<MenuProject> PagesOf(const MenuProject& project) {
+    const std::size_t all = project.sources.size(), each = project.perPage > 0 ? std::size_t(project.perPage) : all;
+    const std::size_t count = std::max<std::size_t>(1, each ? (all + each - 1) / each : 0);
+    std::vector<MenuProject> pages(count, project);
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto begin = project.sources.begin() + std::ptrdiff_t(i * each);
+        pages[i].sources.assign(begin, begin + std::ptrdiff_t(std::min(each, all - i * each)));
+        for (MenuText& text : pages[i].texts) {
+            ReplaceAll(text.styled.text, "{page}", std::to_string(i + 1));
+            ReplaceAll(text.styled.text, "{pages}", std::to_string(count));
+        }
+    }
+    return pages;
+}
+
+}  // namespace Nifikral
