@@ -140,20 +140,18 @@ CTitle::Rendered CTitle::Render(const text_t& text) const {
 void CTitle::MakeLines() {
     m_ready = true;
     m_lines.clear();
-    const Box box = TextBox();
-    text_t text = m_text;
-    text.size = FontSize();
-    text.boxSize = box.size;
+    text_t text = TextInBox();
+    const point_t at = text.boxPosition, box = text.boxSize;
     AtBoundary(lineText, unitName,
                [&] { WrapText(m_importer, text, [&](const text_t& tried) { return Render(tried).block; }); });
     // All are rendered before any is made, since together they decide how large each one gets.
     const Rendered rendered = Render(text);
     const FrameSize block = rendered.block;
     if (!block.width || !block.height) return;
-    const FrameSize fitted = FitText(block, box.size);
+    const FrameSize fitted = FitText(block, box);
     m_lines.resize(rendered.lines.size());
-    std::int64_t y = box.at.y + Before(m_valign, box.size.y, fitted.height);
-    m_middle = {box.at.x + box.size.x / 2.0, double(y) + fitted.height / 2.0};
+    std::int64_t y = at.y + Before(m_valign, box.y, fitted.height);
+    m_middle = {at.x + box.x / 2.0, double(y) + fitted.height / 2.0};
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         const auto scaled = [](unsigned side, unsigned to, unsigned from) {
             return unsigned(std::max<std::uint64_t>(std::uint64_t(side) * to / from, 1));
@@ -164,17 +162,21 @@ void CTitle::MakeLines() {
         if (rendered.lines[i])
             AtBoundary(lineText, unitName,
                        [&] { LayerMaker(m_kind.Layers()).Make(*rendered.lines[i], size, line.layer, m_kind.set); });
-        line.middle = {double(box.at.x + Before(m_align, box.size.x, size.width)) + size.width / 2.0,
+        line.middle = {double(at.x + Before(m_align, box.x, size.width)) + size.width / 2.0,
                        double(y) + size.height / 2.0};
         y += size.height;
     }
 }
 
-CTitle::Box CTitle::TextBox() const {
-    if (m_text.boxSize.x > 0) return {m_text.boxPosition, m_text.boxSize};
-    const auto side = [](unsigned whole) { return std::int32_t(whole - whole / 10 * 2); };
-    return {{std::int32_t(m_kind.size.width / 10), std::int32_t(m_kind.size.height / 10)},
-            {side(m_kind.size.width), side(m_kind.size.height)}};
+text_t CTitle::TextInBox() const {
+    text_t text = m_text;
+    text.size = FontSize();
+    if (text.boxSize.x > 0) return text;
+    const auto begin = [](unsigned side) { return std::int32_t(side / 10); };
+    const auto length = [](unsigned side) { return std::int32_t(side - side / 10 * 2); };
+    text.boxPosition = {begin(m_kind.size.width), begin(m_kind.size.height)};
+    text.boxSize = {length(m_kind.size.width), length(m_kind.size.height)};
+    return text;
 }
 
 void CTitle::DrawLine(Canvas& canvas, std::size_t index, std::int64_t position) {

@@ -59,12 +59,10 @@ class CTitle : public CBasedVideoImageEffect {
         Layer layer;  // none for an empty line
         Spot middle;
     };
-    struct Box {
-        point_t at, size;
-    };
 
     std::int32_t FontSize() const;
-    Box TextBox() const;
+    // In the size and the box that it has on such frames.
+    text_t TextInBox() const;
     // The lines of a text as the host renders them, and how large they are: each, and one below the other.
     struct Rendered {
         std::vector<FrameOwner> lines;
