@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <tuple>
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
@@ -66,6 +67,10 @@ OutputTraits TraitsOf(const MediaSource& input, AVPixelFormat preferred) {
     }
     traits.audio = input.AudioStreams();
     traits.metadata = input.Metadata();
+    traits.extras = input.ExtraStreams();
+    traits.chapters = input.Chapters();
+    std::tie(traits.begin, traits.end) = input.Window();
+    traits.photographs = input.Photographs();
     return traits;
 }
 

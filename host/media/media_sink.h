@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,11 @@ struct OutputTraits {
     std::vector<const AVStream*> audio;
     bool soundIsRaw = false;  ///< the audio was made for this output and is to be encoded
     const AVDictionary* metadata = nullptr;
+    std::vector<const AVStream*> extras;   ///< subtitles, cover pictures and attached files
+    std::span<AVChapter* const> chapters;  ///< in the input's time
+    double begin = 0, end = 0;             ///< what the output takes of the input, in seconds of its time
+    std::vector<std::string> photographs;  ///< the files of the input's pictures, by their numbers; what these say of
+                                           ///< themselves goes along
 };
 
 /// The traits of an input, whose streams they borrow.

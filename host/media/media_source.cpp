@@ -77,7 +77,8 @@ void MediaSource::OpenDecoder(const std::string& file) {
     for (unsigned i = 0; i < m_input->nb_streams; ++i) {
         AVStream* const stream = m_input->streams[i];
         const bool audio = m_options.audio && stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
-        if (stream != m_video && !audio) stream->discard = AVDISCARD_ALL;
+        const bool subtitles = m_options.extras && stream->codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE;
+        if (stream != m_video && !audio && !subtitles) stream->discard = AVDISCARD_ALL;
     }
     m_decoder = Require<CodecPtr>(avcodec_alloc_context3(codec));
     int error = avcodec_parameters_to_context(m_decoder.get(), m_video->codecpar);
@@ -88,7 +89,9 @@ void MediaSource::OpenDecoder(const std::string& file) {
     if (HoldsPictureFiles(*m_input)) {
         // More than one picture at once is not to be had from a file of one.
         if (m_files.empty() && !m_standardInput) m_decoder->thread_type = FF_THREAD_SLICE;
-        if (!m_options.keepGoing) m_decoder->err_recognition |= AV_EF_EXPLODE;
+        // The decoder of TIFF would refuse every tag that it does not know.
+        const bool strict = codec->id != AV_CODEC_ID_TIFF;
+        if (!m_options.keepGoing && strict) m_decoder->err_recognition |= AV_EF_EXPLODE;
     }
     if (error >= 0) error = avcodec_open2(m_decoder.get(), codec, nullptr);
     if (error < 0) Refuse(m_name + ": its decoder does not start (" + ErrorText(error) + "); convert it first");
@@ -110,6 +113,42 @@ std::vector<const AVStream*> MediaSource::AudioStreams() const {
         if (m_input->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO && m_options.audio)
             streams.push_back(m_input->streams[i]);
     return streams;
+}
+
+std::vector<const AVStream*> MediaSource::ExtraStreams() const {
+    std::vector<const AVStream*> streams;
+    for (unsigned i = 0; i < m_input->nb_streams && m_options.extras; ++i) {
+        const AVStream* const stream = m_input->streams[i];
+        const AVMediaType type = stream->codecpar->codec_type;
+        const bool cover = stream != m_video && (stream->disposition & AV_DISPOSITION_ATTACHED_PIC);
+        if (type == AVMEDIA_TYPE_SUBTITLE || type == AVMEDIA_TYPE_ATTACHMENT || cover) streams.push_back(stream);
+    }
+    return streams;
+}
+
+std::span<AVChapter* const> MediaSource::Chapters() const {
+    if (!m_options.extras) return {};
+    return {m_input->chapters, m_input->nb_chapters};
+}
+
+std::pair<double, double> MediaSource::Window() const {
+    const double start = m_input->start_time == AV_NOPTS_VALUE ? 0 : double(m_input->start_time) / AV_TIME_BASE;
+    const auto [first, last] = m_options.range;
+    const double rate = av_q2d(FrameRate()), endless = std::numeric_limits<double>::infinity();
+    return {start + double(first) / rate, last == FrameRange::noEnd ? endless : start + double(last + 1) / rate};
+}
+
+std::vector<std::string> MediaSource::Photographs() const {
+    if (IsPipe(m_path)) return {};
+    if (!m_files.empty()) return {m_files.begin(), m_files.end()};
+    const bool single = m_reader || HoldsPictureFiles(*m_input);
+    return single ? std::vector{m_path} : std::vector<std::string>();
+}
+
+bool MediaSource::HasStreamsBeside() const {
+    for (unsigned i = 0; i < m_input->nb_streams; ++i)
+        if (m_input->streams[i] != m_video && m_input->streams[i]->discard != AVDISCARD_ALL) return true;
+    return false;
 }
 
 AVRational MediaSource::FrameRate() const {
@@ -319,7 +358,7 @@ std::vector<PacketPtr> MediaSource::AudioUntil(double seconds) {
         return last.pts != AV_NOPTS_VALUE &&
                Seconds(last.pts, m_input->streams[last.stream_index]->time_base) >= seconds;
     };
-    while (!m_finished && !AudioStreams().empty() && !reached())
+    while (!m_finished && HasStreamsBeside() && !reached())
         for (PacketPtr& packet : ReadAudio()) taken.push_back(std::move(packet));
     return taken;
 }
@@ -351,14 +390,17 @@ void MediaSource::KeepAudio(PacketPtr packet) {
 void MediaSource::DropAudioBefore(const AVFrame& frame) {
     const double begin = Seconds(frame.pts, m_video->time_base);
     std::erase_if(m_audio, [&](const PacketPtr& packet) {
-        return Seconds(packet->pts, m_input->streams[packet->stream_index]->time_base) < begin;
+        const AVStream& stream = *m_input->streams[packet->stream_index];
+        // Subtitles that are still shown stay.
+        const bool shown = stream.codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE;
+        return Seconds(packet->pts + (shown ? packet->duration : 0), stream.time_base) < begin;
     });
 }
 
 void MediaSource::ReadTrailingAudio() {
     // Files interleave their streams within about a second.
     constexpr double interleaving = 1;
-    while (!m_inputEnded && !AudioStreams().empty()) {
+    while (!m_inputEnded && HasStreamsBeside()) {
         PacketPtr packet = NewPacket();
         if (av_read_frame(m_input.get(), packet.get()) < 0) return;
         if (packet->stream_index != m_video->index)

@@ -3,7 +3,9 @@
 #include <deque>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/media/ffmpeg_handles.h"
@@ -34,6 +36,7 @@ class MediaSource {
         int threads = 1;
         bool keepGoing = false;  ///< go on with what is readable of a damaged input
         bool audio = true;
+        bool extras = false;  ///< hand out the packets of subtitles among those of the audio
         int largestSide = std::numeric_limits<int>::max();  ///< pictures with a longer one are refused
         Gaps gaps = Gaps::Refuse;                           ///< in numbered pictures
         /// What a message about a damaged input advises.
@@ -53,6 +56,13 @@ class MediaSource {
     const AVFrame& FirstFrame() const { return *m_pending; }
     const AVStream& VideoStream() const { return *m_video; }
     std::vector<const AVStream*> AudioStreams() const;
+    /// Subtitles, cover pictures and attached files; none where they were not asked for.
+    std::vector<const AVStream*> ExtraStreams() const;
+    std::span<AVChapter* const> Chapters() const;
+    /// Where the range begins and ends in the container's time, in seconds, as far as its frame rate tells.
+    std::pair<double, double> Window() const;
+    /// The picture files that are read, by their numbers; none of a video or a pipe.
+    std::vector<std::string> Photographs() const;
     const AVDictionary* Metadata() const { return m_input->metadata; }
     AVRational FrameRate() const;
     /// The number of pictures as the container has it or as its times suggest; 0 when unknown.
@@ -71,6 +81,7 @@ class MediaSource {
     bool ReadPacket();
     bool ReadFile();
     std::vector<PacketPtr> ReadAudio();
+    bool HasStreamsBeside() const;
     void KeepAudio(PacketPtr packet);
     void DropAudioBefore(const AVFrame& frame);
     void ReadTrailingAudio();

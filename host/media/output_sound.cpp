@@ -6,6 +6,7 @@
 #include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/media/ffmpeg_log.h"
+#include "host/media/output_streams.h"
 
 namespace Nifikral {
 namespace {
@@ -27,39 +28,6 @@ const AVCodec* ChooseEncoder(const AVOutputFormat& format, const OutputOptions& 
     if (codec && codec->type == AVMEDIA_TYPE_AUDIO) return codec;
     throw HostError(ExitCode::Usage, "--audio-encoder " + options.audioEncoder +
                                          " names no encoder for sound; use one such as aac, libopus, flac or ac3");
-}
-
-AVStream& AddStream(AVFormatContext& output, const AVCodecParameters& coding, AVRational timeBase) {
-    AVStream* const stream = avformat_new_stream(&output, nullptr);
-    if (!stream || avcodec_parameters_copy(stream->codecpar, &coding) < 0) throw std::bad_alloc();
-    stream->codecpar->codec_tag = 0;
-    stream->time_base = timeBase;
-    return *stream;
-}
-
-// Whether the container takes one stream more, or, with null, those that it has: only the attempt to write its header
-// shows.
-bool Takes(const AVFormatContext& output, const AVCodecParameters* more, AVRational timeBase) {
-    AVFormatContext* context = nullptr;
-    avformat_alloc_output_context2(&context, output.oformat, nullptr, output.url);
-    struct Free {
-        void operator()(AVFormatContext* trial) const {
-            std::uint8_t* written = nullptr;
-            if (trial->pb) avio_close_dyn_buf(trial->pb, &written);
-            av_free(written);
-            avformat_free_context(trial);
-        }
-    };
-    const auto trial = Require<std::unique_ptr<AVFormatContext, Free>>(context);
-    for (unsigned i = 0; i < output.nb_streams; ++i) {
-        const AVStream& has = *output.streams[i];
-        AVStream& stream = AddStream(*trial, *has.codecpar, has.time_base);
-        stream.codecpar->codec_tag = has.codecpar->codec_tag;
-        stream.avg_frame_rate = stream.r_frame_rate = has.avg_frame_rate;
-        stream.sample_aspect_ratio = has.sample_aspect_ratio;
-    }
-    if (more) AddStream(*trial, *more, timeBase);
-    return avio_open_dyn_buf(&trial->pb) >= 0 && avformat_write_header(trial.get(), nullptr) >= 0;
 }
 
 bool IsPcm(AVCodecID id) { return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT; }
@@ -116,16 +84,6 @@ std::vector<SoundForm> FormsFor(const AVCodec& encoder, const AVCodecParameters&
     return forms;
 }
 
-std::string Title(const AVStream& stream) {
-    const AVDictionaryEntry* const language = av_dict_get(stream.metadata, "language", nullptr, 0);
-    return avcodec_get_name(stream.codecpar->codec_id) +
-           (language && std::string_view(language->value) != "und" ? std::string(" (") + language->value + ")" : "");
-}
-
-void Append(std::string& list, const std::string& word) {
-    if (list.find(word) == std::string::npos) list += (list.empty() ? "" : ", ") + word;
-}
-
 }  // namespace
 
 OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const OutputOptions& options,
@@ -143,7 +101,7 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
         if (!asked && !traits.soundIsRaw && IsUnderstood(format, coding, traits.dvd) &&
             Takes(output, &coding, from->time_base)) {
             stream.to = &AddStream(output, coding, from->time_base);
-            Append(m_description, codec + " copied");
+            AppendWord(m_description, codec + " copied");
         } else {
             const FfmpegListener listener;
             const auto taken = [&](const SoundForm& form) {
@@ -162,8 +120,8 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
                 encoder ? FormsFor(*encoder, coding, traits.dvd) : std::vector<SoundForm>();
             if (std::find_if(forms.begin(), forms.end(), taken) != forms.end()) {
                 stream.timeBase = stream.encoder->Context().time_base;
-                Append(coded, codec);
-                Append(m_description, codec + " encoded with " + encoder->name);
+                AppendWord(coded, codec);
+                AppendWord(m_description, codec + " encoded with " + encoder->name);
             } else if (asked && encoder && m_streams.empty()) {
                 const std::string& complaint = listener.Complaint();
                 throw HostError(ExitCode::Output, name + ": " + format.name + " does not take sound of " +
@@ -172,7 +130,7 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
                                                       "; choose another --audio-encoder or --audio-bitrate, or leave "
                                                       "them out");
             } else {
-                Append(left, Title(*from));
+                AppendWord(left, StreamTitle(*from));
                 continue;
             }
         }

@@ -1,11 +1,14 @@
 #include "host/media/picture_sink.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "host/base/errors.h"
+#include "host/base/log.h"
 #include "host/media/encoder.h"
 #include "host/media/numbered_files.h"
 #include "host/media/part_file.h"
+#include "host/media/picture_metadata.h"
 
 namespace Nifikral {
 namespace {
@@ -17,6 +20,7 @@ class PictureSink final : public MediaSink {
  public:
     PictureSink(const OutputOptions& options, const OutputTraits& traits, const AVCodec& codec)
         : m_options(options),
+          m_photographs(traits.photographs),
           m_sequence(av_filename_number_test(options.path.c_str())),
           m_encoder(codec, options, traits, {.still = true}) {
         CheckOutputPath(options.path, options.overwrite);
@@ -50,7 +54,14 @@ class PictureSink final : public MediaSink {
     void Store(const AVPacket& packet) {
         const std::string path = m_sequence ? NumberedPath(m_options.path, packet.pts) : m_options.path;
         auto file = std::make_unique<PartFile>(path, m_options.overwrite);
-        file->Write({reinterpret_cast<const char*>(packet.data), std::size_t(packet.size)});
+        std::string picture(reinterpret_cast<const char*>(packet.data), std::size_t(packet.size));
+        if (const std::string* const photograph = PhotographOf(packet.pts)) {
+            const std::string left = CopyMetadata(*photograph, picture);
+            if (!left.empty() && !std::exchange(m_leftSaid, true))
+                PrintWarning(m_options.path + " does not hold what " + *photograph +
+                             " says beside its picture: " + left);
+        }
+        file->Write(picture);
         if (!m_sequence) {
             m_single = std::move(file);
             return;
@@ -77,7 +88,14 @@ class PictureSink final : public MediaSink {
             CheckOutputPath(NumberedPath(m_options.path, number), false);
     }
 
+    const std::string* PhotographOf(std::int64_t number) const {
+        const std::size_t place = m_photographs.size() == 1 ? 0 : std::size_t(number);
+        return place < m_photographs.size() ? &m_photographs[place] : nullptr;
+    }
+
     OutputOptions m_options;
+    std::vector<std::string> m_photographs;
+    bool m_leftSaid = false;
     bool m_sequence;
     Encoder m_encoder;
     long long m_frames = 0;

@@ -16,6 +16,7 @@ extern "C" {
 #include "host/media/chunk_file.h"
 #include "host/media/encoder.h"
 #include "host/media/ffmpeg_log.h"
+#include "host/media/output_extras.h"
 #include "host/media/output_sound.h"
 #include "host/media/part_file.h"
 #include "host/media/picture_fit.h"
@@ -80,6 +81,7 @@ class VideoSink final : public MediaSink {
             av_dict_set(&m_output->metadata, chunkMark, options.mark.c_str(), 0);
         } else {
             m_sound.emplace(*m_output, m_name, options, traits);
+            m_extras.emplace(*m_output, m_name, traits);
             av_dict_copy(&m_output->metadata, traits.metadata, 0);
         }
         if (tryOnly) return;
@@ -95,6 +97,7 @@ class VideoSink final : public MediaSink {
                                                   (complaint.empty() ? ErrorText(error) : complaint) +
                                                   "); choose another extension or --encoder");
         }
+        if (m_extras) m_extras->Begin([this](AVPacket& beside) { Interleave(beside); });
     }
 
     const PictureShape& Shape() const override { return m_shape; }
@@ -109,7 +112,9 @@ class VideoSink final : public MediaSink {
     }
 
     void WriteAudio(PacketPtr packet) override {
-        if (m_sound) m_sound->Write(std::move(packet), [this](AVPacket& sound) { Interleave(sound); });
+        const auto store = [this](AVPacket& beside) { Interleave(beside); };
+        if (m_extras) m_extras->Write(*packet, store);
+        if (m_sound) m_sound->Write(std::move(packet), store);
     }
 
     bool CodesAlike(const AVCodecParameters& coded) const override {
@@ -209,6 +214,7 @@ class VideoSink final : public MediaSink {
     OutputPtr m_output;
     AVStream* m_video = nullptr;
     std::optional<OutputSound> m_sound;
+    std::optional<OutputExtras> m_extras;
     bool m_codedBefore = false;  // and none are left in the encoder
 };
 

@@ -161,6 +161,7 @@ void RunEffects(const ApplyOptions& options, const EffectModule& module, bool si
         frames.run, {}, given.ThreadCount(), options.keepGoing, given.chunk.empty() && given.output.sound};
     opening.gaps = ParseGaps(options.gaps);
     if (!given.chunk.empty()) opening.chunk = frames.made;
+    opening.extras = given.chunk.empty();
     // What is repeated has no range of its own.
     if (single) opening.range = opening.chunk = {};
     MediaSource source(options.input, opening);

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/media/media_sink.h"
+
+namespace Nifikral {
+
+/// What a film has beside pictures and sound: subtitles, cover pictures, attached files and chapters. All is kept that
+/// the container holds; subtitles of text become the container's own kind. Threads: one at a time.
+class OutputExtras {
+ public:
+    /// Adds streams and chapters, and prints one line that names what the container does not hold. `name` is the
+    /// output's.
+    OutputExtras(AVFormatContext& output, const std::string& name, const OutputTraits& traits);
+
+    using Store = std::function<void(AVPacket&)>;
+    /// What belongs to the beginning, behind the header.
+    void Begin(const Store& store) const;
+    /// A packet of any stream of the input. `store` gets those of the output.
+    void Write(AVPacket& packet, const Store& store) const;
+
+ private:
+    struct Subtitles {
+        int from;
+        AVRational timeBase;
+        AVStream* to;
+        CodecPtr decoder, encoder;  // none where they are copied
+    };
+    struct Cover {
+        const AVStream *from, *to;
+    };
+    bool AddSubtitles(AVFormatContext& output, const AVStream& from);
+    bool AddCover(AVFormatContext& output, const AVStream& from);
+    bool CutToLength(AVPacket& packet, AVRational timeBase) const;
+    static PacketPtr Convert(const Subtitles& subtitles, AVPacket& packet);
+
+    double m_seconds;  // how long the output is; infinite where that is not known
+    std::vector<Subtitles> m_subtitles;
+    std::vector<Cover> m_covers;
+};
+
+}  // namespace Nifikral
