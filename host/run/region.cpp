@@ -49,7 +49,7 @@ double DepthInEllipse(double dx, double dy, double rx, double ry) {
 std::uint8_t ShareAt(double depth, double soft) {
     if (depth < 0) return 0;
     if (depth >= soft) return full;
-    return std::uint8_t(Eased(Easing::InOut, depth / soft) * full + 0.5);
+    return std::uint8_t(std::lround(Eased(Easing::InOut, depth / soft) * full));
 }
 
 // The samples of so many that lie between two places, and no further ones than it takes.
