@@ -14,6 +14,14 @@ reference: packages $(release)/build.ninja  ## show every effect with all of its
 	scripts/sample_media.sh out/input
 	$(release)/bin/nifikral reference -y out/input/photo.jpg -o out/reference.html
 
+# A small photograph, so that what effects do to single pixels shows in small.
+pictures: packages $(release)/build.ninja  ## remake the pictures of the README
+	cmake --build --preset release --target nifikral nifikral_module
+	mkdir -p out docs/pictures
+	ffmpeg -nostdin -v error -y -i /usr/share/backgrounds/Picture_1A_by_freespace.jpg -vf scale=480:-2:flags=area out/small.png
+	scripts/contact_sheet.sh $(release)/bin/nifikral docs/pictures/effects.jpg out/small.png 160 8
+	scripts/contact_sheet.sh $(release)/bin/nifikral docs/pictures/menus.jpg generators 208 6
+
 test: configure  ## build everything and run every test
 	cmake --build --preset release
 	ctest --preset release
@@ -61,4 +69,4 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run reference test bench bench-peers debs test-packages format check-format tidy clean packages configure
+.PHONY: help run reference pictures test bench bench-peers debs test-packages format check-format tidy clean packages configure

@@ -1,31 +1,46 @@
 #!/bin/bash
-# Makes one picture of all generators that the command lists: a frame of each in small, its name under it.
-# Usage: scripts/contact_sheet.sh COMMAND OUTPUT_PICTURE
+# Makes one picture of everything that the command lists of a kind, in small with its name under it: the effects, on a
+# photograph, or a frame of each generator.
+# Usage: scripts/contact_sheet.sh COMMAND SHEET generators|PHOTOGRAPH [CELL_WIDTH [COLUMNS]]
 set -euo pipefail
-command=$1 sheet=$2
+command=$1 sheet=$2 shown=$3 width=${4:-384} columns=${5:-5}
+height=$((width * 9 / 16)) name_size=$((width / 24 > 11 ? width / 24 : 11)) margin=$((width / 48))
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-"$command" init -q menu_common "$work/pictures" </dev/null
-pictures=("$work"/pictures/{lake,desert,forest,night}.png)
+# Adds the picture $2 under the name $1.
 number=0
-while read -r name; do
-    case $name in
-        *menu_*)
-            "$command" init -q "$name" "$work/$name" </dev/null
-            "$command" menu -q "$name" "$work/$name/menu.json" -o "$work/whole.png" -y --frames 110 </dev/null
-            ;;
-        slide) "$command" slideshow -q "${pictures[@]}" -o "$work/whole.png" -y --size 1280x720 --frames 363 </dev/null ;;
-        title) "$command" title -q "A day at the lake" "${pictures[0]}" "$work/whole.png" -y </dev/null ;;
-        *) continue ;;
-    esac
-    echo "$name"
-    # The name stands under the picture in white.
-    ffmpeg -nostdin -v error -y -i "$work/whole.png" -vf \
-        "scale=384:216:flags=area,pad=400:256:8:8:color=0x202020,drawtext=font=Sans:text=$name:fontcolor=white:fontsize=17:x=(w-tw)/2:y=246-max_glyph_a" \
+add_cell() {
+    echo "$1"
+    ffmpeg -nostdin -v error -y -i "$2" -vf \
+        "scale=$width:$height:flags=area:force_original_aspect_ratio=increase,crop=$width:$height,
+         pad=$((width + 2 * margin)):$((height + 2 * margin + name_size * 2)):$margin:$margin:color=0x202020,
+         drawtext=font=Sans:text=$1:fontcolor=white:fontsize=$name_size:x=(w-tw)/2:y=h-$margin-$name_size*2/3-max_glyph_a" \
         -pix_fmt rgb24 "$work/$(printf 'cell_%02d.png' $number)"
     number=$((number + 1))
-done < <("$command" list --names)
-columns=5
+}
+
+if [[ $shown == generators ]]; then
+    "$command" init -q menu_common "$work/pictures" </dev/null
+    pictures=("$work"/pictures/{lake,desert,forest,night}.png)
+    while read -r name; do
+        case $name in
+            *menu_*)
+                "$command" init -q "$name" "$work/$name" </dev/null
+                "$command" menu -q "$name" "$work/$name/menu.json" -o "$work/whole.png" -y --frames 110 </dev/null
+                ;;
+            slide) "$command" slideshow -q "${pictures[@]}" -o "$work/whole.png" -y --size 1280x720 --frames 363 </dev/null ;;
+            title) "$command" title -q "A day at the lake" "${pictures[0]}" "$work/whole.png" -y </dev/null ;;
+            *) continue ;;
+        esac
+        add_cell "$name" "$work/whole.png"
+    done < <("$command" list --names)
+else
+    "$command" gallery -q "$shown" -o "$work/gallery.html"
+    while read -r name; do
+        picture=$work/gallery_files/$name.jpg
+        [[ ! -f $picture ]] || add_cell "$name" "$picture"
+    done < <("$command" list --names)
+fi
 ffmpeg -nostdin -v error -y -i "$work/cell_%02d.png" \
-    -vf "tile=${columns}x$(((number + columns - 1) / columns)):color=0x202020" -frames:v 1 "$sheet"
+    -vf "tile=${columns}x$(((number + columns - 1) / columns)):color=0x202020" -frames:v 1 -q:v 6 "$sheet"

@@ -27,7 +27,7 @@ echo "a slideshow and a title over it"
     --size 1280x720 --seconds 2 --audio "$folder/input/clip.mp4"
 "$command" title -q -y 'Five photographs' "$folder/slideshow.mp4" "$folder/title.mp4" --seconds 4
 echo "all generators on one sheet"
-"$here/contact_sheet.sh" "$command" "$folder/generators.png"
+"$here/contact_sheet.sh" "$command" "$folder/generators.png" generators
 
 echo
 echo "The results lie in $(realpath "$folder"): EFFECT.mp4 from input/clip.mp4, EFFECT.png from input/photo.jpg,"
