@@ -92,6 +92,8 @@ std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, Standard
     if (standardInput)
         return IsForPictureReader(standardInput->Peek(pictureHeadBytes)) ? OpenPictureReader(standardInput->ReadAll())
                                                                          : nullptr;
+    // What is read of a named pipe is gone from it.
+    if (std::error_code error; !fs::is_regular_file(path, error)) return nullptr;
     std::ifstream file(path, std::ios::binary);
     std::uint8_t head[pictureHeadBytes] = {};
     file.read(reinterpret_cast<char*>(head), sizeof head);

@@ -116,5 +116,18 @@ TEST_F(Inputs, ThatCannotBeReadAreCalledWhatTheyAre) {
     }
 }
 
+// Looking into a pipe to see what it holds would take that out of it.
+TEST_F(Inputs, AreNamedPipesOfWhichNothingIsLost) {
+    Ffmpeg("-f lavfi -i testsrc2=size=64x48:rate=25 -frames:v 5 -pix_fmt yuv420p film.y4m");
+    for (const std::string input : {"film.y4m", "/dev/fd/3"}) {
+        const std::string line =
+            std::string(NIFIKRAL_PROGRAM " apply ") + input + " -y out.nut gray --encoder rawvideo";
+        const Outcome outcome = Wait(Start({"bash", "-c", line + " 3< <(cat film.y4m)"}));
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        std::filesystem::rename(folder / "out.nut", folder / (input == "film.y4m" ? "file.nut" : "pipe.nut"));
+    }
+    EXPECT_EQ(RawPictures("file.nut", "gray"), RawPictures("pipe.nut", "gray"));
+}
+
 }  // namespace
 }  // namespace Nifikral
