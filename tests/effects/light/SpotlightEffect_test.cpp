@@ -52,7 +52,8 @@ TEST(Spotlight, LightsPositionByPosition) {
                   .colour = Between(0, 0xFFFFFF, random),
                   .density = Between(0, random() % 4 ? 100 : 300, random),
                   .brightness = Between(random() % 4 ? 0 : -40, 150, random)};
-        // Three times this radius wraps around.
+        // What 16 bits cannot hold; and three times this radius wraps around.
+        if (random() % 16 == 0) spot.brightness = -20000;
         if (random() % 16 == 0) spot.radius = 1431655766;
         Picture to = from;
         Light(to, spot);
