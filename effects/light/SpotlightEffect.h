@@ -8,7 +8,7 @@ namespace AVBased {
 
 inline constexpr char effectNameSpotlight[] = "spotlight";
 
-/// Every lit pixel by itself, for discs of any size: the judge of the row by row routines that serve all but huge ones.
+/// Every lit pixel by itself, for discs of any size; row by row routines serve all but huge ones.
 void SpotlightRgba32Effect(const SpotlightSettings& settings, const PackedView& picture);
 void SpotlightComponentEffect(const SpotlightSettings& settings, const PlanarView& picture);
 

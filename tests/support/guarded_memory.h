@@ -74,20 +74,4 @@ class GuardedMemory {
     std::unique_ptr<std::uint64_t[]> m_bytes;
 };
 
-/// One plane for tests of single routines: pitch x rows bytes, random throughout, padding included.
-class GuardedPlane {
- public:
-    const unsigned pitch, rows;
-
-    GuardedPlane(unsigned pitchBytes, unsigned rowCount, Content content, std::mt19937& random)
-        : pitch(pitchBytes), rows(rowCount), m_memory(std::size_t(pitchBytes) * rowCount) {
-        for (std::size_t i = 0; i < m_memory.size(); ++i) data()[i] = RandomByte(random, content);
-    }
-    unsigned char* data() const { return m_memory.data(); }
-    bool operator==(const GuardedPlane& other) const { return m_memory == other.m_memory; }
-
- private:
-    GuardedMemory m_memory;
-};
-
 }  // namespace AVBased::Testing
