@@ -1,6 +1,7 @@
 #include "host/media/picture_formats.h"
 
 extern "C" {
+#include <libavutil/intreadwrite.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -32,6 +33,16 @@ bool IsYuv(AVPixelFormat format) {
            format != AV_PIX_FMT_XYZ12LE && format != AV_PIX_FMT_XYZ12BE;
 }
 
+// Of the usual 8x8 pattern, in which neighbours are far apart: 0 to 63.
+unsigned DitherRank(unsigned x, unsigned y) {
+    unsigned rank = 0;
+    for (unsigned bit = 0; bit < 3; ++bit) {
+        const unsigned column = x >> bit & 1, row = y >> bit & 1;
+        rank = rank << 2 | (column ^ row) << 1 | row;
+    }
+    return rank;
+}
+
 // A chroma plane's sample with the mean alpha of the pixels that it covers.
 unsigned MeanAlpha(const AVFrame& frame, int x, int y, int columnShift, int rowShift) {
     unsigned sum = 0, count = 0;
@@ -39,6 +50,35 @@ unsigned MeanAlpha(const AVFrame& frame, int x, int y, int columnShift, int rowS
         for (int column = x << columnShift; column < std::min((x + 1) << columnShift, frame.width); ++column, ++count)
             sum += frame.data[3][std::ptrdiff_t(row) * frame.linesize[3] + column];
     return count ? sum / count : 255;
+}
+
+// What libswscale makes of white in 16 bits: it shifts luma and greys.
+unsigned DeepWhite(const PictureShape& shape) {
+    const bool yuv = IsYuv(shape.format);
+    if (yuv && !shape.fullRange) return 255 << 8;
+    const int depth = Depth(shape.format);
+    const bool shifts = (yuv || Describe(shape.format).nb_components < 3) && depth < 16;
+    return shifts ? ((1u << depth) - 1) << (16 - depth) : 65535;
+}
+
+// RGBA of 16 bits a sample as BGRA of 8. libswscale dithers planes, but cuts pixels.
+FramePtr Dithered(const AVFrame& deep, unsigned white) {
+    FramePtr frame = NewPicture(AV_PIX_FMT_BGRA, deep.width, deep.height);
+    for (int y = 0; y < deep.height; ++y) {
+        const std::uint8_t* from = deep.data[0] + std::ptrdiff_t(y) * deep.linesize[0];
+        std::uint8_t* to = frame->data[0] + std::ptrdiff_t(y) * frame->linesize[0];
+        for (int x = 0; x < deep.width; ++x, from += 8, to += 4) {
+            const unsigned threshold = (2 * DitherRank(unsigned(x), unsigned(y)) + 1) * white / 128;
+            const auto sample = [&](int c, unsigned most) {
+                return std::uint8_t(std::min(255u, (AV_RL16(from + std::ptrdiff_t(2) * c) * 255u + threshold) / most));
+            };
+            to[0] = sample(2, white);
+            to[1] = sample(1, white);
+            to[2] = sample(0, white);
+            to[3] = sample(3, 65535);
+        }
+    }
+    return frame;
 }
 
 std::uint8_t Blend(unsigned value, unsigned black, unsigned alpha) {
@@ -130,8 +170,10 @@ void PictureConverter::Convert(FramePtr& frame) {
     const bool sameColours =
         !toYuv || (from.fullRange == to.fullRange && MatrixCoefficients(from) == MatrixCoefficients(to));
     const int code = FormatCode(from.format);
+    const bool dither = to.format == AV_PIX_FMT_BGRA && Depth(from.format) > 8;
+    if (dither) to.format = AV_PIX_FMT_RGBA64LE;
     const bool sameLayout = from.format == to.format || (code >= 0 && code == FormatCode(to.format));
-    if (sameLayout && sameColours && from.width == to.width && from.height == to.height) return;
+    if (!dither && sameLayout && sameColours && from.width == to.width && from.height == to.height) return;
     if (!m_scaler || !(from == m_from)) {
         m_from = from;
         m_scaler = MakeScaler(from, to, SWS_BICUBIC);
@@ -139,10 +181,11 @@ void PictureConverter::Convert(FramePtr& frame) {
             throw HostError(ExitCode::Failed, std::string("pictures of format ") + Describe(from.format).name +
                                                   " cannot be converted to " + Describe(m_to.format).name);
     }
-    FramePtr converted = NewPicture(m_to.format, m_to.width, m_to.height);
+    FramePtr converted = NewPicture(to.format, to.width, to.height);
+    sws_scale(m_scaler.get(), frame->data, frame->linesize, 0, frame->height, converted->data, converted->linesize);
+    if (dither) converted = Dithered(*converted, DeepWhite(from));
     if (av_frame_copy_props(converted.get(), frame.get()) < 0) throw std::bad_alloc();
     converted->crop_left = converted->crop_top = converted->crop_right = converted->crop_bottom = 0;
-    sws_scale(m_scaler.get(), frame->data, frame->linesize, 0, frame->height, converted->data, converted->linesize);
     converted->colorspace = toYuv ? to.matrix : AVCOL_SPC_RGB;
     if (toYuv && fromYuv && from.fullRange == to.fullRange)
         converted->color_range = frame->color_range;

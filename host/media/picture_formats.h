@@ -26,7 +26,8 @@ unsigned EffectFormat(AVPixelFormat format, bool withAlpha);
 /// The layout to hand to the encoder when it takes any: the source's own where that has room for what effects make.
 AVPixelFormat OutputFormat(AVPixelFormat source);
 
-/// Converts pictures of one run. Threads: one at a time.
+/// Converts pictures of one run. What is deeper than 8 bits a sample is dithered, by a pattern that depends on the
+/// place alone. Threads: one at a time.
 class PictureConverter {
  public:
     /// Where `to` names no matrix, YUV stays as it is coded and RGB takes the usual one.

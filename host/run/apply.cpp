@@ -54,7 +54,7 @@ PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
     path.overBlack = alphaShows && HasAlpha(path.effectShape.format);
     if (Depth(source.format) > 8)
         PrintWarning("the input's " + std::to_string(Depth(source.format)) + "-bit pictures (" +
-                     av_get_pix_fmt_name(source.format) + ") are worked on in 8 bits (" +
+                     av_get_pix_fmt_name(source.format) + ") are dithered to 8 bits (" +
                      av_get_pix_fmt_name(path.effectShape.format) + ")");
     return path;
 }

@@ -95,6 +95,7 @@ TEST_F(Apply, TellsThatTenBitsBecomeEight) {
     const Outcome outcome = Nifikral("apply in.mkv out.mkv gray --encoder ffv1");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_NE(outcome.errors.find("10-bit"), std::string::npos) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("dithered"), std::string::npos) << outcome.errors;
     EXPECT_EQ(Probe("out.mkv", "stream=pix_fmt"), "yuv422p\n");
 }
 
