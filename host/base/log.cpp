@@ -41,6 +41,10 @@ void PrintWarningOnce(const std::string& subject, const std::string& line) {
     if (told.insert(subject).second) PrintWarning(line);
 }
 
+void PrintNotice(const std::string& line) {
+    if (currentVerbosity != Verbosity::Quiet) Print("", line);
+}
+
 void PrintDetail(const std::string& line) {
     if (currentVerbosity == Verbosity::Verbose) Print("", line);
 }

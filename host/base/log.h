@@ -16,6 +16,8 @@ void PrintError(const std::string& lines);
 void PrintWarning(const std::string& line);
 /// The same, but only the first time for each `subject`.
 void PrintWarningOnce(const std::string& subject, const std::string& line);
+/// What was done; not told under -q.
+void PrintNotice(const std::string& line);
 /// Told under -v only.
 void PrintDetail(const std::string& line);
 

@@ -19,10 +19,12 @@ ProgressForm currentForm = ProgressForm::Line;
 
 void SetProgressForm(ProgressForm form) { currentForm = form; }
 
-Progress::Progress(long long total, const char* what, const char* verb)
-    : m_drawn(currentForm == ProgressForm::Line && isatty(STDERR_FILENO) && GetVerbosity() != Verbosity::Quiet),
+Progress::Progress(long long total, const char* what, std::string prefix, bool shown)
+    : m_shown(shown),
+      m_drawn(shown && currentForm == ProgressForm::Line && isatty(STDERR_FILENO) &&
+              GetVerbosity() != Verbosity::Quiet),
       m_what(what),
-      m_verb(verb),
+      m_prefix(std::move(prefix)),
       m_total(total) {}
 
 Progress::~Progress() {
@@ -34,7 +36,7 @@ void Progress::Advance() {
     const Clock::time_point now = Clock::now();
     const double seconds = std::chrono::duration<double>(now - m_begin).count();
     const double rate = double(m_done) / std::max(seconds, 1e-6);
-    if (currentForm == ProgressForm::Json) {
+    if (currentForm == ProgressForm::Json && m_shown) {
         PrintJson(rate);
     } else if (m_drawn && now - m_lastDrawn >= std::chrono::milliseconds(200)) {
         m_lastDrawn = now;
@@ -45,10 +47,10 @@ void Progress::Advance() {
 void Progress::Draw(double rate) const {
     if (m_total >= m_done) {
         const long long left = std::llround(double(m_total - m_done) / rate);
-        std::fprintf(stderr, "\r\033[K%s%s %lld of %lld, %.1f a second, %lld:%02lld left", m_verb, m_what, m_done,
-                     m_total, rate, left / 60, left % 60);
+        std::fprintf(stderr, "\r\033[K%s%s %lld of %lld, %.1f a second, %lld:%02lld left", m_prefix.c_str(), m_what,
+                     m_done, m_total, rate, left / 60, left % 60);
     } else {
-        std::fprintf(stderr, "\r\033[K%s%s %lld, %.1f a second", m_verb, m_what, m_done, rate);
+        std::fprintf(stderr, "\r\033[K%s%s %lld, %.1f a second", m_prefix.c_str(), m_what, m_done, rate);
     }
     std::fflush(stderr);
 }

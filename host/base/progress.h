@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 
 namespace Nifikral {
 
@@ -13,8 +14,9 @@ void SetProgressForm(ProgressForm form);
 
 class Progress {
  public:
-    /// `total`: how many are to come, 0 when unknown; `what` one of them is; `verb`: what is done to it.
-    explicit Progress(long long total, const char* what = "frame", const char* verb = "");
+    /// `total`: how many are to come, 0 when unknown; `what` one of them is; `prefix` stands before it. Not
+    /// `shown`: nothing is printed.
+    explicit Progress(long long total, const char* what = "frame", std::string prefix = "", bool shown = true);
     ~Progress();
     void Advance();
 
@@ -24,8 +26,9 @@ class Progress {
     void Draw(double rate) const;
     void PrintJson(double rate) const;
 
-    bool m_drawn;
-    const char *m_what, *m_verb;
+    bool m_shown, m_drawn;
+    const char* m_what;
+    std::string m_prefix;
     long long m_total, m_done = 0;
     Clock::time_point m_begin = Clock::now(), m_lastDrawn = m_begin;
 };

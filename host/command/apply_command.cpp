@@ -12,18 +12,21 @@ void AddApply(CommandLine& line) {
     CLI::App* const apply =
         line.app.add_subcommand("apply", "put effects on a picture or a video")->group(makingCommands);
     apply->footer(requestHelp);
-    const auto given = std::make_shared<ApplyOptions>();
-    ApplyOptions& options = *given;
-    apply->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
-    apply
-        ->add_option("OUT", options.run.output.path,
-                     "by its extension a video (with its sound) or a picture; out_%06d.png for one a frame; - for "
-                     "stdout")
-        ->required();
-    apply
-        ->add_option("EFFECT", options.effects,
-                     "NAME[@WINDOW][:name=value]... or @PRESET, one or more, in this order; see below")
-        ->required();
+    struct Given {
+        ApplyOptions options;
+        std::string in, out;
+        std::vector<std::string> more;
+    };
+    const auto given = std::make_shared<Given>();
+    ApplyOptions& options = given->options;
+    line.usages[apply] = {"apply IN OUT EFFECT...", "apply IN... -o OUT EFFECT..."};
+    apply->add_option("IN", given->in, "a picture, a video, pictures as in_%06d.png, or - for stdin");
+    apply->add_option("OUT", given->out,
+                      "by its extension a video (with its sound) or a picture; out_%06d.png for one a frame; - for "
+                      "stdout");
+    apply->add_option("EFFECT", given->more,
+                      "NAME[@WINDOW][:name=value]... or @PRESET, one or more, in this order; see below");
+    AddOutputApart(*apply, options.run);
     apply->add_flag("--keep-going", options.keepGoing, "take what is readable of a damaged input");
     apply
         ->add_option("--gaps", options.gaps,
@@ -32,7 +35,11 @@ void AddApply(CommandLine& line) {
         ->option_text("HOW");
     AddPresetsOption(*apply, options.presets);
     AddRunOptions(*apply, line, options.run);
-    line.work[apply] = [given](const EffectModule& module) { Apply(*given, module); };
+    line.work[apply] = [given](const EffectModule& module) {
+        ApplyOptions& options = given->options;
+        ReadApplyWords(JoinWords(given->in, given->out, given->more), module, options);
+        Apply(options, module);
+    };
 }
 
 }  // namespace Nifikral

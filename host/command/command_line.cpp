@@ -49,7 +49,7 @@ OptionDescription Describe(const CLI::Option& option, const std::vector<std::str
 }
 
 CommandDescription Describe(const CLI::App& app, const std::map<const CLI::Option*, std::vector<std::string>>& words) {
-    CommandDescription told{app.get_name(), app.get_description(), app.get_footer(), app.get_group(), {}, {}};
+    CommandDescription told{app.get_name(), app.get_description(), app.get_footer(), app.get_group(), {}, {}, {}};
     for (const CLI::Option* const option : app.get_options()) {
         const auto known = words.find(option);
         told.options.push_back(Describe(*option, known == words.end() ? std::vector<std::string>() : known->second));
@@ -125,6 +125,7 @@ std::vector<CommandDescription> CommandLine::Commands() const {
     std::vector<CommandDescription> commands;
     for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
         commands.push_back(Describe(*command, words));
+        if (const auto known = usages.find(command); known != usages.end()) commands.back().usages = known->second;
         if (command == plan || command == concat)
             for (const auto& [run, options] : runs) commands.back().follows.push_back(run->get_name());
     }

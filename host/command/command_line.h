@@ -31,6 +31,8 @@ struct CommandLine {
     std::map<const CLI::App*, std::function<void(const EffectModule&)>> work;
     /// The words that an option's value is made of.
     std::map<const CLI::Option*, std::vector<std::string>> words;
+    /// The ways of use of those whose options alone do not show them, from the command's name on.
+    std::map<const CLI::App*, std::vector<std::string>> usages;
     /// The options of those that make films or pictures.
     std::map<const CLI::App*, RunOptions*> runs;
     /// The two that take such a subcommand's whole command line behind their own options.

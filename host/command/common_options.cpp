@@ -90,6 +90,22 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
     line.runs[&app] = &options;
 }
 
+void AddOutputApart(CLI::App& app, RunOptions& options) {
+    app.add_option("-o,--output", options.output.path,
+                   "instead of OUT, for any number of inputs: a folder (graded/) that takes files of their names, or a "
+                   "pattern, in which {name} is an input's name and {number} its place, as in graded/{name}.png")
+        ->type_name("OUT");
+}
+
+std::vector<std::string> JoinWords(const std::string& first, const std::string& second,
+                                   const std::vector<std::string>& more) {
+    std::vector<std::string> words;
+    for (const std::string& word : {first, second})
+        if (!word.empty()) words.push_back(word);
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
 void AddFilmOutput(CLI::App& app, FilmOptions& options) {
     app.add_option("-o,--output", options.run.output.path,
                    "a video, a picture, pictures as out_%06d.png, or - for stdout")

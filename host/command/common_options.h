@@ -24,6 +24,11 @@ void AddCommonOptions(CLI::App& app, CommandLine& line);
 void AddPresetsOption(CLI::App& app, std::string& file);
 /// Settings of every subcommand that makes a film or pictures.
 void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options);
+/// Another place for the output, for several inputs.
+void AddOutputApart(CLI::App& app, RunOptions& options);
+/// The words of positionals that are read together.
+std::vector<std::string> JoinWords(const std::string& first, const std::string& second,
+                                   const std::vector<std::string>& more);
 /// Where those that make a film of their own put it, and their settings.
 void AddFilmOutput(CLI::App& app, FilmOptions& options);
 void AddFilmOptions(CLI::App& app, CommandLine& line, FilmOptions& options);

@@ -12,7 +12,6 @@
 #include "host/films/media_manager.h"
 #include "host/media/ffmpeg_log.h"
 #include "host/run/chunks.h"
-#include "host/run/run.h"
 
 namespace {
 
@@ -34,7 +33,8 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     if (command == line.plan) {
         const Words run = command->remaining();
         return Run(program, run, {"plan", [&](RunOptions& options) {
-                                      options.reportFrames = [&, output = options.output](const FrameRange& frames) {
+                                      options.reportFrames = [&](const OutputOptions& output,
+                                                                 const FrameRange& frames) {
                                           PrintResult(PlanRun(line.planning, program, run, output, frames));
                                       };
                                   }});
@@ -49,7 +49,6 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     if (run != line.runs.end()) {
         run->second->output.mark = RunMark(words);
         if (purpose.prepare) purpose.prepare(*run->second);
-        ClearLeftovers(*run->second);
     }
     if (!line.progress.empty() && line.progress != "line" && line.progress != "json")
         throw HostError(ExitCode::Usage, "--progress " + line.progress + " is none; give line or json");

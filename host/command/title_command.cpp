@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "host/base/errors.h"
 #include "host/command/common_options.h"
 #include "host/films/title.h"
 
@@ -10,15 +11,20 @@ namespace Nifikral {
 void AddTitle(CommandLine& line) {
     CLI::App* const title =
         line.app.add_subcommand("title", "put a title over a picture or a video")->group(makingCommands);
-    const auto given = std::make_shared<TitleOptions>();
-    TitleOptions& options = *given;
+    struct Given {
+        TitleOptions options;
+        std::string in;
+        std::vector<std::string> more;
+    };
+    const auto given = std::make_shared<Given>();
+    TitleOptions& options = given->options;
+    line.usages[title] = {"title TEXT IN OUT", "title TEXT IN... -o OUT"};
     constexpr double longest = 86400;
     title->add_option("TEXT", options.text, "the words; \\n begins a new line")->required();
-    title->add_option("IN", options.input, "a picture, a video, pictures as in_%06d.png, or - for stdin")->required();
-    title
-        ->add_option("OUT", options.run.output.path,
-                     "a video (with its sound) or a picture; out_%06d.png for one a frame; - for stdout")
-        ->required();
+    title->add_option("IN", given->in, "a picture, a video, pictures as in_%06d.png, or - for stdin");
+    title->add_option("OUT", given->more,
+                      "a video (with its sound) or a picture; out_%06d.png for one a frame; - for stdout");
+    AddOutputApart(*title, options.run);
     title->add_option("--face", options.face, "font family");
     Take(line, title->add_option("--style", options.style, "any of these words")->type_name("STYLE"),
          WordsOf("title", "fontstyle"), true);
@@ -45,7 +51,20 @@ void AddTitle(CommandLine& line) {
     title->add_option("--seconds", options.seconds, "how long it shows (default: to the end; over one picture, 5)")
         ->check(CLI::Range(0.0, longest));
     AddRunOptions(*title, line, options.run);
-    line.work[title] = [given](const EffectModule& module) { PutTitle(*given, module); };
+    line.work[title] = [given](const EffectModule& module) {
+        TitleOptions& options = given->options;
+        options.inputs = JoinWords(given->in, "", given->more);
+        options.run.namesMany = !options.run.output.path.empty();
+        if (!options.run.namesMany) {
+            if (options.inputs.size() != 2)
+                throw HostError(ExitCode::Usage,
+                                "title takes TEXT IN OUT, or TEXT IN... -o OUT; nifikral title --help "
+                                "describes it");
+            options.run.output.path = options.inputs.back();
+            options.inputs.pop_back();
+        }
+        PutTitle(options, module);
+    };
 }
 
 }  // namespace Nifikral

@@ -197,6 +197,7 @@ void SetProperties(AVBased::IVideoProc& generator, const std::vector<std::pair<s
 void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name) {
     const FramesOfRun frames = options.run.Frames(film.frames);
     FilmMaker maker(generator, film, options, name, frames);
+    ClearLeftovers(options.run);
     MakeRun(options.run, frames, maker);
 }
 

@@ -7,6 +7,7 @@
 #include "host/base/errors.h"
 #include "host/films/film.h"
 #include "host/films/text_renderer.h"
+#include "host/run/many_files.h"
 
 namespace Nifikral {
 namespace {
@@ -71,8 +72,8 @@ Schedule ScheduleOver(const MediaSource& source, const TitleOptions& options) {
     return when;
 }
 
-Schedule ScheduleOverStill(const MediaSource& source, const TitleOptions& options) {
-    if (IsPictureOutput(options.run.output)) return {};
+Schedule ScheduleOverStill(const MediaSource& source, const TitleOptions& options, const RunOptions& run) {
+    if (IsPictureOutput(run.output)) return {};
     constexpr double usualSeconds = 5;
     TitleOptions whole = options;
     if (options.seconds == 0) whole.seconds = usualSeconds;
@@ -133,22 +134,23 @@ void PutTitle(const TitleOptions& options, const EffectModule& module) {
         throw HostError(ExitCode::Usage,
                         "the title refuses its " + name + ": " + reason + "; nifikral info title tells what it takes");
     });
-    const bool single = HasSinglePicture(options.input);
-    ApplyOptions apply;
-    apply.input = options.input;
-    apply.run = options.run;
-    RunEffects(apply, module, single, [&](const MediaSource& source) {
-        const Schedule when = single ? ScheduleOverStill(source, options) : ScheduleOver(source, options);
-        EffectRequest request{generatorName, {}, {}, TimeWindow(when.begin)};
-        const auto set = [&](const std::string& name, const std::string& value) {
-            request.settings.push_back({name, ParameterValue(value, PropertyType::Text)});
-        };
-        for (const auto& [name, value] : look) set(name, value);
-        set("duration", std::to_string(when.length));
-        set("inDuration", std::to_string(when.in));
-        set("outDuration", std::to_string(when.out));
-        const bool still = single && !IsPictureOutput(options.run.output);
-        return EffectRun{{request}, still ? when.begin + when.length : 0};
+    RunEach(options.inputs, options.run, [&](const std::string& input, const RunOptions& run) {
+        const bool single = HasSinglePicture(input);
+        ApplyOptions apply;
+        apply.run = run;
+        RunEffects(input, apply, module, single, [&](const MediaSource& source) {
+            const Schedule when = single ? ScheduleOverStill(source, options, run) : ScheduleOver(source, options);
+            EffectRequest request{generatorName, {}, {}, TimeWindow(when.begin)};
+            const auto set = [&](const std::string& name, const std::string& value) {
+                request.settings.push_back({name, ParameterValue(value, PropertyType::Text)});
+            };
+            for (const auto& [name, value] : look) set(name, value);
+            set("duration", std::to_string(when.length));
+            set("inDuration", std::to_string(when.in));
+            set("outDuration", std::to_string(when.out));
+            const bool still = single && !IsPictureOutput(run.output);
+            return EffectRun{{request}, still ? when.begin + when.length : 0};
+        });
     });
 }
 

@@ -15,7 +15,7 @@ struct TitleOptions {
     std::string inMotion, outMotion;  ///< the generator's own where empty
     double inSeconds = 0.8, outSeconds = 0.8, begin = 0;
     double seconds = 0;  ///< how long it shows; 0: to the end, and over a single picture the usual time
-    std::string input;
+    std::vector<std::string> inputs;
     RunOptions run;
 };
 

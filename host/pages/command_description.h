@@ -21,6 +21,7 @@ struct CommandDescription {
     std::string name, summary, footer;
     std::string group;                       ///< the heading that it stands under
     std::vector<OptionDescription> options;  ///< in the order of the help
+    std::vector<std::string> usages;         ///< its ways of use, where they do not follow from the options
     std::vector<std::string> follows;        ///< the commands whose whole line stands behind its own options; or none
 };
 

@@ -146,6 +146,8 @@ _nifikral() {
             ((++i))
         fi
     done
+    # All words are inputs then, up to the first effect.
+    [[ $command == apply && " ${words[*]}" == *" -"@(o|-output)[\ =]* ]] && ((place += 2))
     if [[ -z $command ]]; then
         candidates="$(_nifikral_options '') $_nifikral_commands"
     elif ((i == ${#words[@]})); then
@@ -200,6 +202,8 @@ _nifikral() {
             ((++i))
         fi
     done
+    # All words are inputs then, up to the first effect.
+    [[ $command == apply && " ${words[*]}" == *\ -(o|-output)[\ =]* ]] && ((place += 2))
     if [[ -z $command ]]; then
         _describe command _nifikral_commands
         return
@@ -231,7 +235,7 @@ _nifikral() {
                     compadd -S '' -a candidates
                 fi
             else
-                _describe effect _nifikral_effects -S ''
+                _describe effect _nifikral_effects -S '' || _files
             fi
             ;;
         (@text) _message value ;;

@@ -44,7 +44,7 @@ PictureShape WriteReduced(const std::string& from, const std::string& to, int lo
 std::vector<std::string> ShowEffect(const EffectInfo& info, const std::string& photograph, const std::string& to,
                                     const EffectModule& module) {
     ApplyOptions apply;
-    apply.input = photograph;
+    apply.inputs = {photograph};
     apply.effects.assign(std::size_t(info.times), ShownRequest(info));
     apply.run.output.path = to;
     Apply(apply, module);

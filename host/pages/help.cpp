@@ -52,6 +52,9 @@ std::string Footer(const std::string& footer) {
 
 std::string Usage(const CommandDescription& command) {
     std::string words;
+    for (const std::string& usage : command.usages)
+        words.append(words.empty() ? "Usage: " : "       ").append("nifikral ").append(usage).append(" [OPTION]...\n");
+    if (!words.empty()) return words;
     for (const OptionDescription& option : command.options) {
         if (!option.IsPositional() && option.required) words.append(" ").append(option.names.front());
         if (!option.IsPositional() && !option.required) continue;

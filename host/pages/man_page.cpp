@@ -1,6 +1,7 @@
 #include "host/pages/man_page.h"
 
 #include <algorithm>
+#include <cctype>
 #include <sstream>
 
 #include "host/base/version.h"
@@ -61,6 +62,15 @@ std::string Option(const OptionDescription& option) {
 }
 
 std::string Usage(const CommandDescription& command) {
+    std::string usages;
+    for (const std::string& usage : command.usages) {
+        usages.append(usages.empty() ? "" : ".br\n").append("\\fBnifikral\\fR");
+        std::istringstream words(usage);
+        for (std::string word; words >> word;)
+            usages.append(" ").append(std::isupper(word[0]) ? Italic(word) : Bold(word));
+        usages.append(" [").append(Italic("OPTION")).append("]...\n");
+    }
+    if (!usages.empty()) return usages;
     std::string usage = ".B nifikral " + Typed(command.name) + "\n";
     for (const OptionDescription& option : command.options) {
         const std::string value = Italic(option.value) + (option.repeated ? "...\\&" : "");

@@ -109,7 +109,7 @@ class Artist {
     ReferenceEntry ShowTitle(const EffectDetails& effect) {
         TitleOptions options;
         options.text = "A day at the lake";
-        options.input = Example("lake.png");
+        options.inputs = {Example("lake.png")};
         options.run.output.path = Whole();
         PutTitle(options, m_module);
         return {effect, Small(Picture()), "nifikral title '" + options.text + "' lake.mp4 out.mp4"};

@@ -5,14 +5,17 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
+#include "host/base/nearest_names.h"
 #include "host/catalogue/catalogue.h"
 #include "host/media/film_profile.h"
 #include "host/run/chunks.h"
 #include "host/run/effect_workers.h"
+#include "host/run/many_files.h"
 #include "host/run/request_chain.h"
 #include "host/run/run.h"
 
@@ -59,12 +62,33 @@ PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
     return path;
 }
 
+bool IsInput(const std::string& word) {
+    std::error_code error;
+    return word == "-" || word.find("://") != std::string::npos || av_filename_number_test(word.c_str()) ||
+           std::filesystem::exists(word, error);
+}
+
+// Whether a word behind the first is the first effect and no further input.
+bool IsEffect(const std::string& word, const EffectModule& module) {
+    const bool named = module.Create(word) != nullptr;
+    if (IsInput(word)) {
+        if (!named) return false;
+        throw HostError(ExitCode::Usage, word + " is an effect and a file; write ./" + word + " for the file");
+    }
+    if (named || word.starts_with('@') || module.Create(word.substr(0, word.find_first_of(":@")))) return true;
+    std::vector<std::string> names;
+    for (const EffectInfo& info : Catalogue()) names.emplace_back(info.name);
+    throw HostError(ExitCode::Usage, "\"" + word + "\" is neither a file nor an effect" +
+                                         DidYouMean(word.substr(0, word.find(':')), names) +
+                                         " (nifikral list shows the effects)");
+}
+
 // Puts effects on the pictures of an input.
 class EffectMaker final : public PictureMaker {
  public:
-    EffectMaker(const ApplyOptions& options, const EffectModule& module, MediaSource& source, const EffectRun& run,
-                const FramesOfRun& frames)
-        : m_options(options), m_module(module), m_source(source), m_run(run), m_frames(frames) {}
+    EffectMaker(const std::string& input, const ApplyOptions& options, const EffectModule& module, MediaSource& source,
+                const EffectRun& run, const FramesOfRun& frames)
+        : m_input(input), m_options(options), m_module(module), m_source(source), m_run(run), m_frames(frames) {}
 
     FrameRange Existing(const FrameRange& range, bool decoding) override {
         long long count = 0;
@@ -102,8 +126,8 @@ class EffectMaker final : public PictureMaker {
         m_workers.emplace(m_path, sinkShape, m_module, m_effects);
         if (IsStill()) m_still = std::move(m_source.Next()->frame);
         std::ostringstream text;
-        text << m_options.input << ": " << av_get_pix_fmt_name(shape.format) << " " << shape.width << "x"
-             << shape.height << (shape.fullRange ? ", full range" : "")
+        text << m_input << ": " << av_get_pix_fmt_name(shape.format) << " " << shape.width << "x" << shape.height
+             << (shape.fullRange ? ", full range" : "")
              << ", frames: " << (frameCount > 0 ? std::to_string(frameCount) : "not known")
              << ", audio streams: " << m_source.AudioStreams().size() << "; effects on "
              << av_get_pix_fmt_name(m_path.effectShape.format) << " (code " << m_path.effectFormat << ")";
@@ -125,6 +149,7 @@ class EffectMaker final : public PictureMaker {
  private:
     bool IsStill() const { return m_run.stillFrames > 0; }
 
+    const std::string& m_input;
     const ApplyOptions& m_options;
     const EffectModule& m_module;
     MediaSource& m_source;
@@ -139,6 +164,22 @@ class EffectMaker final : public PictureMaker {
 
 }  // namespace
 
+void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& module, ApplyOptions& options) {
+    const bool apart = !options.run.output.path.empty();
+    if (words.size() < (apart ? 2 : 3))
+        throw HostError(ExitCode::Usage,
+                        "apply takes IN OUT EFFECT..., or IN... -o OUT EFFECT...; nifikral apply --help describes it");
+    std::size_t inputs = 1;
+    while (apart && inputs < words.size() && !IsEffect(words[inputs], module)) ++inputs;
+    options.run.namesMany = apart;
+    if (!apart) options.run.output.path = words[1];
+    options.inputs = {words.begin(), words.begin() + std::ptrdiff_t(inputs)};
+    options.effects = {words.begin() + std::ptrdiff_t(apart ? inputs : 2), words.end()};
+    if (options.effects.empty()) throw HostError(ExitCode::Usage, "no effect is given; nifikral list shows them all");
+    if (!apart && IsInput(words[2]) && !module.Create(words[2]))
+        throw HostError(ExitCode::Usage, words[2] + " is a file and no effect; with several inputs, give -o OUT");
+}
+
 void Apply(const ApplyOptions& options, const EffectModule& module) {
     EffectRun run{ParseEffectRequests(options.effects, module, options.presets)};
     for (const EffectRequest& request : run.requests) RefuseGenerator(request.effect);
@@ -149,14 +190,18 @@ void Apply(const ApplyOptions& options, const EffectModule& module) {
         for (const EffectRequest& request : run.requests) texts.push_back(request.text);
         marked.run.output.mark = RunMark(texts);
     }
-    RunEffects(marked, module, false, [&](const MediaSource&) { return run; });
+    RunEach(marked.inputs, marked.run, [&](const std::string& input, const RunOptions& own) {
+        ApplyOptions one = marked;
+        one.run = own;
+        RunEffects(input, one, module, false, [&](const MediaSource&) { return run; });
+    });
 }
 
-void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
+void RunEffects(const std::string& input, const ApplyOptions& options, const EffectModule& module, bool single,
                 const std::function<EffectRun(const MediaSource&)>& effectsFor) {
     const RunOptions& given = options.run;
     FramesOfRun frames = given.Frames(0);
-    given.RefuseAsOutput(options.input);
+    given.RefuseAsOutput(input);
     MediaSource::Options opening{
         frames.run, {}, given.ThreadCount(), options.keepGoing, given.chunk.empty() && given.output.sound};
     opening.gaps = ParseGaps(options.gaps);
@@ -164,10 +209,10 @@ void RunEffects(const ApplyOptions& options, const EffectModule& module, bool si
     opening.extras = given.chunk.empty();
     // What is repeated has no range of its own.
     if (single) opening.range = opening.chunk = {};
-    MediaSource source(options.input, opening);
+    MediaSource source(input, opening);
     const EffectRun run = effectsFor(source);
     if (run.stillFrames > 0) frames = given.Frames(run.stillFrames);
-    EffectMaker maker(options, module, source, run, frames);
+    EffectMaker maker(input, options, module, source, run, frames);
     MakeRun(given, frames, maker);
 }
 

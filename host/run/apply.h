@@ -11,7 +11,7 @@
 namespace Nifikral {
 
 struct ApplyOptions {
-    std::string input;
+    std::vector<std::string> inputs;
     std::vector<std::string> effects;
     RunOptions run;
     bool keepGoing = false;
@@ -19,7 +19,11 @@ struct ApplyOptions {
     std::string presets;  ///< a file of presets; empty: the user's own
 };
 
-/// Takes the input through the effects into the output.
+/// Reads the words of a command line into inputs, output and effects: IN OUT EFFECT..., or, where the output is named
+/// already, IN... EFFECT.... Throws usage errors.
+void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& module, ApplyOptions& options);
+
+/// Takes each input through the effects into an output of its own.
 void Apply(const ApplyOptions& options, const EffectModule& module);
 
 /// What is done to an input.
@@ -29,7 +33,7 @@ struct EffectRun {
 };
 
 /// The same with effects that follow from the input. `single`: it has one picture, which the effects may repeat.
-void RunEffects(const ApplyOptions& options, const EffectModule& module, bool single,
+void RunEffects(const std::string& input, const ApplyOptions& options, const EffectModule& module, bool single,
                 const std::function<EffectRun(const MediaSource&)>& effectsFor);
 
 }  // namespace Nifikral

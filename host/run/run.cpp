@@ -51,7 +51,7 @@ void MakeRun(const RunOptions& options, const FramesOfRun& frames, PictureMaker&
                                              " has another frame rate than its input, so that chunks do not meet; make "
                                              "it in one run, or in chunks at the input's rate first");
     if (options.reportFrames)
-        return options.reportFrames(frames.certain ? frames.run : maker.Existing(frames.run, true));
+        return options.reportFrames(options.output, frames.certain ? frames.run : maker.Existing(frames.run, true));
     const std::string summary = maker.Prepare(sink->Shape()) + "; " + output.path + ": " + sink->Description();
     if (options.dryRun) return PrintResult(summary + "\n");
     PrintDetail(summary);
@@ -60,7 +60,8 @@ void MakeRun(const RunOptions& options, const FramesOfRun& frames, PictureMaker&
         if (options.joinTo)
             return JoinChunks(
                 output, frames.made, [&](double seconds) { return maker.AudioUntil(seconds); }, *sink);
-        Progress progress(frames.certain ? frames.made.Count() : maker.ExpectedFrames());
+        Progress progress(frames.certain ? frames.made.Count() : maker.ExpectedFrames(), "frame",
+                          options.progressPrefix, options.showsProgress);
         report = RunPipeline(maker, *sink, output.threads, progress);
     } catch (const HostError& error) {
         if (error.Code() != ExitCode::Interrupted) throw;

@@ -25,9 +25,12 @@ struct RunOptions {
     bool dryRun = false;
     std::string chunk;          ///< "A-B": only these of the run's frames, to be joined later; empty: the whole run
     bool skipExisting = false;  ///< leave an output that is complete as it is
+    bool namesMany = false;     ///< the output's path may be a folder or a pattern, for any number of inputs
+    bool showsProgress = true;
+    std::string progressPrefix;       ///< stands before what the progress line says
     std::optional<long long> joinTo;  ///< join the chunks up to this frame instead of making pictures
-    /// Receives the run's frames, counted, instead of anything being made.
-    std::function<void(const FrameRange&)> reportFrames;
+    /// Receives the run's output and its frames, counted, instead of anything being made.
+    std::function<void(const OutputOptions&, const FrameRange&)> reportFrames;
 
     /// The frames of a run that has `count` of them in all; 0: as many as its input. Throws usage errors.
     FramesOfRun Frames(long long count) const;

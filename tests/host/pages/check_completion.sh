@@ -53,6 +53,7 @@ nifikral title x in.mp4 out.mp4 --place bottom-l|bottom-left
 nifikral plan --chunks 3 slid|slideshow
 nifikral plan --chunks 3 apply in.mp4 out.mp4 aged|aged_film
 nifikral concat --last 99 slideshow holiday --fit c|crop
+nifikral apply a.jpg -o out/ aged|aged_film
 nifikral help conc|concat
 LINES
 if [[ $shell == bash ]]; then
