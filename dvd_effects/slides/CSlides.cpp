@@ -40,15 +40,26 @@ std::vector<std::string> ParseWords(const std::string& list, IsKnown isKnown) {
 
 }  // namespace
 
-const Property<CSlides> CSlides::properties[9] = {
+const Property<CSlides> CSlides::properties[11] = {
     {"paths", "",
      [](CSlides& slides, const std::string& paths) {
          slides.m_paths = SplitList(paths, ';');
          slides.m_timeline.pictures = std::max<std::uint64_t>(slides.m_paths.size(), 1);
          slides.ForgetPictures();
      }},
+    {"films", "",
+     [](CSlides& slides, const std::string& words) {
+         slides.m_films = SplitList(words, ';');
+         slides.ForgetPictures();
+     }},
     {"slideDuration", "100",
      [](CSlides& slides, std::int32_t frames) { slides.m_timeline.alone = std::max(frames, 0); }},
+    {"slideDurations", "",
+     [](CSlides& slides, const std::string& list) {
+         slides.m_timeline.own.clear();
+         for (const std::string& item : SplitList(list, ';'))
+             slides.m_timeline.own.push_back(item.empty() ? -1 : std::max(ParseInteger(item), 0));
+     }},
     {"transitionDuration", "25",
      [](CSlides& slides, std::int32_t frames) { slides.m_timeline.together = std::max(frames, 0); }},
     {"transitions", "crossfade",
@@ -97,7 +108,7 @@ bool CSlides::Seek(unsigned position) {
 }
 
 void CSlides::ForgetPictures() {
-    for (Slide& slide : m_slides) slide.picture.reset();
+    for (Slide& slide : m_slides) slide = {};
 }
 
 void CSlides::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
@@ -115,9 +126,7 @@ void CSlides::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     Require(drawable, textInvalidParamValue, lineFrame, unitName);
     if (m_paths.empty() || !size.width || !size.height) return;
 
-    SlideTimeline timeline = m_timeline;
-    if (timeline.alone + timeline.together == 0) timeline.alone = 1;
-    const SlideTimeline::Frame at = timeline.At(position);
+    const SlideTimeline::Frame at = m_timeline.At(position);
     if (at.second)
         DrawTransition(*frame, at);
     else
@@ -136,7 +145,7 @@ void CSlides::DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& 
 
 void CSlides::Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept,
                    const FixedRegion& place) {
-    IRawVideoFrame& picture = PictureAt(moment.index, kept.index);
+    IRawVideoFrame& picture = PictureAt(moment, kept.index);
     const FixedRegion shown = MotionOf(moment.index).Shown(SizeOf(picture), m_kind.size, moment.share);
     DrawView(frame, picture, shown, place, Instructions());
 }
@@ -147,6 +156,7 @@ std::uint32_t CSlides::Random(Choice choice, std::uint64_t index) const {
 }
 
 SlideMotion CSlides::MotionOf(std::uint64_t index) const {
+    if (IsFilm(index)) return {};
     return *FindSlideMotion(m_motions[index % m_motions.size()], Random(Choice::Motion, index));
 }
 
@@ -157,21 +167,37 @@ const Transition& CSlides::TransitionAfter(std::uint64_t index) const {
     return all[Random(Choice::Transition, index) % (all.size() - 1)];
 }
 
-IRawVideoFrame& CSlides::PictureAt(std::uint64_t index, std::uint64_t kept) {
-    for (const Slide& slide : m_slides)
-        if (slide.picture && slide.index == index) return *slide.picture;
-    Slide& slide = m_slides[m_slides[0].picture && m_slides[0].index == kept ? 1 : 0];
-    slide.picture.reset();
-    const auto side = [&](unsigned own) {
-        const std::uint64_t larger = std::uint64_t(own) * unsigned(100 + m_motionAmount) / 100;
-        return MotionOf(index).Moves() ? unsigned(std::min<std::uint64_t>(larger, largestSide)) : own;
-    };
-    auto picture =
-        std::make_unique<CRawVideoFrame>(false, m_kind.format, side(m_kind.size.width), side(m_kind.size.height), true);
-    FillBlack(*picture);
-    AtBoundary(linePicture, unitName, [&] { Fill(*picture, m_paths[index]); });
-    slide = {index, std::move(picture)};
-    return *slide.picture;
+IRawVideoFrame& CSlides::PictureAt(const SlideMoment& moment, std::uint64_t kept) {
+    const std::uint64_t index = moment.index;
+    Slide* slide = std::ranges::find_if(m_slides, [&](const Slide& s) { return s.picture && s.index == index; });
+    if (slide == std::end(m_slides)) {
+        slide = &m_slides[m_slides[0].picture && m_slides[0].index == kept ? 1 : 0];
+        *slide = {};
+        const auto side = [&](unsigned own) {
+            const std::uint64_t larger = std::uint64_t(own) * unsigned(100 + m_motionAmount) / 100;
+            return MotionOf(index).Moves() ? unsigned(std::min<std::uint64_t>(larger, largestSide)) : own;
+        };
+        slide->index = index;
+        slide->picture = std::make_unique<CRawVideoFrame>(false, m_kind.format, side(m_kind.size.width),
+                                                          side(m_kind.size.height), true);
+        FillBlack(*slide->picture);
+        if (!IsFilm(index)) AtBoundary(linePicture, unitName, [&] { Fill(*slide->picture, m_paths[index]); });
+    }
+    if (IsFilm(index)) AtBoundary(linePicture, unitName, [&] { Play(*slide, moment.frame); });
+    return *slide->picture;
+}
+
+void CSlides::Play(Slide& slide, std::uint64_t number) {
+    if (slide.framesRead > number + 1) slide.film.reset();
+    if (!slide.film) {
+        slide.film = OpenSource(m_manager, m_paths[slide.index], false);
+        slide.framesRead = 0;
+    }
+    FrameOwner frame;
+    for (; slide.framesRead <= number; ++slide.framesRead) frame = ReadFrame(*slide.film);
+    if (!frame) return;
+    FillBlack(*slide.picture);
+    FitPicture(*frame, m_fit, m_kind.size.height, *slide.picture, Instructions());
 }
 
 void CSlides::Fill(CRawVideoFrame& picture, const std::string& path) {

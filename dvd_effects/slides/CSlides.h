@@ -26,7 +26,10 @@ inline constexpr char effectSlideName[] = "slide";
 /// | Property             | Default     |                                                                            |
 /// |----------------------|-------------|----------------------------------------------------------------------------|
 /// | "paths"              | ""          | ";" list of pictures, in order                                             |
+/// | "films"              | ""          | ";" list of true for what plays meanwhile, without motion, a frame for     |
+/// |                      |             | each of the show, and of anything else for pictures                        |
 /// | "slideDuration"      | "100"       | frames; 0 lets transition follow transition                                |
+/// | "slideDurations"     | ""          | ";" list of frames for the first pictures; an empty item: slideDuration    |
 /// | "transitionDuration" | "25"        | frames; 0 cuts                                                             |
 /// | "transitions"        | "crossfade" | ";" list, repeated: crossfade, push, wipe, zoom, iris, blinds, pageturn,   |
 /// |                      |             | cut (half way through its time), or random, any but the cut                |
@@ -39,8 +42,8 @@ inline constexpr char effectSlideName[] = "slide";
 /// | "seed"               | "0"         | of the random choices                                                      |
 ///
 /// A word that is not in a list above is refused. At most two pictures are held, whatever their number, and a file is
-/// open only while it is read. One that fails shows as black in its time, so that the others keep theirs; the error is
-/// filed whenever its turn comes. Without pictures all is black.
+/// open only while it is read, a film while it shows. One that fails shows as black in its time, so that the others
+/// keep theirs; the error is filed whenever its turn comes. Without pictures all is black.
 class CSlides : public CBasedVideoImageEffect {
  public:
     /// `manager` is borrowed; without one, every picture is black.
@@ -51,12 +54,14 @@ class CSlides : public CBasedVideoImageEffect {
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
  private:
-    static const Property<CSlides> properties[9];
+    static const Property<CSlides> properties[11];
 
-    // A picture as large as it is ever seen.
+    // A picture as large as it is ever seen; of a film the frame that was read last.
     struct Slide {
         std::uint64_t index = 0;
         std::unique_ptr<CRawVideoFrame> picture;
+        SourceOwner film;
+        std::uint64_t framesRead = 0;
     };
 
     enum class Choice : unsigned { Transition, Motion };
@@ -66,16 +71,19 @@ class CSlides : public CBasedVideoImageEffect {
     std::uint32_t Random(Choice choice, std::uint64_t index) const;
     SlideMotion MotionOf(std::uint64_t index) const;
     const Transition& TransitionAfter(std::uint64_t index) const;
+    bool IsFilm(std::uint64_t index) const { return index < m_films.size() && m_films[index] == "true"; }
     // The picture, made unless it is there; the one at `kept` stays.
-    IRawVideoFrame& PictureAt(std::uint64_t index, std::uint64_t kept);
+    IRawVideoFrame& PictureAt(const SlideMoment& moment, std::uint64_t kept);
     void Fill(CRawVideoFrame& picture, const std::string& path);
+    // Brings a film to a frame of it.
+    void Play(Slide& slide, std::uint64_t number);
     void Draw(IRawVideoFrame& frame, const SlideMoment& moment, const SlideMoment& kept, const FixedRegion& place);
     void DrawTransition(IRawVideoFrame& frame, const SlideTimeline::Frame& at);
 
     IAVManager* m_manager;
     std::uint64_t m_position = 0;
 
-    std::vector<std::string> m_paths, m_transitions{"crossfade"}, m_motions{"none"};
+    std::vector<std::string> m_paths, m_films, m_transitions{"crossfade"}, m_motions{"none"};
     SlideTimeline m_timeline{1, 100, 25, false};
     std::int32_t m_motionAmount = 15, m_seed = 0;
     SlideFit m_fit = SlideFit::Pad;

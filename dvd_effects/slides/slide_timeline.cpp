@@ -40,22 +40,34 @@ SlideMotion RandomMotion(std::uint32_t random) {
 
 }  // namespace
 
+std::int64_t SlideTimeline::AloneOf(std::uint64_t index) const {
+    const std::int64_t frames = index < own.size() && own[index] >= 0 ? own[index] : alone;
+    return std::max<std::int64_t>(frames, together ? 0 : 1);
+}
+
 SlideTimeline::Frame SlideTimeline::At(std::uint64_t position) const {
-    const auto period = std::uint64_t(alone + together), last = pictures - 1;
-    const std::int64_t life = alone + 2 * together;
-    const auto moment = [&](std::uint64_t index, std::uint64_t since) {
-        return SlideMoment{index, FixedShare(std::int64_t(std::min(since, std::uint64_t(life))), life)};
-    };
+    const std::uint64_t last = pictures - 1;
     // The last picture stays.
     const bool ends = !loops || pictures == 1;
-    if (ends && position / period >= last)
-        return {moment(last, std::uint64_t(together) + (position - last * period)), {}, 0};
-    const std::uint64_t index = position / period % pictures, since = position % period;
+    const auto period = [&](std::uint64_t index) { return std::uint64_t(AloneOf(index) + together); };
+    std::uint64_t index = 0, since = position, whole = 0;
+    if (!ends) {
+        for (std::uint64_t i = 0; i < pictures; ++i) whole += period(i);
+        since %= whole;
+    }
+    while (since >= period(index) && !(ends && index == last)) since -= period(index++);
+    // Nothing leads to the first picture of a show.
+    const std::uint64_t unseen = ends ? std::uint64_t(together) : 0;
+    const auto moment = [&](std::uint64_t picture, std::uint64_t done) {
+        const std::int64_t life = AloneOf(picture) + 2 * together;
+        return SlideMoment{picture, FixedShare(std::int64_t(std::min(done, std::uint64_t(life))), life),
+                           done - (picture == 0 ? unseen : 0)};
+    };
     Frame frame{moment(index, std::uint64_t(together) + since), {}, 0};
-    if (since < std::uint64_t(alone)) return frame;
-    const auto done = std::int64_t(since) - alone;
-    frame.second = moment((index + 1) % pictures, std::uint64_t(done));
-    frame.t = FixedEased(FixedShare(done + 1, together + 1));
+    if ((ends && index == last) || since < std::uint64_t(AloneOf(index))) return frame;
+    const std::uint64_t done = since - std::uint64_t(AloneOf(index));
+    frame.second = moment((index + 1) % pictures, done);
+    frame.t = FixedEased(FixedShare(std::int64_t(done) + 1, together + 1));
     return frame;
 }
 

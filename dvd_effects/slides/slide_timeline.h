@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "dvd_effects/canvas/layer.h"
 #include "dvd_effects/slides/picture_view.h"
@@ -10,17 +11,21 @@
 /// When which picture of a slideshow shows, and which part of it: functions of the frame's number alone.
 namespace AVBased {
 
-/// A picture at a frame: which one, and how much of its time is over, from 0 to fixedOne.
+/// A picture at a frame: which one, how much of its time is over, from 0 to fixedOne, and how many frames of it were.
 struct SlideMoment {
     std::uint64_t index = 0;
     std::int64_t share = 0;
+    std::uint64_t frame = 0;
 };
 
 struct SlideTimeline {
     std::uint64_t pictures = 1;  ///< at least one
-    /// Frames of a picture by itself, and of it and the next; of 32 bits, not below 0, not both 0.
+    /// Frames of a picture by itself, and of it and the next; of 32 bits, not below 0. Where both are 0, each picture
+    /// has one for itself.
     std::int64_t alone = 1, together = 0;
     bool loops = false;
+    /// Frames by themselves of the first pictures; below 0: as many as the others.
+    std::vector<std::int64_t> own = {};
 
     struct Frame {
         SlideMoment first;
@@ -30,6 +35,9 @@ struct SlideTimeline {
         std::int64_t t = 0;
     };
     Frame At(std::uint64_t position) const;
+
+ private:
+    std::int64_t AloneOf(std::uint64_t index) const;
 };
 
 /// A way of moving over a picture that is larger than the frame, from one view of it to another.

@@ -265,9 +265,11 @@ inline constexpr const char* slideMotions[] = {"none",     "zoomin", "zoomout", 
 inline constexpr const char* fits[] = {"pad", "crop", "blur"};
 inline constexpr ParameterInfo slide[] = {
     Text("paths", "Pictures", "the pictures, in order, joined by \";\""),
+    Text("films", "Pictures", "for each one: true for a film that plays meanwhile"),
     Word("fit", "Pictures", "what becomes of pictures of another shape", fits),
     Switch("loop", "Pictures", "whether the first picture follows the last one"),
     {"slideDuration", "Pictures", "how long a picture is alone", "frames", {0, 100000}},
+    Text("slideDurations", "Pictures", "for each one: how long it is alone, if not as long as that", "frames"),
     {"transitionDuration", "Transitions", "how long it shares the frame with the next one", "frames", {0, 10000}},
     Word("transitions", "Transitions", "how one becomes the next, in turn", transitions, ";"),
     Word("motion", "Motion", "how pictures move, in turn", slideMotions, ";"),

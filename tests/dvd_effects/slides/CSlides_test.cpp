@@ -65,12 +65,50 @@ TEST(SlideTimeline, SharesTheFramesBetweenThePictures) {
     EXPECT_EQ(timeline.At(~0ull).first.share, fixedOne);
     EXPECT_EQ(loop.At(18).second->index, 0u);
     EXPECT_EQ(loop.At(21 * 1000 + 5).t, loop.At(5).t);
+    // The first picture alone for 0 frames, the second one for 2.
+    const SlideTimeline own{3, 4, 3, false, {0, 2}}, ownLoop{3, 4, 3, true, {0, 2}};
+    EXPECT_EQ(own.At(0).second->index, 1u);
+    EXPECT_EQ(own.At(0).second->frame, 0u);
+    EXPECT_EQ(own.At(0).first.frame, 0u) << "nothing leads to the first one";
+    EXPECT_FALSE(own.At(4).second);
+    EXPECT_EQ(own.At(4).first.frame, 4u);
+    EXPECT_EQ(own.At(4).first.share, FixedShare(4, 8));
+    EXPECT_EQ(own.At(5).second->index, 2u);
+    EXPECT_EQ(own.At(100).first.frame, 95u);
+    EXPECT_EQ(ownLoop.At(15).first.index, 0u);
+    EXPECT_EQ(ownLoop.At(15 * 1000 + 9).first.index, ownLoop.At(9).first.index);
     const SlideTimeline huge{1000, 0x7FFFFFFF, 0x7FFFFFFF, true};
     EXPECT_EQ(huge.At(0xFFFFFFFF).first.index, 1u);
 }
 
+TEST_F(Slides, PlaysFilmsAFrameForEachOfTheShow) {
+    manager.files["film"] = FakeManager::Plain(16, 8, 0);
+    manager.files["film"].isStill = false;
+    manager.files["film"].draw = [](CRawVideoFrame& frame, unsigned n) { FakeManager::Paint(frame, black | n); };
+    const EffectOwner slides = Make({{"paths", "film;red;film"},
+                                     {"films", "true;;true"},
+                                     {"motion", "zoomin"},
+                                     {"slideDuration", "2"},
+                                     {"slideDurations", "5;;6"},
+                                     {"transitionDuration", "1"},
+                                     {"transitions", "cut"}});
+    std::vector<unsigned> shown;
+    for (int i = 0; i < 12; ++i) shown.push_back(Next(*slides).Samples()[3][5]);
+    EXPECT_EQ(shown, (std::vector<unsigned>{black, black | 1, black | 2, black | 3, black | 4, red, red, red, black,
+                                            black | 1, black | 2, black | 3}));
+    EXPECT_EQ(manager.openSources, 1) << "only the film that shows";
+    EXPECT_EQ(LastError().code, 0);
+}
+
 TEST_F(Slides, SeekEqualsRunning) {
-    const Settings settings = {{"paths", "noise;red;blue;noise;green"},
+    manager.files["noise film"] = manager.files["noise"];
+    manager.files["noise film"].isStill = false;
+    manager.files["noise film"].draw = [](CRawVideoFrame& frame, unsigned n) {
+        FakeManager::Paint(frame, n * 0x050301);
+    };
+    const Settings settings = {{"paths", "noise;red;noise film;noise;green"},
+                               {"films", "false;false;true"},
+                               {"slideDurations", ";2;4"},
                                {"slideDuration", "3"},
                                {"transitionDuration", "4"},
                                {"transitions", "random;zoom;pageturn;cut"},
