@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exiv2/exiv2.hpp>
+#include <memory>
 #include <mutex>
 #include <string_view>
 
@@ -23,7 +24,7 @@ void PrepareOnce() {
     });
 }
 
-using ImagePtr = Exiv2::Image::AutoPtr;
+using ImagePtr = std::unique_ptr<Exiv2::Image>;
 
 // What the first directory says of the photograph, and not of how its file is laid out.
 constexpr std::string_view descriptive[] = {
@@ -91,7 +92,7 @@ std::string CopyMetadata(const std::string& from, std::string& picture) {
     PrepareOnce();
     ImagePtr source;
     try {
-        source = Exiv2::ImageFactory::open(from);
+        source.reset(Exiv2::ImageFactory::open(from).release());
         source->readMetadata();
     } catch (const Exiv2::Error&) {
         return {};
@@ -107,8 +108,8 @@ std::string CopyMetadata(const std::string& from, std::string& picture) {
                     {"its colour profile", bool(source->iccProfileDefined()), false, Exiv2::mdIccProfile}};
     if (std::none_of(std::begin(parts), std::end(parts), [](const Part& part) { return part.has; })) return {};
     try {
-        const ImagePtr target =
-            Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(picture.data()), long(picture.size()));
+        const auto* const coded = reinterpret_cast<const Exiv2::byte*>(picture.data());
+        const ImagePtr target(Exiv2::ImageFactory::open(coded, long(picture.size())).release());
         target->readMetadata();
         // FFmpeg turns upright what these say; of other formats it takes no notice of that.
         const std::string type = source->mimeType();

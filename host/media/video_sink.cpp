@@ -47,6 +47,19 @@ AVCodecID UsualCodec(const AVOutputFormat& format) {
     return format.video_codec;
 }
 
+// What telephones write under keys of their own goes under those that containers know as well.
+void CopyTags(AVDictionary*& to, const AVDictionary* from) {
+    constexpr std::pair<const char*, const char*> known[] = {{"com.apple.quicktime.location.ISO6709", "location"},
+                                                             {"com.apple.quicktime.creationdate", "date"},
+                                                             {"com.apple.quicktime.author", "artist"},
+                                                             {"com.apple.quicktime.make", "make"},
+                                                             {"com.apple.quicktime.model", "model"}};
+    av_dict_copy(&to, from, 0);
+    for (const auto& [own, usual] : known)
+        if (const AVDictionaryEntry* const entry = av_dict_get(from, own, nullptr, 0))
+            av_dict_set(&to, usual, entry->value, AV_DICT_DONT_OVERWRITE);
+}
+
 // One video stream with the input's audio packets beside it.
 class VideoSink final : public MediaSink {
  public:
@@ -82,7 +95,7 @@ class VideoSink final : public MediaSink {
         } else {
             m_sound.emplace(*m_output, m_name, options, traits);
             m_extras.emplace(*m_output, m_name, traits);
-            av_dict_copy(&m_output->metadata, traits.metadata, 0);
+            CopyTags(m_output->metadata, traits.metadata);
         }
         if (tryOnly) return;
         if (options.chunk) MakeChunkFolder(options.path);

@@ -161,6 +161,11 @@ TEST_F(ExtrasTest, StayWhereTheContainerHoldsThemAndAreNamedElsewhere) {
         }
     }
     EXPECT_NE(Tell("out.mp4", "-show_entries format_tags").find("+48.2"), std::string::npos);
+    Ffmpeg(
+        "-i in.mkv -map 0:v:0 -c copy -map_metadata -1 -movflags use_metadata_tags -metadata "
+        "com.apple.quicktime.location.ISO6709=+48.2+016.3/ phone.mov");
+    ASSERT_EQ(Nifikral("apply phone.mov phone.mp4 gray").exitCode, 0);
+    EXPECT_NE(Tell("phone.mp4", "-show_entries format_tags=location").find("+48.2"), std::string::npos);
     EXPECT_EQ(Nifikral("apply out.mp4 back.mkv gray").errors, "");
     EXPECT_NE(Texts("back.mkv").find("Second"), std::string::npos);
 }
