@@ -15,7 +15,7 @@ reference: packages $(release)/build.ninja  ## show every effect with all of its
 	$(release)/bin/nifikral reference -y out/input/photo.jpg -o out/reference.html
 
 # A small photograph, so that what effects do to single pixels shows in small.
-pictures: packages $(release)/build.ninja  ## remake the pictures of the README
+pictures: packages $(release)/build.ninja  ## make the README's pictures again
 	cmake --build --preset release --target nifikral nifikral_module
 	mkdir -p out docs/pictures
 	ffmpeg -nostdin -v error -y -i /usr/share/backgrounds/Picture_1A_by_freespace.jpg -vf scale=480:-2:flags=area out/small.png
@@ -26,12 +26,12 @@ test: configure  ## build everything and run every test
 	cmake --build --preset release
 	ctest --preset release
 
-# BENCH is handed on, for instance BENCH=--benchmark_filter=gray.
+# BENCH is passed on, for instance BENCH=--benchmark_filter=gray.
 bench: configure  ## time the effects
 	cmake --build --preset release --target nifikral_bench
 	$(release)/bin/nifikral_bench $(BENCH)
 
-bench-peers: packages  ## time public libraries beside the effects
+bench-peers: packages  ## time public libraries against the effects
 	scripts/bench_peers.sh $(BENCH)
 
 debs: packages  ## make Debian packages in build/package
@@ -47,7 +47,7 @@ test-packages: debs  ## install the packages into a clean Debian and use them th
 format:  ## reformat the sources
 	$(sources) | xargs clang-format-14 -i
 
-check-format:  ## say which sources clang-format would change
+check-format:  ## list the sources that clang-format would change
 	scripts/install_packages.sh lint
 	$(sources) | xargs clang-format-14 --dry-run --Werror
 
@@ -58,7 +58,7 @@ tidy: configure  ## run clang-tidy over the module, the command and the bridges
 clean:  ## remove everything that was built or made
 	rm -rf build out
 
-# A demonstration needs neither tests nor benchmarks; a folder that is configured already keeps its choice.
+# A demonstration needs neither tests nor benchmarks; an already configured folder keeps its choice.
 $(release)/build.ninja: | packages
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=OFF -D NIFIKRAL_BUILD_BENCH=OFF
 

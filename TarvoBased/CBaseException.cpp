@@ -10,7 +10,7 @@ namespace {
 
 const char* OrEmpty(const char* text) { return text ? text : ""; }
 
-// Without memory for its text an error is still told by its code.
+// Without memory for its text, an error still has its code.
 std::string CopyIfThereIsMemory(const char* text) try { return OrEmpty(text); } catch (const std::bad_alloc&) {
     return {};
 }

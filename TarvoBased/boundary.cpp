@@ -19,7 +19,7 @@ void RecordException(int line, const char* source) noexcept try {
         current->SetException(errorGeneral, textUnknownException, line, source);
     }
 } catch (...) {
-    // Filing an error needs memory too. Without any, the failure value alone has to tell the host.
+    // Filing an error needs memory too. Without any, the host sees only the failure value.
 }
 
 void RaisePendingException() {

@@ -15,7 +15,7 @@ void RaisePendingException();
 /// Raises 10021003 when `pointer` is null.
 void RequirePointer(const void* pointer, int line, const char* source);
 
-/// Runs `work` as an operation that the host may call: whatever it throws is filed, and `failure` is answered instead.
+/// Runs `work` as an operation that the host may call: whatever it throws is filed, and `failure` is returned instead.
 /// `line` and `source` are what the host reads for an exception that brings none of its own.
 template <class Work, class Result>
 Result AtBoundary(int line, const char* source, Result failure, Work&& work) noexcept {

@@ -4,7 +4,7 @@
 
 /// What a host gives to the generators: pictures, videos and rendered text as sources of frames. The module only calls
 /// these interfaces. Threads: a generator and everything that it opened are used by one thread at a time. Errors: an
-/// operation that fails answers null or false and files why, as in IAVProc.
+/// operation that fails returns null or false and files why, as in IAVProc.
 namespace AVBased {
 
 /// The importers that the generators ask for by name.
@@ -15,9 +15,9 @@ inline constexpr char importerSimpleHtmlText[] = "SimpleHTMLTextImporter";
 class IAVSource {
  public:
     /// An interface of this source ("ISimpleHTMLRender" and "ITextLines" of a text, "IAVSourceSetProperty" of a
-    /// picture); borrowed, valid as long as the source. Null (10021009) for one that it has not.
+    /// picture); borrowed, valid as long as the source. Null (10021009) for any other.
     virtual void* GetInterface(const char* name) = 0;
-    /// The current frame, and a step to the next one: a video starts over behind its last frame, a picture or a text
+    /// The current frame, and a step to the next one: a video starts over after its last frame, a picture or a text
     /// stays. The caller releases the frame with Free(); it may outlive the source. Null on failure.
     virtual IRawVideoFrame* ReadFrame() = 0;
     /// Whether every frame is the same: a reader may keep the first one and release the source.
@@ -64,9 +64,8 @@ class ITextLines {
     static constexpr char name[] = "ITextLines";
 
     /// The text that was set, with line feeds where it has to break so that its frame gets no wider than `width`
-    /// pixels: as few as possible, which leave lines of about one length. Its own line feeds stay. Breaks fall between
-    /// words, and with `withinWords` also within a word that is too wide. Borrowed until the next call; null on
-    /// failure.
+    /// pixels: as few as possible, with lines of similar length. Its own line feeds stay. Breaks fall between words,
+    /// and with `withinWords` also within a word that is too wide. Borrowed until the next call; null on failure.
     virtual const char* BreakLines(unsigned width, bool withinWords) = 0;
 
  protected:
@@ -76,14 +75,14 @@ class ITextLines {
 /// One way of making sources.
 class IAVImporter {
  public:
-    /// A new source, empty until it is told what to show; the caller releases it with Free(). Null on failure.
+    /// A new source, empty until its content is set; the caller releases it with Free(). Null on failure.
     virtual IAVSource* CreateSource() = 0;
 
  protected:
     ~IAVImporter() = default;
 };
 
-/// The host's entrance for generators; it outlives them all.
+/// The host's entry point for generators; it outlives them all.
 class IAVManager {
  public:
     /// The importer of that name; borrowed, valid as long as the manager. Null (10021005) for an unknown one.

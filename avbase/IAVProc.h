@@ -8,7 +8,7 @@ namespace AVBased {
 
 /// A named processing object with typed text properties and named interfaces.
 ///
-/// Threads: one object is used by one thread at a time. Errors: every operation that can fail answers null or false and
+/// Threads: one object is used by one thread at a time. Errors: every operation that can fail returns null or false and
 /// files code, message, source and line in the calling thread's exception object (TarvoBased::GetTarvoException);
 /// success leaves that object as it was.
 class IAVProc {
@@ -25,7 +25,7 @@ class IAVProc {
     /// The object's own name; borrowed, valid as long as the object.
     virtual const char* GetName() = 0;
     /// Sets a property from text. Text that does not start with a number leaves a number property's value as it was and
-    /// still answers true. A refused value answers false and changes nothing.
+    /// still returns true. A refused value returns false and changes nothing.
     /// Errors: 10021003 for a null argument; 10021005 for an unknown name; 10021008 for a refused value.
     virtual bool SetProperty(const char* name, const char* value) = 0;
     /// The property's present text; borrowed, valid until the same property is set again. Writes its type code to

@@ -21,8 +21,8 @@ class IRawVideoFrame {
     /// The sum of pitch x rows over all planes, in bytes.
     virtual unsigned GetTotalSize() = 0;
     /// A plane's first byte, with the row length in bytes, the distance between the starts of two rows in bytes and the
-    /// number of rows; each of the three pointers may be null. pitch x rows bytes may be touched, rowBytes of each row
-    /// are picture. A plane that does not exist answers null (10021000) and zeros.
+    /// number of rows; each of the three pointers may be null. pitch x rows bytes may be touched, the first rowBytes of
+    /// each row are picture. A plane that does not exist gives null (10021000) and zeros.
     virtual unsigned char* GetBuffer(unsigned plane, unsigned* rowBytes, unsigned* pitch, unsigned* rows) = 0;
     /// The display aspect ratio, width over height; 0 when unknown.
     virtual double GetDAR() = 0;

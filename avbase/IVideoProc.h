@@ -15,13 +15,13 @@ inline constexpr int noPosition = -2147483647 - 1;
 /// chooses the unit), or noPosition. Threads and errors as in IAVProc.
 class IVideoProc : public IAVProc {
  public:
-    /// Moves a generator's playback to `position`; the frame effects have none and answer true.
+    /// Moves a generator's playback to `position`; the frame effects have none and return true.
     virtual bool Seek(unsigned position) = 0;
     /// The value of the property "duration".
     virtual int GetDuration() = 0;
-    /// Processes a copy. The answer stays the effect's and is valid until the next ProcFrame of this object or its end;
-    /// the caller must not Free it. Null on failure: 10021003 for a null record or frame, or the frame's own error when
-    /// it cannot be cloned.
+    /// Processes a copy. The result belongs to the effect and is valid until the next ProcFrame of this object or its
+    /// end; the caller must not Free it. Null on failure: 10021003 for a null record or frame, or the frame's own error
+    /// when it cannot be cloned.
     virtual IRawVideoFrame* ProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) = 0;
     /// Processes the frame itself; its size and format never change, and a format that the effect does not know leaves
     /// every byte as it was. Errors as in ProcFrame, seen only in the exception object.

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the module imports from the host's library `avbase`. Ordinary dynamic references: a host that defines these
-// functions itself gets its own called.
+// What the module imports from the host's library `avbase`. Ordinary dynamic references: where a host defines these
+// functions itself, its own are called.
 
 namespace AVBased {
 
@@ -13,7 +13,7 @@ constexpr bool HasVectorUnit(unsigned cpuFeatures) { return (cpuFeatures & (cpuF
 extern "C" {
 /// The processor's features as a bit mask.
 unsigned AVBasedGetCPUFeatures();
-/// Copies `length` bytes between ranges that do not overlap; answers `destination`.
+/// Copies `length` bytes between ranges that do not overlap; returns `destination`.
 void* AVBasedMemCopy(void* destination, const void* source, unsigned length);
 }
 

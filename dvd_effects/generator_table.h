@@ -6,7 +6,7 @@
 
 namespace AVBased {
 
-/// Every menu, slide and title generator in the order in which names are compared, behind the frame effects.
+/// Every menu, slide and title generator in the order in which names are compared, after the frame effects.
 std::span<const EffectEntry> GeneratorTable();
 
 }  // namespace AVBased

@@ -1,4 +1,5 @@
-// A complete host: it loads the module, puts one effect on a picture of its own, prints the picture, and tells errors.
+// A complete host: it loads the module, puts one effect on a picture of its own, prints the picture, and reports
+// errors.
 //
 //     minimal_host MODULE EFFECT [PROPERTY VALUE]... >picture.ppm
 #include <dlfcn.h>
@@ -16,7 +17,7 @@ namespace {
 
 constexpr unsigned width = 64, height = 36;
 
-// Whatever the module refuses or cannot do, it answers null or false and leaves the reason in this thread's object.
+// When the module refuses something or fails, it returns null or false and leaves the reason in this thread's object.
 int Fail(const char* what) {
     TarvoBased::ITarvoException* const error = TarvoBased::GetTarvoException();
     std::fprintf(stderr, "%s: %s (code %d)\n", what, error->GetExceptionMsg(), error->GetExceptionCode());

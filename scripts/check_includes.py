@@ -36,7 +36,7 @@ def main():
             name = path.relative_to(root)
             room = room_of(name, rooms)
             if room is None or room != str(name.parent):
-                faults.append(f"{name}: its folder is none of scripts/rooms; add the folder there")
+                faults.append(f"{name}: its folder is not in scripts/rooms; add it there")
                 continue
             for number, line in enumerate(path.read_text().splitlines(), 1):
                 match = re.match(r'#include "([^"]+)"', line)

@@ -30,6 +30,6 @@ echo "all generators on one sheet"
 "$here/contact_sheet.sh" "$command" "$folder/generators.png" generators
 
 echo
-echo "The results lie in $(realpath "$folder"): EFFECT.mp4 from input/clip.mp4, EFFECT.png from input/photo.jpg,"
+echo "The results are in $(realpath "$folder"): EFFECT.mp4 from input/clip.mp4, EFFECT.png from input/photo.jpg,"
 echo "menu.mp4 from menu_project/menu.json, slideshow.mp4, title.mp4, and generators.png with a frame of every generator."
 echo "The photograph under every effect: $(realpath "$folder/gallery.html")"

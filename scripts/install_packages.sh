@@ -28,7 +28,7 @@ as_root=()
 if [[ $EUID -ne 0 ]]; then
     command -v sudo >/dev/null ||
         fail "missing packages, and neither root nor sudo to install them; as root: apt-get install ${missing[*]}"
-    # Asks for the password now, where there is a terminal to ask on, and not in the middle of a quiet step.
+    # Asks for the password now, if there is a terminal, and not in the middle of a quiet step.
     sudo -v || fail "missing packages, and sudo refused; as root: apt-get install ${missing[*]}"
     as_root=(sudo)
 fi
@@ -42,7 +42,7 @@ apt() {
 first_fault() { grep -m1 -E '^(E|Err|W)[: ]' "$log" || tail -n1 "$log"; }
 
 echo "installing ${missing[*]}"
-# A source that does not answer is no fault as long as the packages can still be had, so the status is not asked.
+# An unreachable source does not matter as long as the packages can be installed, so the status is ignored.
 apt update || true
 unknown=()
 for package in "${missing[@]}"; do

@@ -1,6 +1,6 @@
 #!/bin/bash
 # Makes the sample photograph and the sample clip (1280x720, 4 seconds, moving, with sound) from the photographs of
-# the package lomiri-wallpapers-16.04. What is there already stays.
+# the package lomiri-wallpapers-16.04. Existing files are kept.
 # Usage: scripts/sample_media.sh FOLDER
 set -euo pipefail
 folder=$1
@@ -17,7 +17,7 @@ for photograph in "$mountains" "$dandelions" "$brushes"; do
     fi
 done
 
-# A file appears under its name only when it is whole, so that an interrupted run is made up for by the next one.
+# A file appears under its name only when it is whole, so that the next run redoes what an interrupted one left out.
 make_once() {
     local target=$1 part=$1.part.${1##*.}
     shift

@@ -16,7 +16,7 @@ contents() {
 }
 
 failed=0 runs=0
-# A run's words with OUT for its output. The plan's last line joins, the others may go anywhere at any time.
+# A run's words with OUT for its output. The plan's last line joins, the others may run anywhere at any time.
 compare() {
     local whole=("${@//OUT/whole.mkv}") shared=("${@//OUT/shared.mkv}")
     rm -rf whole.mkv shared.mkv shared.mkv.chunks

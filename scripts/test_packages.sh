@@ -1,7 +1,7 @@
 #!/bin/bash
-# Installs the Debian packages into a clean Debian 12 of its own, with what they say they depend on and nothing else, and
+# Installs the Debian packages into a clean Debian 12 of its own, with their declared dependencies and nothing else, and
 # puts effects on pictures there: with the command, in ffmpeg and in GStreamer. Needs root, debootstrap and the network;
-# ends with 77 where it cannot run.
+# exits with 77 where it cannot run.
 # Usage: scripts/test_packages.sh FOLDER_WITH_PACKAGES
 set -euo pipefail
 packages=$(realpath "$1")
@@ -18,14 +18,14 @@ compgen -G "$packages/*.deb" >/dev/null || { echo "test_packages: no packages in
 work=$(mktemp -d)
 trap 'umount -l "$work/root/proc" 2>/dev/null || true; rm -rf --one-file-system "$work"' EXIT
 root=$work/root
-# What was fetched is kept for the next time.
+# Downloaded packages are kept for the next run.
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/nifikral-packages
 mkdir -p "$cache/base" "$cache/archives/partial"
 
 echo "making a clean system"
 debootstrap --variant=minbase --cache-dir="$cache/base" "$suite" "$root" "$mirror" >"$work/log" 2>&1 || {
     grep -qiE 'couldn.t (download|resolve|find)|unable to connect|failed getting|retrieving' "$work/log" &&
-        cannot_run "$mirror does not answer: $(tail -n 1 "$work/log")"
+        cannot_run "$mirror does not respond: $(tail -n 1 "$work/log")"
     cannot_run "debootstrap fails: $(tail -n 1 "$work/log")"
 }
 mount -t proc proc "$root/proc" 2>/dev/null || cannot_run "nothing can be mounted"
@@ -54,7 +54,7 @@ inside sh -ec '
     nifikral menu -q menu_common /project/menu.json -o /menu.mp4 --frames 0-4
     test -s /menu.mp4
     test -e /usr/include/nifikral/avbase/IVideoProc.h'
-# The hosts of the bridges are no dependencies of theirs.
+# The bridges' hosts are not dependencies of the bridges.
 install_inside ffmpeg gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
 inside sh -ec '
     ffmpeg -nostdin -v error -i /project/lake.png -vf frei0r=nifikral_gray /frei0r.png

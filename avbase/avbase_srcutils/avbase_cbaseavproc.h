@@ -37,7 +37,7 @@ class CBaseAVProc : public IAVProc {
         void Parse();
     };
 
-    /// `type` and `subtype` as GetType() and GetSubType() answer them; `name` must not be null and is copied.
+    /// `type` and `subtype` as GetType() and GetSubType() return them; `name` must not be null and is copied.
     CBaseAVProc(const char* name, unsigned type, unsigned subtype);
     CBaseAVProc(const CBaseAVProc&) = delete;
     CBaseAVProc& operator=(const CBaseAVProc&) = delete;

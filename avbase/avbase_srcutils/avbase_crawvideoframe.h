@@ -10,7 +10,7 @@ namespace AVBased {
 
 /// Fills four lists with one entry for each plane of a format at a size: rows, row lengths in bytes, pixel groupings
 /// (pixels a group x 65536 + bytes a group) and vertical sub-sampling factors. `planeCount` is the number of colour
-/// components; a format that is packed has one plane all the same. Raises 10021010 for an unknown format.
+/// components; a packed format still has one plane. Raises 10021010 for an unknown format.
 void GetImageParameters(unsigned format, unsigned width, unsigned height, bool& packed, unsigned& planeCount,
                         std::vector<unsigned>& rows, std::vector<unsigned>& rowBytes, std::vector<unsigned>& grouping,
                         std::vector<unsigned>& verticalSubsampling);

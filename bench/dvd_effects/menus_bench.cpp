@@ -23,7 +23,7 @@ constexpr unsigned pictures = 6, texts = 4;
 // Frames of a template's loop, all of which are timed.
 constexpr unsigned loop = 240;
 
-// A file of one picture, or of ever the same frame.
+// A file of one picture, or of the same frame over and over.
 FakeFile Film(unsigned format, unsigned width, unsigned height, bool isStill) {
     const auto picture = std::make_shared<CRawVideoFrame>(false, format, width, height, true);
     unsigned rowBytes = 0, pitch = 0, rows = 0;

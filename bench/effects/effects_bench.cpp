@@ -7,8 +7,8 @@
 
 #include "bench/harness/measure.h"
 #include "bench/harness/report.h"
-#include "effects/base/CBasedVideoEffect.h"
 #include "effects/ImageEffects.h"
+#include "effects/base/CBasedVideoEffect.h"
 
 namespace Bench {
 namespace {
@@ -17,7 +17,7 @@ using AVBased::InstructionSet;
 
 /// An effect with settings, and the times that it may take in units of the in-place pass.
 struct Job {
-    const char* row;       ///< the effect's name, then after a blank what tells this row from others of the effect
+    const char* row;  ///< the effect's name, then after a blank what distinguishes this row from others of the effect
     const char* settings;  ///< properties as "name=value", a blank between
     double goalPacked, goalPlanar;
     int position = 0;
@@ -132,7 +132,7 @@ int Call(const std::string& name, int times) {
             for (int i = 0; i < times; ++i) work(frame);
             return 0;
         }
-    std::fprintf(stderr, "nifikral_bench: there is no row %s\n", name.c_str());
+    std::fprintf(stderr, "nifikral_bench: no row is called %s\n", name.c_str());
     return 2;
 }
 

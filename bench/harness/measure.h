@@ -8,14 +8,14 @@
 
 namespace Bench {
 
-/// Names of the counters that a benchmark reports, in units of the in-place pass unless told otherwise.
+/// Names of the counters that a benchmark reports, in units of the in-place pass unless stated otherwise.
 inline constexpr char counterCold[] = "cold", counterHot[] = "hot", counterFirst[] = "first", counterGoal[] = "goal",
                       counterCopies[] = "copies",  // cold, in units of a plain frame copy
     counterNsPixel[] = "ns/pixel";                 // cold
 
 using Work = std::function<void(CRawVideoFrame&)>;
 
-/// What is measured on frames of one format. `make` answers work with fresh state, whose first call may build tables;
+/// What is measured on frames of one format. `make` returns work with fresh state, whose first call may build tables;
 /// an in-place pass over `unitPlane` is the unit.
 struct Measured {
     unsigned format;

@@ -8,8 +8,8 @@
 
 namespace Bench {
 
-/// Prints a line a benchmark as it ends. Benchmarks are called "<row>/packed" and "<row>/planar"; at the end the two
-/// stand side by side in one table.
+/// Prints a line for each benchmark as it ends. Benchmarks are called "<row>/packed" and "<row>/planar"; at the end the
+/// two stand side by side in one table.
 class TableReporter : public benchmark::BenchmarkReporter {
  public:
     bool ReportContext(const Context& context) override;

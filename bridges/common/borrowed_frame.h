@@ -33,7 +33,7 @@ class BorrowedFrame final : public AVBased::IRawVideoFrame {
     unsigned GetBufferCount() override { return m_state.planeCount; }
     unsigned GetTotalSize() override;
     unsigned char* GetBuffer(unsigned plane, unsigned* rowBytes, unsigned* pitch, unsigned* rows) override;
-    /// Of square pixels, unless told with SetDAR.
+    /// Of square pixels, unless SetDAR says otherwise.
     double GetDAR() override { return m_state.displayAspectRatio; }
     void SetDAR(double displayAspectRatio) { m_state.displayAspectRatio = displayAspectRatio; }
     void CropRightAndBottom(unsigned right, unsigned bottom) override;

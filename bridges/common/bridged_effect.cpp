@@ -8,7 +8,7 @@
 namespace Nifikral {
 namespace {
 
-// Runs a call into the module; answers what it files.
+// Runs a call into the module; returns what it files.
 template <class Call>
 std::optional<std::string> FiledBy(const std::string& effect, Call&& call) {
     TarvoBased::GetTarvoException()->Clear();

@@ -22,7 +22,7 @@ const BridgeModule& TheBridgeModule(AVBased::IAVManager* manager = nullptr);
 
 /// An effect as another program drives it. Threads: one at a time.
 ///
-/// The program's errors are taken from the module by each call and answered as a line; nothing says that all is well.
+/// Each call takes the module's error and returns it as a line; nothing means success.
 class BridgedEffect {
  public:
     /// `module` outlives this object. Throws HostError for a name that it does not know or cannot make.
@@ -31,7 +31,7 @@ class BridgedEffect {
     /// The effect's properties as they are when nothing is set.
     const std::vector<PropertyInfo>& Properties() const { return m_properties; }
     /// Sets a property, unless it was last set to the same text: programs set all of them before every frame, and an
-    /// effect may have to rebuild its tables. A refused text is handed on once.
+    /// effect may have to rebuild its tables. A refused text is passed on once.
     std::optional<std::string> Set(const std::string& property, const std::string& text);
     /// What the effect made of the texts that the property was set to; none as long as it was not set.
     std::optional<std::string> Text(const std::string& property) const;

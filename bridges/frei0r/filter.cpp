@@ -14,7 +14,7 @@
 #include "bridges/frei0r/frame_clock.h"
 #include "bridges/frei0r/parameters.h"
 #include "bridges/frei0r/plugin.h"
-#include "bridges/frei0r/tell.h"
+#include "bridges/frei0r/report.h"
 
 namespace Nifikral::Frei0r {
 namespace {
@@ -25,7 +25,7 @@ constexpr unsigned bytesPerPixel = 4;
 // interface has a model for any order too, but with it hosts pass alpha first as well.
 int ModelOf(const EffectInfo* effect) { return effect && (effect->traits & knowsRedFromBlue) ? modelBgra : modelRgba; }
 
-// What hosts are told of an effect, in memory that stays.
+// What hosts see of an effect, in memory that stays.
 struct Description {
     std::string name, explanation;
     int colourModel;
@@ -115,7 +115,7 @@ class FilterInstance final : public Instance {
         const int position = Position(time);
         const BorrowedPlane plane{static_cast<unsigned char*>(output), pitch, pitch, m_height};
         BorrowedFrame frame(AVBased::formatRgba32, m_width, m_height, {&plane, 1}, position);
-        TellOnce(m_effect.Process(frame, position));
+        ReportOnce(m_effect.Process(frame, position));
     }
 
  private:
@@ -156,7 +156,7 @@ class FilterInstance final : public Instance {
 
     void HandOn(const Knob& knob) {
         const bool colour = knob.parameter->type == colourParameter;
-        TellOnce(m_effect.Set(knob.parameter->property, Text(colour ? knob.value : knob.TrueValue(), knob.type)));
+        ReportOnce(m_effect.Set(knob.parameter->property, Text(colour ? knob.value : knob.TrueValue(), knob.type)));
     }
 
     int Position(double time) {
@@ -169,10 +169,10 @@ class FilterInstance final : public Instance {
         return m_clock.FrameAt(time, rate, TimeUnit(std::lround(unit))) - int(std::lround(begin));
     }
 
-    void TellOnce(const std::optional<std::string>& error) {
-        if (!error || m_told) return;
-        m_told = true;
-        Tell(*error);
+    void ReportOnce(const std::optional<std::string>& error) {
+        if (!error || m_reported) return;
+        m_reported = true;
+        Report(*error);
     }
 
     std::mutex m_mutex;
@@ -180,7 +180,7 @@ class FilterInstance final : public Instance {
     unsigned m_width, m_height;
     std::vector<Knob> m_knobs;
     FrameClock m_clock;
-    bool m_told = false;
+    bool m_reported = false;
 };
 
 }  // namespace
@@ -209,9 +209,9 @@ Instance* Filter::Construct(const char* effect, unsigned width, unsigned height)
     try {
         const BridgeModule& loaded = TheBridgeModule();
         if (loaded.module) return new FilterInstance(*loaded.module, effect, width, height);
-        Tell(loaded.error);
+        Report(loaded.error);
     } catch (const std::exception& error) {
-        Tell(error.what());
+        Report(error.what());
     }
     return nullptr;
 }

@@ -11,9 +11,9 @@ enum class TimeUnit { Automatic, Seconds, Milliseconds, Frames, Calls };
 /// milliseconds, some jump about, and some pass nothing that is a time.
 class FrameClock {
  public:
-    /// The number of the frame at `time`. A time that is negative, no number or centuries away is none; such calls are
-    /// counted. Automatic: times are seconds unless the first step between two of them is above 1, and seconds for good
-    /// once a step of at most 1 was seen.
+    /// The number of the frame at `time`. A time that is negative, not a number or centuries away counts as missing;
+    /// such calls are counted. Automatic: times are seconds unless the first step between two of them is above 1, and
+    /// seconds for good once a step of at most 1 was seen.
     int FrameAt(double time, double framesPerSecond, TimeUnit unit);
 
  private:

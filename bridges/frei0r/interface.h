@@ -1,6 +1,7 @@
 #pragma once
 
-/// The frei0r 1.2 interface as far as filters and sources need it. Strings are UTF-8 and live as long as the plug-in.
+/// The frei0r 1.2 interface reduced to what filters and sources need. Strings are UTF-8 and live as long as the
+/// plug-in.
 namespace Nifikral::Frei0r {
 
 enum PluginType : int { filterPlugin = 0, sourcePlugin = 1 };

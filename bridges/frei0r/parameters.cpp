@@ -91,7 +91,7 @@ std::vector<Parameter> ParametersOf(const EffectInfo& effect) {
         parameters.push_back(OfTime(Role::FrameRate, "fps",
                                     "frame rate; 0 to 1 is 0 to 1000 frames a second, 0.025 means 25", {0, 1000}, 25));
         parameters.push_back(OfTime(Role::TimeUnit, "time_unit",
-                                    "what the program's time counts: 0 found out, 0.25 seconds, 0.5 milliseconds, "
+                                    "what the program's time counts: 0 automatic, 0.25 seconds, 0.5 milliseconds, "
                                     "0.75 frames, 1 nothing (pictures are counted)",
                                     {0, 4}, 0));
     }

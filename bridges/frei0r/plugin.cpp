@@ -1,6 +1,6 @@
 // One plug-in: the functions that a frei0r host looks up, each handed on with the name of this object's effect.
 // NIFIKRAL_EFFECT is that name, NIFIKRAL_KIND one of the structs of plugin.h. An object for each effect, because hosts
-// tell plug-ins apart by their files, and the loader makes one of several links to a file.
+// distinguish plug-ins by their files, and the loader makes one of several links to a file.
 #include "bridges/frei0r/plugin.h"
 
 using namespace Nifikral::Frei0r;

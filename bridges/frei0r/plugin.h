@@ -12,7 +12,7 @@ namespace Nifikral::Frei0r {
 class Instance {
  public:
     virtual ~Instance() = default;
-    /// Reads or writes the value of a parameter, of the type that its description tells.
+    /// Reads or writes the value of a parameter, of the type that its description gives.
     virtual void Set(const void* value, int parameter) = 0;
     virtual void Get(void* value, int parameter) = 0;
     /// Makes the picture of a moment. Pictures have no padding; `input` is null for a source and may be `output`.

@@ -12,7 +12,7 @@
 #include "bridges/common/bridged_effect.h"
 #include "bridges/frei0r/frame_clock.h"
 #include "bridges/frei0r/plugin.h"
-#include "bridges/frei0r/tell.h"
+#include "bridges/frei0r/report.h"
 #include "host/base/errors.h"
 #include "host/catalogue/catalogue.h"
 #include "host/films/media_manager.h"
@@ -59,7 +59,7 @@ class Menu {
 
     double FramesPerSecond() const { return av_q2d(m_project.film.frameRate); }
 
-    /// Makes the picture of a frame; behind the end, that of the last one. Answers the first error.
+    /// Makes the picture of a frame; past the end, that of the last one. Returns the first error.
     std::optional<std::string> Show(long long frame) {
         frame = std::min(frame, m_project.film.frames - 1);
         std::optional<std::string> error;
@@ -131,11 +131,11 @@ class SourceInstance final : public Instance {
         if (!path || path == m_project) return;
         m_project = path;
         m_menu.reset();
-        m_told = false;
+        m_reported = false;
         try {
             m_menu.emplace(m_effect, m_project);
         } catch (const std::exception& error) {
-            Tell(error.what());
+            Report(error.what());
         }
     }
 
@@ -158,8 +158,8 @@ class SourceInstance final : public Instance {
         } catch (const std::exception& failure) {
             error = failure.what();
         }
-        if (error && !m_told) Tell(*error);
-        m_told = m_told || error;
+        if (error && !m_reported) Report(*error);
+        m_reported = m_reported || error;
     }
 
  private:
@@ -168,7 +168,7 @@ class SourceInstance final : public Instance {
     unsigned m_width, m_height;
     std::optional<Menu> m_menu;
     FrameClock m_clock;
-    bool m_told = false;
+    bool m_reported = false;
 };
 
 const std::string& NameOf(const char* effect) {

@@ -219,7 +219,7 @@ bool RegisterElements(GstPlugin* plugin) {
     const BridgeModule& bridge = TheBridgeModule();
     if (!bridge.module) {
         // A failure would be remembered whatever becomes of the module.
-        g_warning("There are no elements of Nifikral: %s.", bridge.error.c_str());
+        g_warning("Nifikral's elements are not available: %s.", bridge.error.c_str());
         return true;
     }
     // Types live as long as the process.

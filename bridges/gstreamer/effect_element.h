@@ -5,7 +5,7 @@
 /// GStreamer's elements: one for each effect on frames that the module has.
 namespace Nifikral::Gst {
 
-/// Makes them known under their names. Without a module there are none, which is told with the reason.
+/// Registers them under their names. Without a module there are none, and a warning gives the reason.
 bool RegisterElements(GstPlugin* plugin);
 
 }  // namespace Nifikral::Gst

@@ -16,8 +16,8 @@ class FrameCounter {
     /// The number of a frame, from its time in the stream. Where there is no time or no rate, frames are counted from
     /// the segment's first one.
     int Position(const GstBuffer& buffer, const GstSegment& segment, const GstVideoInfo& info);
-    /// How many frames the stream has, as what feeds `sink` or else the segment tells; asked once. None where neither
-    /// knows.
+    /// The number of frames in the stream, from what feeds `sink` or else from the segment; queried once. None where
+    /// neither knows.
     std::optional<int> Length(GstPad* sink, const GstSegment& segment, const GstVideoInfo& info);
 
  private:

@@ -118,7 +118,7 @@ GstVideoFrame* ScratchPicture::CopyOf(const GstVideoFrame& picture) {
         return nullptr;
     GstBuffer* const buffer = gst_buffer_new_allocate(nullptr, info.size, nullptr);
     if (!buffer) return nullptr;
-    // Some effects show what lies behind a row.
+    // Some effects show what follows a row.
     gst_buffer_memset(buffer, 0, 0, info.size);
     m_mapped = gst_video_frame_map(&m_picture, &info, buffer, GST_MAP_READWRITE);
     // From here on the mapped picture keeps it.

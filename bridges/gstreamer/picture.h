@@ -11,14 +11,14 @@
 namespace Nifikral::Gst {
 
 /// What an effect takes and gives; the caller owns it. An effect that shows in the alpha channel alone takes no format
-/// without one, so that it never does nothing unnoticed.
+/// without one, so that it never silently does nothing.
 GstCaps* CapsOf(const EffectInfo& effect);
 
 /// A mapped picture of one of these formats as a frame, in place.
 BorrowedFrame FrameOf(GstVideoFrame& picture, int timeStamp);
 
 /// Whether each plane's rows, padding included, lie in the picture's memory and belong to no other plane. Effects may
-/// use the padding, so other pictures are no work for them.
+/// use the padding, so they cannot work on other pictures.
 bool PlanesStandAlone(const GstVideoFrame& picture);
 
 /// A copy of a picture whose planes stand alone. Threads: one at a time.

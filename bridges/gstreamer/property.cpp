@@ -79,7 +79,7 @@ GParamSpec* SpecOf(const EffectInfo& effect, const PropertyInfo& property) {
 }
 
 GParamSpec* DurationSpec() {
-    return g_param_spec_int("duration", "Duration", "Length of the effect (frames); 0 for that of the stream", 0,
+    return g_param_spec_int("duration", "Duration", "Length of the effect (frames); 0: the length of the stream", 0,
                             G_MAXINT, 0, GParamFlags(flags & ~GST_PARAM_CONTROLLABLE));
 }
 

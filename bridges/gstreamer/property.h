@@ -12,8 +12,8 @@ namespace Nifikral::Gst {
 /// Whether a property is of a kind that an effect on frames has; lists and texts belong to the generators.
 bool IsNumber(const PropertyInfo& property);
 
-/// What GObject is told of such a property: its type as the module has it; range, choices, unit and meaning as the
-/// catalogue knows them; as its default what the effect works with.
+/// Such a property as GObject sees it: its type as the module has it; range, choices, unit and meaning as the catalogue
+/// knows them; as its default what the effect works with.
 GParamSpec* SpecOf(const EffectInfo& effect, const PropertyInfo& property);
 /// The same of the property "duration", which GStreamer can find out by itself.
 GParamSpec* DurationSpec();

@@ -5,8 +5,9 @@
 
 #include "effects/base/place_hash.h"
 
-/// Motion that starts and ends gently and closes a loop. Times are parts of a whole: 0 is its begin, 1 its end. Plain
-/// arithmetic throughout, so that every machine draws the same. Times and places of slides are fixed-point numbers.
+/// Motion that starts and ends gently and closes a loop. Times are parts of a whole: 0 is its beginning, 1 its end.
+/// Plain arithmetic throughout, so that every machine draws the same. Times and places of slides are fixed-point
+/// numbers.
 namespace AVBased {
 
 /// The greatest whole number up to t.
@@ -51,7 +52,7 @@ constexpr double Scattered(unsigned seed, unsigned index) {
     return double(bits >> 8) / (1 << 24);
 }
 
-/// 1 as a fixed-point number: 16 bits behind the point.
+/// 1 as a fixed-point number: 16 bits after the point.
 inline constexpr std::int64_t fixedOne = 1 << 16;
 
 /// done / whole, from 0 to fixedOne; `whole` is above 0 and both are below 2^47.

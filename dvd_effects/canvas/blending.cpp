@@ -58,7 +58,7 @@ void BlendPixels(Rgba32* pixels, unsigned count, const TileRow& row) {
 class VisibleParts {
  public:
     VisibleParts(Covers covers, Span all, unsigned top, unsigned rows, unsigned blockColumns) {
-        // More of them would take longer to tell than to draw.
+        // More of them would take longer to find than to draw.
         for (const Cover& cover : covers.first(std::min(covers.size(), mostHidden))) {
             // What hides both the first and the last row hides those between.
             const Span first = HiddenIn(top, cover, all), both = HiddenIn(top + rows - 1, cover, first);

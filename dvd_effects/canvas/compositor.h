@@ -24,7 +24,7 @@ struct WarpPlanes {
 ///
 /// Where a layer covers a pixel with a of 255, the pixel becomes (pixel * (255 - a) + layer * a) / 255, to the nearest.
 /// A chroma sample does the same with the sums over all luma positions that it serves; what the layer does not reach
-/// counts as uncovered, and a position behind the picture's odd edge as the last one before it. An alpha plane, and the
+/// counts as uncovered, and a position beyond the picture's odd edge as the last one before it. An alpha plane, and the
 /// alpha of a packed frame, becomes a + alpha * (255 - a) / 255, and a pixel that is not opaque weighs by its alpha,
 /// so that a layer keeps its own colours on a transparent frame. Anything outside the frame is left out, at any
 /// 32-bit position; padding stays.
@@ -52,10 +52,9 @@ class Canvas {
                    std::uint8_t opacity = 255);
 
     /// Lays a layer with its corners at any four places: scaled, turned, in perspective, in parts of pixels. Colours
-    /// are interpolated between neighbours, edges are smooth. Corners that are not finite, enclose nothing or have a
-    /// dent show nothing. At whole pixels, unturned and in its own size, a layer comes out as from Lay. Nothing is
-    /// drawn outside the window. What lies under covers may be left out: whoever gives them lays there something that
-    /// hides it.
+    /// are interpolated between neighbours, edges are smooth. Corners that are not finite, enclose nothing or are not
+    /// convex show nothing. At whole pixels, unturned and in its own size, a layer comes out as from Lay. Nothing is
+    /// drawn outside the window. What lies under covers may be left out: the caller lays something there that hides it.
     void LayTransformed(const Layer& layer, const Placement& placement, std::uint8_t opacity = 255,
                         const Box& window = everything, std::span<const Cover> covers = {});
 

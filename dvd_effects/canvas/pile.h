@@ -10,7 +10,7 @@ namespace AVBased {
 /// out. The frame comes out as if each had been laid by itself.
 class Pile {
  public:
-    /// Lays a layer on top, as Canvas::LayTransformed does. It is borrowed until the pile is drawn; `isOpaque` tells
+    /// Lays a layer on top, as Canvas::LayTransformed does. It is borrowed until the pile is drawn; `isOpaque` says
     /// that all its pixels are.
     void Put(const Layer& layer, const Placement& placement, std::uint8_t opacity, bool isOpaque = false);
     void Draw(Canvas& canvas) const;

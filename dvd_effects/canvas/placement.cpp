@@ -57,7 +57,7 @@ Placement Placement::Towards(Spot centre, Spot direction, double width, double h
 }
 
 std::optional<Projection> Project(const Placement& placement, unsigned layerWidth, unsigned layerHeight) {
-    // Beyond this, a pixel is no longer told from its neighbour.
+    // Beyond this, neighbouring pixels are no longer distinct.
     constexpr double farthest = 1e7, leastArea = 1e-3;
     const Spot corners[4] = {placement.topLeft, placement.topRight, placement.bottomRight, placement.bottomLeft};
     const double sign = Turn(corners[0], corners[1], corners[2]) < 0 ? -1 : 1;

@@ -9,8 +9,8 @@ struct Spot {
     double x = 0, y = 0;
 };
 
-/// Where the four corners of a layer go: a rectangle, turned, mirrored or not, or any quadrilateral without a dent, as
-/// a picture on a plane in space shows itself.
+/// Where the four corners of a layer go: a rectangle, turned, mirrored or not, or any convex quadrilateral, such as a
+/// picture on a plane in space.
 struct Placement {
     Spot topLeft, topRight, bottomRight, bottomLeft;
 
@@ -49,7 +49,7 @@ struct Projection {
     bool IsAffine() const { return matrix[2][0] == 0 && matrix[2][1] == 0; }
 };
 
-/// Nothing for corners that are not finite, enclose no area or have a dent.
+/// Nothing for corners that are not finite, enclose no area or are not convex.
 std::optional<Projection> Project(const Placement& placement, unsigned layerWidth, unsigned layerHeight);
 
 }  // namespace AVBased

@@ -24,7 +24,7 @@ class ProjectedSampler {
     void Fill(unsigned x, unsigned y, unsigned count, TileRow& row, unsigned at) const;
 
  private:
-    // Interpolates `count` entries, and up to tileSlack behind them.
+    // Interpolates `count` entries, and up to tileSlack after them.
     using Resample = void (*)(const PackedView& layer, Positions& positions, unsigned count, TileRow& row, unsigned at);
 
     void Locate(unsigned x, unsigned y, unsigned count, Positions& to) const;

@@ -9,7 +9,7 @@ namespace AVBased::Blending {
 
 /// A layer on an upright rectangle, neither turned nor mirrored nor much smaller than it is: the common case of
 /// ProjectedSampler, several times as fast. Two rows of the layer are mixed for each one of the frame, in whole
-/// stretches, and neighbours along the row then.
+/// stretches, then neighbours along the row.
 class StretchedSampler {
  public:
     /// Nothing for any other placement.
@@ -31,7 +31,7 @@ class StretchedSampler {
  private:
     static constexpr unsigned mostColumns = 2, mostWidth = 16384;
 
-    // Mixes neighbours at so many places of a row of sums, which have 15 bits behind the point, into entries that are
+    // Mixes neighbours at so many places of a row of sums, which have 15 bits after the point, into entries that are
     // sums too. It may take up to tileSlack places more.
     using MixNeighbours = void (*)(const Sums* mixed, const std::int32_t* places, unsigned count, TileRow& row,
                                    unsigned at);

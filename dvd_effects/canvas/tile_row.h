@@ -14,7 +14,7 @@ namespace AVBased::Blending {
 
 /// Columns worked on at a time: a multiple of every chroma block, small enough for a few rows to stay in the cache.
 inline constexpr unsigned tileColumns = 512;
-/// Entries of a row behind its tile, for vectors that do not end with it.
+/// Entries of a row past its tile, for vectors that do not end with it.
 inline constexpr unsigned tileSlack = 8;
 
 /// What a sampler says of a stretch of a row: coverages of 0 to 255, and each colour times the coverage.
@@ -108,7 +108,7 @@ void Fill(const void* sampler, unsigned x, unsigned y, unsigned count, TileRow& 
 /// not again for everything that can be blended. The sampler is borrowed and has two functions:
 /// Reach(y, within) is the part of a stretch of row y beyond which nothing shows;
 /// Fill(x, y, count, row, at) fills `count` entries of `row` from entry `at` on for the pixels from (x, y) on, which
-/// lie within that reach. It may spoil tileSlack entries behind them.
+/// lie within that reach. It may overwrite tileSlack entries after them.
 class SamplerRef {
  public:
     template <class Kind>

@@ -45,7 +45,7 @@ class CBasedMenu : public CBasedVideoImageEffect, protected PictureRules {
     const std::vector<MenuText>& Texts() const { return m_texts.All(); }
     /// How many sources there are, with a picture or without.
     unsigned SourceCount() const { return m_sources.Count(); }
-    /// Whether "additionSourceSizes" reaches as far as a source.
+    /// Whether "additionSourceSizes" has an entry for a source.
     bool HasSizeOf(unsigned index) const { return m_sources.HasSizeOf(index); }
     /// Whether the property of the sources' start positions, or one of their fades, was ever set.
     bool HasPlaces() const { return m_hasPlaces; }

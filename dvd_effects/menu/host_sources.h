@@ -15,7 +15,7 @@ SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImag
 /// The source's next frame. Raises the host's error, or "Null Pointer".
 FrameOwner ReadFrame(IAVSource& source);
 
-// The operations below answer 1, or 0 after filing their error (10021008 with the message told there). What they make
+// The operations below return 1, or 0 after filing their error (10021008 with the message given there). What they make
 // replaces what the reference held; a failed call leaves the reference null.
 
 /// A new array of `n` null pointers; the caller releases it with delete[]. Error: "Create Pointer Failed".
@@ -24,8 +24,8 @@ int InitAVPropSet(IAVSourcePropertySet**& sets, int n);
 
 /// Opens every file of a ";" list of paths, as a picture where the same item of `kinds` is "true". `sources` and `sets`
 /// become arrays with an entry for each: the caller frees every source with Free() and the arrays with delete[]. A
-/// picture is told to last 5 seconds, through its entry of `sets`; that of a video is null. Errors: "Null Pointer" for
-/// a null manager; "Param Error" when the lists differ in length, a file cannot be opened or a picture has no such
+/// picture is set to last 5 seconds, through its entry of `sets`; that of a video is null. Errors: "Null Pointer" for a
+/// null manager; "Param Error" when the lists differ in length, a file cannot be opened or a picture has no such
 /// settings; "Create Pointer Failed".
 int CreateAVSources(IAVManager* manager, IAVSource**& sources, IAVSourcePropertySet**& sets, const std::string& paths,
                     const std::string& kinds);

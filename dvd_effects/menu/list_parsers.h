@@ -7,9 +7,9 @@
 
 /// The text formats of the menu properties.
 ///
-/// Every parser answers 1, or 0 after filing its error (code 10021008 with the message told there); a failed one leaves
-/// every record as it was. `sources` points to `count` records and must not be null ("Null Pointer"). A list whose
-/// number of items is not the required one is an "Invalid Param Value". Threads: any, on different records.
+/// Every parser returns 1, or 0 after filing its error (code 10021008 with the message given there); a failed one
+/// leaves every record as it was. `sources` points to `count` records and must not be null ("Null Pointer"). A list
+/// whose number of items is not the required one is an "Invalid Param Value". Threads: any, on different records.
 namespace AVBased {
 
 /// The items between the separators, untrimmed; an empty text has none.

@@ -8,8 +8,8 @@ namespace AVBased {
 
 /// The size of a text in its box: its own one, made smaller where a side of the box is positive and less.
 FrameSize FitText(FrameSize rendered, point_t box);
-// The operations below answer 1, or 0 after filing their error: 10021008, with "Null Pointer" where a pointer to a
-// frame or a converter is null, or with a message told below.
+// The operations below return 1, or 0 after filing their error: 10021008, with "Null Pointer" where a pointer to a
+// frame or a converter is null, or with a message given below.
 
 /// Gives a working frame the pixel memory of a size. "Malloc Failed".
 int CreateCRawVideoFrame(CRawVideoFrame* frame, int width, int height);
@@ -20,8 +20,9 @@ int CreateCRawVideoFrame(CRawVideoFrame* frame, int width, int height);
 int ChangeTextFrame(IRawVideoFrame* frame, unsigned char red, unsigned char green, unsigned char blue);
 
 /// Draws a rendered text at the top-left corner of its item's box; `alpha` runs from 0 (invisible) to 1. The converter
-/// takes the text to the size that FitText tells and to format 30 for a packed, 60 for a planar destination; one made
-/// for other frames is a "Converter Frame Failed". A destination that a canvas does not take stays as it is.
+/// scales the text to the size that FitText returns and converts it to format 30 for a packed, 60 for a planar
+/// destination; one made for other frames is a "Converter Frame Failed". A destination that a canvas does not take
+/// stays as it is.
 int DrawText(IRawVideoFrame* destination, IRawVideoFrame* text, const text_t& item, double alpha,
              IImageConverter* converter);
 

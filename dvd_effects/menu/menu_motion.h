@@ -32,7 +32,7 @@ int InRange(double x, double y, const formula_t* edges);
 /// has W x H entries, row by row: coverage, border side (1, 2 or 3), source column and source row. The columns and rows
 /// of pixels outside the panel are the caller's, but for the first quarter of each plane, which is cleared. `corners`
 /// are the ends of the top and of the bottom edge, `limits` bound the four soft borders, `edges` points to four lines.
-/// Answers 1, or 0 after filing an error (10021008 "Null Pointer").
+/// Returns 1, or 0 after filing an error (10021008 "Null Pointer").
 int CondinateChange(unsigned char* coverage, unsigned char* side, int* sourceColumns, int* sourceRows,
                     const position_t& corners, const position_t& limits, const formula_t* edges, unsigned width,
                     unsigned height);

@@ -48,7 +48,7 @@ class MenuSources {
     void SetList(ParseList parse, const std::string& list);
     void SetPaths(const std::string& list);
     void SetMaskPaths(const std::string& list);
-    /// Deliberate: a second list goes behind the first one, and the number of items is not checked.
+    /// Deliberate: a second list is appended to the first one, and the number of items is not checked.
     void AddSizes(const std::string& list);
     bool HasSizeOf(unsigned index) const { return std::size_t(index) * 2 + 1 < m_sizes.size(); }
     /// A source's size, else `own`. Raises "Invalid Param Value" for one of 0 or above largestSide.

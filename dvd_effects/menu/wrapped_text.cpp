@@ -22,7 +22,7 @@ std::string Broken(IAVImporter* importer, const text_t& text, std::int64_t width
     const SourceOwner owner(source);
     auto* const lines = static_cast<ITextLines*>(source->GetInterface(ITextLines::name));
     if (!lines) {
-        // To lack it is no error.
+        // A host may lack it.
         ITarvoException* const filed = GetTarvoException();
         if (filed->GetExceptionCode() == errorNoInterface) filed->Clear();
         return text.text;

@@ -12,7 +12,7 @@ namespace AVBased {
 /// even then are broken. Nothing changes for a text of less width, for a box without one, and with a host that breaks
 /// no lines (ITextLines).
 ///
-/// `measure` answers the size of such a text as it is drawn, and may raise. Raises the host's errors.
+/// `measure` returns the size of such a text as it is drawn, and may raise. Raises the host's errors.
 void WrapText(IAVImporter* importer, text_t& text, const std::function<FrameSize(const text_t&)>& measure);
 
 }  // namespace AVBased

@@ -38,7 +38,7 @@ inline constexpr char effectSlideName[] = "slide";
 /// | "motionAmount"       | "15"        | how much larger a moving picture gets, in percent, 1 to 100                |
 /// | "fit"                | "pad"       | pictures of another shape: pad with black, crop, or blur (pad with a dark, |
 /// |                      |             | blurred copy)                                                              |
-/// | "loop"               | "0"         | not 0: starts over behind the last picture                                 |
+/// | "loop"               | "0"         | not 0: starts over after the last picture                                 |
 /// | "seed"               | "0"         | of the random choices                                                      |
 ///
 /// A word that is not in a list above is refused. At most two pictures are held, whatever their number, and a file is

@@ -144,7 +144,7 @@ class PagePainter {
         std::uint8_t print[tileColumns * lanes];
     };
 
-    // The first column whose middle lies behind a place. One behind an odd edge stands for the last pixel.
+    // The first column whose middle lies beyond a place. One beyond an odd edge stands for the last pixel.
     unsigned ColumnFrom(double x) const {
         if (x > m_page.width - 0.5) return m_to.view.width;
         return unsigned(std::ceil(std::clamp(x / m_columnWidth - 0.5, 0.0, double(m_to.view.width))));

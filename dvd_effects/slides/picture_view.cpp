@@ -15,7 +15,7 @@ namespace AVBased {
 
 namespace {
 
-// What the samples of a frame along one axis, from `begin` on, take of a picture: `weight` / 256 of the sample behind
+// What the samples of a frame along one axis, from `begin` on, take of a picture: `weight` / 256 of the sample after
 // `index`, the rest of the sample there.
 struct Taps {
     unsigned begin = 0;
@@ -177,7 +177,7 @@ void DrawRaster(Raster<Sample> to, Raster<Sample> from, const Taps* acrossTaps, 
             continue;
         }
         MixRows(upper, lower, weight, mixed.data(), count);
-        // Of what is behind the last one, nothing is taken.
+        // Nothing is taken from beyond the last one.
         std::copy_n(mixed.data() + count - lanes, lanes, mixed.data() + count);
         if constexpr (lanes == 1)
             MixColumns(mixed.data(), pairs.data(), unsigned(count), across, first, target);

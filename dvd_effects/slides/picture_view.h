@@ -7,7 +7,7 @@
 
 namespace AVBased {
 
-/// A part of one axis, in pixels with 16 bits behind the point: from `begin` on, `length` long.
+/// A part of one axis, in pixels with 16 bits after the point: from `begin` on, `length` long.
 struct FixedSpan {
     std::int64_t begin = 0, length = 0;
 };

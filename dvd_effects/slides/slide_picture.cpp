@@ -33,7 +33,7 @@ std::unique_ptr<CRawVideoFrame> MiddleOf(IRawVideoFrame& picture, FrameSize shap
     return middle;
 }
 
-// Lays the picture, as large as told, on the middle of a frame.
+// Lays the picture, at the given size, on the middle of a frame.
 void LayInMiddle(IRawVideoFrame& picture, FrameSize size, unsigned frameRows, CRawVideoFrame& frame,
                  InstructionSet set) {
     Layer layer;

@@ -21,7 +21,7 @@ std::uint8_t Ramp(std::int64_t distance, std::int64_t width) {
 }
 
 // Weights along one axis of a plane, which is `pixels` long; weigh(middle) is asked for the middle of each sample, and
-// of one that a host keeps behind an odd edge for the last pixel.
+// of one that a host keeps beyond an odd edge for the last pixel.
 template <class Weigh>
 std::vector<std::uint8_t> AlongAxis(unsigned samples, unsigned shift, unsigned pixels, Weigh weigh) {
     std::vector<std::uint8_t> weights(samples);
@@ -65,7 +65,7 @@ inline void MixRow(std::uint8_t* to, const std::uint8_t* top, const std::uint8_t
     }
 }
 
-// Mixes `top` into `to`: fill(y, weights, count) tells how much of each sample of a row.
+// Mixes `top` into `to`: fill(y, weights, count) sets how much of each sample of a row.
 template <class Sample, class Fill>
 void MixThrough(Raster<Sample> to, Raster<Sample> top, Fill fill) {
     const unsigned count = std::min(to.view.width, top.view.width);
@@ -76,7 +76,7 @@ void MixThrough(Raster<Sample> to, Raster<Sample> top, Fill fill) {
     }
 }
 
-// across(middle) and down(middle) tell how much of `top` shows.
+// across(middle) and down(middle) return how much of `top` shows.
 template <class Across, class Down>
 void MixByAxes(IRawVideoFrame& frame, IRawVideoFrame& top, InstructionSet set, Across across, Down down) {
     const FrameSize size = SizeOf(frame);
@@ -220,7 +220,7 @@ struct IrisWeights {
 void Iris(IRawVideoFrame& frame, IRawVideoFrame& top, std::int64_t t, InstructionSet set) {
     const FrameSize size = SizeOf(frame);
     const double middleX = size.width / 2.0, middleY = size.height / 2.0;
-    // Farther out than the middle of any sample, also of one behind an odd edge.
+    // Farther out than the middle of any sample, also of one beyond an odd edge.
     const double corner = std::sqrt(middleX * middleX + middleY * middleY) + 4, soft = corner / 12;
     const double outer = (corner + soft) * double(t) / double(fixedOne), inner = std::max(outer - soft, 0.0);
     const double difference = outer * outer - inner * inner;

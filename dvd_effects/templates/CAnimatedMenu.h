@@ -26,7 +26,7 @@ class CAnimatedMenu : public CBasedMenu {
         double opacity = 1;  ///< what its own fade leaves
         Spot middle;         ///< of its box, from the box's corner
         const additionsource_t& source;
-        std::deque<Layer>& smaller;  ///< the picture at a half, a quarter... of its size, as far as they were needed
+        std::deque<Layer>& smaller;  ///< the picture at a half, a quarter... of its size, made when needed
     };
 
     /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
@@ -43,7 +43,7 @@ class CAnimatedMenu : public CBasedMenu {
     FrameSize PartOfMenu(double across, double down) const;
     /// `part` of `of` of the menu in whole pixels, at least one.
     FrameSize FractionOfMenu(unsigned part, unsigned of) const;
-    /// How large a picture is shown: as "additionSourceSizes" tells, else `usual` times its size.
+    /// How large a picture is shown: as "additionSourceSizes" says, else `usual` times its size.
     double ScaleOf(const ShownPicture& picture, double usual) const { return HasSizeOf(picture.index) ? 1 : usual; }
     /// The measure of everything that is neither the menu nor a picture: a ninth of the height, of a wide menu.
     double Unit() const { return std::min(Width() / 16, Height() / 9); }

@@ -7,7 +7,7 @@ namespace AVBased {
 inline constexpr char effectMenuOldAgeName[] = "menu_oldage";
 
 /// An old film: portraits in oval frames on a papered wall, each in turn a little nearer; "startPositions" places them
-/// elsewhere. All of the menu, backgrounds of one's own and texts too, is sepia, dark towards its edges, flickers and
+/// elsewhere. All of the menu, including named backgrounds and texts, is sepia, dark towards its edges, flickers and
 /// weaves, and shows dust and scratches.
 class COldAge : public CAnimatedMenu {
  public:

@@ -7,8 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuTravelName[] = "menu_travel";
 
 /// A journey on an old map: photographs stand along a dashed route that closes, and travel it from stop to stop. The
-/// one that reaches the front is the largest. Places of the sources do not count. The route is drawn over a background
-/// of one's own too.
+/// one that reaches the front is the largest. Places of the sources do not count. The route is drawn over a named
+/// background too.
 class CTravel : public CPhotographs {
  public:
     explicit CTravel(IAVManager* manager) : CPhotographs(effectMenuTravelName, manager) {}

@@ -26,7 +26,7 @@ constexpr Turn TurnAfter(double turns, unsigned count) {
 }
 constexpr Turn TurnAt(double phase, unsigned count) { return TurnAfter(phase * count, count); }
 
-/// How far one has come forward that does so at the begin of its turn and is back `length` turns later, each within
+/// How far one has come forward that does so at the beginning of its turn and is back `length` turns later, each within
 /// `ramp`. A single one is back when its turn ends.
 constexpr double ForwardInTurn(double phase, unsigned index, unsigned count, double length, double ramp) {
     return Between(Wrapped(phase - double(index) / count) * count, 0, count > 1 ? length : 1, ramp);

@@ -13,7 +13,7 @@ struct EffectEntry {
 };
 
 /// How a row makes its object. A generator takes the manager; a frame effect knows its name, or is plain enough to be
-/// told it.
+/// given it.
 template <class Effect>
 IVideoProc* Create(const char* name, IAVManager* manager) {
     if constexpr (std::is_constructible_v<Effect, IAVManager*>)

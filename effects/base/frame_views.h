@@ -92,8 +92,8 @@ inline ComponentView WithPitchOf(const ComponentView& sibling, ComponentView pla
     return plane;
 }
 
-/// Runs packed(view) or planar(view) on a frame of a format that the effects know, with the views of `more` frames of
-/// the same format behind it; any other format runs neither.
+/// Runs packed(view) or planar(view) on a frame of a format that the effects know, followed by the views of `more`
+/// frames of the same format; any other format runs neither.
 template <class Packed, class Planar, class... More>
 void ForFrame(Packed&& packed, Planar&& planar, IRawVideoFrame& frame, More&... more) {
     const FormatInfo* const info = FindFormat(frame.GetPixelFormat());

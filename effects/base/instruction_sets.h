@@ -36,7 +36,7 @@ struct Variants<Result(Arguments...)> {
 #define NIFIKRAL_AVX2 gnu::target(NIFIKRAL_AVX2_FEATURES)
 #define NIFIKRAL_PRAGMA(...) _Pragma(#__VA_ARGS__)
 #define NIFIKRAL_EXPANDED_PRAGMA(...) NIFIKRAL_PRAGMA(__VA_ARGS__)
-/// Around hand-written variants and all that is defined for them, behind the last include.
+/// Around hand-written variants and everything defined for them, after the last include.
 #if defined(__clang__)
 #define NIFIKRAL_BEGIN_AVX2 \
     NIFIKRAL_EXPANDED_PRAGMA(clang attribute push(__attribute__((target(NIFIKRAL_AVX2_FEATURES))), apply_to = function))
@@ -49,7 +49,7 @@ struct Variants<Result(Arguments...)> {
 inline constexpr bool hasAvx2Variants = true;
 #else
 #define NIFIKRAL_AVX2 gnu::flatten
-/// The sources *_avx2.cpp are no part of the build.
+/// The sources *_avx2.cpp are not part of the build.
 inline constexpr bool hasAvx2Variants = false;
 #endif
 

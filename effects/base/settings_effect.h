@@ -24,7 +24,7 @@ class CSettingsEffect : public CBasedVideoImageEffect {
     }
     /// May change the value that a property was set to before it is stored; the host reads the changed one back.
     virtual void OnParsed(PropertyNode&) {}
-    /// Follows a property that gave its member another value.
+    /// Called after a property has changed its member.
     virtual void OnSettingsChanged() {}
 
     Settings m_settings;

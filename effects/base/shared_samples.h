@@ -52,7 +52,7 @@ void ForEachPlane(IRawVideoFrame& frame, Planes planes, Work work) {
              frame);
 }
 
-/// Answers work(shift) with a chroma plane's shift, 0 to 2, as a constant: for routines that are compiled for each.
+/// Returns work(shift) with a chroma plane's shift, 0 to 2, as a constant: for routines that are compiled for each.
 template <class Work>
 auto WithConstantShift(unsigned shift, Work work) {
     if (shift == 0) return work(std::integral_constant<unsigned, 0>{});

@@ -15,7 +15,7 @@ inline Span LumaRowsOf(const SharedAxis& rows, unsigned chromaRow) {
     return {rows.First(chromaRow), chromaRow + 1 < rows.size ? rows.First(chromaRow + 1) : rows.lumaSize};
 }
 
-/// Adds the samples of each of `blocks` blocks of a row to its sum; the last sample stands for such as are missing.
+/// Adds the samples of each of `blocks` blocks of a row to its sum; the last sample stands in for missing ones.
 template <unsigned shift>
 void AddBlocks(std::uint16_t* __restrict sums, const std::uint8_t* __restrict luma, unsigned width, unsigned blocks) {
     constexpr unsigned columns = 1u << shift;

@@ -41,7 +41,7 @@ std::size_t DistancesIn(unsigned begin, unsigned end, unsigned centre) {
     return std::max(Distance(begin, centre), Distance(end, centre)) + std::size_t(1);
 }
 
-// How many of the first `count` distances are inside; behind the first one that is not, none is.
+// How many of the first `count` distances are inside; after the first one that is not, none is.
 template <class Inside>
 unsigned CountWhile(unsigned count, Inside isInside) {
     unsigned begin = 0;
@@ -226,7 +226,7 @@ class FactorSteps {
         for (std::uint32_t dx = 0; dx < count; ++dx) {
             const std::uint32_t distance2 = dx * dx + dy * dy;
             if (step->last < distance2) {
-                // Mostly the next step is the one; where many lie in between, leaps find it.
+                // Usually the next step is the one; where many lie in between, leaps find it.
                 std::ptrdiff_t leap = 1;
                 const std::ptrdiff_t left = m_steps.end() - step;
                 while (leap < left && step[leap].last < distance2) leap *= 2;

@@ -21,7 +21,7 @@ constexpr unsigned cellSide = 16, step = 4;
 // How far the left eye's view of each place is shifted to the right, in 256ths of a pixel.
 class ShiftMap {
  public:
-    // warmth(x, y) answers v - u of a pixel.
+    // warmth(x, y) returns v - u of a pixel.
     template <class Warmth>
     ShiftMap(unsigned width, unsigned height, int strength, Warmth warmth)
         : m_columns((width + cellSide - 1) / cellSide),
@@ -52,8 +52,8 @@ class ShiftMap {
     std::size_t ShiftCount(unsigned width, unsigned shift) const {
         return std::max(width, m_columns * cellSide >> shift) + 2 * cellSide;
     }
-    // Fills the room, and answers where in it the first sample's shift stands. The shifts are in 256ths of a sample;
-    // as many as a cell has may be read behind the last.
+    // Fills the room, and returns where in it the first sample's shift stands. The shifts are in 256ths of a sample;
+    // as many as a cell has may be read past the last.
     const int* ShiftsOf(unsigned y, unsigned shift, std::vector<int>& room) {
         const unsigned below = (y + cellSide / 2) / cellSide, part = (y + cellSide / 2) % cellSide;
         const int* const upper = &m_shifts[std::min(std::max(below, 1u) - 1, m_rows - 1) * std::size_t(m_columns)];
@@ -224,7 +224,8 @@ void Anaglyph(const PlanarView& picture, ShiftMap& map, bool swapped, Instructio
     const unsigned chromaHeight = chromaWidth ? std::min(u.height, v.height) : 0;
     Eyes<std::uint8_t> eyes(map, luma.width, 0, swapped, set), chromaEyes(map, chromaWidth, shift, swapped, set);
     Views<std::uint8_t> views(luma.width), uViews(chromaWidth), vViews(chromaWidth);
-    // Behind the picture the last difference goes on, as far as the last chroma sample reaches or where there is none.
+    // Beyond the picture the last difference continues, as far as the last chroma sample reaches or where there is
+    // none.
     constexpr unsigned beyond = 4;
     std::vector<std::int16_t> lumaDifferences(luma.width + beyond), vDifferences(luma.width + beyond);
     for (unsigned y = 0; y < luma.height; ++y) {

@@ -10,8 +10,8 @@ inline constexpr char effectNameVideoWall[] = "videowall";
 struct VideoWallSettings {
     double horiTiles = 3, verTiles = 3;
 };
-/// The picture shrunk to one tile in the top-left corner and repeated across and down the frame. Tile counts below 1
-/// and such that are not finite leave the frame as it is.
+/// The picture shrunk to one tile in the top-left corner and repeated across and down the frame. Tile counts that are
+/// below 1 or not finite leave the frame as it is.
 class CWallVideoImageEffect : public CSettingsEffect<VideoWallSettings> {
  public:
     CWallVideoImageEffect();

@@ -72,7 +72,7 @@ std::int32_t Divided(std::int32_t dividend, std::int32_t divisor) {
 }
 
 // The remainder of a division by a picture's size, never negative. Half a step away from the multiples of the size, the
-// rounding of the quotient cannot carry it over one, and a product does for a division.
+// rounding of the quotient cannot carry it over one, so a product can replace the division.
 struct Wrapping {
     unsigned size;
     double inverse;
@@ -174,7 +174,7 @@ void TileReflectSettings::SetSize(std::int32_t size) { sizeFactor = 46080 / size
 
 namespace {
 
-// `lensAt` answers what the lens adds at an angle.
+// `lensAt` returns what the lens adds at an angle.
 template <class LensOf>
 Source TileReflected(const TileReflectMap& map, unsigned x, unsigned y, const LensOf& lensAt) {
     const std::int32_t s = map.settings.sine, c = map.settings.cosine;

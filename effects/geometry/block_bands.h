@@ -27,7 +27,7 @@ inline SampleBlock& BeginBlock(SampleBlock* blocks, unsigned index, std::size_t 
     return blocks[index];
 }
 
-/// Plans a block by positions, which serve however far apart they lie, and answers the words of data that were written.
+/// Plans a block by positions, which serve however far apart they lie, and returns the number of words of data written.
 inline unsigned PlanByPositions(const BlockBand& band, unsigned index, const CopiedPlane& plane, SampleBlock& block,
                                 std::uint32_t* data) {
     std::uint32_t positions[blockSamples];

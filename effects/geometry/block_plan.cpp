@@ -8,7 +8,7 @@
 namespace AVBased {
 namespace {
 
-// Plans the blocks of a band, whose data begin at index `used`; moves that on and answers what the band reads.
+// Plans the blocks of a band, whose data begin at index `used`; advances it and returns what the band reads.
 Box PlanBand(const BlockBand& band, const CopiedPlane& plane, SampleBlock* blocks, std::uint32_t* data,
              std::size_t* used) {
     for (unsigned b = 0; b < band.blocks; ++b) {

@@ -98,7 +98,7 @@ struct SourceRow {
     }
 };
 
-/// Fills a row. It must answer the same for a row whenever it is asked; `stays` is clear beforehand.
+/// Fills a row. It must give the same result for a row every time; `stays` is clear beforehand.
 using FillSourceRow = std::function<void(const SourceRow& row)>;
 
 template <class Map>
@@ -110,17 +110,17 @@ FillSourceRow PixelByPixel(const Map& map) {
 
 /// The sources of a box of pixels, replayed on frames of any size and layout. What is kept is the plan for the last
 /// size and layout: the sources themselves would take several times its memory, and touching fresh memory is what a
-/// first pass mostly waits for. Another size or layout asks the map again.
+/// first pass mostly waits for. Another size or layout evaluates the map again.
 class CoordinateTable {
  public:
     /// Whether frames may be replayed. A valid table may still be empty: then a replay changes nothing.
     bool IsValid() const { return m_valid; }
     void SetValid(bool valid) { m_valid = valid; }
 
-    /// Takes over a map, of which a copy is kept, and changes the picture as it says. map(x, y) answers
-    /// std::optional<Source>; a pixel without an answer is its own source but not written: a replay will copy it onto
-    /// itself, which differs in the chroma that it shares with its neighbours. A map may offer Rows(box, set), a
-    /// FillSourceRow for rows from the box's left edge on, which is then asked instead.
+    /// Keeps a copy of a map, and changes the picture as it says. map(x, y) returns std::optional<Source>; a pixel
+    /// without one is its own source but not written: a replay will copy it onto itself, which differs in the chroma
+    /// that it shares with its neighbours. A map may offer Rows(box, set), a FillSourceRow for rows from the box's left
+    /// edge on, which is then called instead.
     template <class Map, class Picture>
     void Build(const Box& box, const Map& map, const Picture& picture, Outside outside) {
         Forget();

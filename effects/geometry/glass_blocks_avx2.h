@@ -19,7 +19,7 @@ class GlassBlocks {
     static std::optional<GlassBlocks> Make(const std::vector<unsigned>& columns,
                                            const std::vector<std::uint8_t>& shares, unsigned sampleBytes, Order order);
 
-    /// So much is read behind the last neighbour of a row.
+    /// How much is read past the last neighbour of a row.
     static constexpr unsigned readBeyond = 16;
     /// The size of a row that MixColumns writes and MixRows reads, each by whole blocks.
     std::size_t LineBytes() const { return m_shares.size() + 32; }

@@ -15,7 +15,7 @@ struct MagnifierSettings {
     std::uint32_t radius = 0, x = 0, y = 0;
     double scale = 0;
 
-    /// Whether the glass shows at all. A factor that is no number passes.
+    /// Whether the glass shows at all. A factor that is not a number passes.
     bool IsVisible(unsigned width, unsigned height) const {
         return !(x > width || y > height || scale <= 1.0 || radius > width / 2 || radius > height / 2);
     }

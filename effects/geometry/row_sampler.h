@@ -64,7 +64,7 @@ class RowSampler {
         for (unsigned x = begin; x < end; ++x) to[x] = from[m_map[x]];
     }
     unsigned size() const { return unsigned(m_map.size()); }
-    /// Those that lie whole in the map. There are none but for AVX2.
+    /// Those that lie whole in the map. Only AVX2 has any.
     const Block* Blocks() const { return m_blocks.data(); }
     const std::uint8_t* Lanes() const { return m_lanes.data(); }
     /// How many blocks from the first on are reached by one load each.

@@ -6,7 +6,7 @@
 namespace AVBased {
 
 /// An effect that computes its coordinates on the first frame after its settings changed and replays them on the
-/// following ones. `Settings` answers BoxIn(width, height): the part of a picture that changes, or none.
+/// following ones. `Settings` provides BoxIn(width, height): the part of a picture that changes, or none.
 template <class Settings>
 class CTableEffect : public CSettingsEffect<Settings> {
  protected:

@@ -41,7 +41,7 @@ void CEdgeLightVideoImageEffect::EdgeLightRgba32Effect(unsigned char* data, unsi
         gradients(data + std::size_t(y) * pitch, (width - 1) * unsigned(sizeof(Rgba32)), pitch, m_settings.level, 0);
 }
 
-// Deliberate: the last column's right neighbour is the byte behind the row, padding or the next row's first sample. It
+// Deliberate: the last column's right neighbour is the byte after the row, padding or the next row's first sample. It
 // is inside the plane, since the last row keeps its values.
 void CEdgeLightVideoImageEffect::EdgeLightComponent(unsigned char* data, unsigned width, unsigned pitch,
                                                     unsigned height, unsigned char bias) const {

@@ -57,7 +57,7 @@ class DoubleRoots {
     }
 
  private:
-    // The whole number in the low 32 bits of each 64: behind 2^52 a double's fraction counts ones.
+    // The whole number in the low 32 bits of each 64: from 2^52 on a double's fraction counts ones.
     __m256i Four(__m128i squares) const {
         const __m256d lengths = _mm256_mul_pd(_mm256_sqrt_pd(_mm256_cvtepi32_pd(squares)), m_level);
         const __m256d whole = _mm256_floor_pd(_mm256_min_pd(lengths, _mm256_set1_pd(4294967295.0)));

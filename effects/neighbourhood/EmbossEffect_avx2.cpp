@@ -44,7 +44,7 @@ class AnyLevel {
     __m256i m_level;
 };
 
-// Every whole vector of a row; answers how many bytes that are. `change` makes one out of a row and the row above.
+// Every whole vector of a row; returns how many bytes that is. `change` makes one out of a row and the row above.
 template <class Change>
 unsigned EmbossVectors(unsigned char* row, unsigned char* above, unsigned bytes, Change change) {
     const auto emboss = [=](std::size_t x) {

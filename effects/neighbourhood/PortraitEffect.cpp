@@ -187,8 +187,8 @@ void SmoothTones(std::uint8_t* __restrict tones, unsigned width, const std::uint
     if (width % 2) smooth(width - 1, width / 2 + 1, width / 2);
 }
 
-// `read` answers a row's tones, which stay until it is read again twice; `skin` fills a row of cells with the weights
-// of their colours; `write` takes a row's tones to be changed.
+// `read` returns a row's tones, which stay valid until two more rows have been read; `skin` fills a row of cells with
+// the weights of their colours; `write` takes a row's tones to be changed.
 template <class Read, class Skin, class Write>
 void Soften(unsigned width, unsigned height, const PortraitSettings& settings, int white, InstructionSet set, Read read,
             Skin skin, Write write) {

@@ -17,7 +17,7 @@ struct PortraitSettings {
 ///
 /// The tones (luma; of packed pixels 29 blue + 150 green + 77 red >> 8) are halved in size: a cell is the mean of 2 x 2
 /// of them, rounded. Over the square of cells that reaches (radius + 1) / 2 to each side, the nearest cells serving
-/// beyond the edges, let m and q be the means of the cells and of their squares, with 8 binary digits behind the point,
+/// beyond the edges, let m and q be the means of the cells and of their squares, with 8 binary digits after the point,
 /// and v = max(q - (m x m >> 8), 0) >> 8 the variance. The share of contrast that goes is 255 x f / (v + f) x weight x
 /// min(m >> 7, 255) >> 16 (0 without an f), with f = strength x strength x 9 / 100 and a weight of 90 to 254 for the
 /// nearness of u and v, the chroma of the cell's first pixel, to 108 and 152: 90 + (min(max(8 x (52 - |u - 108| - |v -

@@ -107,7 +107,7 @@ void MeansOfColumn(const PairColumn* const* pairs, std::size_t i, const Sizes& s
         const Vector above = Unpack(modes[0].group[i], modes[0].group[i], half);
         const Vector below = Unpack(modes[1].group[i], modes[1].group[i], half);
         for (std::size_t k = 0; k <= sizes.radius; ++k) {
-            // A byte that is no class matches margins alone, and those are black.
+            // A byte that is not a class matches margins alone, and those are black.
             const Vector wanted0 = k == sizes.radius ? _mm256_or_si256(above, highBytes) : above;
             const Vector wanted1 = k == 0 ? _mm256_or_si256(below, lowBytes) : below;
             const PairColumn* const brush = pairs[k] + i;

@@ -71,7 +71,7 @@ TEST_F(Strings, OwnAStringOnlyOnce) {
     ExpectError(errorNotFound, "The request resource does not exist");
 }
 
-TEST_F(Strings, TellWhatIsMissing) {
+TEST_F(Strings, ReportWhatIsMissing) {
     EXPECT_EQ(list->FindString("x"), -1);
     ExpectError(errorNotFound, "The request resource does not exist");
     EXPECT_EQ(list->FindString(nullptr), -1);

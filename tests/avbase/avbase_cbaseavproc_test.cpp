@@ -47,7 +47,7 @@ TEST(Properties, AreParsedByType) {
     EXPECT_EQ(object.Node("other").Value<std::int64_t>(), 77);
 }
 
-TEST(Properties, KeepTheValueWhenTheTextIsNoNumber) {
+TEST(Properties, KeepTheValueWhenTheTextIsNotANumber) {
     Object object;
     EXPECT_TRUE(object.SetProperty("int32", "12"));
     EXPECT_TRUE(object.SetProperty("int32", "abc"));

@@ -33,7 +33,7 @@ TEST(Slots, OfObjects) {
                 &IAVProc::SetProperty, &IAVProc::GetProperty, &IAVProc::GetPropertyNames);
     ExpectSlots(8, &IVideoProc::Seek, &IVideoProc::GetDuration, &IVideoProc::ProcFrame, &IVideoProc::ProcFrameInPlace,
                 &IVideoProc::BlendFrame);
-    // Behind the eight stands the destructor pair.
+    // The destructor pair follows the eight.
     using Effect = CBasedVideoImageEffect;
     ExpectSlots(10, &Effect::OnSetProperty, &Effect::Seek, &Effect::GetDuration, &Effect::ProcFrame,
                 &Effect::ProcFrameInPlace, &Effect::BlendFrame, &Effect::InnerProcFrame);

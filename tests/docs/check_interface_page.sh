@@ -1,5 +1,6 @@
 #!/bin/bash
-# Fails unless the page of the binary interface tells every slot in the headers' order, every error code and every format.
+# Fails unless the page of the binary interface lists every slot in the headers' order, every error code and every
+# format.
 # Usage: tests/docs/check_interface_page.sh SOURCE_FOLDER
 set -euo pipefail
 cd "$1"
@@ -16,8 +17,8 @@ slots=$(sed -nE 's/^class (I[A-Za-z]+)( :.*)? \{$/class \1/p; s/^ *virtual( [^(]
     awk '$1 == "class" { name = $2 } $1 == "slot" { print name, ($2 ~ /~/ ? "destructor" : $2) }')
 for interface in $(cut -d' ' -f1 <<<"$slots" | uniq); do
     expected=$(sed -n "s/^$interface //p" <<<"$slots" | paste -sd, | sed 's/,/, /g')
-    told=$(sed -nE "s/^\| \`$interface\` \| (those of \`IAVProc\`, then )?(.*) \|$/\2/p" "$page")
-    [[ $told == "$expected" ]] || fault "$interface has $expected"
+    listed=$(sed -nE "s/^\| \`$interface\` \| (those of \`IAVProc\`, then )?(.*) \|$/\2/p" "$page")
+    [[ $listed == "$expected" ]] || fault "$interface has $expected"
 done
 for code in $(grep -oE '= 10021[0-9]+' TarvoBased/error_codes.h | cut -c3-); do
     grep -q "^| $code |" "$page" || fault "error $code is missing"

@@ -1,4 +1,4 @@
-// Prints docs/frei0r-parameters.md: what the built plug-ins tell of themselves.
+// Prints docs/frei0r-parameters.md: the built plug-ins' own descriptions.
 #include <iostream>
 
 #include "host/catalogue/catalogue.h"

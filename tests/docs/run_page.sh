@@ -1,7 +1,7 @@
 #!/bin/bash
-# Does what a page of the documentation tells its reader to type: runs its ```sh blocks in order, as one script, in a
-# folder that holds a sample holiday.mp4 and photo.jpg, with the programs and plug-ins of an uninstalled build. What a
-# ```text block shows, the ```sh block before it must print, errors included; a line "..." stands for any lines there.
+# Runs the ```sh blocks of a page of the documentation in order, as one script, in a folder that holds a sample
+# holiday.mp4 and photo.jpg, with the programs and plug-ins of an uninstalled build. What a ```text block shows, the
+# ```sh block before it must print, errors included; a line "..." stands for any lines there.
 # Usage: tests/docs/run_page.sh BUILD_FOLDER PAGE
 set -euo pipefail
 build=$(realpath "$1") page=$(realpath "$2")

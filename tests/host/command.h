@@ -75,14 +75,14 @@ class CommandTest : public ::testing::Test {
         return outcome.output;
     }
 
-    /// One line of what ffprobe tells of the first video stream.
+    /// One line of what ffprobe prints about the first video stream.
     std::string Probe(const std::string& file, const std::string& entries) const {
         return Wait(Start(Words("ffprobe -v error -select_streams v:0 -of compact=nk=1:p=0 -show_entries " + entries +
                                 " " + file)))
             .output;
     }
 
-    /// The pictures of a video as planes without padding, one behind the other.
+    /// The pictures of a video as planes without padding, one after the other.
     std::string RawPictures(const std::string& file, const std::string& pixelFormat) const {
         return Ffmpeg("-i " + file + " -map 0:v -vsync passthrough -f rawvideo -pix_fmt " + pixelFormat + " -");
     }

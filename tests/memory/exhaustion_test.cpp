@@ -1,4 +1,4 @@
-// Every allocation of an effect's life fails once: nothing crashes, nothing leaks, and the failure is told.
+// Every allocation of an effect's life fails once: nothing crashes, nothing leaks, and the failure is reported.
 
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ void Release(void* memory) {
 
 void* operator new(std::size_t size) { return Allocate(size, 0); }
 void* operator new(std::size_t size, std::align_val_t alignment) { return Allocate(size, std::size_t(alignment)); }
-// Who asks so goes on without the memory and tells nobody: never refused here.
+// Such callers silently go on without the memory: never refused here.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return AllocateAlways(size, 0); }
 void operator delete(void* memory) noexcept { Release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { Release(memory); }
@@ -52,7 +52,7 @@ void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { Rel
 namespace AVBased::Testing {
 namespace {
 
-// Creates, sets and runs an effect, on frames of the module's own making. True when every step answered success.
+// Creates, sets and runs an effect, on frames of the module's own making. True when every step succeeded.
 bool Live(const EffectEntry& entry, IRawVideoFrame& packed, IRawVideoFrame& planar) {
     const EffectOwner effect(CreateEffect(nullptr, entry.name));
     if (!effect) return false;
@@ -110,7 +110,7 @@ Outcome LiveWithin(long limit, Life live) {
     return outcome;
 }
 
-TEST(Exhaustion, OfMemoryIsToldAndLeaksNothing) {
+TEST(Exhaustion, OfMemoryIsReportedAndLeaksNothing) {
     for (const EffectEntry& entry : EffectTable()) {
         TestFrame packed(30, 16, 12), planar(0, 16, 12);
         Outcome outcome{false, true, 0, 0};
@@ -126,7 +126,7 @@ TEST(Exhaustion, OfMemoryIsToldAndLeaksNothing) {
     }
 }
 
-TEST(Exhaustion, OfAGeneratorsMemoryIsToldAndLeaksNothing) {
+TEST(Exhaustion, OfAGeneratorsMemoryIsReportedAndLeaksNothing) {
     FakeManager manager;
     manager.files["picture"] = FakeManager::Plain(6, 4, 0xFF204060);
     for (const EffectEntry& entry : GeneratorTable()) {

@@ -23,7 +23,7 @@ struct FakeFile {
     unsigned frames = ~0u;  ///< after so many, none comes any more
 };
 
-/// A host whose files are made in memory. Each of its calls may be told to answer null, or to throw; it counts what it
+/// A host whose files are made in memory. Each of its calls can be made to return null, or to throw; it counts what it
 /// has given out.
 class FakeManager final : public IAVManager, public IAVImporter {
  public:

@@ -9,7 +9,7 @@ TestFrame Black(unsigned format, unsigned width, unsigned height) {
     return frame;
 }
 
-// The first byte of a row, behind which follow the pitch's bytes.
+// The first byte of a row, followed by the pitch's bytes.
 unsigned char* Row(TestFrame& frame, unsigned plane, unsigned y) {
     unsigned pitch = 0;
     unsigned char* const data = frame.GetBuffer(plane, nullptr, &pitch, nullptr);

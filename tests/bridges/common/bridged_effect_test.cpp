@@ -42,7 +42,7 @@ TEST(BridgedEffect, KeepsItsSettingsWhenItIsRenewed) {
     EXPECT_EQ(effect.Text("tilereflect_angle"), std::nullopt);
 }
 
-TEST(BridgedEffect, TellsWhatIsWrong) {
+TEST(BridgedEffect, ReportsWhatIsWrong) {
     BridgedEffect effect = Make("gray");
     EXPECT_EQ(effect.Set("strength", "1"),
               "gray's strength: Property with name(strength) does not exist (code 10021005)");

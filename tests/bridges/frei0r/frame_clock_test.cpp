@@ -26,7 +26,7 @@ TEST(FrameClock, TakesALongFirstStepForMilliseconds) {
 
 TEST(FrameClock, FollowsJumpsInSeconds) {
     EXPECT_EQ(Frames({0, 0.04, 20, 4, 4.04}), (std::vector<int>{0, 1, 500, 100, 101}));
-    // Only what follows a first step can tell a jump from milliseconds.
+    // Only what follows a first step distinguishes a jump from milliseconds.
     EXPECT_EQ(Frames({10, 0, 0.08, 0.04, 20}), (std::vector<int>{250, 0, 2, 1, 500}));
     EXPECT_EQ(Frames({0, 10, 10.04, 20}).back(), 500);
 }
@@ -37,7 +37,7 @@ TEST(FrameClock, CountsCallsWithoutATime) {
     EXPECT_EQ(Frames({none, none}, TimeUnit::Milliseconds), (std::vector<int>{0, 1}));
 }
 
-TEST(FrameClock, BelievesWhatItIsTold) {
+TEST(FrameClock, UsesTheUnitThatIsSet) {
     EXPECT_EQ(Frames({0, 40}, TimeUnit::Seconds), (std::vector<int>{0, 1000}));
     EXPECT_EQ(Frames({40, 40.5}, TimeUnit::Milliseconds), (std::vector<int>{1, 1}));
     EXPECT_EQ(Frames({7, 8}, TimeUnit::Frames), (std::vector<int>{7, 8}));

@@ -164,7 +164,7 @@ TEST(Filter, TakesColoursSwitchesAndChoices) {
               InProcess("2D_3D_TransForm", {{"2D_3D_TransForm_output", "1"}}, input, width, height));
 }
 
-TEST(Filter, BeginsWhereItIsTold) {
+TEST(Filter, BeginsWhereItIsSet) {
     constexpr unsigned width = 8, height = 8;
     const Bytes input = RandomBytes(width * height * 4);
     const PluginObject object("directfadeout");

@@ -9,7 +9,7 @@ namespace {
 using AVBased::Testing::EffectOwner;
 using AVBased::Testing::MakeEffect;
 
-// Values at which small pictures show something, inside the range that the element tells.
+// Values at which small pictures show something, inside the range that the element shows.
 std::string RandomText(GParamSpec* spec, std::mt19937& random) {
     const auto between = [&](double low, double high) {
         low = std::max(low, -12.0);
@@ -98,7 +98,7 @@ TEST_P(Element, HasTheModulesProperties) {
 }
 
 // What a property shows until it is set is what the effect works with.
-TEST_P(Element, TellsTrueDefaults) {
+TEST_P(Element, ShowsTrueDefaults) {
     // No values of its properties make what tilereflect works with at first.
     if (GetParam() == "tilereflect") return;
     Pair asMade(GetParam());

@@ -16,7 +16,7 @@ TEST(Painting, HalvesByTheMeanOfWhatIsCovered) {
     ASSERT_EQ(half.Height(), 2u);
     const auto at = [&](unsigned x, unsigned y) { return LoadWord(half.View().Row(y) + x); };
     EXPECT_EQ(at(0, 0), 0xFF090219u);
-    EXPECT_EQ(at(1, 0), 0x32030201u);  // a pixel that is not covered has no say in the colour
+    EXPECT_EQ(at(1, 0), 0x32030201u);  // a pixel that is not covered does not affect the colour
     EXPECT_EQ(at(0, 1), 0u);
     EXPECT_EQ(at(1, 1), 0x28463C32u);  // an odd edge counts twice
 }

@@ -61,7 +61,7 @@ TEST_F(Helpers, OpenEverySourceOrNone) {
     EXPECT_EQ(MessageOf(CreateTextRender(&manager, source, render, {})), "Null Pointer");
 }
 
-TEST_F(Helpers, WorkingFrameTakesASizeOrTellsThatItCannot) {
+TEST_F(Helpers, WorkingFrameTakesASizeOrReportsThatItCannot) {
     CRawVideoFrame frame(false, 0, 2, 2, true);
     EXPECT_EQ(CreateCRawVideoFrame(&frame, 5, 3), 1);
     EXPECT_EQ(SizeOf(frame), (FrameSize{5, 3}));
@@ -96,7 +96,7 @@ TEST_F(Helpers, DrawATextAtItsBox) {
     EXPECT_EQ(FitText({100, 20}, {500, -3}), (FrameSize{100, 20}));
 }
 
-TEST(FitInto, LeavesNoLineWhereLessThanAPixelLacks) {
+TEST(FitInto, LeavesNoLineWhereLessThanAPixelIsMissing) {
     EXPECT_EQ(FitInto({1280, 720}, {641, 361}), (FrameSize{641, 361}));
     EXPECT_EQ(FitInto({1280, 720}, {854, 480}), (FrameSize{854, 480}));
     EXPECT_EQ(FitInto({1280, 720}, {640, 362}), (FrameSize{640, 360}));

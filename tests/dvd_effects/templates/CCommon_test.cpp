@@ -249,7 +249,7 @@ TEST_F(Menu, RefusesWrongListsAndKeepsWhatItHad) {
     EXPECT_EQ(LastError().code, 0);
 }
 
-TEST_F(Menu, TellsABadSourceOnceAndComposesTheRest) {
+TEST_F(Menu, FilesABadSourceOnceAndComposesTheRest) {
     const auto twoSources = [](const std::string& first, const std::string& masks, const std::string& sizes) {
         return Settings{{"additionSourceNumber", "2"},
                         {"isAdditionSourceImages", "true;true"},

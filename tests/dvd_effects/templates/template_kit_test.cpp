@@ -81,7 +81,7 @@ TEST(Turns, GoRoundAndAreSharedOut) {
         }
 }
 
-TEST(Turns, HandOverAtTheirEndOrTakeOverAtTheirBegin) {
+TEST(Turns, HandOverAtTheirEndOrTakeOverAtTheirBeginning) {
     // The second of four has the part of the loop from 0.25 on.
     const auto share = [](double phase) { return TurnAt(phase, 4).ShareOf(1, 0.4); };
     EXPECT_EQ(share(0.25), 1);

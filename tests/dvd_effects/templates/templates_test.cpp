@@ -74,7 +74,7 @@ std::uint64_t Step(const TestFrame& a, const TestFrame& b) {
 TEST_P(Template, LoopsWithoutAJump) {
     for (unsigned sources : {1u, 5u}) {
         const EffectOwner menu = Make(sources, true);
-        // Others move as their properties tell.
+        // Others move as their properties say.
         if (!dynamic_cast<const CAnimatedMenu*>(menu.get())) return;
         std::vector<TestFrame> frames;
         for (unsigned i = 0; i < loop * 2; ++i) Apply(*menu, frames.emplace_back(0, 96, 54));
@@ -130,7 +130,7 @@ bool FillsTheMenu(std::string_view name) {
     return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
-TEST_P(Template, PlacesPicturesWhereItIsTold) {
+TEST_P(Template, PlacesPicturesWhereItIsAskedTo) {
     const EffectOwner menus[] = {Make(1, false), Make(1, false)};
     static constexpr const char* places[] = {"9;30", "70;30"};
     for (unsigned i = 0; i < 2; ++i)

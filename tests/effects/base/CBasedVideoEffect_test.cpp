@@ -25,7 +25,7 @@ class Probe : public CBasedVideoImageEffect {
             case Throw::OwnException:
                 throw TarvoBased::CBaseException(10021008, "Unexpected error", 7, "Probe");
             case Throw::StandardException:
-                throw std::runtime_error("told by the library");
+                throw std::runtime_error("thrown by the library");
             case Throw::Number:
                 throw 42;
             default:
@@ -73,8 +73,8 @@ TEST_F(VideoEffect, WhatAnEffectThrowsIsFiledWithTheCallsLine) {
          {10021008, "Unexpected error", 7, "Probe"},
          {10021008, "Unexpected error", 7, "Probe"}},
         {Probe::Throw::StandardException,
-         {10021015, "told by the library", 111, "CBasedVideoEffect"},
-         {10021015, "told by the library", 121, "CBasedVideoEffect"}},
+         {10021015, "thrown by the library", 111, "CBasedVideoEffect"},
+         {10021015, "thrown by the library", 121, "CBasedVideoEffect"}},
         {Probe::Throw::Number,
          {10021008, "Unknown exception", 111, "CBasedVideoEffect"},
          {10021008, "Unknown exception", 121, "CBasedVideoEffect"}},
@@ -99,7 +99,7 @@ TEST_F(VideoEffect, DurationFollowsItsProperty) {
     EXPECT_STREQ(probe.CBasedVideoEffect::GetProperty("duration", nullptr), "abc");
 }
 
-TEST_F(VideoEffect, BothBasesAnswerAlike) {
+TEST_F(VideoEffect, BothBasesReturnTheSame) {
     IVideoProc& video = probe;
     CBaseAVProc& base = probe;
     EXPECT_EQ(base.GetInterface("IVideoProc"), &video);

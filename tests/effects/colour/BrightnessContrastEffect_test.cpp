@@ -18,7 +18,7 @@ TEST(BrightnessContrast, ReportsClampedValues) {
     EXPECT_EQ(report("99.5x"), "99.5x");
     EXPECT_EQ(report("-inf"), "-100");
     EXPECT_EQ(report("nan"), "nan");
-    // An integer property is none of the clamped ones, however large.
+    // An integer property is not clamped, however large.
     effect->SetProperty("duration", "2147483647");
     EXPECT_EQ(effect->GetDuration(), 2147483647);
 }

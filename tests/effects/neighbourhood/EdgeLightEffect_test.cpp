@@ -12,7 +12,7 @@ TEST(EdgeLight, LumaWrapsAroundChromaIsBiasedAndTheLastRowStays) {
         frame.SetSamples(plane, {{0, 0, 100}, {0, 4, 100}});
     }
     Apply(*MakeEffect("edgelight"), frame);
-    // 3 * |(100, 4)| is 300.2; behind the row lies 5, or without padding the next row's 0.
+    // 3 * |(100, 4)| is 300.2; after the row comes 5, or without padding the next row's 0.
     EXPECT_EQ(frame.Samples(0), (Grid{{0, 44, 29}, {0, 4, 100}}));
     EXPECT_EQ(frame.Samples(1), (Grid{{128, 172, 157}, {0, 4, 100}}));
     EXPECT_EQ(frame.Samples(2), (Grid{{128, 172, 172}, {0, 4, 100}}));

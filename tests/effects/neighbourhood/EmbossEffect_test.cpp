@@ -31,7 +31,7 @@ Picture Embossed(const TestFrame& frame, unsigned level, bool vector) {
             if (y == 0) return in(x, y);
             const int here = in(x, y), above = in(x, y - 1);
             if (!vector) return (picture.packed ? PlainColour : PlainSample)(here, above, level);
-            // What is left behind the last group of four ignores the level.
+            // What is left after the last group of four ignores the level.
             const bool grouped = picture.packed || x < in.width / 4 * 4;
             return grouped ? Lane(here, above, level) : std::clamp(2 * (here - above) + 128, 0, 255);
         });

@@ -22,7 +22,7 @@ Plane Means(const Plane& in, int radius, unsigned bits) {
     });
 }
 
-// chroma(x, y) answers the u and v of a pixel.
+// chroma(x, y) returns the u and v of a pixel.
 template <class Chroma>
 Plane Softened(const Plane& tones, Look look, int white, Chroma chroma) {
     const int radius = (look.radius + 1) / 2, flat = look.strength * look.strength * 9 / 100;

@@ -22,7 +22,7 @@ using FramePtr = std::unique_ptr<AVBased::IRawVideoFrame, FreeFrame>;
 
 class CatalogueTest : public ::testing::Test {
  protected:
-    // Calls use(effect's row, parameter's row, what the module tells) for every parameter of every effect.
+    // Calls use(effect's row, parameter's row, the module's description) for every parameter of every effect.
     template <class Use>
     void ForEachParameter(Use use) const {
         for (const EffectInfo& effect : Catalogue())
@@ -34,7 +34,7 @@ class CatalogueTest : public ::testing::Test {
             }
     }
 
-    // What a fresh effect makes of the same noise, every byte of it; `change` is told the effect first.
+    // What a fresh effect makes of the same noise, every byte of it; `change` gets the effect first.
     template <class Change>
     std::string Picture(const EffectInfo& info, unsigned format, unsigned width, unsigned height, Change change) const {
         const EffectPtr effect = module.Create(info.name);
@@ -73,10 +73,10 @@ TEST_F(CatalogueTest, CoversTheModulesPropertiesAndNoOthers) {
     for (const EffectInfo& info : Catalogue()) {
         const EffectPtr effect = module.Create(info.name);
         ASSERT_TRUE(effect) << info.name;
-        std::multiset<std::string> told, known = {"duration"};
-        for (const PropertyInfo& property : Properties(*effect)) told.insert(property.name);
+        std::multiset<std::string> present, known = {"duration"};
+        for (const PropertyInfo& property : Properties(*effect)) present.insert(property.name);
         for (const ParameterInfo& row : info.parameters) known.insert(row.name);
-        EXPECT_EQ(told, known) << info.name;
+        EXPECT_EQ(present, known) << info.name;
     }
 }
 
@@ -102,7 +102,7 @@ TEST_F(CatalogueTest, AFormHasEachGroupOnce) {
     }
 }
 
-TEST_F(CatalogueTest, TellsWhatAnUntouchedEffectWorksWith) {
+TEST_F(CatalogueTest, KnowsWhatAnUntouchedEffectWorksWith) {
     ForEachParameter([&](const EffectInfo& effect, const ParameterInfo& row, const PropertyInfo& property) {
         // No angle and no size of the tiles gives what the untouched effect shows.
         const bool hasNone = property.name == "tilereflect_angle" || property.name == "tilereflect_size";
@@ -153,7 +153,7 @@ TEST_F(CatalogueTest, WordsAreThoseThatTheModuleTakes) {
     });
 }
 
-// Were a pass count without a limit among them, this would not end.
+// With an unlimited pass count among them, this would not end.
 TEST_F(CatalogueTest, EffectsBearWhatItSaysTheyBear) {
     ForEachParameter([&](const EffectInfo& effect, const ParameterInfo& row, const PropertyInfo& property) {
         if (property.type == PropertyType::Text) return;

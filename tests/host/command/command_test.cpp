@@ -183,7 +183,7 @@ TEST_F(BadInputs, AFullDiskOnStandardOutputIsAnError) {
             << arguments << outcome.errors;
         EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
     }
-    // A reader that has had enough is no failure to report.
+    // A reader that closes the pipe early is not a failure.
     EXPECT_EQ(Wait(Start({"sh", "-c", NIFIKRAL_PROGRAM " generate schema | true"})).errors, "");
 }
 
@@ -225,7 +225,7 @@ TEST_F(BadInputs, HelpFitsAScreenAndLeadsOn) {
     }
 }
 
-TEST_F(BadInputs, WhatIsHardlyMeantIsDoneWithOneWarning) {
+TEST_F(BadInputs, UnlikelyRequestsAreCarriedOutWithOneWarning) {
     MakeClip("in.mkv");
     const Outcome outcome = Nifikral("apply in.mkv out.mkv emboss:level=@0:21,5:22,9:3 --frames 0-9");
     EXPECT_EQ(outcome.exitCode, 0);

@@ -40,7 +40,7 @@ TEST_F(Menu, PartsAreTheSameFramesAsTheWholeFilm) {
     EXPECT_EQ(pipe.output.substr(0, 17), "YUV4MPEG2 W160 H9");
 }
 
-TEST_F(Menu, ADryRunTellsFaultsAndMakesNothing) {
+TEST_F(Menu, ADryRunReportsFaultsAndMakesNothing) {
     WriteProject();
     const Outcome good = Nifikral("menu menu_common menu.json -o out.mp4 --dry-run");
     EXPECT_EQ(good.exitCode, 0) << good.errors;
@@ -107,7 +107,7 @@ TEST_F(Menu, TheEndOfALoopLeadsToItsBeginning) {
     ASSERT_EQ(Nifikral(menu + "loop.mkv --loop-only").exitCode, 0);
     EXPECT_EQ(RawPictures("loop.mkv", "yuv420p"), whole.substr(10 * size));
     EXPECT_NE(Nifikral(menu + "dry.mkv --dry-run").output.find("repeats from frame 10 (0.4 s)"), std::string::npos);
-    EXPECT_EQ(Nifikral(menu + "long.mkv --length 0.3").exitCode, 2) << "the loop lies behind the end";
+    EXPECT_EQ(Nifikral(menu + "long.mkv --length 0.3").exitCode, 2) << "the loop begins after the end";
     EXPECT_EQ(Nifikral("menu menu_memories example.json -o a.mkv --loop-only --frames 3").exitCode, 2);
 }
 

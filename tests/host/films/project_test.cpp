@@ -72,7 +72,7 @@ TEST_F(Project, BecomesThePropertiesOfTheModuleInTheirOrder) {
     EXPECT_EQ(MenuProperties(project), expected);
 }
 
-TEST_F(Project, TellsAllFaultsAtOnceWithTheItemAndTheRemedy) {
+TEST_F(Project, ReportsAllFaultsAtOnceWithTheItemAndTheRemedy) {
     std::ofstream(folder / "empty.png");
     ExpectRefused(R"({
         "template": "menu_travel", "frameRate": 0, "duration": "long", "width": 0, "hight": 360,
@@ -107,7 +107,7 @@ TEST_F(Project, TellsAllFaultsAtOnceWithTheItemAndTheRemedy) {
                    "textInfos[1].text: \"c\\d\" holds '\\'",
                    "textInfos[1].fontstyle: is 3",
                    "textInfos[1].face: \"it's\" holds '''"});
-    // What follows from a fault is not told beside it.
+    // What follows from a fault is not reported beside it.
     try {
         Read(R"({"width": 64, "height": 36, "additionSourcePaths": [5], "moveSpeeds": "1", "textNumber": "one",
                  "textInfos": [7], "textInfo": []})");

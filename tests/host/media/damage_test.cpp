@@ -19,7 +19,7 @@ class Damage : public CommandTest {
     }
 };
 
-TEST_F(Damage, OfOnePictureIsNoNeighboursWhenManyAreReadAtOnce) {
+TEST_F(Damage, OfOnePictureIsNotItsNeighboursWhenManyAreReadAtOnce) {
     CaptureFfmpegMessages();
     Ffmpeg("-f lavfi -i testsrc2=size=160x120 -q:v 2 -frames:v 1 photo.jpg");
     const std::string photo = ReadFile(folder / "photo.jpg");
@@ -65,7 +65,7 @@ TEST_F(Damage, IsFoundAtTheSameFrameWhateverTheThreads) {
         const Outcome outcome = Nifikral("apply " + name + " out.nut gray -y --keep-going");
         EXPECT_EQ(outcome.exitCode, 0) << name << outcome.errors;
         EXPECT_NE(outcome.errors.find("damaged"), std::string::npos) << name;
-        // What lies behind the frames asked for is nobody's concern.
+        // What lies after the frames asked for does not matter.
 
         EXPECT_EQ(Nifikral("apply " + name + " out.nut gray -y --threads 4 --frames 0-5").errors, "") << name;
     }

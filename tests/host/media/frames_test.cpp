@@ -189,7 +189,7 @@ TEST(FrameAdapter, ShowsThePlanesThemselvesWithChromaRoundedUp) {
     EXPECT_EQ(clone->GetTimeStamp(), 7);
 }
 
-TEST(FrameAdapter, LeavesNothingBehindARowToChance) {
+TEST(FrameAdapter, LeavesNothingAfterARowToChance) {
     for (const auto& [format, sample] : {std::pair(AV_PIX_FMT_GRAY8, 1), std::pair(AV_PIX_FMT_BGRA, 4)}) {
         FramePtr frame = Counted(format, 5, 3);
         const std::ptrdiff_t pitch = frame->linesize[0], rowBytes = 5 * sample;

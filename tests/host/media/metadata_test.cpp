@@ -5,7 +5,7 @@
 namespace Nifikral {
 namespace {
 
-// A colour profile as far as its header, which is all that programs look at to carry it on.
+// Only the header of a colour profile, which is all that programs check before they keep it.
 std::string Profile(const std::string& space) {
     std::string profile(140, '\0');
     profile[3] = char(140);
@@ -87,7 +87,7 @@ TEST_F(PhotographTest, WhatItSaysStaysInEveryFormatThatHoldsIt) {
     EXPECT_NE(bare.errors.find("EXIF, IPTC, XMP, its colour profile"), std::string::npos) << bare.errors;
 }
 
-TEST_F(PhotographTest, NothingIsSaidOfItThatIsNotTrue) {
+TEST_F(PhotographTest, LosesTagsThatAreNoLongerTrue) {
     // Inks and greys are RGB here, so that their profiles would give wrong colours.
     MakePhotograph("grey.jpg", "2020:01:02 03:04:05", Profile("GRAY"));
     const Outcome outcome = Nifikral("apply grey.jpg out.png gray");
@@ -99,7 +99,7 @@ TEST_F(PhotographTest, NothingIsSaidOfItThatIsNotTrue) {
     ASSERT_EQ(Nifikral("apply in_%d.jpg out_%d.jpg gray").exitCode, 0);
     EXPECT_NE(Read("out_0.jpg").exif.find("2021"), std::string::npos);
     EXPECT_NE(Read("out_1.jpg").exif.find("2022"), std::string::npos);
-    // A file that is cut is no file with a strange tag.
+    // A truncated file is not reported as a strange tag.
     ASSERT_EQ(Nifikral("apply in_1.jpg cut.tiff gray").exitCode, 0);
     std::filesystem::resize_file(folder / "cut.tiff", std::filesystem::file_size(folder / "cut.tiff") / 2);
     EXPECT_EQ(Nifikral("apply cut.tiff out.jpg gray").exitCode, 3);
@@ -120,7 +120,7 @@ class ExtrasTest : public CommandTest {
             "-attach cover.png -metadata:s:t:0 mimetype=image/png in.mkv");
     }
 
-    std::string Tell(const std::string& file, const std::string& entries) const {
+    std::string Probe(const std::string& file, const std::string& entries) const {
         return Wait(Start(Words("ffprobe -v error -of csv=p=0 " + entries + " " + file))).output;
     }
 
@@ -141,12 +141,12 @@ TEST_F(ExtrasTest, StayWhereTheContainerHoldsThemAndAreNamedElsewhere) {
         const Outcome outcome = Nifikral("apply in.mkv " + file + " gray");
         ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
         const std::string kind = *texts ? std::string(texts) + ",eng" : "";
-        EXPECT_EQ(Words(Tell(file, "-select_streams s -show_entries stream=codec_name:stream_tags=language")),
+        EXPECT_EQ(Words(Probe(file, "-select_streams s -show_entries stream=codec_name:stream_tags=language")),
                   Words(kind))
             << file;
-        EXPECT_EQ(Tell(file, "-show_entries stream_disposition=attached_pic").find('1') != std::string::npos, cover)
+        EXPECT_EQ(Probe(file, "-show_entries stream_disposition=attached_pic").find('1') != std::string::npos, cover)
             << file;
-        EXPECT_EQ(Tell(file, "-show_entries chapter=start_time:chapter_tags=title"),
+        EXPECT_EQ(Probe(file, "-show_entries chapter=start_time:chapter_tags=title"),
                   chapters ? "0.000000,One\n2.000000,Two\n" : "")
             << file;
         const auto named = [&](const char* what) { return outcome.errors.find(what) != std::string::npos; };
@@ -160,12 +160,12 @@ TEST_F(ExtrasTest, StayWhereTheContainerHoldsThemAndAreNamedElsewhere) {
             EXPECT_EQ(Ffmpeg("-i " + file + " -map 0:v:1 -f rawvideo -"), Ffmpeg("-i cover.png -f rawvideo -")) << file;
         }
     }
-    EXPECT_NE(Tell("out.mp4", "-show_entries format_tags").find("+48.2"), std::string::npos);
+    EXPECT_NE(Probe("out.mp4", "-show_entries format_tags").find("+48.2"), std::string::npos);
     Ffmpeg(
         "-i in.mkv -map 0:v:0 -c copy -map_metadata -1 -movflags use_metadata_tags -metadata "
         "com.apple.quicktime.location.ISO6709=+48.2+016.3/ phone.mov");
     ASSERT_EQ(Nifikral("apply phone.mov phone.mp4 gray").exitCode, 0);
-    EXPECT_NE(Tell("phone.mp4", "-show_entries format_tags=location").find("+48.2"), std::string::npos);
+    EXPECT_NE(Probe("phone.mp4", "-show_entries format_tags=location").find("+48.2"), std::string::npos);
     EXPECT_EQ(Nifikral("apply out.mp4 back.mkv gray").errors, "");
     EXPECT_NE(Texts("back.mkv").find("Second"), std::string::npos);
 }
@@ -175,13 +175,13 @@ TEST_F(ExtrasTest, AreOfTheRangeAndJoinedChunksHaveThem) {
     ASSERT_EQ(Nifikral("apply in.mkv part.mp4 gray --frames 10-29").exitCode, 0);
     EXPECT_EQ(Texts("part.mp4"),
               "1\n00:00:00,000 --> 00:00:00,500\nFirst\n\n2\n00:00:01,500 --> 00:00:02,000\nSecond\n\n");
-    EXPECT_EQ(Tell("part.mp4", "-show_entries chapter=start_time,end_time:chapter_tags=title"),
+    EXPECT_EQ(Probe("part.mp4", "-show_entries chapter=start_time,end_time:chapter_tags=title"),
               "0.000000,1.000000,One\n1.000000,2.000000,Two\n");
     const Outcome plan = Nifikral("plan --chunks 2 apply in.mkv joined.mp4 gray --frames 10-29");
     ASSERT_EQ(Wait(Start({"sh", "-ec", plan.output})).exitCode, 0);
     EXPECT_EQ(Texts("joined.mp4"), Texts("part.mp4"));
-    EXPECT_EQ(Tell("joined.mp4", "-show_entries stream=codec_name"),
-              Tell("part.mp4", "-show_entries stream=codec_name"));
+    EXPECT_EQ(Probe("joined.mp4", "-show_entries stream=codec_name"),
+              Probe("part.mp4", "-show_entries stream=codec_name"));
 }
 
 }  // namespace

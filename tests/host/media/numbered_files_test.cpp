@@ -35,7 +35,7 @@ TEST_F(NumberedInput, WithAGapIsRefusedUnlessTheGapHasAMeaning) {
     EXPECT_EQ(Values("in_%04d.pgm --gaps skip"), (std::vector<int>{7, 8, 12, 13}));
     EXPECT_EQ(Values("in_%04d.pgm --gaps repeat"), (std::vector<int>{7, 8, 8, 8, 8, 12, 13}));
     EXPECT_EQ(Values("in_%04d.pgm --gaps stop"), (std::vector<int>{7, 8}));
-    EXPECT_EQ(Values("in_%04d.pgm --frames 0-1"), (std::vector<int>{7, 8})) << "a gap behind what is asked for";
+    EXPECT_EQ(Values("in_%04d.pgm --frames 0-1"), (std::vector<int>{7, 8})) << "a gap after what is asked for";
     EXPECT_EQ(Values("in_%04d.pgm --gaps repeat --frames 3-5 --threads 4"), (std::vector<int>{8, 8, 12}));
     EXPECT_EQ(Nifikral("apply in_%04d.pgm out.nut gray -y --gaps fill").exitCode, 2);
     EXPECT_EQ(Nifikral("apply no_%04d.pgm out.nut gray -y").exitCode, 3);

@@ -10,7 +10,7 @@ class SoundTest : public CommandTest {
  protected:
     static constexpr int rate = 48000, streamCount = 7;
 
-    // Two seconds of pictures, and a tone behind a second of silence in all codecs that are usual.
+    // Two seconds of pictures, and a tone after a second of silence in all codecs that are usual.
     void MakeFilm() const {
         std::string sound;
         const char* const codecs[streamCount] = {"pcm_s16le", "aac",     "libmp3lame", "ac3",

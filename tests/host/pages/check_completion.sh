@@ -23,19 +23,19 @@ complete_in_bash() {
 complete_in_fish() {
     fish --no-config -c 'source ./script; complete -C$argv[1]' "$1" | cut -f1
 }
-# Presses the tabulator key at a prompt, and waits until the line is complete or the shell has nothing to say any more.
+# Presses the tabulator key at a prompt, and waits until the line is complete or the shell prints nothing more.
 complete_in_zsh() {
     timeout 30 zsh -f -c 'zmodload zsh/zpty
         zpty prompt TERM=dumb zsh -f -i
         zpty -w prompt "PS1=; stty -echo; autoload -U compinit; compinit -u -D; source ./script; print RE\ADY"
-        zpty -r prompt told "*READY*"
+        zpty -r prompt printed "*READY*"
         zpty -w -n prompt "$1"$'"'\t'"'
-        zpty -r prompt told "*${1% *} $2*" && print -r -- $2' - "$1" "$2" || echo nothing
+        zpty -r prompt printed "*${1% *} $2*" && print -r -- $2' - "$1" "$2" || echo nothing
 }
 
 while IFS='|' read -r line word; do
-    "complete_in_$shell" "$line" "$([[ $shell == zsh ]] && echo "$word")" >told
-    [[ $(<told) == "$word" ]] || { echo "'$line' is not completed by '$word' but by '$(<told)'"; exit 1; }
+    "complete_in_$shell" "$line" "$([[ $shell == zsh ]] && echo "$word")" >printed
+    [[ $(<printed) == "$word" ]] || { echo "'$line' is not completed by '$word' but by '$(<printed)'"; exit 1; }
 done <<'LINES'
 nifikral sl|slideshow
 nifikral apply --keep|--keep-going

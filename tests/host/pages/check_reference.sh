@@ -21,7 +21,7 @@ effects=$("$command" list --names | grep -vc ^@)
 for effect in rotate spotlight slide title menu_common; do
     "$command" info $effect | sed -n 's/^  \([A-Za-z0-9_]*\) (.*/\1/p'
 done | while read -r parameter; do
-    grep -q "<code>$parameter</code>" page.html || fail "the page does not tell $parameter"
+    grep -q "<code>$parameter</code>" page.html || fail "the page does not list $parameter"
 done
 if "$command" reference photo.png -o page.html 2>refusal; then fail "it overwrites a page unasked"; fi
 grep -q 'page.html exists' refusal || fail "$(cat refusal)"

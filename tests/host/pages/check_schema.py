@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Holds what the command tells of its effects against the schema that it prints. Usage: check_schema.py COMMAND"""
+"""Checks what the command prints about its effects against the schema that it prints. Usage: check_schema.py COMMAND"""
 
 import copy
 import json
@@ -9,19 +9,19 @@ import sys
 from jsonschema import Draft202012Validator
 
 
-def told(*arguments):
+def printed(*arguments):
     return json.loads(subprocess.run([sys.argv[1], *arguments], check=True, capture_output=True).stdout)
 
 
-schema = told("generate", "schema")
+schema = printed("generate", "schema")
 Draft202012Validator.check_schema(schema)
 validator = Draft202012Validator(schema)
-everything, rotate = told("list", "--json"), told("info", "rotate", "--json")
+everything, rotate = printed("list", "--json"), printed("info", "rotate", "--json")
 for document in everything, rotate:
     validator.validate(document)
 assert rotate["effects"] == [effect for effect in everything["effects"] if effect["name"] == "rotate"]
 
-# The schema has to notice what a form could not live with.
+# The schema has to reject what a form could not use.
 for damage in (
     lambda parameter: parameter.pop("kind"),
     lambda parameter: parameter.pop("step"),

@@ -77,7 +77,7 @@ TEST_F(Gallery, TakesOddNamesAndTurnsNothingIntoMarkup) {
     EXPECT_EQ(Probe("it's:50%&_files/rotate.jpg", "stream=width,height"), "5|3\n");
 }
 
-TEST_F(Gallery, OverwritesOnlyWhenToldAndLeavesOtherFilesAlone) {
+TEST_F(Gallery, OverwritesOnlyWhenAskedAndLeavesOtherFilesAlone) {
     MakePhotograph("a.png", "64x48");
     ASSERT_EQ(Nifikral("gallery a.png -o g.html").exitCode, 0);
     std::ofstream(folder / "g_files/notes.txt") << "precious";

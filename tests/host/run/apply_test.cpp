@@ -90,7 +90,7 @@ TEST_F(Apply, ConvertsFormatsThatEffectsDoNotKnowThereAndBack) {
     }
 }
 
-TEST_F(Apply, TellsThatTenBitsBecomeEight) {
+TEST_F(Apply, WarnsThatTenBitsBecomeEight) {
     Ffmpeg("-f lavfi -i testsrc2=size=32x24:duration=0.2,format=yuv422p10le -c:v ffv1 in.mkv");
     const Outcome outcome = Nifikral("apply in.mkv out.mkv gray --encoder ffv1");
     EXPECT_EQ(outcome.exitCode, 0);

@@ -58,7 +58,7 @@ TEST(RegionTest, MovesWithItsNumbers) {
                   255);
 }
 
-TEST(RegionTest, RefusesWhatIsNoArea) {
+TEST(RegionTest, RefusesWhatIsNotAnArea) {
     for (const char* const area : {"", "circle,1,2", "circle,a,2,3", "elipse,1,2,3,4", "rectangle,1,2,3,4,5"})
         EXPECT_THROW(Region(area, "", false), std::invalid_argument) << area;
     EXPECT_THROW(Region("circle,1,2,3", "-1", false), std::invalid_argument);

@@ -35,7 +35,7 @@ TEST(TimeWindowTest, CountsFromEitherEndInFramesOrSeconds) {
     EXPECT_EQ(TimeWindow("2s-").Frames(30000 / 1001.0, 0).first, 60);
 }
 
-TEST(TimeWindowTest, RefusesWhatIsNone) {
+TEST(TimeWindowTest, RefusesWhatIsNotAWindow) {
     for (const char* const text :
          {"", "-", "x", "2s", "-1s", "-25", "--1s", "-2s-x", "1.5-3", "3--", "1e3-", "nan-", "5m-"})
         EXPECT_THROW(TimeWindow{text}, std::invalid_argument) << text;
