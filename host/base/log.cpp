@@ -36,9 +36,9 @@ void PrintWarning(const std::string& line) {
 
 void PrintWarningOnce(const std::string& subject, const std::string& line) {
     static std::mutex mutex;
-    static std::set<std::string> told;
+    static std::set<std::string> reported;
     const std::lock_guard lock(mutex);
-    if (told.insert(subject).second) PrintWarning(line);
+    if (reported.insert(subject).second) PrintWarning(line);
 }
 
 void PrintNotice(const std::string& line) {

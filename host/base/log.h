@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// What the command tells on stderr. Threads: any.
+/// What the command prints on stderr. Threads: any.
 namespace Nifikral {
 
 enum class Verbosity { Quiet, Normal, Verbose };
@@ -12,13 +12,13 @@ Verbosity GetVerbosity();
 
 /// One error a line.
 void PrintError(const std::string& lines);
-/// Something was done otherwise than asked for; not told under -q.
+/// Something was done otherwise than asked for; not printed under -q.
 void PrintWarning(const std::string& line);
 /// The same, but only the first time for each `subject`.
 void PrintWarningOnce(const std::string& subject, const std::string& line);
-/// What was done; not told under -q.
+/// What was done; not printed under -q.
 void PrintNotice(const std::string& line);
-/// Told under -v only.
+/// Printed under -v only.
 void PrintDetail(const std::string& line);
 
 }  // namespace Nifikral

@@ -5,7 +5,7 @@
 
 namespace Nifikral {
 
-/// How far a run has come is told on stderr.
+/// How far a run has come, on stderr.
 enum class ProgressForm {
     Line,  ///< one line, redrawn a few times a second, when stderr is a terminal and the run is not quiet
     Json,  ///< a line for each picture, for programs

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-/// What the module cannot tell of its effects: what they are for, and what to ask for in which range. Names, types and
+/// What the module does not say of its effects: what they are for, and what to ask for in which range. Names, types and
 /// defaults come from the module itself.
 namespace Nifikral {
 

@@ -15,7 +15,7 @@ struct ParameterDetails {
     std::string start;  ///< at which the command starts it, where that is not the default: "50%"
 };
 
-/// What the module and the catalogue tell together.
+/// What the module and the catalogue say together.
 struct EffectDetails {
     std::string name;
     EffectInfo info;                           ///< says nothing of an effect that is not in the catalogue

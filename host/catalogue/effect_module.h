@@ -40,7 +40,7 @@ class EffectModule {
     AVBased::CreateVideoProcFunction m_create;
 };
 
-/// What the module tells of an effect's properties, in its own order.
+/// What the module reports of an effect's properties, in its own order.
 std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect);
 
 /// The calling thread's pending error as words, and none left pending.

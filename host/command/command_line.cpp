@@ -27,34 +27,37 @@ std::string CheckedRange(const std::string& typeName) {
 }
 
 OptionDescription Describe(const CLI::Option& option, const std::vector<std::string>& words) {
-    OptionDescription told;
-    for (const std::string& name : option.get_snames()) told.names.push_back("-" + name);
-    for (const std::string& name : option.get_lnames()) told.names.push_back("--" + name);
+    OptionDescription description;
+    for (const std::string& name : option.get_snames()) description.names.push_back("-" + name);
+    for (const std::string& name : option.get_lnames()) description.names.push_back("--" + name);
     const std::string type = option.get_type_name();
     if (option.get_positional())
-        told.value = option.get_name(true);
+        description.value = option.get_name(true);
     else if (option.get_expected_max() > 0)
-        told.value = type.substr(0, type.find(':'));
+        description.value = type.substr(0, type.find(':'));
     for (const char* const number : {"INT", "UINT", "FLOAT"})
-        if (told.value == number) told.value = "NUMBER";
-    told.meaning = option.get_description();
-    told.range = CheckedRange(type);
-    told.defaultText = option.get_default_str();
+        if (description.value == number) description.value = "NUMBER";
+    description.meaning = option.get_description();
+    description.range = CheckedRange(type);
+    description.defaultText = option.get_default_str();
     // A list stands in brackets there, and on the command line without.
-    if (told.defaultText.starts_with('[')) told.defaultText = told.defaultText.substr(1, told.defaultText.size() - 2);
-    told.words = words;
-    told.required = option.get_required();
-    told.repeated = option.get_expected_max() > 1;
-    return told;
+    if (description.defaultText.starts_with('['))
+        description.defaultText = description.defaultText.substr(1, description.defaultText.size() - 2);
+    description.words = words;
+    description.required = option.get_required();
+    description.repeated = option.get_expected_max() > 1;
+    return description;
 }
 
 CommandDescription Describe(const CLI::App& app, const std::map<const CLI::Option*, std::vector<std::string>>& words) {
-    CommandDescription told{app.get_name(), app.get_description(), app.get_footer(), app.get_group(), {}, {}, {}};
+    CommandDescription description{
+        app.get_name(), app.get_description(), app.get_footer(), app.get_group(), {}, {}, {}};
     for (const CLI::Option* const option : app.get_options()) {
         const auto known = words.find(option);
-        told.options.push_back(Describe(*option, known == words.end() ? std::vector<std::string>() : known->second));
+        description.options.push_back(
+            Describe(*option, known == words.end() ? std::vector<std::string>() : known->second));
     }
-    return told;
+    return description;
 }
 
 void AddHelp(CommandLine& line) {

@@ -64,7 +64,7 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
          ProfileNames());
     app.add_option("--frames", options.frames, "only frames A-B, counted from 0, both included")->type_name("A-B");
     app.add_option("--chunk", options.chunk,
-                   "only the run's frames A-B, without sound, to be joined by nifikral concat; nifikral plan tells how")
+                   "only the run's frames A-B, without sound, to be joined by nifikral concat; see nifikral plan")
         ->type_name("A-B");
     app.add_flag("--skip-existing", options.skipExisting,
                  "leave an output that is complete as it is, and make one that is not anew");
@@ -81,11 +81,11 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
         ->transform(CLI::AsNumberWithUnit(std::map<std::string, int>{{"k", 1000}, {"M", 1000000}}));
     app.add_flag("--no-sound{false}", options.output.sound, "leave the sound out");
     app.add_flag("-y,--overwrite", options.output.overwrite, "overwrite an existing output");
-    app.add_flag("--dry-run", options.dryRun, "check everything and tell what would be done");
-    Take(line, app.add_option("--progress", line.progress, "how stderr tells how far it is")->type_name("FORM"),
+    app.add_flag("--dry-run", options.dryRun, "check everything and print what would be done");
+    Take(line, app.add_option("--progress", line.progress, "how progress is printed on stderr")->type_name("FORM"),
          {"line", "json"});
     app.add_flag("-q,--quiet", line.quiet, "errors only");
-    app.add_flag("-v,--verbose", line.verbose, "tell details");
+    app.add_flag("-v,--verbose", line.verbose, "print details");
     AddCommonOptions(app, line);
     line.runs[&app] = &options;
 }

@@ -11,7 +11,7 @@ struct InitOptions {
     bool overwrite = false;
 };
 
-/// Writes an example project for a menu template, and the pictures that it shows, into a folder. Answers the project's
+/// Writes an example project for a menu template, and the pictures that it shows, into a folder. Returns the project's
 /// file.
 std::string WriteExampleProject(const InitOptions& options, const EffectModule& module);
 

@@ -12,7 +12,7 @@
 
 namespace Nifikral {
 
-/// What commands that make films are told.
+/// What commands that make films are asked for.
 struct FilmOptions {
     RunOptions run;
     std::string sound;   ///< a file, or empty
@@ -45,7 +45,7 @@ void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOpti
 /// The name of the first side that the output could not hold, "" when it can: videos need even ones.
 std::string OddSide(const Film& film, const OutputOptions& output);
 
-/// Sets properties; a refusal is told through `refuse(property, reason)`.
+/// Sets properties; a refusal is reported through `refuse(property, reason)`.
 void SetProperties(AVBased::IVideoProc& generator, const std::vector<std::pair<std::string, std::string>>& properties,
                    const std::function<void(const std::string&, const std::string&)>& refuse);
 

@@ -187,7 +187,7 @@ void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
     }
 }
 
-// Rendering tells which fonts and characters are missing.
+// Rendering reports which fonts and characters are missing.
 void TryTexts(const MenuProject& project, Faults& faults) {
     for (const MenuText& text : project.texts) {
         if (text.styled.text.empty()) continue;

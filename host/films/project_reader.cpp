@@ -16,12 +16,12 @@
 namespace Nifikral {
 
 void Faults::Add(const std::string& item, const std::string& what) {
-    if (Tell(item, what)) m_onlyInputs = false;
+    if (Report(item, what)) m_onlyInputs = false;
 }
 
-void Faults::AddInput(const std::string& item, const std::string& what) { Tell(item, what); }
+void Faults::AddInput(const std::string& item, const std::string& what) { Report(item, what); }
 
-bool Faults::Tell(const std::string& item, const std::string& what) {
+bool Faults::Report(const std::string& item, const std::string& what) {
     // The item itself, then the objects that it is a member of.
     for (std::size_t end = item.size(); end != std::string::npos;
          end = end ? item.rfind('.', end - 1) : std::string::npos)

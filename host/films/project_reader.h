@@ -8,13 +8,13 @@
 
 #include "host/media/ffmpeg_handles.h"
 
-/// Reading project files so that all that is wrong with one is told at once.
+/// Reading project files so that all that is wrong with one is reported at once.
 namespace Nifikral {
 
 using Json = nlohmann::ordered_json;
 
 /// The faults of one project, each with the item's name and the remedy. Of an item, the members of an object included,
-/// only the first fault is told: what is found there later follows from it.
+/// only the first fault is reported: what is found there later follows from it.
 class Faults {
  public:
     /// `project`: its file's name; empty where the items are options.
@@ -29,7 +29,7 @@ class Faults {
 
  private:
     // Whether the fault is the item's first.
-    bool Tell(const std::string& item, const std::string& what);
+    bool Report(const std::string& item, const std::string& what);
 
     std::string m_project;
     std::vector<std::string> m_lines;
@@ -42,7 +42,7 @@ struct Limits {
     int low = -2147483647 - 1, high = 2147483647;
 };
 
-/// One value of a project. A read that fails files a fault and answers something harmless.
+/// One value of a project. A read that fails files a fault and returns something harmless.
 class ProjectItem {
  public:
     /// `value` is borrowed; null where the project does not have it.

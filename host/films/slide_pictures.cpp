@@ -7,20 +7,20 @@
 #include <filesystem>
 #include <mutex>
 
-#include "host/catalogue/effect_module.h"
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
-#include "host/films/media_manager.h"
 #include "host/base/natural_order.h"
 #include "host/base/progress.h"
+#include "host/catalogue/effect_module.h"
+#include "host/films/media_manager.h"
 
 namespace Nifikral {
 namespace {
 
 namespace fs = std::filesystem;
 
-// Kinds that no decoder may know are among them: such a picture is told and not passed over.
+// Kinds that no decoder may know are among them: such a picture is reported and not passed over.
 constexpr std::string_view extensions[] = {".jpg",  ".jpeg", ".jpe",  ".jfif", ".png",  ".apng", ".gif", ".bmp", ".tif",
                                            ".tiff", ".webp", ".avif", ".heic", ".heif", ".jxl",  ".jp2", ".j2k", ".tga",
                                            ".ppm",  ".pgm",  ".pbm",  ".pnm",  ".pam",  ".pcx",  ".sgi", ".ras", ".xbm",

@@ -109,7 +109,7 @@ void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) 
                    {"seed", std::to_string(options.seed)}},
                   [](const std::string& name, const std::string& reason) {
                       throw HostError(ExitCode::Usage, std::string("the slideshow refuses its ") + name + ": " +
-                                                           reason + "; nifikral info slide tells the words");
+                                                           reason + "; nifikral info slide lists the words");
                   });
     RenderFilm(*generator, film, options.film, std::to_string(pictures.size()) + " pictures");
 }

@@ -19,7 +19,7 @@ struct SlideshowOptions {
     FilmOptions film;
 };
 
-/// Makes a film of pictures. Those that cannot be read are told and left out.
+/// Makes a film of pictures. Those that cannot be read are reported and left out.
 void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module);
 
 /// How the frames of a show are shared out.

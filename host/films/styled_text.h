@@ -20,7 +20,7 @@ struct StyledText {
     std::uint8_t red = 0, green = 0, blue = 0;
 };
 
-/// The style that blank-separated words name. A word that names none is told once and left out.
+/// The style that blank-separated words name. A word that names none is reported once and left out.
 TextStyle ParseStyle(std::string_view words);
 
 /// Reads <font color='#rrggbb' size='pixels' face='family' fontstyle='words'>text</font>, the text as written up to the

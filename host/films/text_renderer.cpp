@@ -85,7 +85,7 @@ std::string Characters(const std::string& text, PangoLayoutRun* run, bool unknow
     return names;
 }
 
-void TellSubstitutions(PangoLayout* layout, const StyledText& text) {
+void ReportSubstitutions(PangoLayout* layout, const StyledText& text) {
     const std::string face = text.face.empty() ? usualFace : text.face;
     const bool installed = IsInstalled(pango_layout_get_context(layout), face), generic = IsGeneric(face);
     std::string first;
@@ -102,7 +102,7 @@ void TellSubstitutions(PangoLayout* layout, const StyledText& text) {
                                                  ", boxes are drawn instead; install a font for it");
         else if (!generic && !installed)
             PrintWarningOnce(face, Excerpt(text.text) + ": the font \"" + face + "\" is not installed, \"" + used +
-                                       "\" is used instead; fc-list : family tells what there is");
+                                       "\" is used instead; fc-list : family lists what there is");
         else if (!SameName(used, generic ? first : face))
             PrintWarningOnce(face + used, Excerpt(text.text) + ": the font \"" + (generic ? first : face) +
                                               "\" lacks " + all + ", \"" + used + "\" is used instead");
@@ -289,7 +289,7 @@ FramePtr RenderText(const StyledText& text) {
     const Owner<PangoLayout> layout = MakeLayout(text);
     PangoRectangle ink, logical;
     pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
-    TellSubstitutions(layout.get(), text);
+    ReportSubstitutions(layout.get(), text);
 
     const Decoration decoration(text);
     const bool hasInk = ink.width > 0 && ink.height > 0;
@@ -333,6 +333,6 @@ FramePtr RenderText(const StyledText& text) {
 #ifdef __SANITIZE_ADDRESS__
 // fontconfig keeps its pointers as offsets, where the leak checker does not see them.
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
-// What it suppresses it would otherwise tell on stderr, among the command's own lines.
+// What it suppresses it would otherwise print on stderr, among the command's own lines.
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_options() { return "print_suppressions=0"; }
 #endif

@@ -11,8 +11,9 @@ namespace Nifikral {
 inline constexpr int largestSide = 16384;
 
 /// Draws a text on a transparent picture (BGRA, colours not multiplied by alpha) that is just large enough for it. A
-/// font family that is not installed and characters that it lacks are told once, with the font that was used instead.
-/// Throws std::runtime_error for a text that is no UTF-8, a size below 1 and a text too large to draw. Threads: any.
+/// font family that is not installed and characters that it lacks are reported once, with the font that was used
+/// instead. Throws std::runtime_error for a text that is no UTF-8, a size below 1 and a text too large to draw.
+/// Threads: any.
 FramePtr RenderText(const StyledText& text);
 
 /// The first byte of a text that is no UTF-8; nothing for one that is.

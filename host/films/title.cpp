@@ -132,7 +132,7 @@ void PutTitle(const TitleOptions& options, const EffectModule& module) {
     if (!trial) throw HostError(ExitCode::Failed, module.Path() + " makes no titles; name another --module");
     SetProperties(*trial, look, [](const std::string& name, const std::string& reason) {
         throw HostError(ExitCode::Usage,
-                        "the title refuses its " + name + ": " + reason + "; nifikral info title tells what it takes");
+                        "the title refuses its " + name + ": " + reason + "; nifikral info title lists what it takes");
     });
     RunEach(options.inputs, options.run, [&](const std::string& input, const RunOptions& run) {
         const bool single = HasSinglePicture(input);

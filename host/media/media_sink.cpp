@@ -117,7 +117,7 @@ std::unique_ptr<MediaSink> OpenSink(const OutputOptions& options, const OutputTr
     if (!options.format.empty())
         throw HostError(ExitCode::Usage, "-f " + options.format + " names no format; try nut, y4m, matroska or mp4");
     throw HostError(ExitCode::Usage, options.path +
-                                         ": its extension tells no format; use .mp4, .mkv, .png, .jpg, or "
+                                         ": its extension names no format; use .mp4, .mkv, .png, .jpg, or "
                                          "name the format with -f");
 }
 

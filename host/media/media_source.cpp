@@ -345,7 +345,7 @@ std::vector<PacketPtr> MediaSource::ReadAudio() {
         m_finished = !ReadPacket();
         return TakeAudio(true);
     }
-    // Where a range begins and ends, its pictures tell.
+    // Where a range begins and ends follows from its pictures.
     std::optional<SourceStep> step = Next();
     return step ? std::move(step->audio) : std::vector<PacketPtr>();
 }
@@ -370,8 +370,8 @@ void MediaSource::ReportDamage(const std::string& what) {
     const std::string line =
         (ofFiles ? m_files[std::size_t(m_decoded)] : m_name) + " is damaged or cut short" + where + " (" + what + ")";
     if (!m_options.keepGoing) Refuse(line + "; " + m_options.damageRemedy);
-    if (!m_damageTold) PrintWarning(line + "; going on with what is readable");
-    m_damageTold = true;
+    if (!m_damageReported) PrintWarning(line + "; going on with what is readable");
+    m_damageReported = true;
 }
 
 void MediaSource::ReportDamageUpTo(std::int64_t packet) {

@@ -59,7 +59,7 @@ class MediaSource {
     /// Subtitles, cover pictures and attached files; none where they were not asked for.
     std::vector<const AVStream*> ExtraStreams() const;
     std::span<AVChapter* const> Chapters() const;
-    /// Where the range begins and ends in the container's time, in seconds, as far as its frame rate tells.
+    /// Where the range begins and ends in the container's time, in seconds, as far as its frame rate says.
     std::pair<double, double> Window() const;
     /// The picture files that are read, by their numbers; none of a video or a pipe.
     std::vector<std::string> Photographs() const;
@@ -106,7 +106,7 @@ class MediaSource {
     std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE;
     double m_endTime = 0;
     bool m_endsEarly = false;  // as its container says
-    bool m_inputEnded = false, m_finished = false, m_damageTold = false;
+    bool m_inputEnded = false, m_finished = false, m_damageReported = false;
 };
 
 }  // namespace Nifikral

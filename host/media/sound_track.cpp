@@ -87,7 +87,7 @@ struct SoundTrack::Parts {
     SoundInput sound;
     SoundDecoder decoder;
     std::int64_t begin;                                   // of the cut, in samples
-    std::unique_ptr<AVFormatContext, FreeFormat> holder;  // of the stream that containers are told of
+    std::unique_ptr<AVFormatContext, FreeFormat> holder;  // of the stream that containers get
     std::deque<PacketPtr> packets;
     bool ended = false;
 };
@@ -153,7 +153,7 @@ double SoundSeconds(const std::string& path) {
         end = std::max(end, double(packet->pts + packet->duration) * base);
     }
     if (end <= begin && sound.input->duration > 0) return double(sound.input->duration) / AV_TIME_BASE;
-    if (end <= begin) Refuse(path, " does not tell how long its sound is; convert it first");
+    if (end <= begin) Refuse(path, " does not say how long its sound is; convert it first");
     return end - begin;
 }
 

@@ -24,7 +24,7 @@ class SoundTrack {
     SoundTrack(const std::string& path, const SoundCut& cut);
     ~SoundTrack();
 
-    /// What Until hands out, as a container is told of it.
+    /// What Until hands out, as a container describes it.
     const AVStream& Stream() const;
     /// The packets that begin before a time, counted from the cut's begin, and were not handed out yet.
     std::vector<PacketPtr> Until(double seconds);

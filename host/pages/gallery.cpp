@@ -77,7 +77,7 @@ void CheckPlaces(const GalleryOptions& options, const fs::path& files) {
                         options.photograph + " lies among the gallery's own pictures; copy it elsewhere first");
 }
 
-// All parameters with the values that the effect itself tells once the settings are in it.
+// All parameters with the values that the effect itself reports once the settings are in it.
 std::vector<GalleryParameter> Parameters(const EffectRequest& request, const PictureShape& shape,
                                          const EffectModule& module) {
     const EffectPtr effect = module.Create(request.effect);

@@ -9,10 +9,10 @@
 
 namespace Nifikral {
 
-/// Writes the first picture of a file, upright and over black, its longer side at most that long. Answers its shape.
+/// Writes the first picture of a file, upright and over black, its longer side at most that long. Returns its shape.
 PictureShape WriteReduced(const std::string& from, const std::string& to, int longestSide);
 
-/// Puts a frame effect on a photograph at settings at which it shows, as often as it needs. Answers the requests.
+/// Puts a frame effect on a photograph at settings at which it shows, as often as it needs. Returns the requests.
 std::vector<std::string> ShowEffect(const EffectInfo& info, const std::string& photograph, const std::string& to,
                                     const EffectModule& module);
 

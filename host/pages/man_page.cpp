@@ -89,13 +89,13 @@ unsigned Users(std::span<const CommandDescription> commands, const OptionDescrip
 }
 
 std::string OptionsOfSeveral(std::span<const CommandDescription> commands) {
-    std::vector<OptionDescription> told;
+    std::vector<OptionDescription> seen;
     std::string page;
     for (const CommandDescription& command : commands)
         for (const OptionDescription& option : command.options) {
             if (option.IsPositional() || Users(commands, option) < 2) continue;
-            if (std::find(told.begin(), told.end(), option) != told.end()) continue;
-            told.push_back(option);
+            if (std::find(seen.begin(), seen.end(), option) != seen.end()) continue;
+            seen.push_back(option);
             page += Option(option);
         }
     return page;
@@ -127,7 +127,7 @@ std::string CommandManPage(const CommandDescription& whole, std::span<const Comm
         page += Paragraphs(command.footer);
     }
     page +=
-        ".SH OPTIONS\nThose that several commands take; \\fBnifikral\\fR \\fICOMMAND\\fR \\fB\\-\\-help\\fR tells "
+        ".SH OPTIONS\nThose that several commands take; \\fBnifikral\\fR \\fICOMMAND\\fR \\fB\\-\\-help\\fR lists "
         "which.\n" +
         OptionsOfSeveral(commands);
     page += ".SH EXIT STATUS\n" + Prose(whole.footer) + "\n";
@@ -152,7 +152,7 @@ std::string EffectsManPage(std::span<const EffectDetails> effects) {
         Header("NIFIKRAL-EFFECTS", "7") +
         ".SH NAME\nnifikral\\-effects \\- the effects of nifikral and their parameters\n"
         ".SH DESCRIPTION\n"
-        "What a request for an effect may say is told in\n.BR nifikral (1).\n"
+        "What a request for an effect may say stands in\n.BR nifikral (1).\n"
         "Menus, slideshow and titles have commands of their own. The command warns of values outside the "
         "ranges given here. A parameter that is \\(lqstarted\\(rq at a value has it until it is set, "
         "since the effect's own defaults do nothing.\n"

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <sstream>
 
+#include "host/base/version.h"
 #include "host/catalogue/effect_json.h"
-#include "host/run/effect_request.h"
+#include "host/films/menu_project.h"
 #include "host/media/ffmpeg_handles.h"
 #include "host/pages/html.h"
-#include "host/films/menu_project.h"
-#include "host/base/version.h"
+#include "host/run/effect_request.h"
 
 extern "C" {
 #include <libavutil/base64.h>
@@ -92,17 +92,17 @@ class Page {
 
     void Section(const std::string& category) {
         m_out << "<section>\n<h2>" << Html(category) << "</h2>\n";
-        bool menusTold = false;
+        bool menusShown = false;
         ForEachOf(category, [&](const ReferenceEntry& entry) {
-            // All menus have the same parameters, so these are told once for all.
+            // All menus have the same parameters, so these are printed once for all.
             const bool isMenu = (entry.effect.info.traits & menu) != 0;
-            if (isMenu && !menusTold) {
+            if (isMenu && !menusShown) {
                 m_out << "<article>\n<h3>What all menus take</h3>\n<p>The keys of a project file, which is JSON:</p>\n"
                       << "<pre><code>" << Html(DescribeProjectKeys()) << "</code></pre>\n"
                       << "<p>The properties that a host sets; lists are joined by \";\", texts by \"\\\":</p>\n";
                 Parameters(entry.effect);
                 m_out << "</article>\n";
-                menusTold = true;
+                menusShown = true;
             }
             Article(entry, !isMenu);
         });

@@ -11,8 +11,8 @@
 /// when they are joined, since pieces of coded sound do not meet sample by sample.
 namespace Nifikral {
 
-/// What tells one run from another: a number for the words of its command line, without those that leave the result as
-/// it is. Chunks of different runs are not joined.
+/// What distinguishes one run from another: a number for the words of its command line, without those that leave the
+/// result as it is. Chunks of different runs are not joined.
 std::string RunMark(const std::vector<std::string>& words);
 
 /// Whether the output is there and complete: a picture file for each of the frames, or a film, or the chunk, of so

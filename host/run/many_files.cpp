@@ -88,7 +88,7 @@ void RefuseClashes(const std::vector<Job>& jobs, const RunOptions& options) {
         const auto [taker, free] = takers.emplace(output, job.input);
         if (!free)
             throw HostError(ExitCode::Usage, taker->second + " and " + job.input + " would both become " + job.output +
-                                                 "; tell them apart by {number} in the output's name");
+                                                 "; distinguish them by {number} in the output's name");
         std::error_code error;
         if (fs::exists(job.output, error)) existing.push_back(job.output);
     }

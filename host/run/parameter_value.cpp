@@ -116,7 +116,7 @@ ParameterValue::ParameterValue(const std::string& text, PropertyType type, const
             point.inSeconds = moment.inSeconds;
             m_points.push_back(point);
         }
-        // Where both are used, only the frame rate tells which comes first.
+        // Where both are used, only the frame rate decides which comes first.
         if (std::all_of(m_points.begin(), m_points.end(),
                         [&](const Point& point) { return point.inSeconds == m_points.front().inSeconds; }))
             RequireAscent();

@@ -82,7 +82,7 @@ class Placing {
         if (count == 0) count = m_extent.estimatedFrames;
         if (count == 0)
             Refuse(
-                "this needs the number of frames, which the input does not tell; give the effect its duration=N, a "
+                "this needs the number of frames, which the input does not give; give the effect its duration=N, a "
                 "value key points, @frame:value,..., and a window times from the beginning");
         return count;
     }

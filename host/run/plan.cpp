@@ -133,8 +133,7 @@ std::string PlanRun(const PlanOptions& options, const std::string& program, cons
     for (const auto& [name, print] : forms)
         if (options.format == name) return print(plan);
     throw HostError(ExitCode::Usage, "--format " + options.format + " is none" +
-                                         DidYouMean(options.format, PlanFormats()) +
-                                         "; nifikral plan --help tells all");
+                                         DidYouMean(options.format, PlanFormats()) + "; see nifikral plan --help");
 }
 
 }  // namespace Nifikral

@@ -107,7 +107,7 @@ TEST_F(ManyFiles, ThatWouldMeetAreRefused) {
     ExpectRefusal("plan apply a.png b.png -o out/ gray", 2, {"chunks"});
 }
 
-TEST_F(ManyFiles, AreToldFromEffects) {
+TEST_F(ManyFiles, AreDistinguishedFromEffects) {
     ExpectRefusal("apply a.png grey -o out/", 2, {"\"grey\" is neither a file nor an effect", "did you mean gray?"});
     ExpectRefusal("apply a.png gone.png gray -o out/", 2, {"\"gone.png\" is neither a file nor an effect"});
     ExpectRefusal("apply a.png b.png -o out/", 2, {"no effect is given"});
