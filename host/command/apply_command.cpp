@@ -27,6 +27,7 @@ void AddApply(CommandLine& line) {
     apply->add_option("EFFECT", given->more,
                       "NAME[@WINDOW][:name=value]... or @PRESET, one or more, in this order; see below");
     AddOutputApart(*apply, options.run);
+    AddPreparation(*apply, options.preparation);
     apply->add_flag("--keep-going", options.keepGoing, "take what is readable of a damaged input");
     apply
         ->add_option("--gaps", options.gaps,

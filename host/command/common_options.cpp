@@ -90,6 +90,21 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
     line.runs[&app] = &options;
 }
 
+void AddPreparation(CLI::App& app, Preparation& preparation) {
+    app.add_option("--crop", preparation.crop,
+                   "first of all, take a part of the pictures, in pixels or shares: 640x360+0+100, 50%x50%+25%+25%; "
+                   "from the middle without +X+Y")
+        ->type_name("WxH+X+Y");
+    app.add_option("--scale", preparation.scale,
+                   "then bring them to a size: 1280x720, 1280 (the height follows), x720 (the width follows) or 50%; "
+                   "places in effects are of that size")
+        ->type_name("WxH");
+    app.add_option("--rate", preparation.rate,
+                   "and to so many frames a second, such as 25 or 29.97, by repeating and leaving out; frames are "
+                   "counted at that rate")
+        ->type_name("NUMBER");
+}
+
 void AddOutputApart(CLI::App& app, RunOptions& options) {
     app.add_option("-o,--output", options.output.path,
                    "instead of OUT, for any number of inputs: a folder (graded/) that takes files of their names, or a "

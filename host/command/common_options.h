@@ -2,6 +2,7 @@
 
 #include "host/command/command_line.h"
 #include "host/films/film.h"
+#include "host/media/reshape.h"
 #include "host/run/run_options.h"
 
 /// What several subcommands take.
@@ -24,6 +25,8 @@ void AddCommonOptions(CLI::App& app, CommandLine& line);
 void AddPresetsOption(CLI::App& app, std::string& file);
 /// Settings of every subcommand that makes a film or pictures.
 void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options);
+/// What is done to the pictures of an input before all else.
+void AddPreparation(CLI::App& app, Preparation& preparation);
 /// Another place for the output, for several inputs.
 void AddOutputApart(CLI::App& app, RunOptions& options);
 /// The words of positionals that are read together.

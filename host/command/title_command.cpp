@@ -25,6 +25,7 @@ void AddTitle(CommandLine& line) {
     title->add_option("OUT", given->more,
                       "a video (with its sound) or a picture; out_%06d.png for one a frame; - for stdout");
     AddOutputApart(*title, options.run);
+    AddPreparation(*title, options.preparation);
     title->add_option("--face", options.face, "font family");
     Take(line, title->add_option("--style", options.style, "any of these words")->type_name("STYLE"),
          WordsOf("title", "fontstyle"), true);

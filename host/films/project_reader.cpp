@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include "host/base/colour_text.h"
 #include "host/base/errors.h"
 #include "host/base/nearest_names.h"
+#include "host/media/frame_rate.h"
 
 namespace Nifikral {
 
@@ -119,24 +119,11 @@ std::vector<int> ProjectItem::Integers(const char* shape, const Limits& limits) 
 }
 
 AVRational ProjectItem::FrameRate() const {
-    constexpr double lowest = 1, highest = 240;
-    AVRational rate{0, 1};
-    if (*this && m_value->is_number()) {
-        const double number = m_value->get<double>();
-        const double ntsc = std::round(number) * 1000 / 1001;
-        if (number >= lowest && number <= highest)
-            rate = std::abs(number - ntsc) < 0.005 ? AVRational{int(std::round(number)) * 1000, 1001}
-                                                   : av_d2q(number, 100000);
-    } else if (*this && m_value->is_string()) {
-        const std::string text = m_value->get<std::string>();
-        const char* const end = text.data() + text.size();
-        const auto [slash, first] = std::from_chars(text.data(), end, rate.num);
-        if (first != std::errc() || slash == end || *slash != '/' ||
-            std::from_chars(slash + 1, end, rate.den).ptr != end)
-            rate = {0, 1};
-    }
-    if (rate.num > 0 && rate.den > 0 && av_q2d(rate) >= lowest && av_q2d(rate) <= highest) return rate;
-    Expect("frames a second from 1 to 240, such as 25, 29.97 or \"30000/1001\"");
+    std::string text;
+    if (*this && m_value->is_number()) text = m_value->dump();
+    if (*this && m_value->is_string()) text = m_value->get<std::string>();
+    if (const std::optional<AVRational> rate = ParseFrameRate(text)) return *rate;
+    Expect(frameRateForm);
     return {25, 1};
 }
 

@@ -8,9 +8,9 @@
 #include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/films/media_manager.h"
-#include "host/films/project_reader.h"
 #include "host/films/slide_pictures.h"
 #include "host/films/text_renderer.h"
+#include "host/media/frame_rate.h"
 
 namespace Nifikral {
 namespace {
@@ -27,17 +27,6 @@ void ReadSize(const std::string& size, Film& film) {
                                              std::to_string(largestSide));
 }
 
-AVRational ReadFrameRate(const std::string& text) {
-    double number = 0;
-    const char* const end = text.data() + text.size();
-    const bool plain = std::from_chars(text.data(), end, number).ptr == end;
-    const Json json = plain ? Json(number) : Json(text);
-    Faults faults("");
-    const AVRational rate = ProjectItem(&json, "--rate", faults).FrameRate();
-    faults.ThrowIfAny();
-    return rate;
-}
-
 Film ShapeOfFilm(const SlideshowOptions& options) {
     Film film;
     film.seeks = true;
@@ -49,7 +38,7 @@ Film ShapeOfFilm(const SlideshowOptions& options) {
         return film;
     }
     ReadSize(options.size.empty() ? "1920x1080" : options.size, film);
-    if (!options.frameRate.empty()) film.frameRate = ReadFrameRate(options.frameRate);
+    if (!options.frameRate.empty()) film.frameRate = RequireFrameRate(options.frameRate);
     if (const std::string side = OddSide(film, options.film.run.output); !side.empty())
         throw HostError(ExitCode::Usage, "--size " + options.size + " has an odd " + side +
                                              ", and videos need even sides; give one more or make pictures");

@@ -55,7 +55,7 @@ struct Schedule {
     long long begin = 0, length = 0, in = 0, out = 0;
 };
 
-Schedule ScheduleOver(const MediaSource& source, const TitleOptions& options) {
+Schedule ScheduleOver(const PreparedSource& source, const TitleOptions& options) {
     const double rate = av_q2d(source.FrameRate());
     const auto frames = [&](double seconds) { return std::llround(seconds * rate); };
     Schedule when{frames(options.begin), frames(options.seconds), frames(options.inSeconds),
@@ -72,7 +72,7 @@ Schedule ScheduleOver(const MediaSource& source, const TitleOptions& options) {
     return when;
 }
 
-Schedule ScheduleOverStill(const MediaSource& source, const TitleOptions& options, const RunOptions& run) {
+Schedule ScheduleOverStill(const PreparedSource& source, const TitleOptions& options, const RunOptions& run) {
     if (IsPictureOutput(run.output)) return {};
     constexpr double usualSeconds = 5;
     TitleOptions whole = options;
@@ -138,7 +138,8 @@ void PutTitle(const TitleOptions& options, const EffectModule& module) {
         const bool single = HasSinglePicture(input);
         ApplyOptions apply;
         apply.run = run;
-        RunEffects(input, apply, module, single, [&](const MediaSource& source) {
+        apply.preparation = options.preparation;
+        RunEffects(input, apply, module, single, [&](const PreparedSource& source) {
             const Schedule when = single ? ScheduleOverStill(source, options, run) : ScheduleOver(source, options);
             EffectRequest request{generatorName, {}, {}, TimeWindow(when.begin)};
             const auto set = [&](const std::string& name, const std::string& value) {

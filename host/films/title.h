@@ -16,6 +16,7 @@ struct TitleOptions {
     double inSeconds = 0.8, outSeconds = 0.8, begin = 0;
     double seconds = 0;  ///< how long it shows; 0: to the end, and over a single picture the usual time
     std::vector<std::string> inputs;
+    Preparation preparation;  ///< of the inputs' pictures
     RunOptions run;
 };
 

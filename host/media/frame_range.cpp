@@ -3,11 +3,21 @@
 #include <charconv>
 
 #include "host/base/errors.h"
+#include "host/base/log.h"
 
 namespace Nifikral {
 
 std::string RangeText(const FrameRange& range) {
     return std::to_string(range.first) + "-" + std::to_string(range.last);
+}
+
+void ReportEnd(const FrameRange& range, const FrameRange& chunk, long long count, const std::string& name) {
+    const std::string has = name + " has " + std::to_string(count) + " frames, 0 to " + std::to_string(count - 1);
+    if (count <= range.first)
+        throw HostError(ExitCode::Usage, "--frames lies past the end: " + has + "; choose among these");
+    if (chunk.last != FrameRange::noEnd)
+        throw HostError(ExitCode::Usage, "--chunk lies past the end: " + has + "; plan the chunks anew");
+    if (range.last != FrameRange::noEnd) PrintWarning("--frames ends earlier: " + has);
 }
 
 FrameRange ParseRange(const std::string& text) {

@@ -19,6 +19,10 @@ struct FrameRange {
 /// "A-B", of a range with an end.
 std::string RangeText(const FrameRange& range);
 
+/// For a run that asks for a range, and for a chunk of it, and whose input `name` has ended after `count` frames: warns
+/// when the range goes on. Throws a usage error when it has not begun, or when the chunk goes on.
+void ReportEnd(const FrameRange& range, const FrameRange& chunk, long long count, const std::string& name);
+
 /// Reads "A-B", "A-" or "A"; "" means all. Throws a usage error for anything else.
 FrameRange ParseRange(const std::string& text);
 

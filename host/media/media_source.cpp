@@ -201,13 +201,7 @@ std::optional<SourceStep> MediaSource::Next() {
             if (frame) m_orientation.Apply(frame);
         }
         if (!frame) {
-            const std::string has =
-                m_name + " has " + std::to_string(m_decoded) + " frames, 0 to " + std::to_string(m_decoded - 1);
-            if (m_decoded <= range.first)
-                throw HostError(ExitCode::Usage, "--frames lies past the end: " + has + "; choose among these");
-            if (chunk.last != FrameRange::noEnd)
-                throw HostError(ExitCode::Usage, "--chunk lies past the end: " + has + "; plan the chunks anew");
-            if (range.last != FrameRange::noEnd) PrintWarning("--frames ends earlier: " + has);
+            ReportEnd(range, chunk, m_decoded, m_name);
             m_finished = true;
             m_endTime = std::numeric_limits<double>::infinity();
             return SourceStep{nullptr, 0, TakeAudio(true)};

@@ -43,15 +43,15 @@ void RefuseGenerator(const std::string& name) {
     throw HostError(ExitCode::Usage, name + " is no effect on pictures; use " + command);
 }
 
-PicturePath ChoosePath(const PictureShape& source, const ApplyOptions& options,
+PicturePath ChoosePath(const PreparedSource& input, const ApplyOptions& options,
                        const std::vector<EffectRequest>& requests) {
+    const PictureShape source = input.Shape();
     const bool alphaShows = AnyHasTrait(requests, changesAlpha);
     // Planar effects paint black and white of limited range, which full-range pictures would show as greys.
     const AVPixelFormat seen = source.fullRange && !IsRgb(source.format) ? AV_PIX_FMT_BGRA : source.format;
-    PicturePath path;
-    path.effectFormat =
-        options.run.pixelFormat.empty() ? EffectFormat(seen, alphaShows) : ParseFormat(options.run.pixelFormat);
-    path.effectShape = source;
+    PicturePath path{
+        options.run.pixelFormat.empty() ? EffectFormat(seen, alphaShows) : ParseFormat(options.run.pixelFormat), source,
+        input.Reshape()};
     path.effectShape.format = FfmpegFormat(path.effectFormat);
     path.effectShape.matrix = AVCOL_SPC_UNSPECIFIED;
     path.overBlack = alphaShows && HasAlpha(path.effectShape.format);
@@ -86,8 +86,8 @@ bool IsEffect(const std::string& word, const EffectModule& module) {
 // Puts effects on the pictures of an input.
 class EffectMaker final : public PictureMaker {
  public:
-    EffectMaker(const std::string& input, const ApplyOptions& options, const EffectModule& module, MediaSource& source,
-                const EffectRun& run, const FramesOfRun& frames)
+    EffectMaker(const std::string& input, const ApplyOptions& options, const EffectModule& module,
+                PreparedSource& source, const EffectRun& run, const FramesOfRun& frames)
         : m_input(input), m_options(options), m_module(module), m_source(source), m_run(run), m_frames(frames) {}
 
     FrameRange Existing(const FrameRange& range, bool decoding) override {
@@ -101,12 +101,12 @@ class EffectMaker final : public PictureMaker {
     }
 
     OutputTraits Traits(const OutputOptions&) override {
-        const PictureShape shape = ShapeOf(m_source.FirstFrame());
-        m_path = ChoosePath(shape, m_options, m_run.requests);
+        m_path.emplace(ChoosePath(m_source, m_options, m_run.requests));
         const bool forced = !m_options.run.pixelFormat.empty();
-        OutputTraits traits = TraitsOf(m_source, forced ? m_path.effectShape.format : OutputFormat(shape.format));
+        OutputTraits traits =
+            m_source.Traits(forced ? m_path->effectShape.format : OutputFormat(m_source.Shape().format));
         traits.profile = RequireProfile(m_options.run.profile);
-        if (m_path.overBlack) traits.translucent = m_path.effectShape.format;
+        if (m_path->overBlack) traits.translucent = m_path->effectShape.format;
         traits.fades = !std::any_of(m_run.requests.begin(), m_run.requests.end(), [](const EffectRequest& request) {
             return HasTrait(request, changesAlpha) && !HasTrait(request, variesWithTime);
         });
@@ -114,23 +114,23 @@ class EffectMaker final : public PictureMaker {
     }
 
     std::string Prepare(const PictureShape& sinkShape) override {
-        const PictureShape shape = ShapeOf(m_source.FirstFrame());
-        m_path.overBlack = m_path.overBlack && !HasAlpha(sinkShape.format);
+        const PictureShape shape = m_source.Shape();
+        m_path->overBlack = m_path->overBlack && !HasAlpha(sinkShape.format);
         const long long frameCount = IsStill() ? m_run.stillFrames : m_source.EstimatedFrameCount();
         m_effects = PlaceEffects(m_run.requests, m_module,
                                  {{shape.width, shape.height, av_q2d(m_source.FrameRate())},
-                                  m_path.effectShape.format,
+                                  m_path->effectShape.format,
                                   m_frames.run,
                                   frameCount,
                                   [&](const FrameRange& range) { return m_source.CountFrames(range); }});
-        m_workers.emplace(m_path, sinkShape, m_module, m_effects);
+        m_workers.emplace(*m_path, sinkShape, m_module, m_effects);
         if (IsStill()) m_still = std::move(m_source.Next()->frame);
         std::ostringstream text;
         text << m_input << ": " << av_get_pix_fmt_name(shape.format) << " " << shape.width << "x" << shape.height
              << (shape.fullRange ? ", full range" : "")
              << ", frames: " << (frameCount > 0 ? std::to_string(frameCount) : "not known")
              << ", audio streams: " << m_source.AudioStreams().size() << "; effects on "
-             << av_get_pix_fmt_name(m_path.effectShape.format) << " (code " << m_path.effectFormat << ")";
+             << av_get_pix_fmt_name(m_path->effectShape.format) << " (code " << m_path->effectFormat << ")";
         return text.str();
     }
 
@@ -152,10 +152,10 @@ class EffectMaker final : public PictureMaker {
     const std::string& m_input;
     const ApplyOptions& m_options;
     const EffectModule& m_module;
-    MediaSource& m_source;
+    PreparedSource& m_source;
     const EffectRun& m_run;
     FramesOfRun m_frames;
-    PicturePath m_path;
+    std::optional<PicturePath> m_path;
     std::vector<PlacedEffect> m_effects;
     std::optional<EffectWorkers> m_workers;
     FramePtr m_still;  // the picture that is repeated
@@ -166,7 +166,8 @@ class EffectMaker final : public PictureMaker {
 
 void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& module, ApplyOptions& options) {
     const bool apart = !options.run.output.path.empty();
-    if (words.size() < (apart ? 2 : 3))
+    const std::size_t files = apart ? 1 : 2;
+    if (words.size() < files + (options.preparation.IsAny() ? 0 : 1))
         throw HostError(ExitCode::Usage,
                         "apply takes IN OUT EFFECT..., or IN... -o OUT EFFECT...; nifikral apply --help describes it");
     std::size_t inputs = 1;
@@ -174,9 +175,10 @@ void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& m
     options.run.namesMany = apart;
     if (!apart) options.run.output.path = words[1];
     options.inputs = {words.begin(), words.begin() + std::ptrdiff_t(inputs)};
-    options.effects = {words.begin() + std::ptrdiff_t(apart ? inputs : 2), words.end()};
-    if (options.effects.empty()) throw HostError(ExitCode::Usage, "no effect is given; nifikral list shows them all");
-    if (!apart && IsInput(words[2]) && !module.Create(words[2]))
+    options.effects = {words.begin() + std::ptrdiff_t(apart ? inputs : files), words.end()};
+    if (options.effects.empty() && !options.preparation.IsAny())
+        throw HostError(ExitCode::Usage, "no effect is given; nifikral list shows them all");
+    if (!apart && words.size() > 2 && IsInput(words[2]) && !module.Create(words[2]))
         throw HostError(ExitCode::Usage, words[2] + " is a file and no effect; with several inputs, give -o OUT");
 }
 
@@ -193,12 +195,12 @@ void Apply(const ApplyOptions& options, const EffectModule& module) {
     RunEach(marked.inputs, marked.run, [&](const std::string& input, const RunOptions& own) {
         ApplyOptions one = marked;
         one.run = own;
-        RunEffects(input, one, module, false, [&](const MediaSource&) { return run; });
+        RunEffects(input, one, module, false, [&](const PreparedSource&) { return run; });
     });
 }
 
 void RunEffects(const std::string& input, const ApplyOptions& options, const EffectModule& module, bool single,
-                const std::function<EffectRun(const MediaSource&)>& effectsFor) {
+                const std::function<EffectRun(const PreparedSource&)>& effectsFor) {
     const RunOptions& given = options.run;
     FramesOfRun frames = given.Frames(0);
     given.RefuseAsOutput(input);
@@ -209,7 +211,7 @@ void RunEffects(const std::string& input, const ApplyOptions& options, const Eff
     opening.extras = given.chunk.empty();
     // What is repeated has no range of its own.
     if (single) opening.range = opening.chunk = {};
-    MediaSource source(input, opening);
+    PreparedSource source(input, opening, options.preparation, !IsPictureOutput(given.output));
     const EffectRun run = effectsFor(source);
     if (run.stillFrames > 0) frames = given.Frames(run.stillFrames);
     EffectMaker maker(input, options, module, source, run, frames);

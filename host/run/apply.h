@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/media/media_source.h"
+#include "host/media/prepared_source.h"
 #include "host/run/effect_request.h"
 #include "host/run/run_options.h"
 
@@ -15,8 +15,9 @@ struct ApplyOptions {
     std::vector<std::string> effects;
     RunOptions run;
     bool keepGoing = false;
-    std::string gaps;     ///< what to do where a number is missing in numbered pictures; empty: refuse them
-    std::string presets;  ///< a file of presets; empty: the user's own
+    Preparation preparation;  ///< of the inputs' pictures
+    std::string gaps;         ///< what to do where a number is missing in numbered pictures; empty: refuse them
+    std::string presets;      ///< a file of presets; empty: the user's own
 };
 
 /// Reads the words of a command line into inputs, output and effects: IN OUT EFFECT..., or, where the output is named
@@ -34,6 +35,6 @@ struct EffectRun {
 
 /// The same with effects that follow from the input. `single`: it has one picture, which the effects may repeat.
 void RunEffects(const std::string& input, const ApplyOptions& options, const EffectModule& module, bool single,
-                const std::function<EffectRun(const MediaSource&)>& effectsFor);
+                const std::function<EffectRun(const PreparedSource&)>& effectsFor);
 
 }  // namespace Nifikral

@@ -8,11 +8,13 @@ namespace Nifikral {
 EffectWorkers::EffectWorkers(const PicturePath& path, const PictureShape& sinkShape, const EffectModule& module,
                              const std::vector<PlacedEffect>& effects)
     : m_path(path), m_workers([=, &module, &effects] {
-          return Worker{EffectChain(module, effects), PictureConverter(path.effectShape), PictureConverter(sinkShape)};
+          return Worker{path.reshape, EffectChain(module, effects), PictureConverter(path.effectShape),
+                        PictureConverter(sinkShape)};
       }) {}
 
 void EffectWorkers::Process(FramePtr& frame, long long number) {
     Worker& worker = m_workers.local();
+    worker.reshape.Apply(frame);
     worker.toEffects.Convert(frame);
     {
         const Stopwatch watch(worker.seconds);

@@ -4,6 +4,7 @@
 
 #include "host/media/media_source.h"
 #include "host/media/picture_formats.h"
+#include "host/media/reshape.h"
 #include "host/run/effect_chain.h"
 
 namespace Nifikral {
@@ -12,6 +13,7 @@ namespace Nifikral {
 struct PicturePath {
     unsigned effectFormat = 0;  ///< code of the layout that effects see
     PictureShape effectShape;
+    Reshaper reshape;        ///< comes before all
     bool overBlack = false;  ///< what effects did to the alpha has to show in an output without alpha
 };
 
@@ -30,6 +32,7 @@ class EffectWorkers {
  private:
     // What one thread needs for itself.
     struct Worker {
+        Reshaper reshape;
         EffectChain chain;
         PictureConverter toEffects, toSink;
         double seconds = 0;

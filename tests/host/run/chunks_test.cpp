@@ -60,6 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Run{"WithTimeAndHistory", "apply clip.mkv OUT fadein addnoise mirage brightness_contrast:contrast=0..50"},
         Run{"OfARange", "apply clip.mkv OUT fadeout --frames 3-20"},
+        Run{"ScaledAtAnotherRate", "apply clip.mkv OUT mirage --scale 32 --rate 40 --frames 2-50"},
         Run{"TitleOverAPicture", "title Hi photo.png OUT --seconds 0.8 --begin 0.2"},
         Run{"SlideshowWithSound", "slideshow photo.png photo.png -o OUT --size 32x18 --audio clip.mkv --length audio"}),
     [](const auto& info) { return info.param.name; });
