@@ -1,11 +1,16 @@
 #!/usr/bin/env python3
-"""Reports every include that runs against scripts/rooms.
+"""Reports every include that runs against scripts/rooms, and every source in these folders without a header of its name.
 
 Usage: scripts/check_includes.py [FOLDER]   (of the sources; else the one that this script belongs to)
 """
 import pathlib
 import re
 import sys
+
+# Sources that nothing else calls by name: programs, and what a library exports.
+ENTRY_POINTS = {"main", "module", "plugin", "filter", "source", "minimal_host", "avbase", "tarvoglobal",
+                "image_converter"}
+
 
 def read_rooms(path):
     rooms = {}
@@ -38,6 +43,8 @@ def main():
             if room is None or room != str(name.parent):
                 faults.append(f"{name}: its folder is not in scripts/rooms; add it there")
                 continue
+            if path.suffix == ".cpp" and path.stem not in ENTRY_POINTS and not path.with_suffix(".h").exists():
+                faults.append(f"{name}: has no header of its own name; declare there what it offers")
             for number, line in enumerate(path.read_text().splitlines(), 1):
                 match = re.match(r'#include "([^"]+)"', line)
                 target = room_of(match[1], rooms) if match else room
