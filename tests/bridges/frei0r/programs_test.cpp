@@ -122,9 +122,11 @@ class Melt : public Programs {
         Run("ffmpeg -nostdin -v error -y" + RawInput() + "-c:v ffv1 in.mkv");
     }
     void Play(const std::string& arguments, const std::string& consumer = {}) {
-        Run("melt -silent -profile ./profile " + arguments +
-            " -consumer avformat:out.mkv vcodec=ffv1 pix_fmt=bgra mlt_image_format=rgba an=1 " + consumer +
-            " 2>melt.log");
+        // On a busy machine it sometimes ends without having written anything.
+        for (int tries = 0; tries < 3 && (tries == 0 || fs::file_size("out.mkv") == 0); ++tries)
+            Run("melt -silent -profile ./profile " + arguments +
+                " -consumer avformat:out.mkv vcodec=ffv1 pix_fmt=bgra mlt_image_format=rgba an=1 " + consumer +
+                " 2>melt.log");
         Run("ffmpeg -nostdin -v error -y -i out.mkv -f rawvideo -pix_fmt " + m_format + " out.raw");
     }
 };
