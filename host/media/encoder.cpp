@@ -30,6 +30,8 @@ bool CountsTimeInFrames(const AVCodec& codec) {
         case AV_CODEC_ID_FLV1:
         case AV_CODEC_ID_MSMPEG4V2:
         case AV_CODEC_ID_MSMPEG4V3:
+        case AV_CODEC_ID_WMV2:
+        case AV_CODEC_ID_THEORA:
         case AV_CODEC_ID_WRAPPED_AVFRAME:
             return true;
         default:
@@ -156,6 +158,9 @@ void Encoder::SetDvdRates() {
     context.rc_buffer_size = 224 * 1024 * 8;
     context.gop_size = context.framerate.num == 25 * context.framerate.den ? 15 : 18;
     context.max_b_frames = 2;
+    // Noise fits into that only with the coarsest steps.
+    av_opt_set(&context, "non_linear_quant", "1", AV_OPT_SEARCH_CHILDREN);
+    context.qmax = 28;
 }
 
 void Encoder::SetQuality(const OutputOptions& options, bool dvd) {
@@ -176,7 +181,8 @@ void Encoder::SetQuality(const OutputOptions& options, bool dvd) {
         SetDvdRates();
     } else if (IsJpeg(codec) || CountsTimeInFrames(codec)) {
         context.flags |= AV_CODEC_FLAG_QSCALE;
-        context.global_quality = 2 * FF_QP2LAMBDA;
+        // Of this one, 10 is the best.
+        context.global_quality = (codec.id == AV_CODEC_ID_THEORA ? 8 : 2) * FF_QP2LAMBDA;
     }
     for (const std::string& option : options.encoderOptions) {
         const std::size_t equals = option.find('=');

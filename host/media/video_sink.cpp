@@ -41,6 +41,7 @@ bool IsY4m(const AVOutputFormat& format) { return std::string_view(format.name) 
 AVCodecID UsualCodec(const AVOutputFormat& format) {
     const std::string_view name = format.name;
     if (name == "nut") return AV_CODEC_ID_RAWVIDEO;
+    if (name == "asf") return AV_CODEC_ID_WMV2;
     if (avformat_query_codec(&format, AV_CODEC_ID_H264, FF_COMPLIANCE_NORMAL) == 1 && name != "avi" &&
         avcodec_find_encoder(AV_CODEC_ID_H264))
         return AV_CODEC_ID_H264;

@@ -31,6 +31,7 @@ class ChunksTest : public CommandTest {
 struct Run {
     const char *name, *words;  // OUT stands for the output
 };
+void PrintTo(const Run& value, std::ostream* out) { *out << value.name; }
 
 class RunInChunks : public ChunksTest, public ::testing::WithParamInterface<Run> {};
 
