@@ -1,8 +1,11 @@
 #include "host/standins/ffmpeg_formats.h"
 
 extern "C" {
+#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
+
+#include <utility>
 
 #include "avbase/avbase_srcutils/pixel_formats.h"
 
@@ -67,9 +70,21 @@ ScalerPtr MakeScaler(const PictureShape& from, const PictureShape& to, int filte
     const AVPixFmtDescriptor& target = *av_pix_fmt_desc_get(to.format);
     int flags = filter | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP;
     if ((target.flags & AV_PIX_FMT_FLAG_RGB) && target.comp[0].depth >= 8) flags |= SWS_FULL_CHR_H_INT;
-    ScalerPtr scaler(sws_getContext(from.width, from.height, from.format, to.width, to.height, to.format, flags,
-                                    nullptr, nullptr, nullptr));
+    ScalerPtr scaler(sws_alloc_context());
     if (!scaler) return nullptr;
+    // With the ranges from the start: planes that differ in nothing else would be copied as they are.
+    const std::pair<const char*, int> settings[] = {{"srcw", from.width},
+                                                    {"srch", from.height},
+                                                    {"src_format", from.format},
+                                                    {"dstw", to.width},
+                                                    {"dsth", to.height},
+                                                    {"dst_format", to.format},
+                                                    {"src_range", UsesFullRange(from)},
+                                                    {"dst_range", UsesFullRange(to)},
+                                                    {"sws_flags", flags}};
+    for (const auto& [name, value] : settings)
+        if (av_opt_set_int(scaler.get(), name, value, 0) < 0) return nullptr;
+    if (sws_init_context(scaler.get(), nullptr, nullptr) < 0) return nullptr;
     // Refused for formats without YUV on either side, where there is nothing to set.
     sws_setColorspaceDetails(scaler.get(), MatrixCoefficients(from), UsesFullRange(from), MatrixCoefficients(to),
                              UsesFullRange(to), 0, 1 << 16, 1 << 16);
