@@ -46,11 +46,14 @@ execute_process(COMMAND ${GZIP} -9nc ${CMAKE_SOURCE_DIR}/CHANGELOG.md OUTPUT_FIL
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/CHANGELOG.md)
 
 set(module "libnifikral (= ${PROJECT_VERSION})")
+# What the command loads only when it needs it, no program sees in its file.
+string(REGEX MATCH "^[0-9]+" major "${LAZY_libavfilter_VERSION}")
+set(late "libavfilter${major}, libheif1")
 nifikral_add_package(
     module libnifikral libs "" "video effects and animated disc menus, as a module"
     "Effects on pictures and videos, menus, slideshows and titles, in one shared\nlibrary that programs load as they run.")
 nifikral_add_package(
-    command nifikral video "${module}" "put effects on videos, make disc menus and slideshows"
+    command nifikral video "${module}, ${late}" "put effects on videos, make disc menus and slideshows"
     "The command nifikral puts effects on pictures and videos of every kind that\nFFmpeg reads, and makes menus, slideshows and titles.")
 nifikral_add_package(
     frei0r frei0r-plugins-nifikral video "${module}" "effects and disc menus of Nifikral for frei0r hosts"

@@ -27,7 +27,7 @@ class FilterGraph {
 
  private:
     struct Free {
-        void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
+        void operator()(AVFilterGraph* graph) const;
     };
     void Check(int error) const;
 

@@ -9,14 +9,50 @@ extern "C" {
 #include <algorithm>
 #include <string_view>
 
+#include "host/base/lazy_library.h"
+
 namespace Nifikral {
 namespace {
 
+// Most runs see no such picture, and it brings an encoder for each kind.
+struct Library {
+    LazyLibrary library{"libheif.so.1"};
+    Lazy<decltype(heif_context_alloc)> contextAlloc{library, "heif_context_alloc"};
+    Lazy<decltype(heif_context_free)> contextFree{library, "heif_context_free"};
+    Lazy<decltype(heif_context_get_primary_image_handle)> contextGetPrimaryImageHandle{
+        library, "heif_context_get_primary_image_handle"};
+    Lazy<decltype(heif_context_read_from_memory_without_copy)> contextReadFromMemoryWithoutCopy{
+        library, "heif_context_read_from_memory_without_copy"};
+    Lazy<decltype(heif_decode_image)> decodeImage{library, "heif_decode_image"};
+    Lazy<decltype(heif_decoding_options_alloc)> decodingOptionsAlloc{library, "heif_decoding_options_alloc"};
+    Lazy<decltype(heif_decoding_options_free)> decodingOptionsFree{library, "heif_decoding_options_free"};
+    Lazy<decltype(heif_image_get_bits_per_pixel_range)> imageGetBitsPerPixelRange{
+        library, "heif_image_get_bits_per_pixel_range"};
+    Lazy<decltype(heif_image_get_plane_readonly)> imageGetPlaneReadonly{library, "heif_image_get_plane_readonly"};
+    Lazy<decltype(heif_image_get_primary_height)> imageGetPrimaryHeight{library, "heif_image_get_primary_height"};
+    Lazy<decltype(heif_image_get_primary_width)> imageGetPrimaryWidth{library, "heif_image_get_primary_width"};
+    Lazy<decltype(heif_image_handle_get_luma_bits_per_pixel)> imageHandleGetLumaBitsPerPixel{
+        library, "heif_image_handle_get_luma_bits_per_pixel"};
+    Lazy<decltype(heif_image_handle_get_raw_color_profile)> imageHandleGetRawColorProfile{
+        library, "heif_image_handle_get_raw_color_profile"};
+    Lazy<decltype(heif_image_handle_get_raw_color_profile_size)> imageHandleGetRawColorProfileSize{
+        library, "heif_image_handle_get_raw_color_profile_size"};
+    Lazy<decltype(heif_image_handle_has_alpha_channel)> imageHandleHasAlphaChannel{
+        library, "heif_image_handle_has_alpha_channel"};
+    Lazy<decltype(heif_image_handle_release)> imageHandleRelease{library, "heif_image_handle_release"};
+    Lazy<decltype(heif_image_release)> imageRelease{library, "heif_image_release"};
+};
+
+const Library& Heif() {
+    static const Library library;
+    return library;
+}
+
 struct FreeHeif {
-    void operator()(heif_context* context) const { heif_context_free(context); }
-    void operator()(heif_image_handle* handle) const { heif_image_handle_release(handle); }
-    void operator()(heif_image* image) const { heif_image_release(image); }
-    void operator()(heif_decoding_options* options) const { heif_decoding_options_free(options); }
+    void operator()(heif_context* context) const { Heif().contextFree(context); }
+    void operator()(heif_image_handle* handle) const { Heif().imageHandleRelease(handle); }
+    void operator()(heif_image* image) const { Heif().imageRelease(image); }
+    void operator()(heif_decoding_options* options) const { Heif().decodingOptionsFree(options); }
 };
 template <class Object>
 using HeifPtr = std::unique_ptr<Object, FreeHeif>;
@@ -34,24 +70,24 @@ void WidenRow(std::uint8_t* row, int samples, int bits) {
 }
 
 FramePtr Decode(const heif_image_handle& handle) {
-    const bool alpha = heif_image_handle_has_alpha_channel(&handle);
-    const bool deep = heif_image_handle_get_luma_bits_per_pixel(&handle) > 8;
-    const HeifPtr<heif_decoding_options> options(heif_decoding_options_alloc());
+    const bool alpha = Heif().imageHandleHasAlphaChannel(&handle);
+    const bool deep = Heif().imageHandleGetLumaBitsPerPixel(&handle) > 8;
+    const HeifPtr<heif_decoding_options> options(Heif().decodingOptionsAlloc());
     options->strict_decoding = true;
     const heif_chroma layout = deep ? (alpha ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RRGGBB_LE)
                                     : (alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB);
     const AVPixelFormat format =
         deep ? (alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE) : (alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24);
     heif_image* decoded = nullptr;
-    Check(heif_decode_image(&handle, &decoded, heif_colorspace_RGB, layout, options.get()));
+    Check(Heif().decodeImage(&handle, &decoded, heif_colorspace_RGB, layout, options.get()));
     const HeifPtr<heif_image> image(decoded);
     int pitch = 0;
-    const std::uint8_t* const pixels = heif_image_get_plane_readonly(image.get(), heif_channel_interleaved, &pitch);
+    const std::uint8_t* const pixels = Heif().imageGetPlaneReadonly(image.get(), heif_channel_interleaved, &pitch);
     if (!pixels) throw PictureFault("it has no pixels");
-    FramePtr frame = NewPicture(format, heif_image_get_primary_width(decoded), heif_image_get_primary_height(decoded));
+    FramePtr frame = NewPicture(format, Heif().imageGetPrimaryWidth(decoded), Heif().imageGetPrimaryHeight(decoded));
     const int rowBytes = av_image_get_linesize(format, frame->width, 0);
     av_image_copy_plane(frame->data[0], frame->linesize[0], pixels, pitch, rowBytes, frame->height);
-    const int bits = heif_image_get_bits_per_pixel_range(decoded, heif_channel_interleaved);
+    const int bits = Heif().imageGetBitsPerPixelRange(decoded, heif_channel_interleaved);
     for (int y = 0; deep && bits > 8 && bits < 16 && y < frame->height; ++y)
         WidenRow(frame->data[0] + std::ptrdiff_t(y) * frame->linesize[0], rowBytes / 2, bits);
     return frame;
@@ -78,17 +114,17 @@ bool IsHeifPicture(std::span<const std::uint8_t> head) {
 }
 
 std::unique_ptr<PictureReader> OpenHeifPicture(std::span<const std::uint8_t> file) {
-    const HeifPtr<heif_context> context = Require<HeifPtr<heif_context>>(heif_context_alloc());
-    Check(heif_context_read_from_memory_without_copy(context.get(), file.data(), file.size(), nullptr));
+    const HeifPtr<heif_context> context = Require<HeifPtr<heif_context>>(Heif().contextAlloc());
+    Check(Heif().contextReadFromMemoryWithoutCopy(context.get(), file.data(), file.size(), nullptr));
     heif_image_handle* primary = nullptr;
-    Check(heif_context_get_primary_image_handle(context.get(), &primary));
+    Check(Heif().contextGetPrimaryImageHandle(context.get(), &primary));
     const HeifPtr<heif_image_handle> handle(primary);
     FramePtr frame = Decode(*handle);
     frame->color_range = AVCOL_RANGE_JPEG;
     frame->colorspace = AVCOL_SPC_RGB;
-    if (const std::size_t size = heif_image_handle_get_raw_color_profile_size(handle.get()); size > 0)
+    if (const std::size_t size = Heif().imageHandleGetRawColorProfileSize(handle.get()); size > 0)
         if (AVFrameSideData* const data = av_frame_new_side_data(frame.get(), AV_FRAME_DATA_ICC_PROFILE, size))
-            Check(heif_image_handle_get_raw_color_profile(handle.get(), data->data));
+            Check(Heif().imageHandleGetRawColorProfile(handle.get(), data->data));
     frame->pts = 0;
     frame->pkt_duration = PictureReader::stillDuration;
     return std::make_unique<HeifPicture>(std::move(frame));
