@@ -138,6 +138,10 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
     if (traits.fieldOrder != AV_FIELD_PROGRESSIVE && m_shape.height % 4 == 0)
         context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
     if (purpose.globalHeader) context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    if (purpose.still && codec.id == AV_CODEC_ID_MJPEG && options.encoder.empty() && options.encoderOptions.empty()) {
+        UseJpegWriter(traits);
+        return;
+    }
     SetQuality(options, traits.dvd);
     const FfmpegListener listener;
     if (const int error = avcodec_open2(&context, &codec, nullptr); error < 0) {
@@ -148,6 +152,16 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
                                               " (" + (complaint.empty() ? ErrorText(error) : complaint) +
                                               "); choose another with --encoder or another extension");
     }
+}
+
+// Pixels go in as they are, and so do planes that need no more than another range.
+void Encoder::UseJpegWriter(const OutputTraits& traits) {
+    m_jpeg.emplace(m_shape.format);
+    const bool even = m_shape.width % 2 == 0 && m_shape.height % 2 == 0;
+    if (even && !IsRgb(traits.source.format) && !traits.source.fullRange) return;
+    m_shape.format = AV_PIX_FMT_BGR0;
+    m_shape.matrix = AVCOL_SPC_RGB;
+    m_shape.fullRange = false;
 }
 
 // What every player of video DVDs can follow.
@@ -193,11 +207,16 @@ void Encoder::SetQuality(const OutputOptions& options, bool dvd) {
 }
 
 std::string Encoder::Description() const {
-    return std::string(m_context->codec->name) + ", " + av_get_pix_fmt_name(m_shape.format) + " " +
-           std::to_string(m_shape.width) + "x" + std::to_string(m_shape.height);
+    return std::string(m_jpeg ? "libjpeg-turbo" : m_context->codec->name) + ", " +
+           av_get_pix_fmt_name(m_context->pix_fmt) + " " + std::to_string(m_shape.width) + "x" +
+           std::to_string(m_shape.height);
 }
 
 void Encoder::Encode(FramePtr frame, const std::function<void(AVPacket&)>& store) {
+    if (m_jpeg) {
+        if (frame) store(*m_jpeg->Write(*frame));
+        return;
+    }
     if (frame) {
         frame->pict_type = AV_PICTURE_TYPE_NONE;
         frame->quality = m_context->global_quality;

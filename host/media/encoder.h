@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <span>
 
+#include "host/media/jpeg_picture.h"
 #include "host/media/media_sink.h"
 
 namespace Nifikral {
@@ -25,10 +27,12 @@ class Encoder {
     void Encode(FramePtr frame, const std::function<void(AVPacket&)>& store);
 
  private:
+    void UseJpegWriter(const OutputTraits& traits);
     void SetQuality(const OutputOptions& options, bool dvd);
     void SetDvdRates();
 
     CodecPtr m_context;
+    std::optional<JpegWriter> m_jpeg;  // encodes in its place
     PictureShape m_shape;
     AVRational m_sourceBase;
     std::int64_t m_lastTime = AV_NOPTS_VALUE;

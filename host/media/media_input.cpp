@@ -1,11 +1,14 @@
 #include "host/media/media_input.h"
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
+#include "host/media/jpeg_picture.h"
 
 namespace Nifikral {
 namespace {
@@ -35,6 +38,16 @@ void RefuseIndexAtEnd(StandardInput& input) {
         if (size < boxHead || size > rest.size()) return;
         rest = rest.subspan(size);
     }
+}
+
+// By name as well: a film may begin like a picture, and be nothing but pictures.
+bool IsJpeg(const std::string& path, std::span<const std::uint8_t> head) {
+    constexpr std::string_view extensions[] = {".jpg", ".jpeg", ".jpe", ".jfif"};
+    std::string extension = fs::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return std::tolower(c); });
+    return head[0] == 0xff && head[1] == 0xd8 && head[2] == 0xff &&
+           std::find(std::begin(extensions), std::end(extensions), extension) != std::end(extensions);
 }
 
 }  // namespace
@@ -88,7 +101,7 @@ bool HoldsPictureFiles(const AVFormatContext& input) {
     return format == "image2" || format.ends_with("_pipe");
 }
 
-std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, StandardInput* standardInput) {
+std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alone, StandardInput* standardInput) {
     if (standardInput)
         return IsForPictureReader(standardInput->Peek(pictureHeadBytes)) ? OpenPictureReader(standardInput->ReadAll())
                                                                          : nullptr;
@@ -97,7 +110,8 @@ std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, Standard
     std::ifstream file(path, std::ios::binary);
     std::uint8_t head[pictureHeadBytes] = {};
     file.read(reinterpret_cast<char*>(head), sizeof head);
-    return IsForPictureReader(head) ? OpenPictureReader(ReadWholeFile(path)) : nullptr;
+    if (IsForPictureReader(head)) return OpenPictureReader(ReadWholeFile(path));
+    return alone && IsJpeg(path, head) ? OpenJpegPicture(ReadWholeFile(path)) : nullptr;
 }
 
 InputPtr InputOf(const PictureReader& reader, const AVFrame& first) {

@@ -23,8 +23,9 @@ InputPtr OpenInput(const std::string& path, const AVInputFormat* format, Standar
 /// Whether each packet is a picture file of its own.
 bool HoldsPictureFiles(const AVFormatContext& input);
 
-/// The reader for a file or stdin; null where it is for FFmpeg.
-std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, StandardInput* standardInput);
+/// The reader for a file or stdin; null where it is for FFmpeg. `alone`: the file is not one of many, which FFmpeg
+/// decodes several at a time.
+std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alone, StandardInput* standardInput);
 /// A container without packets for what a reader brings, of pictures like `first`.
 InputPtr InputOf(const PictureReader& reader, const AVFrame& first);
 

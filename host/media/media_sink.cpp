@@ -49,7 +49,7 @@ OutputTraits TraitsOf(const MediaSource& input, AVPixelFormat preferred) {
     const AVFrame& first = input.FirstFrame();
     const AVStream& stream = input.VideoStream();
     OutputTraits traits;
-    traits.source = ShapeOf(first);
+    traits.source = input.Shape(first);
     traits.preferred = preferred;
     traits.primaries = first.color_primaries;
     traits.transfer = first.color_trc;

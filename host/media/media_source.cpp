@@ -39,7 +39,7 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     CheckLocalFile(file);
     if (IsPipe(path)) m_standardInput = std::make_unique<StandardInput>();
     try {
-        m_reader = OpenPictureFile(file, m_standardInput.get());
+        m_reader = OpenPictureFile(file, m_files.empty(), m_standardInput.get());
     } catch (const PictureFault& fault) {
         Refuse((m_files.empty() ? m_name : file) + " is damaged or cut short (" + fault.what() +
                "); repair it or save it anew");
@@ -98,6 +98,15 @@ void MediaSource::OpenDecoder(const std::string& file) {
     if (m_input->start_time != AV_NOPTS_VALUE)
         m_origin = av_rescale_q(m_input->start_time, AV_TIME_BASE_Q, m_video->time_base);
     m_pending = DecodeNext();
+}
+
+PictureShape MediaSource::Shape(const AVFrame& frame) const {
+    PictureShape shape = ShapeOf(frame);
+    if (!m_reader || m_reader->Coded() == AV_PIX_FMT_NONE) return shape;
+    shape.format = m_reader->Coded();
+    shape.matrix = AVCOL_SPC_BT470BG;
+    shape.fullRange = true;
+    return shape;
 }
 
 void MediaSource::RefuseHugePictures() const {
@@ -241,7 +250,7 @@ FramePtr MediaSource::ReadNext() {
             if (m_files.empty()) return m_reader->Next();
             if (m_packets == (long long)m_files.size()) return nullptr;
             const std::string& file = m_files[std::size_t(m_packets++)];
-            if (m_packets > 1) m_reader = OpenPictureFile(file, nullptr);
+            if (m_packets > 1) m_reader = OpenPictureFile(file, false, nullptr);
             FramePtr frame = m_reader ? m_reader->Next() : nullptr;
             if (!frame) throw PictureFault("it is of another kind than " + m_files.front());
             frame->pkt_duration = PictureReader::stillDuration;

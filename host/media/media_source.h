@@ -13,6 +13,7 @@
 #include "host/media/frame_range.h"
 #include "host/media/numbered_files.h"
 #include "host/media/orientation.h"
+#include "host/media/picture_formats.h"
 #include "host/media/picture_reader.h"
 #include "host/media/standard_input.h"
 
@@ -54,6 +55,9 @@ class MediaSource {
 
     /// The first picture as it comes out, so that everything behind can be prepared for it.
     const AVFrame& FirstFrame() const { return *m_pending; }
+    /// How the input has pictures that come out like `frame`. They may come out as BGRA all the same, which full-range
+    /// colours are to become anyway.
+    PictureShape Shape(const AVFrame& frame) const;
     const AVStream& VideoStream() const { return *m_video; }
     std::vector<const AVStream*> AudioStreams() const;
     /// Subtitles, cover pictures and attached files; none where they were not asked for.

@@ -164,6 +164,12 @@ AVPixelFormat OutputFormat(AVPixelFormat source) {
 void PictureConverter::Convert(FramePtr& frame) {
     PictureShape from = ShapeOf(*frame);
     frame->format = from.format;
+    // What is left out of sight needs no copy.
+    if (from.format == AV_PIX_FMT_BGRA && m_to.format == AV_PIX_FMT_BGR0 && from.width == m_to.width &&
+        from.height == m_to.height) {
+        frame->format = AV_PIX_FMT_BGR0;
+        return;
+    }
     const bool toYuv = !IsRgb(m_to.format), fromYuv = !IsRgb(from.format);
     PictureShape to = m_to;
     if (to.matrix == AVCOL_SPC_UNSPECIFIED) to.matrix = fromYuv ? from.matrix : UsualMatrix(to.height);

@@ -26,6 +26,8 @@ class PictureReader {
     /// The next picture, upright, with its time and duration; null behind the last one. Throws PictureFault.
     virtual FramePtr Next() = 0;
     virtual int Count() const = 0;
+    /// How the file has the pictures' colours, where they are handed out in another format.
+    virtual AVPixelFormat Coded() const { return AV_PIX_FMT_NONE; }
 };
 
 /// How much of a file shows its kind.

@@ -31,12 +31,12 @@ PreparedSource::PreparedSource(const std::string& path, const MediaSource::Optio
       m_rate(preparation.rate.empty() ? AVRational{0, 1} : RequireFrameRate(preparation.rate)),
       m_source(path, Opening(options, preparation)),
       m_reshape(preparation, m_source.FirstFrame(), PixelAspect(m_source), evenSides),
-      m_shape(ShapeOf(m_source.FirstFrame())) {
+      m_shape(m_source.Shape(m_source.FirstFrame())) {
     const AVFrame& first = m_source.FirstFrame();
     if (m_reshape.IsNeeded()) {
         FramePtr trial = Require<FramePtr>(av_frame_clone(&first));
         Reshaper(m_reshape).Apply(trial);
-        m_shape = ShapeOf(*trial);
+        m_shape = m_source.Shape(*trial);
     }
     if (m_rate.num == 0) return;
     const AVRational base = m_source.VideoStream().time_base;

@@ -64,6 +64,33 @@ TEST_F(Inputs, AreHeicAndAvifOfEveryDepthWithTheirAlpha) {
     }
 }
 
+TEST_F(Inputs, AreJpegOfEverySamplingAndSize) {
+    struct Case {
+        std::string size, samples, kept;
+    };
+    for (const auto& [size, samples, kept] :
+         {Case{"64x48", "yuvj420p", "yuv420p"}, Case{"61x47", "yuvj420p", "yuv420p"},
+          Case{"64x48", "yuvj422p", "yuv422p"}, Case{"61x47", "yuvj444p", "yuv444p"}}) {
+        Ffmpeg("-f lavfi -i testsrc2=size=" + size + ",gblur=6 -frames:v 1 -vf setsar=4/3 -q:v 2 -pix_fmt " + samples +
+               " in.jpg");
+        const std::string pictures = RawPictures("in.jpg", "rgb24");
+        ASSERT_EQ(Nifikral("apply in.jpg out.png invert invert -y").exitCode, 0);
+        EXPECT_LT(Difference(RawPictures("out.png", "rgb24"), pictures), 4) << size << samples;
+        // From pixels, and from planes where the size allows it.
+        const Outcome outcome = Nifikral("apply in.jpg out.jpg invert invert -y -v");
+        EXPECT_NE(outcome.errors.find("out.jpg: libjpeg-turbo, " + kept), std::string::npos) << outcome.errors;
+        EXPECT_EQ(Probe("out.jpg", "stream=pix_fmt,sample_aspect_ratio"), "4:3|" + samples + "\n");
+        EXPECT_LT(Difference(RawPictures("out.jpg", "rgb24"), pictures), 4) << size << samples;
+        ASSERT_EQ(Nifikral("apply in.jpg film.mkv invert invert --encoder ffv1 -y").exitCode, 0);
+        EXPECT_EQ(Probe("film.mkv", "stream=pix_fmt,color_range"), kept + "|pc\n");
+        Ffmpeg("-i film.mkv -vf scale=out_range=tv -color_range tv -pix_fmt " + kept + " -c:v ffv1 plain.mkv");
+        ASSERT_EQ(Nifikral("apply plain.mkv out.jpg invert invert -y").exitCode, 0);
+        EXPECT_LT(Difference(RawPictures("out.jpg", "rgb24"), RawPictures("plain.mkv", "rgb24")), 4) << size << samples;
+    }
+    ASSERT_EQ(Nifikral("apply in.jpg part.mkv gray --crop 32x32 --encoder ffv1").exitCode, 0);
+    EXPECT_EQ(Probe("part.mkv", "stream=width,pix_fmt"), "32|yuv444p\n");
+}
+
 TEST_F(Inputs, AreAnimationsWithTheirOwnTimes) {
     // Shown for 100, 300, 100, 500 and at last 100 milliseconds.
     const std::string source =
