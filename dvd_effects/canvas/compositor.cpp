@@ -187,8 +187,17 @@ void Canvas::Copy(IRawVideoFrame& picture, unsigned x, unsigned y) {
              m_frame, picture);
 }
 
+void Canvas::Watch(const Layer& layer, FrameSize size, std::int32_t x, std::int32_t y, std::uint8_t opacity,
+                   const WarpPlanes* map) const {
+    const double left = x, top = y, right = left + size.width, bottom = top + size.height;
+    const Placement at{{left, top}, {right, top}, {right, bottom}, {left, bottom}};
+    if (const auto projection = Project(at, size.width, size.height))
+        (*m_watcher)({layer, at, *projection, opacity, everything, map});
+}
+
 void Canvas::Lay(const Layer& layer, std::int32_t x, std::int32_t y, std::uint8_t opacity) {
     if (!opacity) return;
+    if (m_watcher) return Watch(layer, layer.Size(), x, y, opacity, nullptr);
     const StraightSampler sampler{layer.View(), {x, y, opacity}};
     LayOn(m_frame, BoxAt(sampler.place, layer.Width(), layer.Height()), SamplerRef(sampler, m_set), m_set);
 }
@@ -196,6 +205,7 @@ void Canvas::Lay(const Layer& layer, std::int32_t x, std::int32_t y, std::uint8_
 void Canvas::LayWarped(const Layer& layer, const WarpPlanes& map, std::int32_t x, std::int32_t y,
                        std::uint8_t opacity) {
     if (!opacity || !layer.Width() || !layer.Height()) return;
+    if (m_watcher) return Watch(layer, {map.width, map.height}, x, y, opacity, &map);
     const WarpSampler sampler{layer.View(), {x, y, opacity}, map};
     LayOn(m_frame, BoxAt(sampler.place, map.width, map.height), SamplerRef(sampler, m_set), m_set);
 }
@@ -205,6 +215,7 @@ void Canvas::LayTransformed(const Layer& layer, const Placement& placement, std:
     if (!layer.Width() || !layer.Height() || !opacity) return;
     const std::optional<Projection> projection = Project(placement, layer.Width(), layer.Height());
     if (!projection) return;
+    if (m_watcher) return (*m_watcher)({layer, placement, *projection, opacity, window});
     if (IsStraight(layer, placement)) {
         const Place place{std::int32_t(placement.topLeft.x), std::int32_t(placement.topLeft.y), opacity};
         return LayOn(m_frame, BoxAt(place, layer.Width(), layer.Height(), window),

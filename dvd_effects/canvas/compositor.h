@@ -3,9 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "dvd_effects/canvas/layer.h"
-#include "dvd_effects/canvas/placement.h"
-#include "effects/base/box.h"
+#include "dvd_effects/canvas/laying.h"
 #include "effects/base/instruction_sets.h"
 
 namespace AVBased {
@@ -33,8 +31,10 @@ class Canvas {
     /// Whether frames of this format can be drawn on.
     static bool Takes(IRawVideoFrame& frame);
 
-    /// `frame` is borrowed, and of a format that a canvas takes.
-    Canvas(IRawVideoFrame& frame, InstructionSet set) : m_frame(frame), m_set(set) {}
+    /// `frame` is borrowed, and of a format that a canvas takes. With a watcher, which is borrowed too, layers are
+    /// shown to it and not drawn; those that show nothing by their place or opacity are left out.
+    Canvas(IRawVideoFrame& frame, InstructionSet set, const LayingWatcher* watcher = nullptr)
+        : m_frame(frame), m_set(set), m_watcher(watcher) {}
 
     IRawVideoFrame& Frame() const { return m_frame; }
     unsigned Width() const;
@@ -59,8 +59,12 @@ class Canvas {
                         const Box& window = everything, std::span<const Cover> covers = {});
 
  private:
+    void Watch(const Layer& layer, FrameSize size, std::int32_t x, std::int32_t y, std::uint8_t opacity,
+               const WarpPlanes* map) const;
+
     IRawVideoFrame& m_frame;
     InstructionSet m_set;
+    const LayingWatcher* m_watcher;
 };
 
 }  // namespace AVBased

@@ -7,8 +7,10 @@ namespace AVBased {
 
 namespace {
 
-// The line that the host reads beside an error of a template.
-constexpr int lineScene = 180;
+// Lines that the host reads beside an error of a template, and of its places.
+enum Line : int { lineScene = 180, lineWatch = 220, linePlace = 240 };
+
+constexpr unsigned mostMoments = 256;
 
 }  // namespace
 
@@ -64,6 +66,7 @@ CBasedMenu::CBasedMenu(const char* name, IAVManager* manager)
       m_manager(manager),
       m_textImporter(manager ? manager->GetImporter(importerSimpleHtmlText) : nullptr) {
     DeclareProperties(*this, properties);
+    AddInterface(IMenuPlaces::name, static_cast<IMenuPlaces*>(this));
 }
 
 void CBasedMenu::OnSetProperty(const std::string& name, PropertyNode& node) {
@@ -105,6 +108,54 @@ void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     if (HasOwnBackground()) paint = [this](Canvas& background) { PaintBackground(background); };
     m_background.Draw(canvas, m_kind, MenuSize(), paint);
     Attempt(lineScene, [&] { DrawScene(canvas); });
+}
+
+std::vector<RestingPlaces::Subject> CBasedMenu::Subjects() const {
+    std::vector<RestingPlaces::Subject> subjects;
+    for (const ShownSource& shown : ShownSources())
+        subjects.push_back({pictures, shown.number, &shown.layer, &shown.smaller, shown.own});
+    for (const MenuText& text : Texts())
+        subjects.push_back({texts, text.number, &text.layer, nullptr, text.layer.Size()});
+    return subjects;
+}
+
+bool CBasedMenu::Watch(unsigned first, unsigned end) {
+    const std::uint32_t now = m_frameNumber;
+    const bool watched = TarvoBased::AtBoundary(lineWatch, basedMenuName, [&] {
+        Require(m_kind != FrameKind() && first < end, TarvoBased::textInvalidParamValue, lineWatch, basedMenuName);
+        CRawVideoFrame frame(false, m_kind.format, m_kind.size.width, m_kind.size.height, true);
+        RestingPlaces places(m_kind.size);
+        const LayingWatcher watcher = [&](const Laying& laying) { places.See(laying); };
+        const unsigned moments = std::min(end - first, mostMoments);
+        for (unsigned i = 0; i < moments; ++i) {
+            // The first and the last frame are among them.
+            m_frameNumber = first + 1 + std::uint32_t(std::uint64_t(i) * (end - 1 - first) / std::max(1u, moments - 1));
+            places.Begin(Subjects());
+            Canvas canvas(frame, Instructions(), &watcher);
+            DrawScene(canvas);
+            places.End();
+        }
+        m_places = std::move(places);
+        return true;
+    });
+    m_frameNumber = now;
+    return watched;
+}
+
+bool CBasedMenu::GetPlace(int kind, unsigned index, MenuPlace* place) {
+    return TarvoBased::AtBoundary(linePlace, basedMenuName, [&] {
+        TarvoBased::RequirePointer(place, linePlace, basedMenuName);
+        const std::int64_t count = kind == pictures ? m_sources.Count() : kind == texts ? m_texts.Number() : 0;
+        if (!m_places || std::int64_t(index) >= count)
+            throw TarvoBased::CBaseException(TarvoBased::errorBadIndex, TarvoBased::textBadIndex, linePlace,
+                                             basedMenuName);
+        *place = m_places->PlaceOf(kind, index);
+        return true;
+    });
+}
+
+double CBasedMenu::GetCover(int kind, int left, int top, int width, int height) {
+    return m_places ? m_places->CoverOf(kind, left, top, width, height) : 0;
 }
 
 }  // namespace AVBased

@@ -4,6 +4,7 @@
 #include "dvd_effects/menu/menu_motion.h"
 #include "dvd_effects/menu/menu_sources.h"
 #include "dvd_effects/menu/menu_texts.h"
+#include "dvd_effects/menu/resting_places.h"
 #include "effects/base/CBasedVideoEffect.h"
 #include "effects/base/property_table.h"
 
@@ -14,7 +15,7 @@ namespace AVBased {
 /// frames; a template says how large its pictures are, what is done to them once, and how a frame is drawn.
 ///
 /// What a frame lacks because a file, a mask or a text failed is filed, and the rest is still composed.
-class CBasedMenu : public CBasedVideoImageEffect, protected PictureRules {
+class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, protected PictureRules {
  public:
     /// `manager` is borrowed; without one, opening anything fails.
     CBasedMenu(const char* name, IAVManager* manager);
@@ -22,8 +23,13 @@ class CBasedMenu : public CBasedVideoImageEffect, protected PictureRules {
     void OnSetProperty(const std::string& name, PropertyNode& node) override;
     void InnerProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) override;
 
+    bool Watch(unsigned first, unsigned end) override;
+    bool GetPlace(int kind, unsigned index, MenuPlace* place) override;
+    double GetCover(int kind, int left, int top, int width, int height) override;
+
  protected:
-    /// Draws the sources and the texts over the background. What it raises is filed.
+    /// Draws the sources and the texts over the background. What it raises is filed. It may be called for any frame
+    /// number, in any order, with a canvas that only watches.
     virtual void DrawScene(Canvas& canvas) = 0;
     /// The one that "additionSourceSizes" gives, else its own.
     FrameSize BoxOf(unsigned index, FrameSize own) const override { return m_sources.SizeOf(index, own); }
@@ -64,6 +70,7 @@ class CBasedMenu : public CBasedVideoImageEffect, protected PictureRules {
     static void SetFades(CBasedMenu& menu, const std::string& list);
     // Also what the template draws beside its pictures.
     void ForgetBackground();
+    std::vector<RestingPlaces::Subject> Subjects() const;
 
     IAVManager* m_manager;
     IAVImporter* m_textImporter;
@@ -73,6 +80,7 @@ class CBasedMenu : public CBasedVideoImageEffect, protected PictureRules {
     MenuBackground m_background;
     MenuSources m_sources;
     MenuTexts m_texts;
+    std::optional<RestingPlaces> m_places;
     bool m_hasScenery = false, m_hasPlaces = false, m_hasFades = false;
 };
 

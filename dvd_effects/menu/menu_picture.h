@@ -31,6 +31,7 @@ struct MenuPicture {
     LayerMaker maker, maskMaker;
     InstructionSet set;
     Layer layer, mask;
+    FrameSize own;  // before it was finished
     bool isOpaque = false;
     point_t inBox;
     mutable std::deque<Layer> smaller;

@@ -108,6 +108,7 @@ void MenuSources::AdvanceOne(unsigned index, const PictureRules& rules) {
     picture.Make(*record.frame, size);
     record.frame.reset();
     if (covers) picture.CropTo(box);
+    picture.own = picture.layer.Size();
     rules.FinishPicture(picture.layer, index);
     picture.isOpaque = IsOpaque(picture.layer);
     picture.smaller.clear();
@@ -120,7 +121,8 @@ std::vector<ShownSource> MenuSources::Shown() const {
     for (unsigned i = 0; i < m_pictures.size(); ++i) {
         const MenuPicture& picture = m_pictures[i];
         if (picture.layer)
-            shown.push_back({m_records[i], picture.layer, picture.isOpaque, picture.inBox, picture.smaller});
+            shown.push_back(
+                {m_records[i], picture.layer, picture.isOpaque, picture.inBox, picture.smaller, i, picture.own});
     }
     return shown;
 }

@@ -33,6 +33,8 @@ struct ShownSource {
     bool isOpaque;               ///< whether all of the picture is
     point_t inBox;               ///< where in its box the picture lies
     std::deque<Layer>& smaller;  ///< a place for copies of the picture, kept for as long as it stays the same
+    unsigned number;             ///< in the lists
+    FrameSize own;               ///< of the picture before it was finished: larger ones have it in their middle
 };
 
 /// The pictures and videos of a menu: the records that its list properties fill, and how each looks. A file that cannot

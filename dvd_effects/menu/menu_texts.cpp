@@ -33,11 +33,12 @@ void MenuTexts::Prepare(IAVImporter* importer, const FrameKind& kind) {
     const std::vector<std::string> infos = SplitList(m_infos, '\\');
     // Deliberate: without a word.
     if (std::int64_t(infos.size()) != m_number) return;
-    for (const std::string& info : infos) Attempt(lineText, [&] { Render(importer, kind, info); });
+    for (unsigned i = 0; i < infos.size(); ++i) Attempt(lineText, [&] { Render(importer, kind, infos[i], i); });
 }
 
-void MenuTexts::Render(IAVImporter* importer, const FrameKind& kind, const std::string& info) {
+void MenuTexts::Render(IAVImporter* importer, const FrameKind& kind, const std::string& info, unsigned number) {
     MenuText text;
+    text.number = number;
     if (!ParseTextInfo(&text.item, info)) return;
     WrapText(importer, text.item, [&](const text_t& tried) {
         const FrameOwner frame = RenderText(importer, tried);

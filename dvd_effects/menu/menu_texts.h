@@ -12,6 +12,7 @@ namespace AVBased {
 struct MenuText {
     text_t item;
     Layer layer;
+    unsigned number = 0;  ///< in the list
 };
 
 /// The texts of a menu.
@@ -19,6 +20,7 @@ class MenuTexts {
  public:
     /// How many items a list must have, else none is shown.
     void SetNumber(std::int32_t number);
+    std::int32_t Number() const { return m_number; }
     void SetInfos(const std::string& list);
     /// Renders them anew for the next frame.
     void Forget() { m_isReady = false; }
@@ -30,7 +32,7 @@ class MenuTexts {
     void Draw(Canvas& canvas, std::uint32_t n) const;
 
  private:
-    void Render(IAVImporter* importer, const FrameKind& kind, const std::string& info);
+    void Render(IAVImporter* importer, const FrameKind& kind, const std::string& info, unsigned number);
 
     std::int32_t m_number = 0;
     std::string m_infos;
