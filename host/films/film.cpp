@@ -19,6 +19,7 @@ extern "C" {
 #include "host/base/log.h"
 #include "host/base/number_text.h"
 #include "host/films/loop_seam.h"
+#include "host/films/still_overlay.h"
 #include "host/media/frame_adapter.h"
 #include "host/media/sound_track.h"
 #include "host/run/run.h"
@@ -80,6 +81,7 @@ class FilmMaker final : public PictureMaker {
         const std::string& asked = m_options.run.pixelFormat;
         m_format = asked.empty() ? EffectFormat(shape.format, false) : ParseFormat(asked);
         m_overBlack = HasAlpha(FfmpegFormat(m_format)) && !HasAlpha(shape.format);
+        if (m_film.over) m_over.emplace(*m_film.over, m_format);
         m_converters.emplace([shape] { return PictureConverter(shape); });
         std::ostringstream text;
         text << m_name << ": frames " << m_frames.made.first << " to " << m_frames.made.last << " of " << m_film.frames
@@ -141,6 +143,7 @@ class FilmMaker final : public PictureMaker {
             throw HostError(ExitCode::Failed, std::string(m_generator.GetName()) + " fails at frame " +
                                                   std::to_string(m_number) + ": " + *error);
         m_seam.Close(*frame, m_format, m_number);
+        if (m_over) m_over->Lay(*frame);
         ++m_number;
         return frame;
     }
@@ -151,6 +154,7 @@ class FilmMaker final : public PictureMaker {
     const std::string& m_name;
     FramesOfRun m_frames;
     LoopSeam m_seam;
+    std::optional<StillOverlay> m_over;
     std::unique_ptr<SoundTrack> m_sound;
     unsigned m_format = 0;
     bool m_overBlack = false;  // what is transparent has to show in an output without alpha

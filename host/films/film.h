@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -33,6 +34,8 @@ struct Film {
     /// The first frame of the part that a player repeats; those before it lead there. The end is dissolved into them,
     /// so that it goes on at this frame as they do. 0: the film repeats as a whole, as the generator makes it.
     long long loopStart = 0;
+    /// What is laid over every frame: BGRA of its size, colours not multiplied by alpha; null: nothing.
+    std::shared_ptr<const AVFrame> over;
 
     /// The number of frames that last as long, at least one.
     long long FramesIn(double seconds) const;

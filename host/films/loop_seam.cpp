@@ -37,11 +37,14 @@ FramePtr CopyOf(const AVFrame& frame) {
 
 }  // namespace
 
-LoopSeam::LoopSeam(long long begin, long long end, AVRational frameRate) : m_begin(begin), m_end(end) {
+long long LoopSeam::LengthOf(long long begin, long long end, AVRational frameRate) {
     constexpr double seconds = 0.5;
     const long long usual = std::max(1LL, std::llround(seconds * av_q2d(frameRate)));
-    m_length = std::min({usual, begin, (end - begin) / 2});
+    return std::min({usual, begin, (end - begin) / 2});
 }
+
+LoopSeam::LoopSeam(long long begin, long long end, AVRational frameRate)
+    : m_begin(begin), m_end(end), m_length(LengthOf(begin, end, frameRate)) {}
 
 void LoopSeam::Close(AVFrame& frame, unsigned formatCode, long long number) {
     if (number >= m_begin - m_length && number < m_begin) m_before.push_back(CopyOf(frame));

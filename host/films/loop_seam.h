@@ -12,6 +12,8 @@ class LoopSeam {
  public:
     /// The loop is the film's frames from `begin` to before `end`; none where it begins at 0.
     LoopSeam(long long begin, long long end, AVRational frameRate);
+    /// How many frames of such a film's end are dissolved, into as many before the loop.
+    static long long LengthOf(long long begin, long long end, AVRational frameRate);
 
     /// Takes every frame of the film, from the first one on, as it is made for the module in a format of that code.
     void Close(AVFrame& frame, unsigned formatCode, long long number);

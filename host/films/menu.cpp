@@ -10,6 +10,7 @@ extern "C" {
 #include "host/base/errors.h"
 #include "host/base/nearest_names.h"
 #include "host/catalogue/catalogue.h"
+#include "host/films/button_list.h"
 #include "host/films/menu_pages.h"
 
 namespace Nifikral {
@@ -70,7 +71,10 @@ void RenderPage(const MenuOptions& options, const MenuProject& page, const Effec
         faults.Add(name, options.templateName + " refuses it: " + reason);
     });
     faults.ThrowIfAny();
-    RenderFilm(*generator, page.film, options.film, options.project);
+    Film film = page.film;
+    if (!page.buttons.empty())
+        film.over = DrawButtons(LayOutButtons(page, MenuWatch(page, options.templateName, module)), film);
+    RenderFilm(*generator, film, options.film, options.project);
 }
 
 }  // namespace

@@ -37,10 +37,12 @@ std::vector<MenuProject> PagesOf(const MenuProject& project) {
     for (std::size_t i = 0; i < count; ++i) {
         const auto begin = project.sources.begin() + std::ptrdiff_t(i * each);
         pages[i].sources.assign(begin, begin + std::ptrdiff_t(std::min(each, all - i * each)));
-        for (MenuText& text : pages[i].texts) {
-            ReplaceAll(text.styled.text, "{page}", std::to_string(i + 1));
-            ReplaceAll(text.styled.text, "{pages}", std::to_string(count));
-        }
+        const auto number = [&](std::string& text) {
+            ReplaceAll(text, "{page}", std::to_string(i + 1));
+            ReplaceAll(text, "{pages}", std::to_string(count));
+        };
+        for (MenuText& text : pages[i].texts) number(text.styled.text);
+        for (std::string& button : pages[i].buttons) number(button);
     }
     return pages;
 }

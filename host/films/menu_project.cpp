@@ -10,6 +10,7 @@
 #include "avbase/IAVManager.h"
 #include "host/base/log.h"
 #include "host/base/nearest_names.h"
+#include "host/films/button_list.h"
 #include "host/films/manager_sources.h"
 #include "host/films/media_manager.h"
 #include "host/films/menu_pages.h"
@@ -49,6 +50,8 @@ constexpr ProjectKey projectKeys[] = {
      "[{\"text\": ..., \"size\": pixels, \"box\": [x, y] or [x, y, width, height]}, ...]; each also with \"face\", "
      "\"fontstyle\" (words of bold italic underline outline shadow), \"color\" (\"#rrggbb\"), and either \"move\" "
      "({\"end\": [x, y], \"formula\": [slope, intercept], \"speed\": n}) or \"show\" ([first, last] frame, from 0)"},
+    {"buttons",
+     "[text, ...]: up to 36 texts in a list that stands still over the menu, in the style of its first text"},
     {"textNumber", "follows from textInfos"},
     {"additionSourceNumber", "follows from additionSourcePaths"},
 };
@@ -100,6 +103,20 @@ MenuText ReadText(const ProjectItem& item) {
         if (!fromOnly && frames[1] < frames[0]) show.Fault("ends before it begins; give [first, last]");
     }
     return text;
+}
+
+std::vector<std::string> ReadButtons(const ProjectItem& list) {
+    std::vector<std::string> buttons;
+    for (const ProjectItem& entry : list.Entries()) {
+        buttons.push_back(entry.Text());
+        const bool isBlank = buttons.back().find_first_not_of(" \t\n\r") == std::string::npos;
+        if (isBlank) entry.Fault("is empty; write something or leave the entry out");
+        if (buttons.back().find('\n') != std::string::npos) entry.Fault("has several lines; give one");
+    }
+    if (buttons.size() > mostButtons)
+        list.Fault("has " + std::to_string(buttons.size()) + " entries; a page of a menu holds up to " +
+                   std::to_string(mostButtons));
+    return buttons;
 }
 
 // Calls `read` with each source and its entry of a list that has one for each.
@@ -189,16 +206,18 @@ void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
 
 // Rendering reports which fonts and characters are missing.
 void TryTexts(const MenuProject& project, Faults& faults) {
-    for (const MenuText& text : project.texts) {
-        if (text.styled.text.empty()) continue;
+    const auto render = [&](const std::string& item, StyledText text, int width) {
         try {
-            StyledText tried = text.styled;
-            if (text.box[2] > 0) tried.text = BreakLines(tried, text.box[2], true);
-            RenderText(tried);
+            if (width > 0) text.text = BreakLines(text, width, true);
+            RenderText(text);
         } catch (const std::runtime_error& error) {
-            faults.Add(text.item, error.what());
+            faults.Add(item, error.what());
         }
-    }
+    };
+    for (const MenuText& text : project.texts)
+        if (!text.styled.text.empty()) render(text.item, text.styled, text.box[2]);
+    for (std::size_t i = 0; i < project.buttons.size(); ++i)
+        render("buttons[" + std::to_string(i) + "]", {project.buttons[i], {}, {}, 16}, 0);
 }
 
 const FilmProfile* ReadProfile(const ProjectItem& item) {
@@ -283,6 +302,7 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
     if (root["backgroundMask"]) project.backgroundMask = ProjectPath(path, root["backgroundMask"].Text());
     for (const ProjectItem& entry : root["textInfos"].Entries()) project.texts.push_back(ReadText(entry));
     project.sources = ReadSources(root, path);
+    project.buttons = ReadButtons(root["buttons"]);
     for (const char* const key : {"startPositions", "endPositions", "moveSpeeds", "moveFormulas"})
         project.placesSources |= bool(root[key]);
     if (root["perPage"])

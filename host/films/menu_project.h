@@ -38,8 +38,9 @@ struct MenuProject {
     bool backgroundMoves = false;  ///< it is a video
     std::vector<MenuText> texts;
     std::vector<MenuSource> sources;
-    bool placesSources = false;  ///< else the template does
-    int perPage = 0;             ///< pictures and videos; 0: all on one
+    std::vector<std::string> buttons;  ///< texts in a list that stands still
+    bool placesSources = false;        ///< else the template does
+    int perPage = 0;                   ///< pictures and videos; 0: all on one
 };
 
 /// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.

@@ -12,6 +12,7 @@
 #include "host/catalogue/effect_json.h"
 #include "host/catalogue/effect_search.h"
 #include "host/catalogue/presets.h"
+#include "host/films/menu_places.h"
 #include "host/films/menu_project.h"
 
 namespace Nifikral {
@@ -83,8 +84,10 @@ std::string DescribeEffect(const EffectModule& module, const std::string& name, 
         for (int i = 0; i < effect.info.times; ++i) text.append(" ").append(ShownRequest(effect.info));
         text += "\nTimes, places and regions of every effect: nifikral apply --help\n";
     }
-    if (effect.info.traits & menu)
+    if (effect.info.traits & menu) {
+        text += PicturesRest(name, module) ? "buttons: on its pictures\n" : "buttons: a list of texts\n";
         text += "Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeProjectKeys();
+    }
     return text;
 }
 
