@@ -1,5 +1,6 @@
 #include "host/media/frame_rate.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -17,9 +18,10 @@ std::optional<AVRational> ParseFrameRate(const std::string& text) {
     AVRational rate{0, 1};
     double number = 0;
     if (std::from_chars(begin, end, number).ptr == end && number >= lowest && number <= highest) {
-        const double ntsc = std::round(number) * 1000 / 1001;
-        rate =
-            std::abs(number - ntsc) < 0.005 ? AVRational{int(std::round(number)) * 1000, 1001} : av_d2q(number, 100000);
+        // Of low rates, the whole one is as near.
+        const double whole = std::round(number), ntsc = whole * 1000 / 1001;
+        const double tolerance = std::min(0.005, std::abs(number - whole));
+        rate = std::abs(number - ntsc) < tolerance ? AVRational{int(whole) * 1000, 1001} : av_d2q(number, 100000);
     } else {
         const auto [slash, first] = std::from_chars(begin, end, rate.num);
         if (first != std::errc() || slash == end || *slash != '/') return std::nullopt;

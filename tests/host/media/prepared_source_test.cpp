@@ -126,7 +126,8 @@ TEST(FrameRate, TakesDecimalsOfTelevisionForWhatTheyMean) {
         return rate && av_cmp_q(*rate, wanted) == 0;
     };
     EXPECT_TRUE(is("29.97", {30000, 1001}) && is("23.976", {24000, 1001}) && is("59.94", {60000, 1001}));
-    EXPECT_TRUE(is("25", {25, 1}) && is("12.5", {25, 2}) && is("30000/1001", {30000, 1001}));
+    EXPECT_TRUE(is("25", {25, 1}) && is("12.5", {25, 2}) && is("1", {1, 1}) && is("4", {4, 1}) &&
+                is("30000/1001", {30000, 1001}));
     for (const char* const text : {"", "x", "25x", "0", "0.5", "241", "25/0", "25/", "/1", "1e9"})
         EXPECT_FALSE(ParseFrameRate(text)) << text;
 }
