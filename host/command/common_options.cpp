@@ -129,8 +129,11 @@ void AddFilmOutput(CLI::App& app, FilmOptions& options) {
 }
 
 void AddFilmOptions(CLI::App& app, CommandLine& line, FilmOptions& options) {
-    app.add_option("--audio", options.sound, "a file whose sound goes with the film")->type_name("FILE");
-    app.add_option("--audio-fade", options.fade, "seconds in which the sound fades out at the end")
+    app.add_option("--audio", options.sounds, "a file whose sound goes with the film; several follow each other")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    app.add_option("--audio-fade", options.fade,
+                   "seconds in which the sound fades out at the end, and one file into the next")
         ->capture_default_str()
         ->check(CLI::Range(0.0, 600.0));
     app.add_option("--length", options.length, "of the film in seconds, or audio for the length of the sound")

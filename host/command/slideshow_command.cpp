@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "host/command/common_options.h"
+#include "host/films/slide_pictures.h"
 #include "host/films/slideshow.h"
 
 namespace Nifikral {
@@ -12,7 +13,8 @@ void AddSlideshow(CommandLine& line) {
     const auto given = std::make_shared<SlideshowOptions>();
     SlideshowOptions& options = *given;
     constexpr double longest = 86400;
-    show->add_option("PICTURES", options.inputs, "folders with pictures, and pictures by their names, in this order")
+    show->add_option("PICTURES", options.inputs,
+                     "folders, pictures and films by their names, in this order, and @FILE for a list of them")
         ->required();
     AddFilmOutput(*show, options.film);
     show->add_option("--seconds", options.pictureSeconds, "how long each picture stands alone")
@@ -21,6 +23,14 @@ void AddSlideshow(CommandLine& line) {
     show->add_option("--transition-seconds", options.transitionSeconds, "how long one takes to become the next")
         ->capture_default_str()
         ->check(CLI::Range(0.0, longest));
+    Take(line,
+         show->add_option("--order", options.order, "of the pictures; date is when they were taken")
+             ->capture_default_str()
+             ->type_name("ORDER"),
+         SlideOrders());
+    show->add_option("--captions", options.captions,
+                     "below each picture: a text with {name}, {number}, {date}, {time}, {description} or {place}")
+        ->type_name("TEXT");
     Take(line,
          show->add_option("--transitions", options.transitions, "how one becomes the next, in turn, joined by commas")
              ->capture_default_str()
@@ -50,6 +60,10 @@ void AddSlideshow(CommandLine& line) {
         show->add_option("--rate", options.frameRate, "frames a second (default: 25)")->type_name("NUMBER");
     show->add_flag("--strict", options.strict, "end when a picture cannot be read, instead of leaving it out");
     AddFilmOptions(*show, line, options.film);
+    show->footer(
+        "Films play for their length, and with their sound where no --audio is given. A list has a line for each "
+        "picture, FILE | SECONDS | CAPTION, of which the last two may be left out; its file names start at its "
+        "folder.");
     size->excludes("--profile");
     rate->excludes("--profile");
     line.work[show] = [given](const EffectModule& module) { MakeSlideshow(*given, module); };

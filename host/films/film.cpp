@@ -36,20 +36,47 @@ OutputTraits StoredTraits(const Film& film, const OutputOptions& output, AVPixel
     return traits;
 }
 
-// The sound beside the range of the film; null when none is asked for or the output holds none.
+struct Songs {
+    std::vector<SoundPiece> pieces;
+    double seconds = 0;
+};
+
+// One after another, each fading into the next.
+Songs SongsOf(const FilmOptions& options) {
+    Songs songs;
+    for (const std::string& path : options.sounds) {
+        // Here, and not an hour later when it is its turn.
+        RequireSound(path);
+        SoundPiece song{path, songs.seconds, SoundSeconds(path)};
+        if (!songs.pieces.empty()) {
+            SoundPiece& before = songs.pieces.back();
+            song.fadeIn = before.fadeOut = std::min({options.fade, before.length / 2, song.length / 2});
+            song.begin -= song.fadeIn;
+        }
+        songs.seconds = song.begin + song.length;
+        songs.pieces.push_back(song);
+    }
+    return songs;
+}
+
+// The sound beside the range of the film; null when there is none or the output holds none.
 std::unique_ptr<SoundTrack> OpenSound(const Film& film, const FilmOptions& options, const FrameRange& range) {
-    if (options.sound.empty() || !options.run.output.sound || !options.run.chunk.empty()) return nullptr;
+    const bool any = !options.sounds.empty() || !film.sound.empty();
+    if (!any || !options.run.output.sound || !options.run.chunk.empty()) return nullptr;
     if (IsPictureOutput(options.run.output)) {
-        PrintWarning(options.run.output.path + " holds no sound; --audio is left out");
+        if (!options.sounds.empty()) PrintWarning(options.run.output.path + " holds no sound; --audio is left out");
         return nullptr;
     }
     const double rate = av_q2d(film.frameRate), begin = double(range.first) / rate;
     const double end = double(range.last + 1) / rate, filmEnd = double(film.frames) / rate;
-    if (const double soundEnd = SoundSeconds(options.sound); soundEnd < filmEnd - 0.5)
-        PrintWarning(options.sound + " ends after " + NumberText(std::round(soundEnd)) +
+    const SoundCut cut{begin, end, filmEnd, options.fade};
+    if (options.sounds.empty()) return std::make_unique<SoundTrack>(film.sound, cut);
+    const Songs songs = SongsOf(options);
+    if (songs.seconds < filmEnd - 0.5)
+        PrintWarning(options.sounds.back() + " ends after " + NumberText(std::round(songs.seconds)) +
                      " seconds and the film after " + NumberText(std::round(filmEnd)) +
                      "; the rest is silent (--length audio makes the film as long as the sound)");
-    return std::make_unique<SoundTrack>(options.sound, SoundCut{begin, end, filmEnd, options.fade});
+    return std::make_unique<SoundTrack>(songs.pieces, cut);
 }
 
 // Calls the generator for one frame after the other.
@@ -138,6 +165,7 @@ class FilmMaker final : public PictureMaker {
         AVBased::ImagePostion record{0, 0, unsigned(frame->width), unsigned(frame->height)};
         TarvoBased::GetTarvoException()->Clear();
         m_generator.ProcFrameInPlace(&record, int(m_number), &adapter);
+        if (m_film.drawOver) m_film.drawOver(adapter, m_number);
         ThrowIfInterrupted();
         if (const std::optional<std::string> error = TakeModuleError())
             throw HostError(ExitCode::Failed, std::string(m_generator.GetName()) + " fails at frame " +
@@ -167,8 +195,8 @@ class FilmMaker final : public PictureMaker {
 std::optional<double> FilmOptions::Seconds() const {
     if (length.empty()) return std::nullopt;
     if (length == "audio") {
-        if (sound.empty()) throw HostError(ExitCode::Usage, "--length audio needs a sound; name it with --audio FILE");
-        return SoundSeconds(sound);
+        if (sounds.empty()) throw HostError(ExitCode::Usage, "--length audio needs a sound; name it with --audio FILE");
+        return SongsOf(*this).seconds;
     }
     constexpr double longest = 24 * 3600;
     double seconds = 0;

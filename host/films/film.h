@@ -9,6 +9,7 @@
 
 #include "host/catalogue/effect_module.h"
 #include "host/media/film_profile.h"
+#include "host/media/sound_track.h"
 #include "host/run/run_options.h"
 
 namespace Nifikral {
@@ -16,9 +17,9 @@ namespace Nifikral {
 /// What commands that make films are asked for.
 struct FilmOptions {
     RunOptions run;
-    std::string sound;   ///< a file, or empty
-    double fade = 2;     ///< seconds in which the sound fades out
-    std::string length;  ///< seconds, "audio" for the sound's, or empty
+    std::vector<std::string> sounds;  ///< files, one after another
+    double fade = 2;                  ///< seconds in which the sound fades out at the end, and one file into the next
+    std::string length;               ///< seconds, "audio" for that of the sounds, or empty
 
     /// `length` in seconds; nothing when it is empty. Throws usage and input errors.
     std::optional<double> Seconds() const;
@@ -36,6 +37,9 @@ struct Film {
     long long loopStart = 0;
     /// What is laid over every frame: BGRA of its size, colours not multiplied by alpha; null: nothing.
     std::shared_ptr<const AVFrame> over;
+    std::vector<SoundPiece> sound;  ///< where the options name none
+    /// Draws over a frame that the generator made, by its number; null: nothing.
+    std::function<void(AVBased::IRawVideoFrame&, long long)> drawOver;
 
     /// The number of frames that last as long, at least one.
     long long FramesIn(double seconds) const;

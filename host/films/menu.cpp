@@ -18,8 +18,9 @@ namespace {
 
 void RefuseInputsAsOutput(const MenuOptions& options, const MenuProject& project) {
     const RunOptions& run = options.film.run;
-    for (const std::string& input : {options.project, options.film.sound, project.background, project.backgroundMask})
+    for (const std::string& input : {options.project, project.background, project.backgroundMask})
         run.RefuseAsOutput(input);
+    for (const std::string& sound : options.film.sounds) run.RefuseAsOutput(sound);
     for (const MenuSource& source : project.sources) {
         run.RefuseAsOutput(source.path);
         run.RefuseAsOutput(source.mask);

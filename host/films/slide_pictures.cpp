@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <iterator>
 #include <mutex>
+#include <random>
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
@@ -14,6 +16,9 @@
 #include "host/base/progress.h"
 #include "host/catalogue/effect_module.h"
 #include "host/films/media_manager.h"
+#include "host/films/slide_list.h"
+#include "host/media/media_source.h"
+#include "host/media/sound_track.h"
 
 namespace Nifikral {
 namespace {
@@ -21,19 +26,23 @@ namespace {
 namespace fs = std::filesystem;
 
 // Kinds that no decoder may know are among them: such a picture is reported and not passed over.
-constexpr std::string_view extensions[] = {".jpg",  ".jpeg", ".jpe",  ".jfif", ".png",  ".apng", ".gif", ".bmp", ".tif",
-                                           ".tiff", ".webp", ".avif", ".heic", ".heif", ".jxl",  ".jp2", ".j2k", ".tga",
-                                           ".ppm",  ".pgm",  ".pbm",  ".pnm",  ".pam",  ".pcx",  ".sgi", ".ras", ".xbm",
-                                           ".xpm",  ".dds",  ".exr",  ".hdr",  ".psd",  ".qoi",  ".ico", ".dpx"};
+constexpr std::string_view pictureExtensions[] = {
+    ".jpg",  ".jpeg", ".jpe", ".jfif", ".png", ".apng", ".gif", ".bmp", ".tif", ".tiff", ".webp", ".avif",
+    ".heic", ".heif", ".jxl", ".jp2",  ".j2k", ".tga",  ".ppm", ".pgm", ".pbm", ".pnm",  ".pam",  ".pcx",
+    ".sgi",  ".ras",  ".xbm", ".xpm",  ".dds", ".exr",  ".hdr", ".psd", ".qoi", ".ico",  ".dpx"};
 
-bool IsPictureName(const fs::path& path) {
+constexpr std::string_view filmExtensions[] = {".mp4", ".m4v",  ".mov", ".mkv", ".webm", ".avi", ".mts", ".m2ts",
+                                               ".mpg", ".mpeg", ".vob", ".ogv", ".wmv",  ".flv", ".3gp", ".ts"};
+
+template <std::size_t count>
+bool EndsIn(const std::string_view (&list)[count], const fs::path& path) {
     std::string extension = path.extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char c) { return std::tolower(c); });
-    return std::find(std::begin(extensions), std::end(extensions), extension) != std::end(extensions);
+    return std::find(std::begin(list), std::end(list), extension) != std::end(list);
 }
 
-std::vector<std::string> PicturesIn(const std::string& folder) {
+std::vector<std::string> SlidesIn(const std::string& folder) {
     std::error_code error;
     std::vector<std::string> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
@@ -41,10 +50,11 @@ std::vector<std::string> PicturesIn(const std::string& folder) {
         std::error_code unreadable;
         // Programs keep previews and notes under hidden names.
         const bool hidden = name.starts_with('.');
-        if (!hidden && IsPictureName(entry.path()) && !entry.is_directory(unreadable))
+        const bool shows = EndsIn(pictureExtensions, entry.path()) || EndsIn(filmExtensions, entry.path());
+        if (!hidden && shows && !entry.is_directory(unreadable))
             names.push_back(name);
         else
-            PrintDetail(entry.path().string() + " is no picture by its name; it is left out");
+            PrintDetail(entry.path().string() + " is no picture or film by its name; it is left out");
     }
     if (error) throw HostError(ExitCode::Input, folder + " cannot be read (" + error.message() + "); make it readable");
     if (names.empty())
@@ -55,53 +65,88 @@ std::vector<std::string> PicturesIn(const std::string& folder) {
     return names;
 }
 
-// What hinders a picture, "" for nothing.
-std::string TryPicture(const std::string& path) {
+double SecondsOf(const MediaSource& film) {
+    const AVStream& stream = film.VideoStream();
+    if (stream.duration > 0) return double(stream.duration) * av_q2d(stream.time_base);
+    const long long estimated = film.EstimatedFrameCount();
+    return double(estimated > 0 ? estimated : film.CountFrames({})) / av_q2d(film.FrameRate());
+}
+
+// "2026-07-14 15:02:11" of a container's "2026-07-14T15:02:11.000000Z".
+std::string DateOf(const MediaSource& film) {
+    const AVDictionaryEntry* const entry = av_dict_get(film.Metadata(), "creation_time", nullptr, 0);
+    std::string date = entry ? entry->value : "";
+    if (date.size() < 19) return {};
+    date.resize(19);
+    date[10] = ' ';
+    return date;
+}
+
+// What hinders a slide, "" for nothing; else its facts are stored.
+std::string TrySlide(Slide& slide) {
     MediaManager manager;
-    if (AVBased::IAVSource* const source = manager.OpenSource(PathInList(path).c_str(), AVBased::importerImage)) {
-        source->Free();
-        TakeFiledMessage();
-        return {};
+    AVBased::IAVSource* const source = manager.OpenSource(PathInList(slide.path).c_str(), "");
+    if (!source) return TakeFiledMessage().value_or(slide.path + " cannot be read");
+    slide.plays = !source->IsStill();
+    source->Free();
+    TakeFiledMessage();
+    slide.facts = ReadPhotograph(slide.path);
+    if (!slide.plays || EndsIn(pictureExtensions, slide.path)) return {};
+    try {
+        const MediaSource film(slide.path, {.range = {}});
+        slide.filmSeconds = SecondsOf(film);
+        slide.hasSound = !film.AudioStreams().empty();
+        if (slide.facts.date.empty()) slide.facts.date = DateOf(film);
+    } catch (const HostError& error) {
+        return error.what();
     }
-    return TakeFiledMessage().value_or(path + " cannot be read");
+    try {
+        if (slide.hasSound) RequireSound(slide.path);
+    } catch (const HostError&) {
+        PrintWarning(slide.path + " plays without its sound, which cannot be decoded");
+        slide.hasSound = false;
+    }
+    return {};
 }
 
 }  // namespace
 
-std::vector<std::string> FindPictures(const std::vector<std::string>& inputs) {
-    std::vector<std::string> pictures;
+std::vector<Slide> FindSlides(const std::vector<std::string>& inputs) {
+    std::vector<Slide> slides;
     for (const std::string& input : inputs) {
         std::error_code error;
-        if (!fs::exists(input, error))
+        std::vector<Slide> found;
+        if (fs::is_directory(input, error))
+            for (const std::string& file : SlidesIn(input)) found.emplace_back().path = file;
+        else if (fs::exists(input, error))
+            found.emplace_back().path = input;
+        else if (input.starts_with('@'))
+            found = ReadSlideList(input.substr(1));
+        else
             throw HostError(ExitCode::Input, input + ": no such file or folder; check the name");
-        if (!fs::is_directory(input, error)) {
-            pictures.push_back(input);
-            continue;
-        }
-        const std::vector<std::string> inside = PicturesIn(input);
-        pictures.insert(pictures.end(), inside.begin(), inside.end());
+        std::move(found.begin(), found.end(), std::back_inserter(slides));
     }
-    return pictures;
+    return slides;
 }
 
-std::vector<std::string> ReadablePictures(const std::vector<std::string>& pictures, bool strict) {
-    std::vector<std::string> faults(pictures.size());
+std::vector<Slide> ReadableSlides(std::vector<Slide> slides, bool strict) {
+    std::vector<std::string> faults(slides.size());
     {
-        Progress progress((long long)pictures.size(), "picture", "checking ");
+        Progress progress((long long)slides.size(), "picture", "checking ");
         std::mutex mutex;
-        tbb::parallel_for(std::size_t(0), pictures.size(), [&](std::size_t i) {
+        tbb::parallel_for(std::size_t(0), slides.size(), [&](std::size_t i) {
             if (IsInterrupted()) return;
-            faults[i] = TryPicture(pictures[i]);
+            faults[i] = TrySlide(slides[i]);
             const std::lock_guard lock(mutex);
             progress.Advance();
         });
     }
     ThrowIfInterrupted();
-    std::vector<std::string> good;
+    std::vector<Slide> good;
     std::string lines;
-    for (std::size_t i = 0; i < pictures.size(); ++i) {
+    for (std::size_t i = 0; i < slides.size(); ++i) {
         if (faults[i].empty()) {
-            good.push_back(pictures[i]);
+            good.push_back(std::move(slides[i]));
             continue;
         }
         lines += faults[i] + "\n";
@@ -109,9 +154,34 @@ std::vector<std::string> ReadablePictures(const std::vector<std::string>& pictur
     }
     if (strict && !lines.empty()) throw HostError(ExitCode::Input, lines);
     if (good.empty())
-        throw HostError(ExitCode::Input, "none of the pictures can be read (" + std::to_string(pictures.size()) +
-                                             " tried); name others");
+        throw HostError(ExitCode::Input,
+                        "none of the pictures can be read (" + std::to_string(slides.size()) + " tried); name others");
     return good;
+}
+
+std::vector<std::string> SlideOrders() { return {"given", "name", "date", "random"}; }
+
+void OrderSlides(std::vector<Slide>& slides, const std::string& order, std::uint32_t seed) {
+    const auto sort = [&](auto comesBefore) { std::stable_sort(slides.begin(), slides.end(), comesBefore); };
+    if (order == "name")
+        sort([](const Slide& a, const Slide& b) {
+            return ComesBefore(fs::path(a.path).filename().string(), fs::path(b.path).filename().string());
+        });
+    if (order == "date") {
+        sort([](const Slide& a, const Slide& b) {
+            const std::string &first = a.facts.date, &second = b.facts.date;
+            return !first.empty() && (second.empty() || first < second);
+        });
+        const auto undated = std::ranges::count_if(slides, [](const Slide& slide) { return slide.facts.date.empty(); });
+        if (undated > 0)
+            PrintWarning(std::to_string(undated) + " of " + std::to_string(slides.size()) +
+                         " pictures hold no date; they come last");
+    }
+    if (order == "random") {
+        // The same on every system, which the library's own shuffle is not.
+        std::mt19937 random(seed);
+        for (std::size_t i = slides.size(); i > 1; --i) std::swap(slides[i - 1], slides[random() % i]);
+    }
 }
 
 }  // namespace Nifikral

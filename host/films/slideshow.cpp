@@ -7,6 +7,7 @@
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
+#include "host/films/captions.h"
 #include "host/films/media_manager.h"
 #include "host/films/slide_pictures.h"
 #include "host/films/text_renderer.h"
@@ -47,49 +48,134 @@ Film ShapeOfFilm(const SlideshowOptions& options) {
 
 std::string Joined(const std::vector<std::string>& words) {
     std::string list;
-    for (const std::string& word : words) list += (list.empty() ? "" : ";") + word;
+    for (const std::string& word : words) list += (&word == &words.front() ? "" : ";") + word;
     return list;
 }
 
-std::string JoinedPaths(const std::vector<std::string>& pictures) {
-    std::vector<std::string> paths;
-    for (const std::string& picture : pictures) paths.push_back(PathInList(picture));
-    return Joined(paths);
+// A ";" list with an item of each slide.
+template <class Write>
+std::string List(const std::vector<Slide>& slides, Write write) {
+    std::vector<std::string> items;
+    for (const Slide& slide : slides) items.push_back(write(slide));
+    return Joined(items);
+}
+
+// What each slide has for itself, in frames; -1: what all pictures have.
+std::vector<long long> OwnTimes(const std::vector<Slide>& slides, long long transition, double rate) {
+    std::vector<long long> own;
+    for (std::size_t i = 0; i < slides.size(); ++i) {
+        const Slide& slide = slides[i];
+        const long long shared = transition * ((i > 0) + (i + 1 < slides.size()));
+        if (slide.seconds)
+            own.push_back(std::llround(*slide.seconds * rate));
+        else if (slide.filmSeconds > 0)
+            own.push_back(std::max(0LL, std::llround(slide.filmSeconds * rate) - shared));
+        else
+            own.push_back(-1);
+    }
+    return own;
+}
+
+// The frames on which each slide is seen, from one to before another.
+struct Seen {
+    long long begin = 0, end = 0;
+};
+std::vector<Seen> SeenAt(const std::vector<long long>& own, const SlideTiming& timing) {
+    std::vector<Seen> seen;
+    long long alone = 0;
+    for (const long long time : own) {
+        const long long end = alone + (time < 0 ? timing.alone : time);
+        seen.push_back({std::max(0LL, alone - timing.transition), std::min(end + timing.transition, timing.total)});
+        alone = end + timing.transition;
+    }
+    seen.back().end = timing.total;
+    return seen;
+}
+
+std::vector<SoundPiece> SoundsOf(const std::vector<Slide>& slides, const std::vector<Seen>& seen,
+                                 const SlideTiming& timing, double rate) {
+    std::vector<SoundPiece> pieces;
+    for (std::size_t i = 0; i < slides.size(); ++i) {
+        if (!slides[i].hasSound) continue;
+        const double length = std::min(double(seen[i].end - seen[i].begin) / rate, slides[i].filmSeconds);
+        const double fade = std::min(double(timing.transition) / rate, length / 2);
+        pieces.push_back(
+            {slides[i].path, double(seen[i].begin) / rate, length, i > 0 ? fade : 0, i + 1 < slides.size() ? fade : 0});
+    }
+    return pieces;
+}
+
+std::vector<Caption> CaptionsOf(const std::vector<Slide>& slides, const std::vector<Seen>& seen,
+                                const SlideTiming& timing, const std::string& pattern) {
+    std::vector<Caption> captions;
+    // One goes in the first half of a transition, the next one comes in the second.
+    const long long half = timing.transition / 2;
+    for (std::size_t i = 0; i < slides.size(); ++i) {
+        const long long begin = seen[i].begin + (i > 0 ? timing.transition - half : 0);
+        const long long end = seen[i].end - (i + 1 < slides.size() ? timing.transition - half : 0);
+        const std::string text = CaptionOf(slides[i].caption.value_or(pattern), slides[i], i + 1);
+        if (!text.empty() && end > begin) captions.push_back({text, begin, end - begin, half});
+    }
+    return captions;
 }
 
 }  // namespace
 
-SlideTiming ShareOut(long long pictures, long long alone, long long transition, long long frames) {
-    if (frames == 0) return {alone, transition, std::max(1LL, pictures * alone + (pictures - 1) * transition)};
-    const auto own = [&] { return (frames - (pictures - 1) * transition) / pictures; };
-    if (own() < transition) transition = frames / (2 * pictures);
-    return {own(), transition, frames};
+SlideTiming ShareOut(const std::vector<long long>& own, long long alone, long long transition, long long frames) {
+    const auto pictures = (long long)own.size(), others = (long long)std::ranges::count(own, -1);
+    long long fixed = (pictures - 1) * transition;
+    for (const long long time : own) fixed += std::max(time, 0LL);
+    if (frames == 0) return {alone, transition, std::max(1LL, fixed + others * alone)};
+    const auto each = [&] { return others ? (frames - fixed) / others : 0; };
+    if (others == pictures && each() < transition) {
+        transition = frames / (2 * pictures);
+        fixed = (pictures - 1) * transition;
+    } else if (others < pictures && frames < fixed + others)
+        throw HostError(ExitCode::Usage,
+                        "--length is too short for the films, and the pictures with times of their own, that are in "
+                        "the show; give more, or shorter times in a list");
+    return {each(), transition, frames};
 }
 
 void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) {
     Film film = ShapeOfFilm(options);
-    const std::vector<std::string> found = FindPictures(options.inputs);
-    for (const std::string& picture : found) options.film.run.RefuseAsOutput(picture);
-    options.film.run.RefuseAsOutput(options.film.sound);
+    RequireUtf8("--captions", options.captions);
+    CheckCaptions(options.captions);
+    const std::vector<Slide> found = FindSlides(options.inputs);
+    for (const Slide& slide : found) options.film.run.RefuseAsOutput(slide.path);
+    for (const std::string& sound : options.film.sounds) options.film.run.RefuseAsOutput(sound);
     const std::optional<double> seconds = options.film.Seconds();
-    const std::vector<std::string> pictures = ReadablePictures(found, options.strict);
+    std::vector<Slide> slides = ReadableSlides(found, options.strict);
+    OrderSlides(slides, options.order, std::uint32_t(options.seed));
 
     const double rate = av_q2d(film.frameRate);
+    const long long transition = std::llround(options.transitionSeconds * rate);
+    const std::vector<long long> own = OwnTimes(slides, transition, rate);
     const SlideTiming timing =
-        ShareOut((long long)pictures.size(), std::llround(options.pictureSeconds * rate),
-                 std::llround(options.transitionSeconds * rate), seconds ? film.FramesIn(*seconds) : 0);
+        ShareOut(own, std::llround(options.pictureSeconds * rate), transition, seconds ? film.FramesIn(*seconds) : 0);
     film.frames = timing.total;
+    const std::vector<Seen> seen = SeenAt(own, timing);
+    film.sound = SoundsOf(slides, seen, timing, rate);
+    CaptionPainter captions(module, CaptionsOf(slides, seen, timing, options.captions), film.width, film.height);
+    film.drawOver = [&](AVBased::IRawVideoFrame& frame, long long number) { captions.Draw(frame, number); };
     std::ostringstream detail;
-    detail << pictures.size() << " pictures, each alone for " << timing.alone << " frames, transitions of "
+    detail << slides.size() << " pictures, each alone for " << timing.alone << " frames, transitions of "
            << timing.transition;
     PrintDetail(detail.str());
 
     const EffectPtr generator = module.Create(generatorName);
     if (!generator) throw HostError(ExitCode::Failed, module.Path() + " makes no slideshows; name another --module");
+    std::vector<std::string> times;
+    for (const long long time : own) times.push_back(time < 0 ? "" : std::to_string(time));
+    const auto path = [&](const Slide& slide) {
+        return PathInList(slide.path, slide.plays ? Playback{film.frameRate, slide.filmSeconds == 0} : Playback());
+    };
     SetProperties(*generator,
                   {{"duration", std::to_string(film.frames)},
-                   {"paths", JoinedPaths(pictures)},
+                   {"paths", List(slides, path)},
+                   {"films", List(slides, [](const Slide& slide) { return slide.plays ? "true" : "false"; })},
                    {"slideDuration", std::to_string(timing.alone)},
+                   {"slideDurations", Joined(times)},
                    {"transitionDuration", std::to_string(timing.transition)},
                    {"transitions", Joined(options.transitions)},
                    {"motion", Joined(options.motions)},
@@ -100,7 +186,7 @@ void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) 
                       throw HostError(ExitCode::Usage, std::string("the slideshow refuses its ") + name + ": " +
                                                            reason + "; nifikral info slide lists the words");
                   });
-    RenderFilm(*generator, film, options.film, std::to_string(pictures.size()) + " pictures");
+    RenderFilm(*generator, film, options.film, std::to_string(slides.size()) + " pictures");
 }
 
 }  // namespace Nifikral

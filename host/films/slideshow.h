@@ -9,7 +9,9 @@
 namespace Nifikral {
 
 struct SlideshowOptions {
-    std::vector<std::string> inputs;  ///< folders, and pictures by their names
+    std::vector<std::string> inputs;  ///< folders, pictures and films by their names, and lists as @FILE
+    std::string order = "given";      ///< one of SlideOrders
+    std::string captions;             ///< a pattern, or empty
     double pictureSeconds = 4, transitionSeconds = 1;
     std::vector<std::string> transitions = {"crossfade", "push", "zoom", "wipe", "iris", "pageturn"};
     std::vector<std::string> motions = {"zoomin", "panright", "zoomout", "panleft"};
@@ -19,7 +21,8 @@ struct SlideshowOptions {
     FilmOptions film;
 };
 
-/// Makes a film of pictures. Those that cannot be read are reported and left out.
+/// Makes a film of pictures and films. Those that cannot be read are reported and left out. Where no music is given,
+/// the films keep their sound.
 void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module);
 
 /// How the frames of a show are shared out.
@@ -29,8 +32,10 @@ struct SlideTiming {
     long long total = 0;
 };
 
-/// `frames`, unless 0, are to be filled: the pictures' own time follows from them, and where pictures would get less
-/// of it than a transition takes, transitions are shorter.
-SlideTiming ShareOut(long long pictures, long long alone, long long transition, long long frames);
+/// `own` are the frames by themselves of those that have a time of their own, and -1 for the others; those have `alone`
+/// of them. `frames`, unless 0, are to be filled: the others' time follows from them, and where no slide has a time of
+/// its own and they would get less of it than a transition takes, transitions are shorter. Throws a usage error when
+/// the times of their own leave too little.
+SlideTiming ShareOut(const std::vector<long long>& own, long long alone, long long transition, long long frames);
 
 }  // namespace Nifikral

@@ -45,6 +45,16 @@ TextStyle ParseStyle(std::string_view words) {
     return style;
 }
 
+std::string WithLineFeeds(const std::string& text) {
+    std::string lines;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool feed = text.compare(i, 2, "\\n") == 0;
+        lines += feed ? '\n' : text[i];
+        if (feed) ++i;
+    }
+    return lines;
+}
+
 std::optional<StyledText> ParseFontElement(std::string_view html) {
     constexpr std::string_view head = "<font color='#", tail = "</font>";
     if (!html.starts_with(head) || !html.ends_with(tail)) return std::nullopt;

@@ -23,6 +23,9 @@ struct StyledText {
 /// The style that blank-separated words name. A word that names none is reported once and left out.
 TextStyle ParseStyle(std::string_view words);
 
+/// A text from the command line, in which \\n begins a new line.
+std::string WithLineFeeds(const std::string& text);
+
 /// Reads <font color='#rrggbb' size='pixels' face='family' fontstyle='words'>text</font>, the text as written up to the
 /// last </font>. Nothing for a text of another form.
 std::optional<StyledText> ParseFontElement(std::string_view html);

@@ -7,9 +7,11 @@
 #include <cstdio>
 #include <cstring>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
+#include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/films/cairo_handles.h"
 
@@ -255,6 +257,22 @@ std::optional<std::size_t> FirstInvalidByte(const std::string& text) {
     const char* end = nullptr;
     if (g_utf8_validate(text.data(), gssize(text.size()), &end)) return std::nullopt;
     return std::size_t(end - text.data());
+}
+
+void RequireUtf8(const char* what, const std::string& text) {
+    const std::optional<std::size_t> at = FirstInvalidByte(text);
+    if (!at) return;
+    std::ostringstream line;
+    line << what << " is no UTF-8 (byte " << *at + 1 << " is 0x" << std::hex << unsigned(std::uint8_t(text[*at]))
+         << "); type it in a terminal that is set to UTF-8, or convert it with iconv -t UTF-8";
+    throw HostError(ExitCode::Usage, line.str());
+}
+
+std::string ValidUtf8(const std::string& text) {
+    char* const valid = g_utf8_make_valid(text.data(), gssize(text.size()));
+    std::string copy = valid;
+    g_free(valid);
+    return copy;
 }
 
 void CheckText(const StyledText& text) {

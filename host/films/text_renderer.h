@@ -18,6 +18,10 @@ FramePtr RenderText(const StyledText& text);
 
 /// The first byte of a text that is no UTF-8; nothing for one that is.
 std::optional<std::size_t> FirstInvalidByte(const std::string& text);
+/// Throws a usage error that begins with `what` for a text that is no UTF-8.
+void RequireUtf8(const char* what, const std::string& text);
+/// The text with a replacement character for each byte that is no UTF-8.
+std::string ValidUtf8(const std::string& text);
 
 /// What RenderText throws for a text, whatever its length.
 void CheckText(const StyledText& text);

@@ -6,6 +6,7 @@
 #include "host/base/colour_text.h"
 #include "host/base/errors.h"
 #include "host/films/film.h"
+#include "host/films/styled_text.h"
 #include "host/films/text_renderer.h"
 #include "host/run/many_files.h"
 
@@ -30,16 +31,6 @@ const Place& FindPlace(const std::string& name) {
         line << " " << place.name;
     }
     throw HostError(ExitCode::Usage, line.str());
-}
-
-std::string WithLineFeeds(const std::string& text) {
-    std::string lines;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool feed = text.compare(i, 2, "\\n") == 0;
-        lines += feed ? '\n' : text[i];
-        if (feed) ++i;
-    }
-    return lines;
 }
 
 bool HasSinglePicture(const std::string& input) {
@@ -105,15 +96,6 @@ Settings Look(const TitleOptions& options) {
           std::pair("outMotion", options.outMotion)})
         if (!value.empty()) look.emplace_back(name, value);
     return look;
-}
-
-void RequireUtf8(const char* what, const std::string& text) {
-    const std::optional<std::size_t> at = FirstInvalidByte(text);
-    if (!at) return;
-    std::ostringstream line;
-    line << what << " is no UTF-8 (byte " << *at + 1 << " is 0x" << std::hex << unsigned(std::uint8_t(text[*at]))
-         << "); type it in a terminal that is set to UTF-8, or convert it with iconv -t UTF-8";
-    throw HostError(ExitCode::Usage, line.str());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exiv2/exiv2.hpp>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -86,7 +87,57 @@ std::string Bytes(Exiv2::Image& image) {
     return bytes;
 }
 
+// The text of the first of these keys that has one.
+template <class Key, class Data>
+void TakeFirst(std::string& text, const Data& data, std::initializer_list<const char*> keys) {
+    for (const char* const key : keys) {
+        if (!text.empty()) return;
+        const auto entry = data.findKey(Key(key));
+        if (entry == data.end()) continue;
+        text = entry->toString();
+        // Texts for several languages begin with the language.
+        if (text.starts_with("lang=\"")) text.erase(0, text.find("\" ") + 2);
+        text.erase(std::find(text.begin(), text.end(), '\0'), text.end());
+        text.erase(text.find_last_not_of(" \t\r\n") + 1);
+    }
+}
+
+// "2026:07:14 15:02:11" and "2026-07-14T15:02:11+02:00" as "2026-07-14 15:02:11"; "" for what is no date.
+std::string PlainDate(std::string date) {
+    constexpr std::string_view form = "0000-00-00 00:00:00";
+    date.resize(std::min(date.size(), form.size()));
+    for (std::size_t i = 0; i < date.size(); ++i) {
+        if (form[i] != '0') date[i] = form[i];
+        if (form[i] == '0' && (date[i] < '0' || date[i] > '9')) return {};
+    }
+    constexpr std::size_t day = 10;
+    return date.size() < day || date.starts_with("0000") ? "" : date;
+}
+
 }  // namespace
+
+PhotographFacts ReadPhotograph(const std::string& file) {
+    PrepareOnce();
+    PhotographFacts facts;
+    try {
+        const ImagePtr image = Exiv2::ImageFactory::open(file);
+        image->readMetadata();
+        const Exiv2::ExifData& exif = image->exifData();
+        const Exiv2::IptcData& iptc = image->iptcData();
+        const Exiv2::XmpData& xmp = image->xmpData();
+        TakeFirst<Exiv2::ExifKey>(
+            facts.date, exif, {"Exif.Photo.DateTimeOriginal", "Exif.Photo.DateTimeDigitized", "Exif.Image.DateTime"});
+        TakeFirst<Exiv2::XmpKey>(facts.date, xmp, {"Xmp.exif.DateTimeOriginal", "Xmp.photoshop.DateCreated"});
+        facts.date = PlainDate(facts.date);
+        TakeFirst<Exiv2::ExifKey>(facts.description, exif, {"Exif.Image.ImageDescription"});
+        TakeFirst<Exiv2::XmpKey>(facts.description, xmp, {"Xmp.dc.description"});
+        TakeFirst<Exiv2::IptcKey>(facts.description, iptc, {"Iptc.Application2.Caption"});
+        TakeFirst<Exiv2::XmpKey>(facts.place, xmp, {"Xmp.iptc.Location", "Xmp.photoshop.City"});
+        TakeFirst<Exiv2::IptcKey>(facts.place, iptc, {"Iptc.Application2.SubLocation", "Iptc.Application2.City"});
+    } catch (const Exiv2::Error&) {
+    }
+    return facts;
+}
 
 std::string CopyMetadata(const std::string& from, std::string& picture) {
     PrepareOnce();

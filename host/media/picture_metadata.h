@@ -11,4 +11,13 @@ namespace Nifikral {
 /// kept or there is nothing; a file that is no picture has nothing. Threads: any.
 std::string CopyMetadata(const std::string& from, std::string& picture);
 
+/// What a photograph says of itself, each "" where it does not.
+struct PhotographFacts {
+    std::string date;  ///< when it was taken, as "2026-07-14 15:02:11"
+    std::string description, place;
+};
+
+/// The facts of a file (EXIF, IPTC, XMP); none of one that is no picture. Threads: any.
+PhotographFacts ReadPhotograph(const std::string& file);
+
 }  // namespace Nifikral

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <deque>
 #include <filesystem>
-#include <iomanip>
-#include <sstream>
+#include <functional>
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
@@ -65,78 +65,140 @@ PacketPtr SoundInput::Next() const {
     }
 }
 
-std::string Filters(const SoundCut& cut) {
-    std::ostringstream filters;
-    filters << std::setprecision(12);
-    if (cut.fade > 0) filters << "afade=t=out:st=" << std::max(0.0, cut.filmEnd - cut.fade) << ":d=" << cut.fade << ",";
-    filters << "atrim=start=" << cut.begin << ":end=" << cut.end;
-    return filters.str();
+constexpr int sampleRate = 48000, channels = 2;
+
+std::int64_t Samples(double seconds) {
+    constexpr double longest = 1e6;
+    return std::llround(std::min(seconds, longest) * sampleRate);
 }
+
+// 0 at `begin`, 1 at `end`, and so beyond.
+float Ramp(std::int64_t at, std::int64_t begin, std::int64_t end) {
+    return end > begin ? std::clamp(float(at - begin) / float(end - begin), 0.0f, 1.0f) : 1.0f;
+}
+
+// A piece, decoded as far as it is needed.
+class PieceReader {
+ public:
+    explicit PieceReader(const SoundPiece& piece)
+        : m_begin(Samples(piece.begin)),
+          m_end(m_begin + Samples(piece.length)),
+          m_fadeIn(Samples(piece.fadeIn)),
+          m_fadeOut(Samples(piece.fadeOut)),
+          m_input(piece.path),
+          m_decoder(*m_input.stream, {}, piece.path, {}, true) {
+        while (!m_decoder.HasDecoded() && Decode()) {
+        }
+        if (!m_decoder.HasDecoded())
+            Refuse(piece.path, " holds no sound that can be decoded; it is damaged or cut short");
+    }
+
+    // Adds what is heard from a time on, in samples of the film; each call goes on from the one before. False when
+    // nothing comes any more.
+    bool AddTo(std::vector<float>& mix, std::int64_t from) {
+        const std::int64_t to = from + std::int64_t(mix.size()) / channels;
+        const std::int64_t last = std::min(to, m_end);
+        while (m_begin + m_decoded < last && Decode()) {
+        }
+        for (std::int64_t at = std::max(from, m_begin + m_dropped); at < last; ++at) {
+            const auto place = std::size_t(at - m_begin - m_dropped) * channels;
+            if (place >= m_samples.size()) break;
+            const float gain = Ramp(at, m_begin, m_begin + m_fadeIn) * Ramp(m_end - at, 0, m_fadeOut);
+            for (int c = 0; c < channels; ++c)
+                mix[std::size_t(at - from) * channels + std::size_t(c)] += gain * m_samples[place + std::size_t(c)];
+        }
+        const auto done = std::size_t(std::clamp<std::int64_t>(to - m_begin - m_dropped, 0, m_decoded - m_dropped));
+        m_samples.erase(m_samples.begin(), m_samples.begin() + std::ptrdiff_t(done * channels));
+        m_dropped += std::int64_t(done);
+        return to < m_end && (!m_ended || to < m_begin + m_decoded);
+    }
+
+ private:
+    bool Decode() {
+        if (m_ended) return false;
+        const PacketPtr packet = m_input.Next();
+        m_ended = !packet;
+        m_decoder.Put(packet.get(), [this](const AVFrame& frame) {
+            // Silence where the file has a gap; what comes twice is left out.
+            const std::int64_t overlap = std::clamp<std::int64_t>(m_decoded - frame.pts, 0, frame.nb_samples);
+            if (frame.pts > m_decoded)
+                m_samples.resize(m_samples.size() + std::size_t(frame.pts - m_decoded) * channels);
+            const auto* const samples = reinterpret_cast<const float*>(frame.data[0]);
+            m_samples.insert(m_samples.end(), samples + overlap * channels, samples + frame.nb_samples * channels);
+            m_decoded = std::max(m_decoded, frame.pts + frame.nb_samples);
+        });
+        return !m_ended;
+    }
+
+    std::int64_t m_begin, m_end;  // in the film
+    std::int64_t m_fadeIn, m_fadeOut;
+    SoundInput m_input;
+    SoundDecoder m_decoder;
+    std::deque<float> m_samples;
+    std::int64_t m_dropped = 0, m_decoded = 0;  // of the piece: where the samples begin and end
+    bool m_ended = false;
+};
 
 }  // namespace
 
 struct SoundTrack::Parts {
-    Parts(const std::string& path, const SoundCut& cut);
+    Parts(const std::vector<SoundPiece>& pieces, const SoundCut& cut);
 
     std::vector<PacketPtr> Until(double seconds);
-    // Decodes the next piece; false behind the last one.
-    bool Advance();
-    void Keep(const AVFrame& frame);
+    PacketPtr Mix();
 
-    SoundForm form;
-    SoundInput sound;
-    SoundDecoder decoder;
-    std::int64_t begin;                                   // of the cut, in samples
+    std::vector<SoundPiece> later;  // by their begin, the first one last; files are open only while they are heard
+    std::vector<std::unique_ptr<PieceReader>> heard;
+    SoundCut cut;
+    std::int64_t next;                                    // in samples of the film
     std::unique_ptr<AVFormatContext, FreeFormat> holder;  // of the stream that containers get
-    std::deque<PacketPtr> packets;
-    bool ended = false;
 };
 
-SoundTrack::Parts::Parts(const std::string& path, const SoundCut& cut)
-    : sound(path),
-      decoder(*sound.stream, form, path, Filters(cut), true),
-      begin(std::llround(cut.begin * form.rate)),
+SoundTrack::Parts::Parts(const std::vector<SoundPiece>& pieces, const SoundCut& soundCut)
+    : later(pieces),
+      cut(soundCut),
+      next(Samples(cut.begin)),
       holder(Require<decltype(holder)>(avformat_alloc_context())) {
+    std::ranges::stable_sort(later, std::ranges::greater(), &SoundPiece::begin);
+    const SoundForm form;
     AVStream* const stream = avformat_new_stream(holder.get(), nullptr);
     if (!stream) throw std::bad_alloc();
-    stream->time_base = {1, form.rate};
+    stream->time_base = {1, sampleRate};
     AVCodecParameters& coding = *stream->codecpar;
     coding.codec_type = AVMEDIA_TYPE_AUDIO;
     coding.codec_id = av_get_pcm_codec(form.format, -1);
     coding.format = form.format;
     coding.sample_rate = form.rate;
     coding.ch_layout = form.layout;
-    while (!decoder.HasDecoded() && Advance()) {
-    }
-    if (!decoder.HasDecoded()) Refuse(path, " holds no sound that can be decoded; it is damaged or cut short");
 }
 
-void SoundTrack::Parts::Keep(const AVFrame& frame) {
+// The next packet; null behind the last one.
+PacketPtr SoundTrack::Parts::Mix() {
+    constexpr std::int64_t usualLength = 1024;
+    const std::int64_t end = Samples(cut.end), length = std::min(usualLength, end - next);
+    if (length <= 0 || (later.empty() && heard.empty())) return nullptr;
+    for (; !later.empty() && Samples(later.back().begin) < next + length; later.pop_back())
+        if (Samples(later.back().begin + later.back().length) > next)
+            heard.push_back(std::make_unique<PieceReader>(later.back()));
+    std::vector<float> mix(std::size_t(length) * channels);
+    std::erase_if(heard, [&](const auto& piece) { return !piece->AddTo(mix, next); });
+    const std::int64_t filmEnd = Samples(cut.filmEnd), fade = Samples(cut.fade);
+    for (std::size_t i = 0; i < mix.size(); ++i) mix[i] *= Ramp(filmEnd - next - std::int64_t(i) / channels, 0, fade);
     PacketPtr packet = NewPacket();
-    const int bytes = frame.nb_samples * av_get_bytes_per_sample(form.format) * form.layout.nb_channels;
-    if (av_new_packet(packet.get(), bytes) < 0) throw std::bad_alloc();
-    std::copy_n(frame.data[0], bytes, packet->data);
-    packet->pts = packet->dts = frame.pts - begin;
-    packet->duration = frame.nb_samples;
-    packets.push_back(std::move(packet));
-}
-
-bool SoundTrack::Parts::Advance() {
-    if (ended) return false;
-    const PacketPtr packet = sound.Next();
-    ended = !packet;
-    decoder.Put(packet.get(), [this](const AVFrame& frame) { Keep(frame); });
-    return !ended;
+    if (av_new_packet(packet.get(), int(mix.size() * sizeof(float))) < 0) throw std::bad_alloc();
+    std::memcpy(packet->data, mix.data(), mix.size() * sizeof(float));
+    packet->pts = packet->dts = next - Samples(cut.begin);
+    packet->duration = length;
+    next += length;
+    return packet;
 }
 
 std::vector<PacketPtr> SoundTrack::Parts::Until(double seconds) {
-    const auto isEarlier = [&](const PacketPtr& packet) { return double(packet->pts) / form.rate < seconds; };
-    while ((packets.empty() || isEarlier(packets.back())) && Advance()) {
-    }
     std::vector<PacketPtr> taken;
-    while (!packets.empty() && isEarlier(packets.front())) {
-        taken.push_back(std::move(packets.front()));
-        packets.pop_front();
+    while (double(next - Samples(cut.begin)) / sampleRate < seconds) {
+        PacketPtr packet = Mix();
+        if (!packet) break;
+        taken.push_back(std::move(packet));
     }
     return taken;
 }
@@ -157,7 +219,10 @@ double SoundSeconds(const std::string& path) {
     return end - begin;
 }
 
-SoundTrack::SoundTrack(const std::string& path, const SoundCut& cut) : m_parts(std::make_unique<Parts>(path, cut)) {}
+void RequireSound(const std::string& path) { PieceReader({path}); }
+
+SoundTrack::SoundTrack(const std::vector<SoundPiece>& pieces, const SoundCut& cut)
+    : m_parts(std::make_unique<Parts>(pieces, cut)) {}
 SoundTrack::~SoundTrack() = default;
 const AVStream& SoundTrack::Stream() const { return *m_parts->holder->streams[0]; }
 std::vector<PacketPtr> SoundTrack::Until(double seconds) { return m_parts->Until(seconds); }

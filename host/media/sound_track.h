@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -7,7 +8,15 @@
 
 namespace Nifikral {
 
-/// The part of a file's sound that a film takes, in seconds.
+/// A file's sound, from its beginning, somewhere in a film. In seconds.
+struct SoundPiece {
+    std::string path;
+    double begin = 0;                                         ///< where in the film it begins
+    double length = std::numeric_limits<double>::infinity();  ///< what is taken of it at most
+    double fadeIn = 0, fadeOut = 0;                           ///< within that length
+};
+
+/// The part of a film's sound that is made, in seconds.
 struct SoundCut {
     double begin = 0, end = 0;
     double filmEnd = 0;  ///< where the whole film ends, and the fade-out with it
@@ -17,11 +26,14 @@ struct SoundCut {
 /// How long the sound of a file is, by reading through it. Throws input errors that name the file and the remedy.
 double SoundSeconds(const std::string& path);
 
-/// The sound of a film: that of a file from its beginning, faded out at the end, as samples in stereo and 48 kHz.
-/// Throws input errors that name the file and the remedy. Threads: one at a time.
+/// Throws an input error when nothing of a file's sound can be decoded.
+void RequireSound(const std::string& path);
+
+/// The sound of a film: that of files, added where they meet, silent between them and faded out at the end, as samples
+/// in stereo and 48 kHz. Throws input errors that name the file and the remedy. Threads: one at a time.
 class SoundTrack {
  public:
-    SoundTrack(const std::string& path, const SoundCut& cut);
+    SoundTrack(const std::vector<SoundPiece>& pieces, const SoundCut& cut);
     ~SoundTrack();
 
     /// What Until hands out, as a container describes it.

@@ -14,6 +14,7 @@ ffmpeg -nostdin -v error -i holiday.mp4 -frames:v 1 photo.jpg
 cp holiday.mp4 film.mp4
 for copy in a.jpg b.jpg c.jpg mask.png; do ffmpeg -nostdin -v error -i photo.jpg "$copy"; done
 ffmpeg -nostdin -v error -i holiday.mp4 -vn song.mp3
+printf '%s\n' 'a.jpg' 'c.jpg | 8 | The lake' >show.txt
 for example in menu_common:holiday menu_travel:trip; do
     nifikral init -q "${example%:*}" "${example#*:}"
 done

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "host/base/errors.h"
 #include "host/base/natural_order.h"
 #include "host/films/slideshow.h"
 #include "tests/host/command.h"
@@ -28,10 +29,13 @@ TEST(NaturalOrder, CountsAsPeopleDo) {
 
 TEST(SlideTiming, FillsALengthAndShortensTransitionsThatExceedPictures) {
     const auto shared = [](const SlideTiming& t) { return std::vector<long long>{t.alone, t.transition, t.total}; };
-    EXPECT_EQ(shared(ShareOut(3, 100, 25, 0)), (std::vector<long long>{100, 25, 350}));
-    EXPECT_EQ(shared(ShareOut(3, 100, 25, 250)), (std::vector<long long>{66, 25, 250}));
-    EXPECT_EQ(shared(ShareOut(3, 100, 25, 60)), (std::vector<long long>{13, 10, 60}));
-    EXPECT_EQ(shared(ShareOut(1, 0, 25, 0)), (std::vector<long long>{0, 25, 1}));
+    EXPECT_EQ(shared(ShareOut({-1, -1, -1}, 100, 25, 0)), (std::vector<long long>{100, 25, 350}));
+    EXPECT_EQ(shared(ShareOut({-1, -1, -1}, 100, 25, 250)), (std::vector<long long>{66, 25, 250}));
+    EXPECT_EQ(shared(ShareOut({-1, -1, -1}, 100, 25, 60)), (std::vector<long long>{13, 10, 60}));
+    EXPECT_EQ(shared(ShareOut({-1}, 0, 25, 0)), (std::vector<long long>{0, 25, 1}));
+    EXPECT_EQ(shared(ShareOut({-1, 50, -1}, 100, 25, 0)), (std::vector<long long>{100, 25, 300}));
+    EXPECT_EQ(shared(ShareOut({-1, 50, -1}, 100, 25, 200)), (std::vector<long long>{50, 25, 200}));
+    EXPECT_THROW(ShareOut({-1, 50, -1}, 100, 25, 101), HostError);
 }
 
 TEST_F(FilmTest, ASlideshowTakesFoldersInNaturalOrderAndPartsAreTheSameFrames) {

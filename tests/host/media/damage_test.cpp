@@ -23,18 +23,23 @@ TEST_F(Damage, OfOnePictureIsNotItsNeighboursWhenManyAreReadAtOnce) {
     CaptureFfmpegMessages();
     Ffmpeg("-f lavfi -i testsrc2=size=160x120 -q:v 2 -frames:v 1 photo.jpg");
     const std::string photo = ReadFile(folder / "photo.jpg");
-    std::vector<std::string> all, good;
+    std::vector<Slide> all;
+    std::vector<std::string> good;
     for (int i = 0; i < 80; ++i) {
         const std::string path = (folder / (std::to_string(i) + ".jpg")).string();
         // Of those cut, each lacks another part of its end, the last one only the mark itself.
         std::ofstream(path, std::ios::binary)
             << photo.substr(0, i % 2 ? photo.size() * std::size_t(i) / 80 : std::string::npos);
-        all.push_back(path);
+        all.emplace_back().path = path;
         if (i % 2 == 0) good.push_back(path);
     }
-    std::ofstream(all[79], std::ios::binary) << photo.substr(0, photo.size() - 2);
+    std::ofstream(all[79].path, std::ios::binary) << photo.substr(0, photo.size() - 2);
     SetVerbosity(Verbosity::Quiet);
-    for (int run = 0; run < 25; ++run) ASSERT_EQ(ReadablePictures(all, false), good) << "run " << run;
+    for (int run = 0; run < 25; ++run) {
+        std::vector<std::string> readable;
+        for (const Slide& slide : ReadableSlides(all, false)) readable.push_back(slide.path);
+        ASSERT_EQ(readable, good) << "run " << run;
+    }
     SetVerbosity(Verbosity::Normal);
 }
 
