@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include "host/base/shell_word.h"
 #include "host/command/common_options.h"
 #include "host/films/example_project.h"
 #include "host/films/menu.h"
@@ -36,14 +37,20 @@ void AddInit(CommandLine& line) {
     init->add_option("TEMPLATE", options.templateName, "the template that it is for; nifikral list shows all")
         ->required();
     init->add_option("FOLDER", options.folder, "where to put it (default: a new folder named as the template)");
+    init->add_option("--pictures", options.pictures,
+                     "pictures and films of your own to show, and folders of them; they stay where they are")
+        ->type_name("FILE");
+    init->add_option("--title", options.title, "the menu's title")->type_name("TEXT");
     init->add_flag("-y,--overwrite", options.overwrite, "overwrite files of the same names");
     init->add_flag("-q,--quiet", line.quiet, "errors only");
     AddCommonOptions(*init, line);
     line.work[init] = [given, &line](const EffectModule& module) {
-        const std::string project = WriteExampleProject(*given, module);
-        if (!line.quiet)
-            std::cerr << project << " and its pictures are written; make the film with\n  nifikral menu "
-                      << given->templateName << " " << project << " -o menu.mp4\n";
+        const ExampleProject project = WriteExampleProject(*given, module);
+        if (line.quiet) return;
+        std::cerr << project.file << (given->pictures.empty() ? " and its pictures are" : " is")
+                  << " written; make the film" << &"s"[!project.hasPages] << " with\n  nifikral menu "
+                  << given->templateName << " " << ShellWord(project.file) << " -o menu"
+                  << (project.hasPages ? "_%d" : "") << ".mp4\n";
     };
 }
 

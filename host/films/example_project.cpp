@@ -3,10 +3,16 @@
 #include <algorithm>
 #include <deque>
 #include <filesystem>
+#include <sstream>
 
 #include "host/base/errors.h"
 #include "host/films/example_pictures.h"
+#include "host/films/media_manager.h"
 #include "host/films/menu.h"
+#include "host/films/menu_pages.h"
+#include "host/films/project_reader.h"
+#include "host/films/slide_pictures.h"
+#include "host/films/text_renderer.h"
 #include "host/media/ffmpeg_handles.h"
 #include "host/media/part_file.h"
 
@@ -17,13 +23,11 @@ namespace fs = std::filesystem;
 
 constexpr char projectFile[] = "menu.json";
 
-// Behind the template's name. Comments are allowed in a project. This one places everything by itself.
-constexpr char placedProject[] = R"(",
-  "frameRate": 25,
-  "duration": 12,
-  "width": 1280,
-  "height": 720,
+constexpr int width = 1280, height = 720;
+constexpr std::size_t placedPerPage = 20;
 
+// Comments are allowed in a project. This one places everything by itself.
+constexpr char placedSources[] = R"(
   // The pictures come in within four seconds; players repeat what follows.
   "loopStart": 4,
 
@@ -40,9 +44,9 @@ constexpr char placedProject[] = R"(",
   "startTrans": [255, 0, 0, 0, 0],
   "endTrans": [255, 255, 255, 255, 255],
   "fadeSpeeds": [0, 4, 4, 4, 4],
-
-  "textInfos": [
-    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold shadow", "size": 76, "color": "#fff4dc",
+)";
+constexpr char placedTexts[] =
+    R"(    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold shadow", "size": 76, "color": "#fff4dc",
      "box": [64, 56]},
     {"text": "Four places, and the way between them", "face": "DejaVu Sans", "fontstyle": "italic shadow", "size": 28,
      "color": "#ffe0b8", "box": [70, 158], "show": [25]},
@@ -54,27 +58,19 @@ constexpr char placedProject[] = R"(",
      "box": [-292, 596], "move": {"end": [672, 596], "speed": 16}},
     {"text": "The night", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
      "box": [154, 596], "move": {"end": [968, 596], "speed": 16}}
-  ]
-}
 )";
 
 // For templates that have a background of their own and place the pictures; only the texts want places.
-constexpr char arrangedProject[] = R"(",
-  "frameRate": 25,
-  "duration": 12,
-  "width": 1280,
-  "height": 720,
-
+constexpr char arrangedSources[] = R"(
   // The template places them; "sourcePath", "additionSourceSizes" and "startPositions" would say otherwise.
-  "additionSourcePaths": ["lake.png", "desert.png", "forest.png", "night.png", "background.png"],
+  "additionSourcePaths": )";
+constexpr char arrangedPictures[] = R"(["lake.png", "desert.png", "forest.png", "night.png", "background.png"])";
 
-  "textInfos": [
-)";
-
-// The texts of a template, where it leaves room for them.
+// The texts of a template, where it leaves room for them; the first one is the title.
 struct ExampleTexts {
     const char* templateName;
     const char* texts;
+    int titleWidth = 1152;  // at most
 };
 
 constexpr char usualTexts[] =
@@ -108,31 +104,159 @@ constexpr char textsInCorner[] =
 constexpr ExampleTexts exampleTexts[] = {
     {"menu_fullscreen", textsBelow},
     {"menu_push", textsBelow},
-    {"menu_layeredtitles", titles},
-    {"menu_videowall", textsInCorner},
-    {"menu_resizingpanels", textsInCorner},
+    {"menu_common", placedTexts},
+    {"menu_layeredtitles", titles, 1040},
+    {"menu_videowall", textsInCorner, 340},
+    {"menu_resizingpanels", textsInCorner, 340},
     {"instructionmenu_common",
      R"(    {"text": "How to watch", "face": "DejaVu Serif", "fontstyle": "bold", "size": 44, "color": "#1f3550",
      "box": [104, 112]},
     {"text": "Arrows choose a chapter,", "face": "DejaVu Sans", "size": 28, "color": "#1f3550", "box": [104, 210]},
     {"text": "Enter plays it,", "face": "DejaVu Sans", "size": 28, "color": "#1f3550", "box": [104, 260]},
     {"text": "Menu leads back here.", "face": "DejaVu Sans", "size": 28, "color": "#1f3550", "box": [104, 310]}
-)"},
+)",
+     636},
     {"instructionmenu_festival",
      R"(    {"text": "How to watch", "face": "DejaVu Serif", "fontstyle": "bold", "size": 44, "color": "#ffe9b0",
      "box": [548, 150]},
     {"text": "Arrows choose a chapter,", "face": "DejaVu Sans", "size": 28, "color": "#ffffff", "box": [548, 250]},
     {"text": "Enter plays it,", "face": "DejaVu Sans", "size": 28, "color": "#ffffff", "box": [548, 300]},
     {"text": "Menu leads back here.", "face": "DejaVu Sans", "size": 28, "color": "#ffffff", "box": [548, 350]}
-)"},
+)",
+     632},
 };
 
-std::string ExampleProject(const std::string& templateName) {
-    const std::string head = "{\n  \"template\": \"" + templateName;
-    if (templateName == "menu_common") return head + placedProject;
-    const auto* const row = std::find_if(std::begin(exampleTexts), std::end(exampleTexts),
-                                         [&](const ExampleTexts& texts) { return templateName == texts.templateName; });
-    return head + arrangedProject + (row == std::end(exampleTexts) ? usualTexts : row->texts) + "  ]\n}\n";
+std::string TextsOf(const InitOptions& options) {
+    const auto* const found = std::ranges::find_if(
+        exampleTexts, [&](const ExampleTexts& row) { return options.templateName == row.templateName; });
+    const ExampleTexts row = found == std::end(exampleTexts) ? ExampleTexts{"", usualTexts} : *found;
+    if (options.pictures.empty() && options.title.empty()) return row.texts;
+    std::string array = "[";
+    Json texts = Json::parse(array.append(row.texts) += "]");
+    // What is said of the example's pictures does not go with others; how to use a menu does.
+    if (!options.pictures.empty() && !options.templateName.starts_with("instructionmenu"))
+        texts.erase(texts.begin() + 1, texts.end());
+    Json& title = texts.front();
+    if (!options.title.empty()) {
+        // One of any length is to stay in the menu and off the next text.
+        const int size = title["size"];
+        title["text"] = options.title;
+        title["box"] = {title["box"][0], title["box"][1], row.titleWidth, texts.size() > 1 ? size * 5 / 4 : size * 2};
+    }
+    std::string list;
+    for (const Json& text : texts) list += (list.empty() ? "    " : ",\n    ") + text.dump();
+    return list + "\n";
+}
+
+std::string ProjectOf(const InitOptions& options, const std::string& sources, std::size_t seconds) {
+    std::ostringstream project;
+    project << "{\n  \"template\": \"" << options.templateName
+            << "\",\n  \"frameRate\": 25,\n  \"duration\": " << seconds << ",\n  \"width\": " << width
+            << ",\n  \"height\": " << height << ",\n"
+            << sources << "\n  \"textInfos\": [\n"
+            << TextsOf(options) << "  ]\n}\n";
+    return project.str();
+}
+
+// From the project's folder, so that both can be moved together; whole where a link to that folder leads elsewhere.
+std::string NameInProject(const std::string& picture, const fs::path& folder) {
+    const fs::path base = (fs::absolute(folder) / "").lexically_normal();
+    std::error_code error;
+    const bool isLinked = fs::weakly_canonical(base, error) / "" != base;
+    const fs::path whole = fs::canonical(picture), relative = isLinked ? whole : whole.lexically_relative(base);
+    std::string name = relative.string();
+    if (FirstInvalidByte(name))
+        throw HostError(ExitCode::Input, picture + ": its name is no UTF-8, which a project needs; rename it");
+    return name;
+}
+
+Json NamesInProject(const std::vector<Slide>& pictures, const fs::path& folder) {
+    Json names = Json::array();
+    for (const Slide& picture : pictures) names.push_back(NameInProject(picture.path, folder));
+    return names;
+}
+
+struct Box {
+    int x, y, width, height;
+};
+
+// Where pictures stand that share the part of the menu below the title in rows: those of a page of `count`.
+std::vector<Box> Rows(int count) {
+    constexpr Box area{64, 216, 1152, 448};
+    constexpr int gap = 24;
+    const auto cell = [&](int columns) {
+        const int rows = (count + columns - 1) / columns;
+        return std::pair((area.width - gap * (columns - 1)) / columns, (area.height - gap * (rows - 1)) / rows);
+    };
+    // The number of columns that gives most room to a picture of 16:9.
+    int columns = 1;
+    const auto room = [&](int tried) { return std::min(cell(tried).first * 9, cell(tried).second * 16); };
+    for (int tried = 2; tried <= count; ++tried)
+        if (room(tried) > room(columns)) columns = tried;
+    const auto [across, down] = cell(columns);
+    std::vector<Box> boxes;
+    for (int i = 0; i < count; ++i) {
+        const int row = i / columns, inRow = std::min(columns, count - row * columns);
+        const int free = area.width - inRow * (across + gap) + gap;
+        boxes.push_back({area.x + free / 2 + i % columns * (across + gap), area.y + row * (down + gap), across, down});
+    }
+    return boxes;
+}
+
+// The largest one of a picture's shape in the middle of a box.
+Box Fitted(const std::string& picture, const Box& box) {
+    MediaManager manager;
+    AVBased::IAVSource* const source = manager.OpenSource(PathInList(picture).c_str(), "");
+    AVBased::IRawVideoFrame* const frame = source ? source->ReadFrame() : nullptr;
+    unsigned across = unsigned(box.width), down = unsigned(box.height);
+    if (frame) {
+        frame->GetDimension(&across, &down);
+        frame->Free();
+    }
+    if (source) source->Free();
+    TakeFiledMessage();
+    const double scale = std::min(box.width / double(across), box.height / double(down));
+    const auto side = [&](unsigned length) { return std::max(int(length * scale), 1); };
+    return {box.x + (box.width - side(across)) / 2, box.y + (box.height - side(down)) / 2, side(across), side(down)};
+}
+
+// For the template that places nothing by itself: pictures that come from the left into rows.
+std::string PlacedSources(const std::vector<Slide>& pictures, const fs::path& folder) {
+    // Frames of the way into the menu, from beyond its edge.
+    constexpr int speed = 16, frames = 79;
+    const std::vector<Box> boxes = Rows(int(std::min(pictures.size(), placedPerPage)));
+    Json sizes, starts, ends, formulas, speeds, invisible, opaque, fades;
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        const Box box = Fitted(pictures[i].path, boxes[i % placedPerPage]);
+        sizes.push_back({box.width, box.height});
+        starts.push_back({box.x - speed * frames, box.y});
+        ends.push_back({box.x, box.y});
+        formulas.push_back({0, 0});
+        speeds.push_back(speed);
+        invisible.push_back(0);
+        opaque.push_back(255);
+        fades.push_back(4);
+    }
+    std::ostringstream sources;
+    sources << R"(
+  // The pictures come in within four seconds; players repeat what follows.
+  "loopStart": 4,
+
+  "sourcePath": "background.png",
+)";
+    if (pictures.size() > placedPerPage) sources << "  \"perPage\": " << placedPerPage << ",\n";
+    sources << "\n  // One entry for each picture, in every list.\n";
+    for (const auto& [key, list] : {std::pair("additionSourcePaths", NamesInProject(pictures, folder)),
+                                    {"additionSourceSizes", sizes},
+                                    {"startPositions", starts},
+                                    {"endPositions", ends},
+                                    {"moveFormulas", formulas},
+                                    {"moveSpeeds", speeds},
+                                    {"startTrans", invisible},
+                                    {"endTrans", opaque},
+                                    {"fadeSpeeds", fades}})
+        sources << "  \"" << key << "\": " << list << ",\n";
+    return sources.str();
 }
 
 void MakeFolder(const fs::path& folder) {
@@ -143,18 +267,36 @@ void MakeFolder(const fs::path& folder) {
 
 }  // namespace
 
-std::string WriteExampleProject(const InitOptions& options, const EffectModule& module) {
+ExampleProject WriteExampleProject(const InitOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);
+    RequireUtf8("--title", options.title);
+    if (const std::size_t at = options.title.find_first_of(";\\"); at != std::string::npos)
+        throw HostError(ExitCode::Usage, std::string("--title holds '") + options.title[at] +
+                                             "', which menus cannot carry; choose another text");
     const fs::path folder = options.folder.empty() ? options.templateName : options.folder;
-    std::vector<ExamplePicture> files = DrawExamplePictures();
-    files.push_back({projectFile, ExampleProject(options.templateName)});
+    const bool placed = options.templateName == "menu_common";
+    std::vector<Slide> pictures;
+    if (!options.pictures.empty()) pictures = ReadableSlides(FindSlides(options.pictures), false);
+
+    std::vector<ExamplePicture> files;
+    if (pictures.empty() || placed) files = DrawExamplePictures();
+    if (!pictures.empty()) std::erase_if(files, [](const auto& file) { return file.file != "background.png"; });
+    std::string sources = placed ? placedSources : std::string(arrangedSources) + arrangedPictures + ",\n";
+    if (!pictures.empty())
+        sources = placed ? PlacedSources(pictures, folder)
+                         : arrangedSources + NamesInProject(pictures, folder).dump() + ",\n";
+    const std::size_t perPage = placed ? placedPerPage : std::size_t(UsualPerPage(options.templateName));
+    const bool hasPages = perPage > 0 && pictures.size() > perPage;
+    // Templates that show one after the other need time for each.
+    const std::size_t seconds = placed ? 12 : std::max<std::size_t>(12, 2 * (hasPages ? perPage : pictures.size()));
+    files.push_back({projectFile, ProjectOf(options, sources, seconds)});
     MakeFolder(folder);
     // All stand under their names or none does.
     std::deque<PartFile> parts;
     for (const ExamplePicture& file : files)
         parts.emplace_back((folder / file.file).string(), options.overwrite).Write(file.png);
     for (PartFile& part : parts) part.Commit();
-    return (folder / projectFile).string();
+    return {(folder / projectFile).string(), hasPages};
 }
 
 }  // namespace Nifikral

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/catalogue/effect_module.h"
 
@@ -9,10 +10,17 @@ namespace Nifikral {
 struct InitOptions {
     std::string templateName, folder;
     bool overwrite = false;
+    std::vector<std::string> pictures;  ///< of one's own, as a slideshow's inputs; none: drawn ones
+    std::string title;                  ///< empty: the example's
 };
 
-/// Writes an example project for a menu template, and the pictures that it shows, into a folder. Returns the project's
-/// file.
-std::string WriteExampleProject(const InitOptions& options, const EffectModule& module);
+struct ExampleProject {
+    std::string file;
+    bool hasPages = false;  ///< more than one
+};
+
+/// Writes an example project for a menu template into a folder, with the pictures that it shows where they are not
+/// one's own: those stay where they are, and the project names them there. Throws input, output and usage errors.
+ExampleProject WriteExampleProject(const InitOptions& options, const EffectModule& module);
 
 }  // namespace Nifikral

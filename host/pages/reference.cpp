@@ -52,7 +52,7 @@ class Artist {
  public:
     Artist(const std::string& photograph, const EffectModule& module)
         : m_module(module), m_shape(WriteReduced(photograph, m_folder.File("photo.png"), longestSide)) {
-        WriteExampleProject({exampleMenu, m_folder.File(exampleMenu), false}, module);
+        WriteExampleProject({exampleMenu, m_folder.File(exampleMenu), false, {}, {}}, module);
     }
 
     ReferencePage Page() { return {Small(m_folder.File("photo.png")), m_shape.width, m_shape.height, {}}; }
@@ -85,7 +85,8 @@ class Artist {
 
     // At a frame that shows what is typical of it.
     ReferenceEntry ShowMenu(const EffectDetails& effect) {
-        const std::string project = WriteExampleProject({effect.name, m_folder.File(effect.name), true}, m_module);
+        const std::string project =
+            WriteExampleProject({effect.name, m_folder.File(effect.name), true, {}, {}}, m_module).file;
         MenuOptions options{effect.name, project, {}};
         options.film.run.output.path = Whole();
         options.film.run.frames = "110";

@@ -163,5 +163,79 @@ TEST_F(Menu, TheExampleProjectRendersAtOnceAndIsNotOverwritten) {
     EXPECT_NE(ReadFile(folder / "example/menu.json"), "mine");
 }
 
+TEST_F(Menu, TheExampleShowsPicturesAndATitleOfOnesOwn) {
+    std::filesystem::create_directory(folder / "own");
+    Ffmpeg("-f lavfi -i color=red:size=160x90 -frames:v 1 own/a.png");
+    Ffmpeg("-f lavfi -i color=lime:size=60x90 -frames:v 1 own/b;c.png");
+    std::ofstream(folder / "own/notes.txt") << "none of its business";
+    constexpr int width = 1280, height = 720;
+    const auto make = [&](const std::string& menu, const std::string& title, const std::vector<std::string>& pictures) {
+        std::vector<std::string> words = {NIFIKRAL_PROGRAM, "init", menu,        "deep/example", "-y",
+                                          "--title",        title,  "--pictures"};
+        words.insert(words.end(), pictures.begin(), pictures.end());
+        const Outcome outcome = Wait(Start(words));
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        const Outcome still = Nifikral("menu " + menu + " deep/example/menu.json -o still.png -y --page 1 --frames 90");
+        EXPECT_EQ(still.exitCode, 0) << still.errors;
+        return RawPictures("still.png", "rgb24");
+    };
+    struct Extent {
+        int left = width, top = height, right = -1, bottom = -1;
+    };
+    const auto extentOf = [&](const std::function<bool(std::size_t)>& isPart) {
+        Extent extent;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                if (isPart(std::size_t(y * width + x) * 3))
+                    extent = {std::min(extent.left, x), std::min(extent.top, y), std::max(extent.right, x + 1),
+                              std::max(extent.bottom, y + 1)};
+        return extent;
+    };
+    const std::string still = make("menu_common", R"("Hi" & <you>)", {"own"});
+    const auto coloured = [&](int most) {
+        return extentOf([&, most](std::size_t at) {
+            for (int c = 0; c < 3; ++c)
+                if (std::abs(std::uint8_t(still[at + std::size_t(c)]) - 255 * (c == most)) > 30) return false;
+            return true;
+        });
+    };
+    const Extent red = coloured(0), lime = coloured(1);
+    EXPECT_NEAR(double(red.right - red.left) / (red.bottom - red.top), 16.0 / 9, 0.05) << "it has lost its shape";
+    EXPECT_NEAR(double(lime.right - lime.left) / (lime.bottom - lime.top), 2.0 / 3, 0.05);
+    EXPECT_GT(red.bottom - red.top, 200) << "it is not as large as it could be";
+    EXPECT_GE(lime.left, red.right);
+
+    const std::string other =
+        make("menu_common", "A title that is much too long for a single line above all of these pictures", {"own"});
+    const Extent title = extentOf([&](std::size_t at) { return still.substr(at, 3) != other.substr(at, 3); });
+    EXPECT_GT(title.right - title.left, 600);
+    EXPECT_LE(title.right, width - 48);
+    EXPECT_LE(title.bottom, red.top) << "it runs into the pictures";
+    std::set<std::string> written;
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "deep/example"))
+        written.insert(entry.path().filename().string());
+    EXPECT_EQ(written, (std::set<std::string>{"background.png", "menu.json"}));
+
+    std::filesystem::rename(folder / "own", folder / "deep/own");
+    EXPECT_NE(make("submenu_common", "Own", {"deep/own"}), make("submenu_common", "Own", {"deep/own/a.png"}));
+    std::filesystem::create_directory(folder / "moved");
+    std::filesystem::rename(folder / "deep", folder / "moved/deep");
+    EXPECT_EQ(Nifikral("menu submenu_common moved/deep/example/menu.json -o moved.png --frames 9").exitCode, 0);
+
+    std::ofstream list(folder / "moved/list");
+    for (int i = 0; i < 21; ++i) list << "deep/own/a.png\n";
+    list.close();
+    EXPECT_EQ(Nifikral("init menu_common pages --pictures moved/deep/own lost.png").exitCode, 3);
+    EXPECT_EQ(Nifikral("init menu_common pages --title A;B").errors,
+              "nifikral: error: --title holds ';', which menus cannot carry; choose another text\n");
+    EXPECT_FALSE(Files().contains("pages"));
+    const Outcome many = Nifikral("init menu_common pages --pictures @moved/list");
+    EXPECT_NE(many.errors.find("make the films with\n  nifikral menu menu_common pages/menu.json -o menu_%d.mp4"),
+              std::string::npos)
+        << many.errors;
+    EXPECT_EQ(Nifikral("menu menu_common pages/menu.json -o page_%d.mkv --frames 2").exitCode, 0);
+    EXPECT_TRUE(Files().contains("page_2.mkv") && !Files().contains("page_3.mkv"));
+}
+
 }  // namespace
 }  // namespace Nifikral
