@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -7,6 +8,10 @@
 
 /// What a disc holds. One project serves the DVD and the folder for browsers.
 namespace Nifikral {
+
+/// What a video DVD holds, and the rates of its pictures in kbit/s.
+inline constexpr std::size_t mostTitles = 99, mostChapters = 99;
+inline constexpr int lowestVideoRate = 1000, highestVideoRate = 8000;
 
 /// A part of a film that the remote control leads to.
 struct DiscChapter {
