@@ -165,14 +165,14 @@ AVRational MediaSource::FrameRate() const {
     return rate.num > 0 && rate.den > 0 ? rate : AVRational{25, 1};
 }
 
+double MediaSource::Length() const {
+    if (m_video->duration > 0) return Seconds(m_video->duration, m_video->time_base);
+    return m_input->duration > 0 ? double(m_input->duration) / AV_TIME_BASE : 0;
+}
+
 long long MediaSource::EstimatedFrameCount() const {
     long long count = m_files.empty() ? m_video->nb_frames : (long long)m_files.size();
-    double seconds = 0;
-    if (m_video->duration > 0)
-        seconds = Seconds(m_video->duration, m_video->time_base);
-    else if (m_input->duration > 0)
-        seconds = double(m_input->duration) / AV_TIME_BASE;
-    if (count <= 0) count = std::llround(seconds * av_q2d(FrameRate()));
+    if (count <= 0) count = std::llround(Length() * av_q2d(FrameRate()));
     if (count <= 0) return 0;
     return std::max(0LL, std::min(count - 1, m_options.range.last) - m_options.range.first + 1);
 }

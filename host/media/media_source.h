@@ -69,6 +69,8 @@ class MediaSource {
     std::vector<std::string> Photographs() const;
     const AVDictionary* Metadata() const { return m_input->metadata; }
     AVRational FrameRate() const;
+    /// Seconds that the pictures last as the container has it; 0 when unknown.
+    double Length() const;
     /// The number of pictures as the container has it or as its times suggest; 0 when unknown.
     long long EstimatedFrameCount() const;
     /// Counts the pictures of a range by reading through the file once more; 0 when that is impossible (a pipe).

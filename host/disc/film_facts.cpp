@@ -1,0 +1,123 @@
+#include "host/disc/film_facts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include "host/base/errors.h"
+#include "host/disc/disc_json.h"
+#include "host/films/text_renderer.h"
+#include "host/media/media_input.h"
+#include "host/media/media_source.h"
+
+namespace Nifikral {
+namespace {
+
+constexpr int mostRate = 9'800'000;  // bits a second of pictures and sound together
+
+std::string Entry(const AVDictionary* metadata, const char* key) {
+    const AVDictionaryEntry* const entry = av_dict_get(metadata, key, nullptr, 0);
+    return entry ? entry->value : "";
+}
+
+std::vector<DiscChapter> Marks(const MediaSource& film) {
+    constexpr double shortest = 1;  // seconds; players skip over shorter ones
+    const double start = film.Window().first;
+    std::vector<DiscChapter> chapters;
+    for (const AVChapter* const mark : film.Chapters()) {
+        const double begin = std::max(0.0, double(mark->start) * av_q2d(mark->time_base) - start);
+        if (begin >= film.Length() - shortest || chapters.size() == mostChapters) break;
+        if (chapters.empty() && begin >= shortest) chapters.emplace_back();
+        if (!chapters.empty() && begin < chapters.back().begin + shortest) continue;
+        chapters.push_back({chapters.empty() ? 0 : begin, TidyTitle(Entry(mark->metadata, "title"))});
+    }
+    if (chapters.size() < 2) chapters.clear();
+    return chapters;
+}
+
+bool IsSoundOfDvd(const AVCodecParameters& sound) {
+    constexpr AVCodecID codecs[] = {AV_CODEC_ID_AC3, AV_CODEC_ID_DTS, AV_CODEC_ID_PCM_DVD, AV_CODEC_ID_MP2};
+    return sound.sample_rate == 48000 &&
+           std::find(std::begin(codecs), std::end(codecs), sound.codec_id) != std::end(codecs);
+}
+
+// Whether players find a key frame as often as they expect. The beginning shows how the film was coded.
+bool HasShortGroups(const std::string& path, int video, double frameRate) {
+    constexpr int enough = 750;
+    const double longest = 0.6 * frameRate + 0.5;  // 15 pictures of PAL, 18 of NTSC
+    const FfmpegListener listener;
+    const InputPtr input = OpenInput(path, nullptr, nullptr, listener);
+    const PacketPtr packet = NewPacket();
+    int group = 0;
+    for (int count = 0; count < enough && av_read_frame(input.get(), packet.get()) >= 0;
+         av_packet_unref(packet.get())) {
+        if (packet->stream_index != video) continue;
+        ++count;
+        group = packet->flags & AV_PKT_FLAG_KEY ? 1 : group + 1;
+        if (group > longest) return false;
+    }
+    return true;
+}
+
+bool IsCodedForDvd(const std::string& path, const MediaSource& film, const FilmFacts& facts) {
+    const AVCodecParameters& video = *film.VideoStream().codecpar;
+    const auto sound = film.AudioStreams();
+    return video.codec_id == AV_CODEC_ID_MPEG2VIDEO && video.format == AV_PIX_FMT_YUV420P && !sound.empty() &&
+           std::all_of(sound.begin(), sound.end(), [](const AVStream* s) { return IsSoundOfDvd(*s->codecpar); }) &&
+           facts.seconds > 0 && double(facts.bytes) * 8 / facts.seconds <= mostRate && video.bit_rate <= mostRate &&
+           HasShortGroups(path, film.VideoStream().index, av_q2d(facts.frameRate));
+}
+
+}  // namespace
+
+FilmFacts FactsOf(const std::string& path) {
+    MediaSource::Options options;
+    options.extras = true;
+    const MediaSource film(path, options);
+    if (!film.Photographs().empty())
+        throw HostError(ExitCode::Input, path + " is a picture and no film; name it among the pictures of a slideshow");
+    FilmFacts facts;
+    facts.seconds = film.Length();
+    if (facts.seconds <= 0)
+        throw HostError(ExitCode::Input,
+                        path + " does not say how long it is; convert it first: ffmpeg -i IN -c copy OUT");
+    const AVFrame& first = film.FirstFrame();
+    facts.width = first.width;
+    facts.height = first.height;
+    const AVRational pixel =
+        first.sample_aspect_ratio.num ? first.sample_aspect_ratio : film.VideoStream().sample_aspect_ratio;
+    facts.shownAspect = double(first.width) / first.height * (pixel.num > 0 && pixel.den > 0 ? av_q2d(pixel) : 1);
+    facts.frameRate = film.FrameRate();
+    facts.title = TidyTitle(Entry(film.Metadata(), "title"));
+    facts.chapters = Marks(film);
+    for (const AVStream* const sound : film.AudioStreams())
+        facts.soundLanguages.push_back(Entry(sound->metadata, "language"));
+    for (const AVStream* const extra : film.ExtraStreams())
+        if (extra->codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE)
+            facts.subtitleLanguages.push_back(Entry(extra->metadata, "language"));
+    std::error_code error;
+    facts.bytes = (long long)(std::filesystem::file_size(path, error));
+    facts.codedForDvd = IsCodedForDvd(path, film, facts);
+    return facts;
+}
+
+bool IsReadyFor(const FilmProfile& profile, const FilmFacts& film) {
+    constexpr double alike = 0.03;  // the shape of 704 columns and that of 720 differ by less
+    return film.codedForDvd && (film.width == profile.width || film.width == 704) && film.height == profile.height &&
+           av_cmp_q(film.frameRate, profile.frameRate) == 0 &&
+           std::abs(film.shownAspect / av_q2d(profile.shownAspect) - 1) < alike;
+}
+
+std::string TidyTitle(const std::string& text) {
+    constexpr char blanks[] = " \t\r\n";
+    const std::size_t begin = text.find_first_not_of(blanks);
+    if (begin == std::string::npos || FirstInvalidByte(text)) return {};
+    std::string title = text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
+    if (CountCharacters(title) <= longestTitle) return title;
+    constexpr char ellipsis[] = "…";
+    while (CountCharacters(title) >= longestTitle) title.pop_back();
+    if (const std::size_t word = title.find_last_of(blanks); word != std::string::npos) title.erase(word);
+    return title + ellipsis;
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/disc/disc_project.h"
+
+namespace Nifikral {
+
+/// What a disc has to know of a film's file.
+struct FilmFacts {
+    double seconds = 0;
+    int width = 0, height = 0;  ///< of the upright pictures, as stored
+    double shownAspect = 1;     ///< width to height of the upright pictures, as they are shown
+    AVRational frameRate = {25, 1};
+    std::string title;                  ///< its own; empty, or UTF-8
+    std::vector<DiscChapter> chapters;  ///< its own marks, the first at 0; none where it has fewer than two
+    /// Of each sound track and each track of subtitles, as the file has it; "" where it does not say.
+    std::vector<std::string> soundLanguages, subtitleLanguages;
+    long long bytes = 0;
+    bool codedForDvd = false;  ///< as MPEG-2 with key frames, sound and rates as video DVDs have them
+};
+
+/// Opens a film, and decodes its first picture for a trial. Throws input errors that name the file and the remedy.
+FilmFacts FactsOf(const std::string& path);
+
+/// Whether the film goes onto a disc of this profile as it is coded.
+bool IsReadyFor(const FilmProfile& profile, const FilmFacts& film);
+
+/// A text as a title: without blanks around it, cut after a word where it is too long; empty for one that is no UTF-8.
+std::string TidyTitle(const std::string& text);
+
+}  // namespace Nifikral
