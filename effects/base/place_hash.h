@@ -21,9 +21,12 @@ class RowHash {
  public:
     explicit constexpr RowHash(std::uint32_t key) : m_key(key) {}
     /// Uniform over all 32 bits.
-    constexpr std::uint32_t operator()(std::uint32_t x) const { return MixBits(m_key + x * 0x9E3779B9); }
+    constexpr std::uint32_t operator()(std::uint32_t x) const { return MixBits(m_key + x * step); }
+    /// As if the row began one place further on; in a loop over a row faster than to pass the place.
+    constexpr RowHash Next() const { return RowHash(m_key + step); }
 
  private:
+    static constexpr std::uint32_t step = 0x9E3779B9;
     std::uint32_t m_key;
 };
 

@@ -18,7 +18,7 @@ constexpr int packedUnit = 28, lumaUnit = 24, colouredLumaUnit = 16, chromaUnits
 // -510 to 510, the middle values most often.
 std::int16_t Grain(std::uint32_t hash) {
     const std::uint32_t pairs = (hash & 0xFF00FF) + (hash >> 8 & 0xFF00FF);
-    return std::int16_t((pairs & 0xFFFF) + (pairs >> 16) - 510);
+    return std::int16_t(std::uint16_t(pairs + (pairs >> 16)) - 510);
 }
 
 // In steps of 16 bits, which are as long as the hashes' are. Film is grainiest between black and white.
@@ -52,7 +52,7 @@ void GrainColours(Rgba32* row, unsigned width, RowHash blue, RowHash green, RowH
 }
 
 void GrainLuma(std::uint8_t* row, unsigned width, RowHash hash, std::uint16_t gain) {
-    for (unsigned x = 0; x < width; ++x) row[x] = Grained(row[x], row[x], hash(x), gain);
+    for (unsigned x = 0; x < width; ++x, hash = hash.Next()) row[x] = Grained(row[x], row[x], hash(0), gain);
 }
 
 template <unsigned shift>
