@@ -1,10 +1,11 @@
 #include "host/films/manager_sources.h"
 
+#include <tbb/info.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <stdexcept>
-#include <thread>
 
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/boundary.h"
@@ -93,11 +94,11 @@ class PictureSource final : public Source, public AVBased::IAVSourcePropertySet 
 
 MediaSource OpenMedia(const std::string& path) {
     // Without its messages a decoder reports all damage only when it works on one frame at a time.
-    const unsigned mostThreads = CapturesFfmpegMessages() ? 4 : 1;
+    const int mostThreads = CapturesFfmpegMessages() ? 4 : 1;
     // A lone hyphen is a file here, not stdin.
     return {path == "-" ? "./-" : path,
             {.range = {},
-             .threads = int(std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads)),
+             .threads = std::min(tbb::info::default_concurrency(), mostThreads),
              .audio = false,
              .largestSide = largestSide,
              .damageRemedy = "repair it or save it anew"}};

@@ -1,8 +1,9 @@
 #include "host/run/run_options.h"
 
+#include <tbb/info.h>
+
 #include <algorithm>
 #include <filesystem>
-#include <thread>
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
@@ -10,7 +11,8 @@
 namespace Nifikral {
 
 int RunOptions::ThreadCount() const {
-    return threads > 0 ? threads : std::max(1, int(std::thread::hardware_concurrency()));
+    // Of the cores that this process may use.
+    return threads > 0 ? threads : tbb::info::default_concurrency();
 }
 
 FramesOfRun RunOptions::Frames(long long count) const {
