@@ -8,6 +8,7 @@
 #include "host/films/film.h"
 #include "host/films/styled_text.h"
 #include "host/films/text_renderer.h"
+#include "host/media/media_input.h"
 #include "host/run/many_files.h"
 
 namespace Nifikral {
@@ -34,7 +35,7 @@ const Place& FindPlace(const std::string& name) {
 }
 
 bool HasSinglePicture(const std::string& input) {
-    if (input == "-") return false;
+    if (IsPipe(input) || HoldsFilm(input)) return false;
     MediaSource source(input, {.range = {}, .audio = false});
     source.Next();
     const std::optional<SourceStep> second = source.Next();

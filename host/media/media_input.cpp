@@ -65,7 +65,7 @@ void CheckLocalFile(const std::string& path) {
 }
 
 InputPtr OpenInput(const std::string& path, const AVInputFormat* format, StandardInput* standardInput,
-                   const FfmpegListener& listener) {
+                   const FfmpegListener& listener, bool headOnly) {
     if (standardInput) RefuseIndexAtEnd(*standardInput);
     // Without the prefix a colon in a file's name would be taken for a protocol.
     const bool plainFile = !IsPipe(path) && !IsAddress(path);
@@ -81,7 +81,8 @@ InputPtr OpenInput(const std::string& path, const AVInputFormat* format, Standar
     InputPtr input(error < 0 ? nullptr : context);
     // Any text file passes for terminal art.
     const bool media = input && std::string(input->iformat->name) != "tty";
-    if (media) error = avformat_find_stream_info(input.get(), nullptr);
+    const bool listed = headOnly && input && !(input->ctx_flags & AVFMTCTX_NOHEADER);
+    if (media && !listed) error = avformat_find_stream_info(input.get(), nullptr);
     ThrowIfInterrupted();
     if (const std::string& size = listener.SizeRefused(); !size.empty())
         Refuse((standardInput ? "the picture from stdin" : path) + " is " + size +
@@ -94,6 +95,16 @@ InputPtr OpenInput(const std::string& path, const AVInputFormat* format, Standar
         Refuse("stdin brings no picture or video that can be read in one pass (" + reason +
                "); give a file, or a format made for pipes such as nut, matroska or y4m");
     Refuse(path + " is no picture or video that can be read, or it is cut short (" + reason + "); give a media file");
+}
+
+bool HoldsFilm(const std::string& path) try {
+    if (IsPipe(path)) return false;
+    const FfmpegListener listener;
+    const InputPtr input = OpenInput(path, nullptr, nullptr, listener, true);
+    const int index = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    return index >= 0 && input->streams[index]->nb_frames > 1;
+} catch (const HostError&) {
+    return false;
 }
 
 bool HoldsPictureFiles(const AVFormatContext& input) {

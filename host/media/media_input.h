@@ -17,9 +17,12 @@ bool IsPipe(const std::string& path);
 void CheckLocalFile(const std::string& path);
 
 /// Opens a file, an address or, for the path "-", stdin. With `format` null, what the file is shows in it. `listener`
-/// is the caller's on this thread.
+/// is the caller's on this thread. `headOnly`: where its head lists the streams, nothing is decoded to know more of
+/// them.
 InputPtr OpenInput(const std::string& path, const AVInputFormat* format, StandardInput* standardInput,
-                   const FfmpegListener& listener);
+                   const FfmpegListener& listener, bool headOnly = false);
+/// Whether a file's head says that it holds several pictures. False where that is not to be had without decoding.
+bool HoldsFilm(const std::string& path);
 /// Whether each packet is a picture file of its own.
 bool HoldsPictureFiles(const AVFormatContext& input);
 

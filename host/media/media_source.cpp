@@ -184,7 +184,7 @@ long long MediaSource::CountFrames(const FrameRange& range) const {
     }
     if (IsPipe(m_path)) return 0;
     const FfmpegListener listener;
-    const InputPtr input = OpenInput(m_path, nullptr, nullptr, listener);
+    const InputPtr input = OpenInput(m_path, nullptr, nullptr, listener, true);
     const PacketPtr packet = NewPacket();
     for (unsigned i = 0; i < input->nb_streams; ++i)
         if (int(i) != m_video->index) input->streams[i]->discard = AVDISCARD_ALL;
