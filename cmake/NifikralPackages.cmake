@@ -17,8 +17,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY
 
 # Packages hold manual pages compressed.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress_man_pages.cmake)
-# For the texts of menus and titles.
-set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS fonts-dejavu-core)
+# For the texts of menus and titles, and for video DVDs.
+set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "fonts-dejavu-core, dvdauthor, genisoimage")
 set(CPACK_DEBIAN_FREI0R_PACKAGE_RECOMMENDS fonts-dejavu-core)
 
 set(CPACK_COMPONENTS_ALL)

@@ -1,0 +1,250 @@
+#include "host/disc/dvd_author.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <sstream>
+
+#include "host/base/errors.h"
+#include "host/base/log.h"
+#include "host/disc/dvd_check.h"
+#include "host/disc/highlights.h"
+#include "host/disc/tool.h"
+#include "host/media/media_sink.h"
+#include "host/media/part_file.h"
+
+namespace Nifikral {
+namespace fs = std::filesystem;
+namespace {
+
+bool IsImage(const std::string& output) { return output.ends_with(".iso") || output.ends_with(".ISO"); }
+
+void WriteText(const fs::path& path, const std::string& text) {
+    PartFile file(path.string(), true);
+    file.Write(text);
+    file.Commit(false);
+}
+
+void WritePicture(const fs::path& path, FramePtr picture) {
+    OutputOptions options;
+    options.path = path.string();
+    options.overwrite = true;
+    const std::unique_ptr<MediaSink> sink =
+        OpenSink(options, TraitsOfFilm(picture->width, picture->height, {25, 1}, AV_PIX_FMT_BGRA), false);
+    picture->pts = 0;
+    sink->Write(std::move(picture), 0);
+    sink->Finish();
+}
+
+void PrintOutput(const std::string& printed) {
+    std::istringstream lines(printed);
+    for (std::string line; std::getline(lines, line);) PrintDetail(line);
+}
+
+// Adds the marks of a page's buttons to its film, one stream of pictures after the other.
+class ButtonMuxer {
+ public:
+    ButtonMuxer(const DiscProject& project, fs::path folder) : m_project(project), m_folder(std::move(folder)) {}
+
+    std::string Mux(const DiscPage& page, const MadePage& film) const {
+        const std::vector<std::string> outside = OutsideTitleSafe(page, m_project.menus, *m_project.profile);
+        if (!outside.empty())
+            PrintWarning(page.name + ": \"" + outside.front() + "\"" +
+                         (outside.size() > 1 ? " and " + std::to_string(outside.size() - 1) + " more" : "") +
+                         " reach out of the area that every screen shows");
+        std::string path = Add(page, film, film.path, DiscView::Whole);
+        if (IsWide(*m_project.profile)) path = Add(page, film, path, DiscView::Letterboxed);
+        return path;
+    }
+
+ private:
+    std::string Add(const DiscPage& page, const MadePage& film, const std::string& input, DiscView view) const {
+        const bool whole = view == DiscView::Whole;
+        const std::string stem = page.name + (whole ? "" : "-letterboxed");
+        const std::vector<HighlightBox> boxes = HighlightBoxes(page, m_project.menus, *m_project.profile, view);
+        const auto draw = [&](const std::string& name, unsigned colour) {
+            fs::path path = m_folder / (stem + name);
+            WritePicture(path, DrawHighlights(boxes, m_project.menus.mark, colour, *m_project.profile));
+            return path.string();
+        };
+        const std::string chosen = draw("-chosen.png", m_project.menus.chosen);
+        const std::string pressed = draw("-pressed.png", m_project.menus.pressed);
+        const fs::path script = m_folder / (stem + ".xml"), output = m_folder / (stem + ".mpg");
+        WriteText(script, Script(page, film, boxes, chosen, pressed));
+        const std::string printed =
+            RunTool({{"spumux", "-s", whole ? "0" : "1", script.string()}, "dvdauthor", input, output.string()});
+        PrintOutput(printed);
+        // It ends well although it has left marks out.
+        std::string fault = FirstLineWith(printed, {"ERR:", "WARN:"});
+        if (fault.empty() && printed.find("1 subtitles added, 0 subtitles skipped") == std::string::npos)
+            fault = "it added none";
+        if (!fault.empty())
+            throw HostError(ExitCode::Failed, page.name + ": spumux leaves out the marks of buttons (" + fault +
+                                                  "); choose fewer buttons or another \"mark\"");
+        return output.string();
+    }
+
+    std::string Script(const DiscPage& page, const MadePage& film, const std::vector<HighlightBox>& boxes,
+                       const std::string& chosen, const std::string& pressed) const {
+        char start[32];
+        const int hundredths = int(film.loopStart * 100 + 0.5);
+        std::snprintf(start, sizeof start, "%02d:%02d:%02d.%02d", hundredths / 360000, hundredths / 6000 % 60,
+                      hundredths / 100 % 60, hundredths % 100);
+        std::ostringstream text;
+        text << "<subpictures format=\"" << (m_project.profile->height == 576 ? "PAL" : "NTSC")
+             << "\"><stream><spu start=\"" << start << "\" force=\"yes\" highlight=\"" << chosen << "\" select=\""
+             << pressed << "\">\n";
+        for (std::size_t i = 0; i < boxes.size(); ++i) {
+            const DiscButton& button = page.buttons[i];
+            text << "<button name=\"b" << i + 1 << "\" x0=\"" << boxes[i].left << "\" y0=\"" << boxes[i].top
+                 << "\" x1=\"" << boxes[i].right << "\" y1=\"" << boxes[i].bottom << "\" up=\"b" << button.up + 1
+                 << "\" down=\"b" << button.down + 1 << "\" left=\"b" << button.left + 1 << "\" right=\"b"
+                 << button.right + 1 << "\"/>\n";
+        }
+        text << "</spu></stream></subpictures>\n";
+        return text.str();
+    }
+
+    const DiscProject& m_project;
+    fs::path m_folder;
+};
+
+// A disc's name in its image: capitals, digits and underscores.
+std::string Label(const std::string& title) {
+    constexpr std::size_t longest = 32;
+    std::string label;
+    for (const unsigned char c : title) {
+        if (label.size() == longest) break;
+        if (c < 128 && std::isalnum(c))
+            label += char(std::toupper(c));
+        else if (!label.empty() && label.back() != '_')
+            label += '_';
+    }
+    while (!label.empty() && label.back() == '_') label.pop_back();
+    return label.empty() ? "DVD" : label;
+}
+
+void WriteImage(const DiscProject& project, const fs::path& folder, const std::string& output, bool overwrite) {
+    ClearDeadParts(output);
+    PartFile image(output, overwrite);
+    PrintOutput(RunTool(
+        {{"genisoimage", "-quiet", "-dvd-video", "-V", Label(project.title), "-o", image.Path(), folder.string()},
+         "genisoimage"}));
+    image.Commit();
+}
+
+// The folder's name without a slash behind it.
+fs::path FolderName(const std::string& output) {
+    const fs::path path(output);
+    return path.has_filename() ? path : path.parent_path();
+}
+
+// Gives the folder its name, in the place of an older disc.
+void MoveFolder(const fs::path& from, const fs::path& name) {
+    const fs::path old = from.string() + ".old";
+    std::error_code error;
+    if (fs::exists(name, error)) fs::rename(name, old, error);
+    if (!error) fs::rename(from, name, error);
+    if (error) ThrowWriteError(name.string(), -error.value());
+    fs::remove_all(old, error);
+}
+
+class TemporaryFolder {
+ public:
+    explicit TemporaryFolder(fs::path path) : m_path(std::move(path)) {
+        std::error_code error;
+        fs::remove_all(m_path, error);
+        if (fs::create_directories(m_path, error); error) ThrowWriteError(m_path.string(), -error.value());
+    }
+    ~TemporaryFolder() {
+        std::error_code error;
+        fs::remove_all(m_path, error);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const fs::path& Path() const { return m_path; }
+
+ private:
+    fs::path m_path;
+};
+
+std::string PaletteText(const MadeTitle& title) {
+    std::string text;
+    for (const unsigned colour : title.palette) {
+        char line[16];
+        std::snprintf(line, sizeof line, "%06x\n", colour);
+        text += line;
+    }
+    return text;
+}
+
+void RequireButtons(const std::vector<DiscPage>& pages, const FilmProfile& profile) {
+    const int most = MostButtons(profile);
+    for (const DiscPage& page : pages)
+        if (page.buttons.empty() || page.buttons.size() > std::size_t(most))
+            throw HostError(ExitCode::Usage, page.name + " has " + std::to_string(page.buttons.size()) +
+                                                 " buttons; a page of a DVD's menu has 1 to " + std::to_string(most) +
+                                                 (IsWide(profile) ? ", and 36 with pictures of 4:3" : ""));
+}
+
+}  // namespace
+
+bool IsWide(const FilmProfile& profile) { return av_cmp_q(profile.shownAspect, AVRational{3, 2}) > 0; }
+
+// Players keep 36; a wide page keeps them for both of its views.
+int MostButtons(const FilmProfile& profile) { return IsWide(profile) ? 18 : 36; }
+
+void CheckDiscOutput(const std::string& output, bool overwrite) {
+    if (IsImage(output)) return CheckOutputPath(output, overwrite);
+    std::error_code error;
+    if (fs::exists(output, error) && !fs::is_directory(output, error))
+        throw HostError(ExitCode::Output, output + " is a file; name a folder, or an image that ends in .iso");
+    for (const fs::directory_entry& entry : fs::directory_iterator(output, error)) {
+        const std::string name = entry.path().filename().string();
+        if (name != "VIDEO_TS" && name != "AUDIO_TS")
+            throw HostError(ExitCode::Output,
+                            output + " holds " + name + ", which is no part of a DVD; name a new folder");
+        if (!overwrite) throw HostError(ExitCode::Output, output + " holds a disc already; -y overwrites it");
+    }
+    const fs::path name = FolderName(output);
+    const fs::path parent = name.has_parent_path() ? name.parent_path() : fs::path(".");
+    if (!fs::is_directory(parent, error))
+        throw HostError(ExitCode::Output,
+                        output + ": the folder " + parent.string() + " does not exist; make it first (mkdir -p)");
+}
+
+void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, const std::vector<MadeTitle>& titles,
+                const std::vector<MadePage>& films, const std::string& output, const std::string& work,
+                bool overwrite) {
+    CheckDiscOutput(output, overwrite);
+    RequireButtons(pages, *project.profile);
+    const TemporaryFolder files(fs::path(work) / "author");
+    DvdFiles names;
+    const ButtonMuxer muxer(project, files.Path());
+    for (std::size_t i = 0; i < pages.size(); ++i) names.pages.push_back(muxer.Mux(pages[i], films[i]));
+    for (std::size_t i = 0; i < titles.size(); ++i) {
+        const fs::path path = files.Path() / ("palette" + std::to_string(i + 1) + ".rgb");
+        WriteText(path, PaletteText(titles[i]));
+        names.palettes.push_back(path.string());
+    }
+    const fs::path script = files.Path() / "disc.xml";
+    WriteText(script, DvdScript(project, pages, titles, films, names));
+    // A folder gets its name by being moved, which only works within a file system.
+    const bool isImage = IsImage(output);
+    const TemporaryFolder folder(
+        isImage ? files.Path() / "disc"
+                : fs::path(FolderName(output).string() + ".nifikral-" + std::to_string(getpid()) + ".part"));
+    PrintOutput(RunTool({{"dvdauthor", "-o", folder.Path().string(), "-x", script.string()}, "dvdauthor"}));
+    CheckDvd(folder.Path().string(), pages, titles);
+    if (isImage)
+        WriteImage(project, folder.Path(), output, overwrite);
+    else
+        MoveFolder(folder.Path(), FolderName(output));
+}
+
+}  // namespace Nifikral
