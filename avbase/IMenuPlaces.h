@@ -4,10 +4,11 @@ namespace AVBased {
 
 /// Where a picture or a text of a menu rests, in pixels of the frame.
 struct MenuPlace {
-    /// The bounds that it never leaves empty: those that its bounds of all moments have in common. A width and a height
-    /// of 0 where it never rests.
+    /// The part of the frame that lies within its bounds at every moment; a picture's mount and shadow do not count.
+    /// Width and height are 0 where it never rests.
     int left, top, width, height;
-    /// How far its bounds ever reach beyond that, at any side: 0 where it stands still, more where it sways or grows.
+    /// How many pixels its bounds reach beyond that at most, at any side: 0 where it stands still, more where it sways
+    /// or grows.
     int drift;
 };
 

@@ -27,7 +27,7 @@ enum class PlaceKind { Picture, Text, Button };
 struct RestingPlace {
     PlaceKind kind;
     std::size_t index;  ///< among the page's sources, texts or buttons
-    /// What it never leaves while the menu repeats; empty where it never rests.
+    /// The part of the frame that lies within its bounds as long as the menu repeats; empty where it never rests.
     FilmBox at;
     int drift = 0;  ///< how many pixels it reaches beyond that at most: 0 where it stands still
 
