@@ -74,8 +74,8 @@ std::unique_ptr<SoundTrack> OpenSound(const Film& film, const FilmOptions& optio
     const Songs songs = SongsOf(options);
     if (songs.seconds < filmEnd - 0.5)
         PrintWarning(options.sounds.back() + " ends after " + NumberText(std::round(songs.seconds)) +
-                     " seconds and the film after " + NumberText(std::round(filmEnd)) +
-                     "; the rest is silent (--length audio makes the film as long as the sound)");
+                     " s and the film after " + NumberText(std::round(filmEnd)) +
+                     " s; the rest is silent (--length audio makes the film as long as the sound)");
     return std::make_unique<SoundTrack>(songs.pieces, cut);
 }
 
