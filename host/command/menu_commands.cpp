@@ -3,8 +3,10 @@
 #include <iostream>
 #include <memory>
 
+#include "host/base/errors.h"
 #include "host/base/shell_word.h"
 #include "host/command/common_options.h"
+#include "host/disc/disc_survey.h"
 #include "host/films/example_project.h"
 #include "host/films/menu.h"
 #include "host/films/menu_project.h"
@@ -29,14 +31,30 @@ void AddMenu(CommandLine& line) {
     line.work[menu] = [given](const EffectModule& module) { RenderMenu(*given, module); };
 }
 
+namespace {
+
+// Refuses options that are for something else.
+void RequireNone(const CLI::App& app, std::initializer_list<const char*> options, const char* what) {
+    for (const char* const option : options)
+        if (app.count(option) > 0) throw HostError(ExitCode::Usage, std::string(option) + " is " + what);
+}
+
+}  // namespace
+
 void AddInit(CommandLine& line) {
     CLI::App* const init =
-        line.app.add_subcommand("init", "write an example project with its pictures")->group(makingCommands);
+        line.app.add_subcommand("init", "write an example project with its pictures, or a disc's project")
+            ->group(makingCommands);
     const auto given = std::make_shared<InitOptions>();
+    const auto disc = std::make_shared<DiscInitOptions>();
     InitOptions& options = *given;
-    init->add_option("TEMPLATE", options.templateName, "the template that it is for; nifikral list shows all")
+    init->add_option("TEMPLATE", options.templateName,
+                     "the template that it is for, which nifikral list shows; or disc, for a disc")
         ->required();
-    init->add_option("FOLDER", options.folder, "where to put it (default: a new folder named as the template)");
+    init->add_option("FOLDER", options.folder,
+                     "where to put it (default: a new folder named as the template); of a disc, where its films and "
+                     "photographs are");
+    init->add_option("-o,--output", disc->output, "a disc's project file (default: disc.json)")->type_name("FILE");
     init->add_option("--pictures", options.pictures,
                      "pictures and films of your own to show, and folders of them; they stay where they are")
         ->type_name("FILE");
@@ -44,7 +62,18 @@ void AddInit(CommandLine& line) {
     init->add_flag("-y,--overwrite", options.overwrite, "overwrite files of the same names");
     init->add_flag("-q,--quiet", line.quiet, "errors only");
     AddCommonOptions(*init, line);
-    line.work[init] = [given, &line](const EffectModule& module) {
+    line.work[init] = [given, disc, init, &line](const EffectModule& module) {
+        if (given->templateName == "disc") {
+            RequireNone(*init, {"--pictures", "--title"}, "for menus; a disc's films lie in its folder");
+            disc->folder = given->folder;
+            disc->overwrite = given->overwrite;
+            const std::string found = WriteDiscProject(*disc);
+            if (!line.quiet)
+                std::cerr << disc->output << " is written: " << found << "; check it with\n  nifikral disc "
+                          << ShellWord(disc->output) << " -o disc.iso --dry-run\n";
+            return;
+        }
+        RequireNone(*init, {"--output"}, "for a disc; name the FOLDER");
         const ExampleProject project = WriteExampleProject(*given, module);
         if (line.quiet) return;
         std::cerr << project.file << (given->pictures.empty() ? " and its pictures are" : " is")

@@ -35,7 +35,7 @@ constexpr DiscKey filmKeys[] = {
     {"title", "what its button says"},
     {"path", "a film's file; or for a slideshow:"},
     {"pictures", "[folder or picture, ...] in their order"},
-    {"pictureSeconds", "how long each picture stands alone; 5 unless given"},
+    {"pictureSeconds", "how long each picture shows; 5 unless given"},
     {"music", "a file with sound for the slideshow"},
     {"chapters", "[second, ...] at which they begin, or [{\"begin\": second, \"title\": text}, ...]"},
     {"thumbnail", "the second at which the film's picture in the menu begins; 0 unless given"},

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
 #include <iterator>
 #include <mutex>
 #include <random>
@@ -32,7 +31,8 @@ constexpr std::string_view pictureExtensions[] = {
     ".sgi",  ".ras",  ".xbm", ".xpm",  ".dds", ".exr",  ".hdr", ".psd", ".qoi", ".ico",  ".dpx"};
 
 constexpr std::string_view filmExtensions[] = {".mp4", ".m4v",  ".mov", ".mkv", ".webm", ".avi", ".mts", ".m2ts",
-                                               ".mpg", ".mpeg", ".vob", ".ogv", ".wmv",  ".flv", ".3gp", ".ts"};
+                                               ".mpg", ".mpeg", ".vob", ".ogv", ".wmv",  ".flv", ".3gp", ".ts",
+                                               ".3g2", ".asf",  ".dv",  ".m2t", ".mod",  ".tod", ".mxf"};
 
 template <std::size_t count>
 bool EndsIn(const std::string_view (&list)[count], const fs::path& path) {
@@ -50,7 +50,7 @@ std::vector<std::string> SlidesIn(const std::string& folder) {
         std::error_code unreadable;
         // Programs keep previews and notes under hidden names.
         const bool hidden = name.starts_with('.');
-        const bool shows = EndsIn(pictureExtensions, entry.path()) || EndsIn(filmExtensions, entry.path());
+        const bool shows = IsPictureName(entry.path()) || IsFilmName(entry.path());
         if (!hidden && shows && !entry.is_directory(unreadable))
             names.push_back(name);
         else
@@ -110,6 +110,9 @@ std::string TrySlide(Slide& slide) {
 }
 
 }  // namespace
+
+bool IsPictureName(const fs::path& path) { return EndsIn(pictureExtensions, path); }
+bool IsFilmName(const fs::path& path) { return EndsIn(filmExtensions, path); }
 
 std::vector<Slide> FindSlides(const std::vector<std::string>& inputs) {
     std::vector<Slide> slides;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,10 @@ struct Slide {
     bool hasSound = false;
     PhotographFacts facts;
 };
+
+/// Whether a file is a picture, or a film, by its name.
+bool IsPictureName(const std::filesystem::path& path);
+bool IsFilmName(const std::filesystem::path& path);
 
 /// The slides that are meant: files as they are named; from a folder those with the extension of a picture or a film,
 /// in the order in which people count; and for @FILE those that the list in this file names (ReadSlideList). What else
