@@ -8,6 +8,7 @@
 #include "host/base/version.h"
 #include "host/command/apply_command.h"
 #include "host/command/common_options.h"
+#include "host/command/disc_command.h"
 #include "host/command/listing_commands.h"
 #include "host/command/menu_commands.h"
 #include "host/command/page_commands.h"
@@ -72,8 +73,8 @@ CommandLine::CommandLine() : app("video effects and disc menus for pictures and 
     app.require_subcommand(1);
     app.set_version_flag("--version", "nifikral " + std::string(Version()), "print the version");
     app.set_help_flag("-h,--help", "print the usage");
-    for (const auto add : {AddApply, AddTitle, AddSlideshow, AddMenu, AddInit, AddListings, AddGallery, AddReference,
-                           AddPlan, AddConcat, AddGenerate, AddHelp})
+    for (const auto add : {AddApply, AddTitle, AddSlideshow, AddMenu, AddDisc, AddInit, AddListings, AddGallery,
+                           AddReference, AddPlan, AddConcat, AddGenerate, AddHelp})
         add(*this);
     // Last: subcommands that are added later would inherit it.
     app.footer(

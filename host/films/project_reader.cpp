@@ -9,33 +9,33 @@
 #include <iterator>
 
 #include "host/base/colour_text.h"
-#include "host/base/errors.h"
 #include "host/base/nearest_names.h"
 #include "host/media/frame_rate.h"
 
 namespace Nifikral {
 
-void Faults::Add(const std::string& item, const std::string& what) {
-    if (Report(item, what)) m_onlyInputs = false;
+void Faults::Add(const std::string& item, const std::string& what) { Report(ExitCode::Usage, item, what); }
+void Faults::AddInput(const std::string& item, const std::string& what) { Report(ExitCode::Input, item, what); }
+void Faults::AddOutput(const std::string& line) {
+    m_codes.insert(ExitCode::Output);
+    m_lines.push_back(line);
 }
 
-void Faults::AddInput(const std::string& item, const std::string& what) { Report(item, what); }
-
-bool Faults::Report(const std::string& item, const std::string& what) {
+void Faults::Report(ExitCode code, const std::string& item, const std::string& what) {
     // The item itself, then the objects that it is a member of.
     for (std::size_t end = item.size(); end != std::string::npos;
          end = end ? item.rfind('.', end - 1) : std::string::npos)
-        if (m_items.contains(item.substr(0, end))) return false;
+        if (m_items.contains(item.substr(0, end))) return;
     m_items.insert(item);
+    m_codes.insert(code);
     m_lines.push_back((m_project.empty() ? "" : m_project + ": ") + item + ": " + what);
-    return true;
 }
 
 void Faults::ThrowIfAny() const {
     if (m_lines.empty()) return;
     std::string all;
     for (const std::string& line : m_lines) all += line + "\n";
-    throw HostError(m_onlyInputs ? ExitCode::Input : ExitCode::Usage, all);
+    throw HostError(m_codes.size() == 1 ? *m_codes.begin() : ExitCode::Usage, all);
 }
 
 void ProjectItem::Expect(const std::string& wanted) const {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/base/errors.h"
 #include "host/media/ffmpeg_handles.h"
 
 /// Reading project files so that all that is wrong with one is reported at once.
@@ -24,17 +25,19 @@ class Faults {
     void Add(const std::string& item, const std::string& what);
     /// The same for a file that the project names and that cannot be read.
     void AddInput(const std::string& item, const std::string& what);
-    /// Ends the run with all of them: an input error when nothing but inputs is at fault, else a usage error.
+    /// An output that cannot be written; `line` names it.
+    void AddOutput(const std::string& line);
+    /// Ends the run with all of them: an input or output error when nothing else is at fault, else a usage error.
     void ThrowIfAny() const;
 
  private:
-    // Whether the fault is the item's first.
-    bool Report(const std::string& item, const std::string& what);
+    // Only where the fault is the item's first.
+    void Report(ExitCode code, const std::string& item, const std::string& what);
 
     std::string m_project;
     std::vector<std::string> m_lines;
     std::set<std::string> m_items;
-    bool m_onlyInputs = true;
+    std::set<ExitCode> m_codes;
 };
 
 /// The whole numbers that an item may have.

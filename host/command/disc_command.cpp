@@ -1,0 +1,35 @@
+#include "host/command/disc_command.h"
+
+#include <memory>
+
+#include "host/command/common_options.h"
+#include "host/disc/disc.h"
+#include "host/disc/disc_json.h"
+
+namespace Nifikral {
+
+void AddDisc(CommandLine& line) {
+    CLI::App* const disc =
+        line.app.add_subcommand("disc", "check a disc's project and print its plan")->group(makingCommands);
+    const auto given = std::make_shared<DiscOptions>();
+    DiscOptions& options = *given;
+    disc->add_option("PROJECT", options.input,
+                     "the project file, which nifikral init disc writes, or a folder of films and photographs")
+        ->required();
+    disc->add_option("-o,--output", options.output, "an image (holiday.iso), or a folder (holiday/)")
+        ->type_name("OUT")
+        ->required();
+    Take(line, disc->add_option("--format", options.format, "what is made")->capture_default_str()->type_name("FORMAT"),
+         {"dvd", "web"});
+    disc->add_flag("--dry-run", options.dryRun, "check everything and print what would be done")->required();
+    disc->add_flag("-y,--overwrite", options.overwrite, "overwrite an existing output");
+    Take(line, disc->add_option("--progress", line.progress, "how progress is printed on stderr")->type_name("FORM"),
+         {"line", "json"});
+    disc->add_flag("-q,--quiet", line.quiet, "errors only");
+    disc->add_flag("-v,--verbose", line.verbose, "print details");
+    AddCommonOptions(*disc, line);
+    disc->footer("Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeDiscKeys());
+    line.work[disc] = [given](const EffectModule&) { PlanDiscRun(*given); };
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "host/disc/disc_budget.h"
+
+namespace Nifikral {
+
+struct DiscOptions {
+    std::string input;   ///< a project file, or a folder that is surveyed
+    std::string output;  ///< an image (.iso) or a folder
+    std::string format = "dvd";
+    bool overwrite = false, dryRun = false;
+};
+
+/// A project with its plan.
+struct PlannedDisc {
+    DiscProject project;
+    DiscFormat format = DiscFormat::Dvd;
+    DiscPlan plan;
+};
+
+/// Reads the project or surveys the folder, and plans the disc. Throws all faults at once.
+PlannedDisc PlanDisc(const DiscOptions& options);
+
+/// Prints the plan.
+void PlanDiscRun(const DiscOptions& options);
+
+}  // namespace Nifikral

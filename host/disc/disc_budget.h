@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/disc/disc_project.h"
+#include "host/films/project_reader.h"
+
+/// How a project's titles share a disc's space.
+namespace Nifikral {
+
+enum class DiscFormat { Dvd, Web };
+
+struct PlannedTitle {
+    double seconds = 0;
+    bool copied = false;      ///< it goes onto the disc as it is coded
+    int soundTracks = 1;      ///< on the disc: a silent film gets one of silence
+    long long bytes = 0;      ///< that it takes on the disc; what a copied one has now until ShareSpace
+    std::string description;  ///< of its source, in words
+};
+
+struct DiscPlan {
+    std::vector<PlannedTitle> titles;
+    int videoRate = 0;  ///< of the films that are encoded, in kbit/s; 0: none is
+    int menuPages = 0;  ///< as far as is known before menus are laid out
+    long long menuBytes = 0;
+    long long usedBytes = 0;  ///< of everything
+};
+
+/// Bits a second of each sound track and of a menu's pictures, in kbit/s.
+inline constexpr int soundRate = 192, menuVideoRate = 6000;
+/// Below this rate pictures of this size visibly suffer.
+inline constexpr int lowestGoodRate = 3000;
+
+/// Opens all that the project names. What is wrong with it is filed in `faults`; what is done otherwise than one may
+/// expect is printed. The space is shared out for a DVD.
+DiscPlan PlanDisc(const DiscProject& project, DiscFormat format, Faults& faults);
+
+/// Finds the rate at which the titles fit, and what everything takes. Too little space is filed in `faults`.
+void ShareSpace(DiscPlan& plan, const DiscProject& project, Faults& faults);
+
+/// Checks that the output can be made, and that there is room for it and what is made on the way.
+void CheckDiscOutput(const std::string& output, bool overwrite, const DiscPlan& plan, Faults& faults);
+
+/// The plan in lines for people.
+std::string DescribePlan(const DiscProject& project, DiscFormat format, const DiscPlan& plan);
+
+}  // namespace Nifikral
