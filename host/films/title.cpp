@@ -26,7 +26,7 @@ constexpr Place places[] = {
 
 const Place& FindPlace(const std::string& name) {
     std::ostringstream line;
-    line << "--place " << name << " is none; give one of these:";
+    line << "--place " << name << " is no place; give one of these:";
     for (const Place& place : places) {
         if (name == place.name) return place;
         line << " " << place.name;

@@ -34,7 +34,7 @@ std::optional<AVRational> ParseFrameRate(const std::string& text) {
 
 AVRational RequireFrameRate(const std::string& text) {
     const std::optional<AVRational> rate = ParseFrameRate(text);
-    if (!rate) throw HostError(ExitCode::Usage, "--rate " + text + " is none; give " + frameRateForm);
+    if (!rate) throw HostError(ExitCode::Usage, "--rate " + text + " is no frame rate; give " + frameRateForm);
     return *rate;
 }
 

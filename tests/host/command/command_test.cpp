@@ -209,7 +209,7 @@ TEST_F(BadInputs, OfCommandsAndOptionsNameWhatMayBeMeant) {
             {"help aply", 2, {"did you mean apply?"}},
             {"plan slideshw a -o b", 2, {"did you mean slideshow?"}},
             {"apply a b gray --treads 2", 2, {"apply has no option --treads", "did you mean --threads?"}},
-            {"slideshow a -o b.mp4 --rate x", 2, {"nifikral: error: --rate: is \"x\""}}});
+            {"slideshow a -o b.mp4 --rate x", 2, {"nifikral: error: --rate x is no frame rate"}}});
 }
 
 TEST_F(BadInputs, HelpFitsAScreenAndLeadsOn) {
