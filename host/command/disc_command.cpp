@@ -29,7 +29,7 @@ void AddDisc(CommandLine& line) {
     disc->add_flag("-v,--verbose", line.verbose, "print details");
     AddCommonOptions(*disc, line);
     disc->footer("Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeDiscKeys());
-    line.work[disc] = [given](const EffectModule&) { PlanDiscRun(*given); };
+    line.work[disc] = [given](const EffectModule& module) { PlanDiscRun(*given, module); };
 }
 
 }  // namespace Nifikral

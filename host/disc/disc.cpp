@@ -21,8 +21,9 @@ PlannedDisc PlanDisc(const DiscOptions& options) {
     return disc;
 }
 
-void PlanDiscRun(const DiscOptions& options) {
-    const PlannedDisc disc = PlanDisc(options);
+void PlanDiscRun(const DiscOptions& options, const EffectModule& module) {
+    PlannedDisc disc = PlanDisc(options);
+    if (disc.format == DiscFormat::Dvd) EstimateTime(disc.plan, disc.project, module);
     PrintResult(DescribePlan(disc.project, disc.format, disc.plan));
 }
 

@@ -24,6 +24,6 @@ struct PlannedDisc {
 PlannedDisc PlanDisc(const DiscOptions& options);
 
 /// Prints the plan.
-void PlanDiscRun(const DiscOptions& options);
+void PlanDiscRun(const DiscOptions& options, const EffectModule& module);
 
 }  // namespace Nifikral

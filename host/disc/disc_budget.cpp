@@ -11,6 +11,7 @@
 #include "host/base/log.h"
 #include "host/base/number_text.h"
 #include "host/base/progress.h"
+#include "host/disc/disc_trial.h"
 #include "host/disc/film_facts.h"
 #include "host/films/slide_pictures.h"
 #include "host/films/text_renderer.h"
@@ -214,6 +215,19 @@ void CheckDiscOutput(const std::string& output, bool overwrite, const DiscPlan& 
                          " has " + Gigabytes((long long)space.available) + " free; make room or name another place");
 }
 
+void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule& module) {
+    double seconds = 0;
+    const DiscFilm* tried = nullptr;
+    for (std::size_t i = 0; i < plan.titles.size(); ++i) {
+        const DiscFilm& film = project.films[i];
+        if (film.path.empty() || plan.titles[i].copied) continue;
+        if (!tried) tried = &film;
+        seconds += plan.titles[i].seconds;
+    }
+    if (!tried) return;
+    plan.encodingSeconds = seconds * TryEncoding(project, *tried, plan.videoRate, module);
+}
+
 std::string DescribePlan(const DiscProject& project, DiscFormat format, const DiscPlan& plan) {
     std::ostringstream text;
     double seconds = 0;
@@ -228,10 +242,15 @@ std::string DescribePlan(const DiscProject& project, DiscFormat format, const Di
         text << "\n";
     }
     if (format == DiscFormat::Web) return text.str();
-    if (plan.videoRate > 0) text << "Video: " << plan.videoRate << " kbit/s\n";
+    if (plan.videoRate > 0)
+        text << "Video: " << plan.videoRate << " kbit/s"
+             << "\n";
     text << "Space: " << Gigabytes(plan.usedBytes) << " of " << Gigabytes(project.capacity) << ", "
          << Gigabytes(plan.menuBytes) << " of that for about " << Counted(std::size_t(plan.menuPages), "menu page")
          << "\n";
+    if (plan.encodingSeconds > 0)
+        text << "Time: about " << ClockText(plan.encodingSeconds)
+             << " for each pass through the films, as their beginning took\n";
     return text.str();
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "host/catalogue/effect_module.h"
 #include "host/disc/disc_project.h"
 #include "host/films/project_reader.h"
 
@@ -24,7 +25,8 @@ struct DiscPlan {
     int videoRate = 0;  ///< of the films that are encoded, in kbit/s; 0: none is
     int menuPages = 0;  ///< as far as is known before menus are laid out
     long long menuBytes = 0;
-    long long usedBytes = 0;  ///< of everything
+    double encodingSeconds = 0;  ///< that one pass through the films takes, as far as it was tried; 0: not known
+    long long usedBytes = 0;     ///< of everything
 };
 
 /// Bits a second of each sound track and of a menu's pictures, in kbit/s.
@@ -41,6 +43,9 @@ void ShareSpace(DiscPlan& plan, const DiscProject& project, Faults& faults);
 
 /// Checks that the output can be made, and that there is room for it and what is made on the way.
 void CheckDiscOutput(const std::string& output, bool overwrite, const DiscPlan& plan, Faults& faults);
+
+/// Finds out by a short trial how long one pass through the films of a DVD takes.
+void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule& module);
 
 /// The plan in lines for people.
 std::string DescribePlan(const DiscProject& project, DiscFormat format, const DiscPlan& plan);

@@ -26,7 +26,8 @@ PlannedTitle Copied(long long bytes) {
     return title;
 }
 std::string Refusal(const DiscProject& project, std::vector<PlannedTitle> titles) {
-    DiscPlan plan{std::move(titles), 0, 0, 0, 0};
+    DiscPlan plan;
+    plan.titles = std::move(titles);
     Faults faults("disc.json");
     ShareSpace(plan, project, faults);
     try {
@@ -38,7 +39,8 @@ std::string Refusal(const DiscProject& project, std::vector<PlannedTitle> titles
     return {};
 }
 DiscPlan Share(const DiscProject& project, std::vector<PlannedTitle> titles) {
-    DiscPlan plan{std::move(titles), 0, 0, 0, 0};
+    DiscPlan plan;
+    plan.titles = std::move(titles);
     Faults faults("disc.json");
     ShareSpace(plan, project, faults);
     faults.ThrowIfAny();
@@ -92,10 +94,11 @@ TEST_F(DiscPlanned, IsPrintedAndNothingIsMade) {
     const auto files = Files();
     const Outcome outcome = Nifikral("disc disc.json -o trip.iso --dry-run");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
-    for (const char* const line : {"Trip: 2 titles, 0:00:03, pal-16:9, menu_common\n",
-                                   "  1. Lake: 0:00:02, 128x72, 25 frames a second, 1 sound track, 2 chapters\n",
-                                   "  2. Quiet: 0:00:01, 32x72, 30 frames a second, no sound\n", "Video: 8000 kbit/s\n",
-                                   "Space: 0.03 GB of 4.70 GB, 0.03 GB of that for about 2 menu pages\n"})
+    for (const char* const line :
+         {"Trip: 2 titles, 0:00:03, pal-16:9, menu_common\n",
+          "  1. Lake: 0:00:02, 128x72, 25 frames a second, 1 sound track, 2 chapters\n",
+          "  2. Quiet: 0:00:01, 32x72, 30 frames a second, no sound\n", "Video: 8000 kbit/s\n",
+          "Space: 0.03 GB of 4.70 GB, 0.03 GB of that for about 2 menu pages\n", "Time: about 0:00:0"})
         EXPECT_NE(outcome.output.find(line), std::string::npos) << line << "in\n" << outcome.output;
     EXPECT_NE(outcome.errors.find("Quiet: has no sound; it gets a silent track"), std::string::npos) << outcome.errors;
     EXPECT_NE(outcome.errors.find("Quiet: is shaped 0.44 to 1; it gets wide black borders"), std::string::npos)

@@ -102,11 +102,11 @@ TEST_F(Survey, ReportsAllFaultsAtOnce) {
 }
 
 TEST_F(Survey, TakesAThumbnailThatIsNeitherBlackNorBlurred) {
-    // Black, then blurred, then sharp, then white.
+    // Black with noise, then blurred, then sharp, then white.
     Ffmpeg(
         "-f lavfi -i color=black:s=160x90:r=10:d=8 -f lavfi -i testsrc2=s=160x90:r=10:d=8 "
         "-f lavfi -i testsrc2=s=160x90:r=10:d=4 -f lavfi -i color=white:s=160x90:r=10:d=8 -filter_complex "
-        "[1]gblur=sigma=12[b];[0][b][2][3]concat=n=4 -c:v mpeg2video -q:v 3 -g 20 a.mkv");
+        "[0]noise=alls=100:allf=t[a];[1]gblur=sigma=12[b];[a][b][2][3]concat=n=4 -c:v mpeg2video -q:v 3 -g 20 a.mkv");
     const std::string film = (folder / "a.mkv").string();
     const double moment = FindThumbnail(film, 28, 2);
     EXPECT_GE(moment, 16);
