@@ -6,6 +6,7 @@
 
 #include "host/disc/disc_page.h"
 #include "host/disc/disc_project.h"
+#include "host/media/disc_subtitles.h"
 
 namespace Nifikral {
 
@@ -16,9 +17,7 @@ struct MadeTitle {
     std::vector<std::string> audioLanguages;     ///< ISO 639, of two or three letters, of each track; "": unknown
     std::vector<std::string> subtitleLanguages;  ///< the same
     std::vector<double> chapters;                ///< where they begin, the first at 0; each on a key frame
-    /// The colours that its subtitles count on, as 0xRRGGBB; those of FFmpeg's encoder.
-    std::array<unsigned, 16> palette = {0x000000, 0x0000FF, 0x00FF00, 0xFF0000, 0xFFFF00, 0xFF00FF, 0x00FFFF, 0xFFFFFF,
-                                        0x808000, 0x8080FF, 0x800080, 0x80FF80, 0x008080, 0xFF8080, 0x555555, 0xAAAAAA};
+    std::array<std::uint32_t, 16> palette = discPalette;  ///< the colours that its subtitles count on, as 0xRRGGBB
 };
 
 /// The film of a page of the menu.

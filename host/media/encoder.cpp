@@ -116,7 +116,8 @@ const AVCodec& FindEncoder(const std::string& name, AVCodecID usual) {
 Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const OutputTraits& traits, const Purpose& purpose)
     : m_context(Require<CodecPtr>(avcodec_alloc_context3(&codec))),
       m_shape(ChooseShape(codec, traits, purpose)),
-      m_sourceBase(traits.timeBase) {
+      m_sourceBase(traits.timeBase),
+      m_keyTimes(options.keyTimes) {
     AVCodecContext& context = *m_context;
     context.width = m_shape.width;
     context.height = m_shape.height;
@@ -143,6 +144,7 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
         return;
     }
     SetQuality(options, traits.dvd);
+    if (options.firstPass) UsePass(*options.firstPass);
     const FfmpegListener listener;
     if (const int error = avcodec_open2(&context, &codec, nullptr); error < 0) {
         const std::string& complaint = listener.Complaint();
@@ -206,6 +208,22 @@ void Encoder::SetQuality(const OutputOptions& options, bool dvd) {
     }
 }
 
+void Encoder::UsePass(StatisticsOfPass& pass) {
+    m_context->flags |= pass.complete ? AV_CODEC_FLAG_PASS2 : AV_CODEC_FLAG_PASS1;
+    if (pass.complete)
+        m_context->stats_in = pass.text.data();
+    else
+        m_firstPass = &pass;
+}
+
+// Whether a picture is the first one at a time, in the context's base, from which players begin.
+bool Encoder::BeginsAnew(std::int64_t time) {
+    const double seconds = (double(time) + 0.5) * av_q2d(m_context->time_base);
+    const std::size_t before = m_nextKey;
+    while (m_nextKey < m_keyTimes.size() && m_keyTimes[m_nextKey] < seconds) ++m_nextKey;
+    return m_nextKey > before;
+}
+
 std::string Encoder::Description() const {
     return std::string(m_jpeg ? "libjpeg-turbo" : m_context->codec->name) + ", " +
            av_get_pix_fmt_name(m_context->pix_fmt) + " " + std::to_string(m_shape.width) + "x" +
@@ -218,18 +236,20 @@ void Encoder::Encode(FramePtr frame, const std::function<void(AVPacket&)>& store
         return;
     }
     if (frame) {
-        frame->pict_type = AV_PICTURE_TYPE_NONE;
         frame->quality = m_context->global_quality;
         frame->pts = av_rescale_q(frame->pts, m_sourceBase, m_context->time_base);
         if (m_lastTime != AV_NOPTS_VALUE) frame->pts = std::max(frame->pts, m_lastTime + 1);
         m_lastTime = frame->pts;
+        frame->pict_type = BeginsAnew(frame->pts) ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
         frame->pkt_duration = av_rescale_q(frame->pkt_duration, m_sourceBase, m_context->time_base);
     }
     int error = avcodec_send_frame(m_context.get(), frame.get());
     const PacketPtr packet = NewPacket();
     while (error >= 0) {
         error = avcodec_receive_packet(m_context.get(), packet.get());
+        if (error == AVERROR_EOF && m_firstPass) m_firstPass->complete = true;
         if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
+        if (error >= 0 && m_firstPass && m_context->stats_out) m_firstPass->text += m_context->stats_out;
         if (error >= 0) store(*packet);
         av_packet_unref(packet.get());
     }

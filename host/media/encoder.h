@@ -19,6 +19,8 @@ class Encoder {
     };
 
     Encoder(const AVCodec& codec, const OutputOptions& options, const OutputTraits& traits, const Purpose& purpose);
+    Encoder(const Encoder&) = delete;
+    Encoder& operator=(const Encoder&) = delete;
 
     const PictureShape& Shape() const { return m_shape; }
     const AVCodecContext& Context() const { return *m_context; }
@@ -30,12 +32,17 @@ class Encoder {
     void UseJpegWriter(const OutputTraits& traits);
     void SetQuality(const OutputOptions& options, bool dvd);
     void SetDvdRates();
+    void UsePass(StatisticsOfPass& pass);
+    bool BeginsAnew(std::int64_t time);
 
     CodecPtr m_context;
     std::optional<JpegWriter> m_jpeg;  // encodes in its place
     PictureShape m_shape;
     AVRational m_sourceBase;
     std::int64_t m_lastTime = AV_NOPTS_VALUE;
+    std::vector<double> m_keyTimes;  // those to come from m_nextKey on
+    std::size_t m_nextKey = 0;
+    StatisticsOfPass* m_firstPass = nullptr;  // while this is it
 };
 
 /// The layout in which an encoder is to get pictures.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -15,6 +16,15 @@ namespace Nifikral {
 
 struct FilmProfile;
 
+/// What is known of a film before it is encoded for good: how hard each picture was in the first of two passes.
+struct StatisticsOfPass {
+    std::string text;
+    bool complete = false;  ///< the first pass has ended
+};
+
+/// Draws a text for a film of so many square pixels: BGRA, colours not multiplied by alpha, no larger than the film.
+using PaintText = std::function<FramePtr(const std::string& text, bool italic, int width, int height)>;
+
 struct OutputOptions {
     std::string path;     ///< "-" for stdout; a name with %06d or the like for one picture file a frame
     std::string format;   ///< a container's name; empty: by the path's extension
@@ -26,8 +36,12 @@ struct OutputOptions {
     bool sound = true;     ///< whether the input's goes along
     bool overwrite = false;
     int threads = 1;
-    std::optional<FrameRange> chunk;  ///< only this chunk of the output is made, for JoinChunks
-    std::string mark;                 ///< of the run that the output belongs to
+    std::vector<double> keyTimes;           ///< in order, the seconds at which players are to be able to begin
+    bool silence = false;                   ///< a film without sound gets a silent track
+    PaintText paintSubtitle;                ///< where it is set, all subtitles become pictures as video DVDs have them
+    StatisticsOfPass* firstPass = nullptr;  ///< where the first of two passes puts what the second reads; borrowed
+    std::optional<FrameRange> chunk;        ///< only this chunk of the output is made, for JoinChunks
+    std::string mark;                       ///< of the run that the output belongs to
 };
 
 /// What the output inherits from where its pictures come from.

@@ -81,7 +81,8 @@ void SetData(std::uint8_t*& data, int& size, const void* from, std::size_t bytes
 
 }  // namespace
 
-OutputExtras::OutputExtras(AVFormatContext& output, const std::string& name, const OutputTraits& traits)
+OutputExtras::OutputExtras(AVFormatContext& output, const std::string& name, const OutputOptions& options,
+                           const OutputTraits& traits, const OutputTraits& stored)
     : m_seconds(traits.end - traits.begin) {
     std::string left;
     for (const AVStream* const from : traits.extras) {
@@ -90,7 +91,10 @@ OutputExtras::OutputExtras(AVFormatContext& output, const std::string& name, con
                                  : type == AVMEDIA_TYPE_VIDEO  ? "cover picture "
                                                                : "attachment ";
         bool kept = false;
-        if (type == AVMEDIA_TYPE_SUBTITLE) kept = AddSubtitles(output, *from);
+        if (type == AVMEDIA_TYPE_SUBTITLE)
+            kept = traits.dvd && options.paintSubtitle
+                       ? AddPictures(output, *from, SubtitlePlace(traits, stored), options.paintSubtitle)
+                       : AddSubtitles(output, *from);
         if (type == AVMEDIA_TYPE_VIDEO) kept = AddCover(output, *from);
         if (type == AVMEDIA_TYPE_ATTACHMENT && Takes(output, from->codecpar, from->time_base)) {
             av_dict_copy(&AddStream(output, *from->codecpar, from->time_base).metadata, from->metadata, 0);
@@ -98,7 +102,8 @@ OutputExtras::OutputExtras(AVFormatContext& output, const std::string& name, con
         }
         if (!kept) AppendWord(left, kind + StreamTitle(*from));
     }
-    if (!AddChapters(output, traits)) AppendWord(left, "chapters");
+    // A disc's chapters stand beside the film.
+    if (!AddChapters(output, traits) && !options.paintSubtitle) AppendWord(left, "chapters");
     if (!left.empty())
         PrintWarning(name + ": its container (" + output.oformat->name +
                      ") does not hold what the input has beside: " + left);
@@ -106,7 +111,7 @@ OutputExtras::OutputExtras(AVFormatContext& output, const std::string& name, con
 
 bool OutputExtras::AddSubtitles(AVFormatContext& output, const AVStream& from) {
     const AVCodecParameters& coding = *from.codecpar;
-    Subtitles subtitles{from.index, from.time_base, nullptr, nullptr, nullptr};
+    Subtitles subtitles{from.index, from.time_base, nullptr, nullptr, nullptr, nullptr};
     if (IsUnderstood(*output.oformat, coding.codec_id) && Takes(output, &coding, from.time_base)) {
         subtitles.to = &AddStream(output, coding, from.time_base);
     } else {
@@ -129,6 +134,19 @@ bool OutputExtras::AddSubtitles(AVFormatContext& output, const AVStream& from) {
     }
     subtitles.to->disposition = from.disposition;
     av_dict_copy(&subtitles.to->metadata, from.metadata, 0);
+    m_subtitles.push_back(std::move(subtitles));
+    return true;
+}
+
+bool OutputExtras::AddPictures(AVFormatContext& output, const AVStream& from, const SubtitlePlace& place,
+                               const PaintText& paint) {
+    if (m_subtitles.size() == DiscSubtitles::mostTracks || !DiscSubtitles::Takes(*from.codecpar)) return false;
+    Subtitles subtitles{from.index, from.time_base, nullptr, nullptr, nullptr, nullptr};
+    subtitles.pictures = std::make_unique<DiscSubtitles>(from, place, paint);
+    AVCodecParameters coding = {};
+    coding.codec_type = AVMEDIA_TYPE_SUBTITLE;
+    coding.codec_id = AV_CODEC_ID_DVD_SUBTITLE;
+    subtitles.to = &AddStream(output, coding, from.time_base);
     m_subtitles.push_back(std::move(subtitles));
     return true;
 }
@@ -191,14 +209,18 @@ bool OutputExtras::CutToLength(AVPacket& packet, AVRational timeBase) const {
 void OutputExtras::Write(AVPacket& packet, const Store& store) const {
     for (const Subtitles& subtitles : m_subtitles) {
         if (subtitles.from != packet.stream_index) continue;
+        const auto send = [&](AVPacket& made) {
+            av_packet_rescale_ts(&made, subtitles.timeBase, subtitles.to->time_base);
+            made.stream_index = subtitles.to->index;
+            made.pos = -1;
+            store(made);
+        };
+        if (subtitles.pictures) return subtitles.pictures->Convert(packet, send);
         const PacketPtr made =
             subtitles.decoder ? Convert(subtitles, packet) : Require<PacketPtr>(av_packet_clone(&packet));
         if (!made) return;
         if (made->duration > 0 && !CutToLength(*made, subtitles.timeBase)) return;
-        av_packet_rescale_ts(made.get(), subtitles.timeBase, subtitles.to->time_base);
-        made->stream_index = subtitles.to->index;
-        made->pos = -1;
-        store(*made);
+        send(*made);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/media/disc_subtitles.h"
 #include "host/media/media_sink.h"
 
 namespace Nifikral {
@@ -14,7 +15,8 @@ class OutputExtras {
  public:
     /// Adds streams and chapters, and prints one line that names what the container does not hold. `name` is the
     /// output's.
-    OutputExtras(AVFormatContext& output, const std::string& name, const OutputTraits& traits);
+    OutputExtras(AVFormatContext& output, const std::string& name, const OutputOptions& options,
+                 const OutputTraits& traits, const OutputTraits& stored);
 
     using Store = std::function<void(AVPacket&)>;
     /// What belongs to the beginning, behind the header.
@@ -27,12 +29,14 @@ class OutputExtras {
         int from;
         AVRational timeBase;
         AVStream* to;
-        CodecPtr decoder, encoder;  // none where they are copied
+        CodecPtr decoder, encoder;  // none where they are copied or become pictures
+        std::unique_ptr<DiscSubtitles> pictures;
     };
     struct Cover {
         const AVStream *from, *to;
     };
     bool AddSubtitles(AVFormatContext& output, const AVStream& from);
+    bool AddPictures(AVFormatContext& output, const AVStream& from, const SubtitlePlace& place, const PaintText& paint);
     bool AddCover(AVFormatContext& output, const AVStream& from);
     bool CutToLength(AVPacket& packet, AVRational timeBase) const;
     static PacketPtr Convert(const Subtitles& subtitles, AVPacket& packet);

@@ -84,12 +84,27 @@ std::vector<SoundForm> FormsFor(const AVCodec& encoder, const AVCodecParameters&
     return forms;
 }
 
+// What a player of video DVDs knows of a title, and what is usual for one or two channels of it.
+constexpr std::size_t mostDvdTracks = 8;
+constexpr int dvdBitRate = 192'000;
+
+int UsualBitRate(const SoundForm& form, bool dvd) { return dvd && form.layout.nb_channels <= 2 ? dvdBitRate : 0; }
+
+AVStream* AddEncoded(AVFormatContext& output, const AVCodecContext& encoder) {
+    AVCodecParameters* parameters = avcodec_parameters_alloc();
+    if (!parameters || avcodec_parameters_from_context(parameters, &encoder) < 0) throw std::bad_alloc();
+    const bool takes = Takes(output, parameters, encoder.time_base);
+    AVStream* const stream = takes ? &AddStream(output, *parameters, encoder.time_base) : nullptr;
+    avcodec_parameters_free(&parameters);
+    return stream;
+}
+
 }  // namespace
 
 OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const OutputOptions& options,
                          const OutputTraits& traits) {
     // What is wrong with the pictures shows when the header is written.
-    if (traits.audio.empty() || !Takes(output, nullptr, {})) return;
+    if ((traits.audio.empty() && !options.silence) || !Takes(output, nullptr, {})) return;
     const AVOutputFormat& format = *output.oformat;
     const bool asked = !options.audioEncoder.empty() || options.audioBitRate > 0;
     const AVCodec* const encoder = ChooseEncoder(format, options, traits.dvd);
@@ -98,6 +113,10 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
         const AVCodecParameters& coding = *from->codecpar;
         const std::string codec = avcodec_get_name(coding.codec_id);
         Stream stream{from->index, from->time_base, nullptr, nullptr, nullptr};
+        if (traits.dvd && m_streams.size() == mostDvdTracks) {
+            AppendWord(left, StreamTitle(*from));
+            continue;
+        }
         if (!asked && !traits.soundIsRaw && IsUnderstood(format, coding, traits.dvd) &&
             Takes(output, &coding, from->time_base)) {
             stream.to = &AddStream(output, coding, from->time_base);
@@ -105,16 +124,12 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
         } else {
             const FfmpegListener listener;
             const auto taken = [&](const SoundForm& form) {
-                stream.encoder = SoundEncoder::Start(*encoder, form, options.audioBitRate);
+                const int rate = options.audioBitRate > 0 ? options.audioBitRate : UsualBitRate(form, traits.dvd);
+                stream.encoder = SoundEncoder::Start(*encoder, form, rate);
                 if (!stream.encoder) return false;
-                const AVCodecContext& context = stream.encoder->Context();
-                AVCodecParameters* parameters = avcodec_parameters_alloc();
-                if (!parameters || avcodec_parameters_from_context(parameters, &context) < 0) throw std::bad_alloc();
-                const bool takes = Takes(output, parameters, context.time_base);
-                if (takes) stream.to = &AddStream(output, *parameters, context.time_base);
-                if (takes) stream.decoder = std::make_unique<SoundDecoder>(*from, form, name);
-                avcodec_parameters_free(&parameters);
-                return takes;
+                stream.to = AddEncoded(output, stream.encoder->Context());
+                if (stream.to) stream.decoder = std::make_unique<SoundDecoder>(*from, form, name);
+                return stream.to != nullptr;
             };
             const std::vector<SoundForm> forms =
                 encoder ? FormsFor(*encoder, coding, traits.dvd) : std::vector<SoundForm>();
@@ -138,13 +153,31 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
         av_dict_copy(&stream.to->metadata, from->metadata, 0);
         m_streams.push_back(std::move(stream));
     }
+    if (m_streams.empty() && options.silence && encoder) AddSilence(output, *encoder, traits.dvd);
     const std::string holds = name + ": its container (" + format.name + ") holds no ";
-    if (!coded.empty() && !asked && !traits.soundIsRaw)
+    if (!coded.empty() && !asked && !traits.soundIsRaw && !options.silence)
         PrintWarning((traits.dvd ? name + ": video DVDs want AC-3 and not " : holds) + coded +
                      " sound; it is encoded with " + encoder->name + " (--audio-encoder chooses another)");
     if (!left.empty())
         PrintWarning(holds + (m_streams.empty() ? "" : "further ") + "sound; " + (traits.soundIsRaw ? "it" : left) +
                      " is left out");
+}
+
+void OutputSound::AddSilence(AVFormatContext& output, const AVCodec& encoder, bool dvd) {
+    SoundForm form;
+    form.format = SampleFormat(encoder, form.format);
+    Stream stream{
+        silent, {1, form.rate}, nullptr, nullptr, SoundEncoder::Start(encoder, form, UsualBitRate(form, dvd))};
+    if (stream.encoder) stream.to = AddEncoded(output, stream.encoder->Context());
+    if (!stream.to) return;
+    AppendWord(m_description, std::string("silence encoded with ") + encoder.name);
+    m_streams.push_back(std::move(stream));
+}
+
+void OutputSound::Reach(double seconds, const Store& store) const {
+    for (const Stream& stream : m_streams)
+        if (stream.from == silent)
+            stream.encoder->PutSilence(seconds, [&](AVPacket& coded) { Send(stream, coded, store); });
 }
 
 void OutputSound::Send(const Stream& stream, AVPacket& packet, const Store& store) {
@@ -156,19 +189,24 @@ void OutputSound::Send(const Stream& stream, AVPacket& packet, const Store& stor
 
 void OutputSound::Encode(const Stream& stream, const AVPacket* packet, const Store& store) {
     const auto send = [&](AVPacket& coded) { Send(stream, coded, store); };
-    stream.decoder->Put(packet, [&](AVFrame& frame) { stream.encoder->Put(&frame, send); });
+    if (stream.decoder) stream.decoder->Put(packet, [&](AVFrame& frame) { stream.encoder->Put(&frame, send); });
     if (!packet) stream.encoder->Put(nullptr, send);
 }
 
 void OutputSound::Write(PacketPtr packet, const Store& store) {
-    for (const Stream& stream : m_streams)
-        if (stream.from == packet->stream_index)
-            return stream.decoder ? Encode(stream, packet.get(), store) : Send(stream, *packet, store);
+    for (Stream& stream : m_streams) {
+        if (stream.from != packet->stream_index) continue;
+        if (stream.decoder) return Encode(stream, packet.get(), store);
+        // Where a stream was cut off, the rest of its last packet may come with that one's time once more.
+        if (packet->dts != AV_NOPTS_VALUE && packet->dts <= stream.last) return;
+        stream.last = packet->dts;
+        return Send(stream, *packet, store);
+    }
 }
 
 void OutputSound::Finish(const Store& store) {
     for (const Stream& stream : m_streams)
-        if (stream.decoder) Encode(stream, nullptr, store);
+        if (stream.encoder) Encode(stream, nullptr, store);
 }
 
 }  // namespace Nifikral

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@ class OutputSound {
     using Store = std::function<void(AVPacket&)>;
     /// A packet of any stream of the input. `store` gets those of the output.
     void Write(PacketPtr packet, const Store& store);
+    /// The pictures have come so far; a silent track goes as far.
+    void Reach(double seconds, const Store& store) const;
     void Finish(const Store& store);
 
  private:
@@ -30,10 +33,12 @@ class OutputSound {
         int from;
         AVRational timeBase;  // of what is stored
         AVStream* to;
-        std::unique_ptr<SoundDecoder> decoder;  // none where it is copied
+        std::unique_ptr<SoundDecoder> decoder;  // none where it is copied or silent
         std::unique_ptr<SoundEncoder> encoder;
+        std::int64_t last = std::numeric_limits<std::int64_t>::min();  // time of what was copied
     };
-    void Add(AVFormatContext& output, const AVStream& from, Stream stream);
+    static constexpr int silent = -1;  // in place of the stream that it comes from
+    void AddSilence(AVFormatContext& output, const AVCodec& encoder, bool dvd);
     static void Send(const Stream& stream, AVPacket& packet, const Store& store);
     static void Encode(const Stream& stream, const AVPacket* packet, const Store& store);
 

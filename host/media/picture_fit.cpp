@@ -20,24 +20,9 @@ double ShownAspect(const OutputTraits& traits) {
     return pixel * traits.source.width / traits.source.height;
 }
 
-// The part of the stored picture that a picture takes up, in even sides. Nearly the same shape is the same: 704 columns
-// are meant to be seen as 720.
-struct Part {
-    int width, height;
-};
-Part PartOf(const OutputTraits& from, const OutputTraits& to) {
-    constexpr double nearly = 0.03;
-    const double wider = ShownAspect(from) / ShownAspect(to);
-    Part part{to.source.width, to.source.height};
-    const auto even = [](double length) { return std::max(2, 2 * int(std::lround(length / 2))); };
-    if (wider > 1 + nearly) part.height = even(part.height / wider);
-    if (wider < 1 - nearly) part.width = even(part.width * wider);
-    return part;
-}
-
 std::string ProfileFilters(const OutputTraits& from, const OutputTraits& to) {
     const PictureShape &has = from.source, &wanted = to.source;
-    const Part part = PartOf(from, to);
+    const FilmPart part = PartOf(from, to);
     std::ostringstream filters;
     if (from.fieldOrder != to.fieldOrder) filters << "bwdif=mode=send_frame:deint=interlaced,";
     if (part.width != has.width || part.height != has.height)
@@ -91,6 +76,17 @@ AVRational KnownRate(const AVCodec& codec, AVRational wanted) {
 }
 
 }  // namespace
+
+FilmPart PartOf(const OutputTraits& from, const OutputTraits& to) {
+    // Nearly the same shape is the same: 704 columns are meant to be seen as 720.
+    constexpr double nearly = 0.03;
+    const double wider = ShownAspect(from) / ShownAspect(to);
+    FilmPart part{to.source.width, to.source.height};
+    const auto even = [](double length) { return std::max(2, 2 * int(std::lround(length / 2))); };
+    if (wider > 1 + nearly) part.height = even(part.height / wider);
+    if (wider < 1 - nearly) part.width = even(part.width * wider);
+    return part;
+}
 
 OutputTraits StoredTraits(const OutputTraits& traits, const AVCodec& codec, AVPixelFormat format) {
     OutputTraits stored = traits;

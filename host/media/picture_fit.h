@@ -13,6 +13,12 @@ namespace Nifikral {
 /// else at a rate that the codec knows. `format` is the encoder's.
 OutputTraits StoredTraits(const OutputTraits& traits, const AVCodec& codec, AVPixelFormat format);
 
+/// The part of the stored picture, in its middle, that pictures take up, in even sides.
+struct FilmPart {
+    int width, height;
+};
+FilmPart PartOf(const OutputTraits& from, const OutputTraits& to);
+
 /// Brings pictures into the size and the rate that are stored: scaled and padded where a profile asks for it, else
 /// cropped. Interlaced ones are made whole first where their rows change. Threads: one at a time.
 class PictureFit {

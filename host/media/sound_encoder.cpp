@@ -1,6 +1,7 @@
 #include "host/media/sound_encoder.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "host/base/errors.h"
 
@@ -47,6 +48,11 @@ void SoundEncoder::Put(const AVFrame* frame, const Store& store) {
     const std::int64_t gap = frame->pts - m_taken, tolerance = m_taken > 0 ? m_context->sample_rate / 10 : 0;
     if (gap > tolerance) FillGap(gap, store);
     Keep(*frame, gap < -tolerance ? int(std::min<std::int64_t>(-gap, frame->nb_samples)) : 0);
+    Encode(false, store);
+}
+
+void SoundEncoder::PutSilence(double until, const Store& store) {
+    FillGap(std::llround(until * m_context->sample_rate) - m_taken, store);
     Encode(false, store);
 }
 

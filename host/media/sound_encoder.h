@@ -20,6 +20,8 @@ class SoundEncoder {
 
     const AVCodecContext& Context() const { return *m_context; }
     using Store = std::function<void(AVPacket&)>;
+    /// Silence up to a time in seconds, where nothing has come so far.
+    void PutSilence(double until, const Store& store);
     /// Null: nothing comes behind. Frames come in the encoder's form with their times in samples: gaps between them
     /// become silence, and what overlaps is left out. `store` gets each packet; its times are in samples too.
     void Put(const AVFrame* frame, const Store& store);

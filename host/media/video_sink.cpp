@@ -73,6 +73,7 @@ class VideoSink final : public MediaSink {
           m_encoder(codec, options, m_stored, m_purpose),
           m_shape(m_encoder.Shape()),
           m_fit(traits, m_stored, m_name),
+          m_timeBase(traits.timeBase),
           m_keepsFrames(av_cmp_q(traits.frameRate, m_stored.frameRate) == 0) {
         m_shape.width = traits.source.width;
         m_shape.height = traits.source.height;
@@ -95,7 +96,7 @@ class VideoSink final : public MediaSink {
             av_dict_set(&m_output->metadata, chunkMark, options.mark.c_str(), 0);
         } else {
             m_sound.emplace(*m_output, m_name, options, traits);
-            m_extras.emplace(*m_output, m_name, traits);
+            m_extras.emplace(*m_output, m_name, options, traits, m_stored);
             CopyTags(m_output->metadata, traits.metadata);
         }
         if (tryOnly) return;
@@ -122,6 +123,8 @@ class VideoSink final : public MediaSink {
     }
 
     void Write(FramePtr frame, long long) override {
+        const double end = double(frame->pts + frame->pkt_duration) * av_q2d(m_timeBase);
+        if (m_sound) m_sound->Reach(end, [this](AVPacket& sound) { Interleave(sound); });
         m_fit.Put(std::move(frame), [this](FramePtr fitted) { Encode(std::move(fitted)); });
     }
 
@@ -143,6 +146,8 @@ class VideoSink final : public MediaSink {
         av_packet_rescale_ts(packet.get(), timeBase, m_video->time_base);
         packet->stream_index = m_video->index;
         packet->pos = -1;
+        const double end = double(packet->pts + packet->duration) * av_q2d(m_video->time_base);
+        if (m_sound) m_sound->Reach(end, [this](AVPacket& sound) { Interleave(sound); });
         Interleave(*packet);
     }
 
@@ -223,6 +228,7 @@ class VideoSink final : public MediaSink {
     Encoder m_encoder;
     PictureShape m_shape;
     PictureFit m_fit;
+    AVRational m_timeBase;  // of the pictures that come
     bool m_keepsFrames;
     std::unique_ptr<PartFile> m_part;  // before the output: closed first, then removed
     OutputPtr m_output;
