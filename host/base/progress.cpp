@@ -15,17 +15,16 @@ namespace {
 
 ProgressForm currentForm = ProgressForm::Line;
 
+bool IsDrawn() {
+    return currentForm == ProgressForm::Line && isatty(STDERR_FILENO) && GetVerbosity() != Verbosity::Quiet;
+}
+
 }  // namespace
 
 void SetProgressForm(ProgressForm form) { currentForm = form; }
 
 Progress::Progress(long long total, const char* what, std::string prefix, bool shown)
-    : m_shown(shown),
-      m_drawn(shown && currentForm == ProgressForm::Line && isatty(STDERR_FILENO) &&
-              GetVerbosity() != Verbosity::Quiet),
-      m_what(what),
-      m_prefix(std::move(prefix)),
-      m_total(total) {}
+    : m_shown(shown), m_drawn(shown && IsDrawn()), m_what(what), m_prefix(std::move(prefix)), m_total(total) {}
 
 Progress::~Progress() {
     if (m_drawn) std::fputs("\r\033[K", stderr);
@@ -66,6 +65,30 @@ void Progress::PrintJson(double rate) const {
         line << "null}\n";
     // In one piece, so that warnings of other threads do not get in between.
     std::fputs(line.str().c_str(), stderr);
+}
+
+ShareProgress::ShareProgress() : m_drawn(IsDrawn()) {}
+
+ShareProgress::~ShareProgress() {
+    if (m_drawn) std::fputs("\r\033[K", stderr);
+}
+
+void ShareProgress::Show(double share) {
+    if (share <= m_share) return;
+    m_share = std::min(share, 1.0);
+    const double seconds = std::chrono::duration<double>(Clock::now() - m_begin).count();
+    const double left = seconds * (1 - m_share) / m_share;
+    if (m_drawn) {
+        const long long whole = std::llround(left);
+        std::fprintf(stderr, "\r\033[K%.1f %%, %lld:%02lld:%02lld left", m_share * 100, whole / 3600, whole / 60 % 60,
+                     whole % 60);
+        std::fflush(stderr);
+    } else if (currentForm == ProgressForm::Json) {
+        std::ostringstream line;
+        line << std::fixed << "{\"done\":" << std::setprecision(4) << m_share
+             << ",\"secondsLeft\":" << std::setprecision(2) << left << "}\n";
+        std::fputs(line.str().c_str(), stderr);
+    }
 }
 
 }  // namespace Nifikral

@@ -33,4 +33,20 @@ class Progress {
     Clock::time_point m_begin = Clock::now(), m_lastDrawn = m_begin;
 };
 
+/// How far a work of unlike parts has come: a share of the whole, and the time left.
+class ShareProgress {
+ public:
+    ShareProgress();
+    ~ShareProgress();
+    /// From 0 to 1; goes no way back.
+    void Show(double share);
+
+ private:
+    using Clock = std::chrono::steady_clock;
+
+    bool m_drawn;
+    double m_share = 0;
+    Clock::time_point m_begin = Clock::now();
+};
+
 }  // namespace Nifikral

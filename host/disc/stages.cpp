@@ -1,0 +1,264 @@
+#include "host/disc/stages.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "host/base/errors.h"
+#include "host/base/interruption.h"
+#include "host/base/log.h"
+#include "host/base/progress.h"
+#include "host/media/part_file.h"
+#include "host/run/run_options.h"
+
+namespace Nifikral {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string KeyPath(const Stage& stage) { return stage.result + ".key"; }
+
+std::string ReadText(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Holds the folder for one run.
+class WorkLock {
+ public:
+    explicit WorkLock(const std::string& folder) {
+        std::error_code error;
+        fs::create_directories(folder, error);
+        m_file = open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (m_file < 0) throw HostError(ExitCode::Output, folder + " cannot be written; name another place");
+        if (flock(m_file, LOCK_EX | LOCK_NB) == 0) return;
+        close(m_file);
+        throw HostError(ExitCode::Output, folder + " is in use by another run; wait until it has ended");
+    }
+    ~WorkLock() { close(m_file); }
+    WorkLock(const WorkLock&) = delete;
+    WorkLock& operator=(const WorkLock&) = delete;
+
+ private:
+    int m_file;
+};
+
+// A stage's run, whose stderr comes through a pipe.
+class Child {
+ public:
+    Child(const Stage& stage, const std::string& program);
+    ~Child();
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    int Pipe() const { return m_pipe; }
+    const Stage& Of() const { return m_stage; }
+    double Share() const { return m_share; }
+    /// Takes in what was printed; false at its end.
+    bool Read();
+    /// Waits for the end. The exit code, or that of an interrupted run.
+    int Wait();
+    const std::string& LastError() const { return m_lastError; }
+
+ private:
+    void Take(const std::string& line);
+
+    const Stage& m_stage;
+    pid_t m_id = -1;
+    int m_pipe = -1;
+    std::string m_rest, m_lastError;
+    double m_share = 0;  // done
+    long long m_frame = 0;
+    int m_passesDone = 0;
+};
+
+Child::Child(const Stage& stage, const std::string& program) : m_stage(stage) {
+    std::vector<std::string> words = {program};
+    words.insert(words.end(), stage.words.begin(), stage.words.end());
+    words.insert(words.end(), {"--progress", "json"});
+    if (GetVerbosity() == Verbosity::Verbose) words.emplace_back("-v");
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) throw HostError(ExitCode::Failed, "no pipe can be opened; close other programs");
+    const pid_t parent = getpid();
+    m_id = fork();
+    if (m_id == 0) {
+        // Nobody would wait for what it makes without this program.
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent) _exit(int(ExitCode::Interrupted));
+        dup2(ends[1], STDERR_FILENO);
+        execv(arguments[0], arguments.data());
+        _exit(127);
+    }
+    close(ends[1]);
+    m_pipe = ends[0];
+    if (m_id < 0) {
+        close(m_pipe);
+        throw HostError(ExitCode::Failed, "no further program can be started; close others");
+    }
+}
+
+Child::~Child() {
+    if (m_id > 0) {
+        kill(m_id, SIGTERM);
+        // Its last words make room for its end.
+        while (Read()) {
+        }
+        Wait();
+    }
+    close(m_pipe);
+}
+
+bool Child::Read() {
+    std::array<char, 4096> bytes;
+    const ssize_t count = read(m_pipe, bytes.data(), bytes.size());
+    if (count < 0) return errno == EINTR;
+    m_rest.append(bytes.data(), std::size_t(count));
+    for (std::size_t end = m_rest.find('\n'); end != std::string::npos; end = m_rest.find('\n')) {
+        Take(m_rest.substr(0, end));
+        m_rest.erase(0, end + 1);
+    }
+    return count > 0;
+}
+
+void Child::Take(const std::string& line) {
+    if (line.starts_with("{\"")) {
+        const nlohmann::json json = nlohmann::json::parse(line, nullptr, false);
+        if (!json.is_object() || !json.contains("frame") || !json.contains("frames")) return;
+        const auto frame = json["frame"].get<long long>();
+        if (frame < m_frame && m_passesDone + 1 < m_stage.passes) ++m_passesDone;
+        m_frame = frame;
+        if (!json["frames"].is_number()) return;
+        const double part = double(frame) / std::max(1.0, json["frames"].get<double>());
+        m_share = std::max(m_share, (m_passesDone + std::min(1.0, part)) / m_stage.passes);
+        return;
+    }
+    constexpr std::string_view error = "nifikral: ", warning = "nifikral: warning: ";
+    if (line.starts_with(warning))
+        PrintWarning(m_stage.name + ": " + line.substr(warning.size()));
+    else if (line.starts_with(error))
+        m_lastError = line.substr(error.size());
+    else
+        PrintDetail(m_stage.name + ": " + line);
+}
+
+int Child::Wait() {
+    int status = 0;
+    while (waitpid(m_id, &status, 0) < 0 && errno == EINTR) {
+    }
+    m_id = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : int(ExitCode::Interrupted);
+}
+
+void Keep(const Stage& stage) {
+    std::error_code error;
+    if (!fs::exists(stage.result, error))
+        throw HostError(ExitCode::Failed, stage.name + ": its run has left no " + stage.result + "; run it again");
+    PartFile key(KeyPath(stage), true);
+    key.Write(stage.key);
+    key.Commit();
+}
+
+// What other keys have left is not to be taken for the new.
+void Clear(const Stage& stage) {
+    std::error_code error;
+    fs::remove(KeyPath(stage), error);
+    fs::remove(stage.result, error);
+}
+
+}  // namespace
+
+std::string KeyOfFile(const std::string& path) {
+    std::error_code error;
+    std::ostringstream key;
+    if (fs::is_directory(path, error)) {
+        std::vector<std::string> files;
+        for (const auto& entry : fs::directory_iterator(path, error))
+            if (!entry.is_directory(error)) files.push_back(entry.path().string());
+        std::sort(files.begin(), files.end());
+        for (const std::string& file : files) key << KeyOfFile(file);
+    } else if (!path.empty()) {
+        const auto size = fs::file_size(path, error);
+        const auto time = fs::last_write_time(path, error).time_since_epoch().count();
+        key << path << '\t' << size << '\t' << time << '\n';
+    }
+    return key.str();
+}
+
+bool IsMade(const Stage& stage) {
+    std::error_code error;
+    return fs::exists(stage.result, error) && fs::exists(KeyPath(stage), error) &&
+           ReadText(KeyPath(stage)) == stage.key;
+}
+
+void MakeStages(const std::vector<Stage>& stages, const std::string& work, const std::string& program) {
+    const WorkLock lock(work);
+    ClearDeadParts(work + "/");
+    std::vector<const Stage*> left;
+    double total = 0, done = 0;
+    for (const Stage& stage : stages) {
+        if (IsMade(stage))
+            PrintDetail(stage.name + ": complete already");
+        else
+            left.push_back(&stage);
+    }
+    for (const Stage* const stage : left) total += stage->weight;
+    std::stable_sort(left.begin(), left.end(), [](auto* a, auto* b) { return a->weight > b->weight; });
+    const std::string own = program.empty() ? fs::read_symlink("/proc/self/exe").string() : program;
+    // Each has parts that run on one core alone, and memory of its own.
+    const std::size_t atOnce = std::size_t(std::clamp((RunOptions().ThreadCount() + 1) / 2, 2, 8));
+    std::vector<std::unique_ptr<Child>> children;
+    ShareProgress progress;
+    auto next = left.begin();
+    while (next != left.end() || !children.empty()) {
+        ThrowIfInterrupted();
+        for (; next != left.end() && children.size() < atOnce; ++next) {
+            Clear(**next);
+            children.push_back(std::make_unique<Child>(**next, own));
+        }
+        std::vector<pollfd> waiting;
+        for (const auto& child : children) waiting.push_back({child->Pipe(), POLLIN, 0});
+        constexpr int milliseconds = 200;
+        poll(waiting.data(), nfds_t(waiting.size()), milliseconds);
+        double now = done;
+        for (std::size_t i = waiting.size(); i-- > 0;) {
+            Child& child = *children[i];
+            if (waiting[i].revents == 0 || child.Read()) {
+                now += child.Share() * child.Of().weight;
+                continue;
+            }
+            const int code = child.Wait();
+            ThrowIfInterrupted();
+            if (code != 0) {
+                const std::string& error = child.LastError();
+                throw HostError(ExitCode(code), child.Of().name + ": " +
+                                                    (error.empty() ? "its run ended with the code " +
+                                                                         std::to_string(code) + "; run it again"
+                                                                   : error));
+            }
+            Keep(child.Of());
+            done += child.Of().weight;
+            now += child.Of().weight;
+            children.erase(children.begin() + std::ptrdiff_t(i));
+        }
+        if (total > 0) progress.Show(now / total);
+    }
+}
+
+}  // namespace Nifikral
