@@ -55,7 +55,7 @@ class ButtonMuxer {
         if (!outside.empty())
             PrintWarning(page.name + ": \"" + outside.front() + "\"" +
                          (outside.size() > 1 ? " and " + std::to_string(outside.size() - 1) + " more" : "") +
-                         " reach out of the area that every screen shows");
+                         ": the mark reaches out of the area that every screen shows");
         std::string path = Add(page, film, film.path, DiscView::Whole);
         if (IsWide(*m_project.profile)) path = Add(page, film, path, DiscView::Letterboxed);
         return path;

@@ -1,12 +1,10 @@
 #include "host/disc/dvd_script.h"
 
 #include <algorithm>
-#include <cctype>
 #include <sstream>
-#include <string_view>
 
 #include "host/base/errors.h"
-#include "host/base/number_text.h"
+#include "host/base/language_code.h"
 
 namespace Nifikral {
 namespace {
@@ -199,7 +197,6 @@ class Script {
 
     void WriteMenuAttributes() {
         WriteVideo();
-        m_text << "<audio/>\n";
         WriteSubtitle("", 0, 1);
     }
 
@@ -246,24 +243,11 @@ class Script {
     std::ostringstream m_text;
 };
 
-// Codes of three letters, both kinds where there are two, before the one of two letters.
-constexpr std::string_view languages =
-    " afr:af alb:sq sqi:sq ara:ar arm:hy hye:hy aze:az baq:eu eus:eu bel:be ben:bn bos:bs bul:bg cat:ca chi:zh zho:zh"
-    " cze:cs ces:cs dan:da dut:nl nld:nl eng:en epo:eo est:et fin:fi fre:fr fra:fr geo:ka kat:ka ger:de deu:de gle:ga"
-    " glg:gl gre:el ell:el guj:gu heb:iw hin:hi hrv:hr hun:hu ice:is isl:is ind:in ita:it jpn:ja kan:kn kaz:kk khm:km"
-    " kor:ko kur:ku lat:la lav:lv lit:lt ltz:lb mac:mk mkd:mk mal:ml mar:mr may:ms msa:ms mlt:mt mon:mn nep:ne nno:nn"
-    " nob:nb nor:no pan:pa per:fa fas:fa pol:pl por:pt rum:ro ron:ro rus:ru sin:si slo:sk slk:sk slv:sl som:so spa:es"
-    " srp:sr swa:sw swe:sv tam:ta tel:te tgl:tl tha:th tib:bo bod:bo tur:tr ukr:uk urd:ur uzb:uz vie:vi wel:cy cym:cy"
-    " yid:ji zul:zu ";
-
 }  // namespace
 
 std::string DvdLanguage(const std::string& language) {
-    std::string code = language.substr(0, language.find_first_of("-_"));
-    std::transform(code.begin(), code.end(), code.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-    if (code.size() == 2) return code == "he" ? "iw" : code == "id" ? "in" : code == "yi" ? "ji" : code;
-    const std::size_t at = code.size() == 3 ? languages.find(" " + code + ":") : std::string_view::npos;
-    return at == std::string_view::npos ? "" : std::string(languages.substr(at + 5, 2));
+    const std::string code = LanguageCode(language);
+    return code == "he" ? "iw" : code == "id" ? "in" : code == "yi" ? "ji" : code;
 }
 
 ButtonPlace PlaceOfFilm(const std::vector<DiscPage>& pages, int film) {

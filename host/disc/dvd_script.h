@@ -31,7 +31,7 @@ struct DvdFiles {
     std::vector<std::string> pages, palettes;
 };
 
-/// A language as DVDs store it, two letters; empty: unknown.
+/// A language as DVDs store it: two letters, which for some are older ones than those of today; empty: unknown.
 std::string DvdLanguage(const std::string& language);
 
 /// The page, and the button on it, that plays a film; the first ones that do.

@@ -126,23 +126,31 @@ constexpr ExampleTexts exampleTexts[] = {
      632},
 };
 
-std::string TextsOf(const InitOptions& options) {
-    const auto* const found = std::ranges::find_if(
-        exampleTexts, [&](const ExampleTexts& row) { return options.templateName == row.templateName; });
-    const ExampleTexts row = found == std::end(exampleTexts) ? ExampleTexts{"", usualTexts} : *found;
-    if (options.pictures.empty() && options.title.empty()) return row.texts;
+ExampleTexts RowOf(const std::string& templateName) {
+    const auto* const found =
+        std::ranges::find_if(exampleTexts, [&](const ExampleTexts& row) { return templateName == row.templateName; });
+    return found == std::end(exampleTexts) ? ExampleTexts{"", usualTexts} : *found;
+}
+
+Json TextsOf(const ExampleTexts& row, const std::string& title) {
     std::string array = "[";
     Json texts = Json::parse(array.append(row.texts) += "]");
+    Json& first = texts.front();
+    // One of any length is to stay in the menu and off the next text.
+    const int size = first["size"];
+    first["text"] = title;
+    first["box"] = {first["box"][0], first["box"][1], row.titleWidth, texts.size() > 1 ? size * 5 / 4 : size * 2};
+    return texts;
+}
+
+std::string TextsOf(const InitOptions& options) {
+    const ExampleTexts row = RowOf(options.templateName);
+    if (options.pictures.empty() && options.title.empty()) return row.texts;
+    std::string array = "[";
+    Json texts = options.title.empty() ? Json::parse(array.append(row.texts) += "]") : TextsOf(row, options.title);
     // What is said of the example's pictures does not go with others; how to use a menu does.
     if (!options.pictures.empty() && !options.templateName.starts_with("instructionmenu"))
         texts.erase(texts.begin() + 1, texts.end());
-    Json& title = texts.front();
-    if (!options.title.empty()) {
-        // One of any length is to stay in the menu and off the next text.
-        const int size = title["size"];
-        title["text"] = options.title;
-        title["box"] = {title["box"][0], title["box"][1], row.titleWidth, texts.size() > 1 ? size * 5 / 4 : size * 2};
-    }
     std::string list;
     for (const Json& text : texts) list += (list.empty() ? "    " : ",\n    ") + text.dump();
     return list + "\n";
@@ -266,6 +274,15 @@ void MakeFolder(const fs::path& folder) {
 }
 
 }  // namespace
+
+std::vector<MenuText> ExampleTextsOf(const std::string& templateName, const std::string& title) {
+    Faults faults(templateName);
+    std::vector<MenuText> texts;
+    for (const Json& text : TextsOf(RowOf(templateName), title))
+        texts.push_back(ReadMenuText(ProjectItem(&text, "text", faults)));
+    faults.ThrowIfAny();
+    return texts;
+}
 
 ExampleProject WriteExampleProject(const InitOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/catalogue/effect_module.h"
+#include "host/films/menu_project.h"
 
 namespace Nifikral {
 
@@ -18,6 +19,10 @@ struct ExampleProject {
     std::string file;
     bool hasPages = false;  ///< more than one
 };
+
+/// The texts of a template's example, where the template leaves room for them on a menu of 1280 x 720: a title that is
+/// made to fit its place, and what else there is.
+std::vector<MenuText> ExampleTextsOf(const std::string& templateName, const std::string& title);
 
 /// Writes an example project for a menu template into a folder, with the pictures that it shows where they are not
 /// one's own: those stay where they are, and the project names them there. Throws input, output and usage errors.

@@ -92,7 +92,7 @@ class PictureSource final : public Source, public AVBased::IAVSourcePropertySet 
     unsigned m_duration = 0;
 };
 
-MediaSource OpenMedia(const std::string& path) {
+MediaSource OpenMedia(const std::string& path, double begin = 0) {
     // Without its messages a decoder reports all damage only when it works on one frame at a time.
     const int mostThreads = CapturesFfmpegMessages() ? 4 : 1;
     // A lone hyphen is a file here, not stdin.
@@ -101,7 +101,8 @@ MediaSource OpenMedia(const std::string& path) {
              .threads = std::min(tbb::info::default_concurrency(), mostThreads),
              .audio = false,
              .largestSide = largestSide,
-             .damageRemedy = "repair it or save it anew"}};
+             .damageRemedy = "repair it or save it anew",
+             .begin = begin}};
 }
 
 FramePtr NextFrame(MediaSource& media) {
@@ -168,7 +169,7 @@ class VideoSource final : public Source {
             if (!m_playback.loops) return;
             const double length = EndOfCurrent() - m_passBegin;
             m_passBegin += length * std::max(1.0, std::floor((time - m_passBegin) / length));
-            m_media = OpenMedia(m_path);
+            m_media = OpenMedia(m_path, m_playback.begin / 1000.0);
             m_next = NextFrame(m_media);
             m_origin = m_next->pts;
         }
@@ -257,7 +258,7 @@ AVBased::IAVSource* OpenPictureSource(const std::string& path) {
 }
 
 AVBased::IAVSource* OpenFileSource(const std::string& path, const Playback& playback) {
-    MediaSource media = OpenMedia(path);
+    MediaSource media = OpenMedia(path, playback.begin / 1000.0);
     FramePtr first = NextFrame(media), second = NextFrame(media);
     if (!second) return new PictureSource(std::move(first));
     return new VideoSource(path, playback, std::move(media), std::move(first), std::move(second));

@@ -13,9 +13,10 @@ struct Playback {
     /// The reader's frames a second: each shows the moment that is its own. 0: one of the video's frames for each.
     AVRational rate = {0, 1};
     bool loops = true;  ///< starts over behind its end; else its last frame stays
+    int begin = 0;      ///< the millisecond of the video at which it starts; only for one with a rate
 
     bool operator==(const Playback& other) const {
-        return rate.num == other.rate.num && rate.den == other.rate.den && loops == other.loops;
+        return rate.num == other.rate.num && rate.den == other.rate.den && loops == other.loops && begin == other.begin;
     }
 };
 

@@ -36,7 +36,8 @@ class TextImporter final : public AVBased::IAVImporter {
     }
 };
 
-// In front of a path with its playback, as "25/1:loop:" or "0/1:once:"; "%" and ";" in it are "%25" and "%3B".
+// In front of a path with its playback, as "25/1:loop:", "0/1:once:" or "25/1:1500:loop:"; "%" and ";" in it are "%25"
+// and "%3B".
 constexpr std::string_view playedPath = "nifikral-played:", loop = "loop:", once = "once:";
 
 struct PlayedPath {
@@ -59,6 +60,7 @@ PlayedPath ReadPath(std::string_view text) {
     };
     AVRational& rate = played.playback.rate;
     if (!readNumber(rate.num, '/') || !readNumber(rate.den, ':') || rate.num < 0 || rate.den < 1) return plain;
+    if (!text.empty() && text[0] >= '0' && text[0] <= '9' && !readNumber(played.playback.begin, ':')) return plain;
     played.playback.loops = text.starts_with(loop);
     if (!played.playback.loops && !text.starts_with(once)) return plain;
     text.remove_prefix(loop.size());
@@ -81,6 +83,7 @@ std::string PathInList(const std::string& path, const Playback& playback) {
     if (playback == Playback() && path.find(';') == std::string::npos && !path.starts_with(playedPath)) return path;
     std::string played(playedPath);
     played.append(std::to_string(playback.rate.num)).append("/").append(std::to_string(playback.rate.den)).append(":");
+    if (playback.begin > 0) played.append(std::to_string(playback.begin)).append(":");
     played.append(playback.loops ? loop : once);
     for (const char c : path) played += c == '%' ? "%25" : c == ';' ? "%3B" : std::string(1, c);
     return played;

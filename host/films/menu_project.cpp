@@ -67,44 +67,6 @@ void RefuseSeparators(const ProjectItem& item, const std::string& text, const ch
                    "', which the module's lists cannot carry; choose another name or text");
 }
 
-MenuText ReadText(const ProjectItem& item) {
-    item.RefuseOtherKeys(textKeys);
-    MenuText text;
-    text.item = item.Name();
-    text.styled.text = item["text"].Text();
-    if (item["text"] && text.styled.text.empty())
-        item["text"].Fault("is empty; write something or leave the entry out");
-    if (item["face"]) text.styled.face = item["face"].Text();
-    if (item["fontstyle"]) text.styleWords = item["fontstyle"].Text();
-    RefuseSeparators(item["text"], text.styled.text, ";\\");
-    RefuseSeparators(item["face"], text.styled.face, ";\\'");
-    RefuseSeparators(item["fontstyle"], text.styleWords, ";\\'");
-    text.styled.style = ParseStyle(text.styleWords);
-    text.styled.size = item["size"].Integer({1, 4096});
-    const unsigned colour = item["color"] ? item["color"].Colour() : 0xFFFFFF;
-    text.styled.red = std::uint8_t(colour >> 16);
-    text.styled.green = std::uint8_t(colour >> 8);
-    text.styled.blue = std::uint8_t(colour);
-    const bool placeOnly = item["box"].Entries().size() == 2;
-    const std::vector<int> box = item["box"].Integers(placeOnly ? "[x, y]" : "[x, y, width, height]");
-    std::copy(box.begin(), box.end(), text.box.begin());
-    if (const ProjectItem move = item["move"]) {
-        move.RefuseOtherKeys(moveKeys);
-        text.moves = true;
-        text.end = move["end"].Integers("[x, y]");
-        if (move["formula"]) text.formula = move["formula"].Integers("[slope, intercept]");
-        text.speed = move["speed"].IntegerOr(0);
-        if (item["show"]) item["show"].Fault("does not go together with \"move\"; leave one of them out");
-    } else if (const ProjectItem show = item["show"]) {
-        const bool fromOnly = show.Entries().size() == 1;
-        const std::vector<int> frames = show.Integers(fromOnly ? "[first]" : "[first, last]", frameNumbers);
-        text.firstFrame = frames[0];
-        if (!fromOnly) text.lastFrame = frames[1];
-        if (!fromOnly && frames[1] < frames[0]) show.Fault("ends before it begins; give [first, last]");
-    }
-    return text;
-}
-
 std::vector<std::string> ReadButtons(const ProjectItem& list) {
     std::vector<std::string> buttons;
     for (const ProjectItem& entry : list.Entries()) {
@@ -300,7 +262,7 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
     project.film = ReadFilm(root, profile);
     if (root["sourcePath"]) project.background = ProjectPath(path, root["sourcePath"].Text());
     if (root["backgroundMask"]) project.backgroundMask = ProjectPath(path, root["backgroundMask"].Text());
-    for (const ProjectItem& entry : root["textInfos"].Entries()) project.texts.push_back(ReadText(entry));
+    for (const ProjectItem& entry : root["textInfos"].Entries()) project.texts.push_back(ReadMenuText(entry));
     project.sources = ReadSources(root, path);
     project.buttons = ReadButtons(root["buttons"]);
     for (const char* const key : {"startPositions", "endPositions", "moveSpeeds", "moveFormulas"})
@@ -318,6 +280,44 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
     return project;
 }
 
+MenuText ReadMenuText(const ProjectItem& item) {
+    item.RefuseOtherKeys(textKeys);
+    MenuText text;
+    text.item = item.Name();
+    text.styled.text = item["text"].Text();
+    if (item["text"] && text.styled.text.empty())
+        item["text"].Fault("is empty; write something or leave the entry out");
+    if (item["face"]) text.styled.face = item["face"].Text();
+    if (item["fontstyle"]) text.styleWords = item["fontstyle"].Text();
+    RefuseSeparators(item["text"], text.styled.text, ";\\");
+    RefuseSeparators(item["face"], text.styled.face, ";\\'");
+    RefuseSeparators(item["fontstyle"], text.styleWords, ";\\'");
+    text.styled.style = ParseStyle(text.styleWords);
+    text.styled.size = item["size"].Integer({1, 4096});
+    const unsigned colour = item["color"] ? item["color"].Colour() : 0xFFFFFF;
+    text.styled.red = std::uint8_t(colour >> 16);
+    text.styled.green = std::uint8_t(colour >> 8);
+    text.styled.blue = std::uint8_t(colour);
+    const bool placeOnly = item["box"].Entries().size() == 2;
+    const std::vector<int> box = item["box"].Integers(placeOnly ? "[x, y]" : "[x, y, width, height]");
+    std::copy(box.begin(), box.end(), text.box.begin());
+    if (const ProjectItem move = item["move"]) {
+        move.RefuseOtherKeys(moveKeys);
+        text.moves = true;
+        text.end = move["end"].Integers("[x, y]");
+        if (move["formula"]) text.formula = move["formula"].Integers("[slope, intercept]");
+        text.speed = move["speed"].IntegerOr(0);
+        if (item["show"]) item["show"].Fault("does not go together with \"move\"; leave one of them out");
+    } else if (const ProjectItem show = item["show"]) {
+        const bool fromOnly = show.Entries().size() == 1;
+        const std::vector<int> frames = show.Integers(fromOnly ? "[first]" : "[first, last]", frameNumbers);
+        text.firstFrame = frames[0];
+        if (!fromOnly) text.lastFrame = frames[1];
+        if (!fromOnly && frames[1] < frames[0]) show.Fault("ends before it begins; give [first, last]");
+    }
+    return text;
+}
+
 std::string DescribeProjectKeys() {
     std::string text;
     for (const ProjectKey& key : projectKeys)
@@ -331,8 +331,8 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
                                                                    {"height", std::to_string(project.film.height)}};
     const auto add = [&](const char* name, const std::string& value) { properties.emplace_back(name, value); };
     // Videos show the moments of the menu's frames, whatever their own rate.
-    const auto path = [&](const std::string& file, bool isImage) {
-        return PathInList(file, isImage ? Playback() : Playback{project.film.frameRate});
+    const auto path = [&](const std::string& file, bool isImage, double begin = 0) {
+        return PathInList(file, isImage ? Playback() : Playback{project.film.frameRate, true, int(begin * 1000)});
     };
     if (!project.background.empty()) add("sourcePath", path(project.background, !project.backgroundMoves));
     if (!project.backgroundMask.empty()) add("backgroundMask", project.backgroundMask);
@@ -354,7 +354,8 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
     // The number comes first: it makes the records that the lists fill.
     add("additionSourceNumber", std::to_string(sources.size()));
     addAll("isAdditionSourceImages", [](const MenuSource& source) { return source.isImage ? "true" : "false"; });
-    addAll("additionSourcePaths", [&](const MenuSource& source) { return path(source.path, source.isImage); });
+    addAll("additionSourcePaths",
+           [&](const MenuSource& source) { return path(source.path, source.isImage, source.begin); });
     if (!sources.front().size.empty()) addPairs("additionSourceSizes", &MenuSource::size);
     if (std::any_of(sources.begin(), sources.end(), [](const MenuSource& source) { return !source.mask.empty(); }))
         addAll("maskPaths", [&](const MenuSource& source) { return path(source.mask, source.isImage); });

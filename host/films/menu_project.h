@@ -27,6 +27,7 @@ struct MenuText {
 struct MenuSource {
     std::string item, path, maskItem, mask;
     bool isImage = true;
+    double begin = 0;  ///< the second at which a video starts
     std::vector<int> size, start = {0, 0}, end, formula = {0, 0};
     int speed = 0, startTrans = 255, endTrans = 255, fadeSpeed = 0;
 };
@@ -47,6 +48,9 @@ struct MenuProject {
 /// `profile`, unless null, stands in for the project's own.
 MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
                             Faults& faults);
+
+/// One entry of "textInfos".
+MenuText ReadMenuText(const ProjectItem& item);
 
 /// The keys of project files and what they take, one a line.
 std::string DescribeProjectKeys();

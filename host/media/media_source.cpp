@@ -97,7 +97,19 @@ void MediaSource::OpenDecoder(const std::string& file) {
     if (error < 0) Refuse(m_name + ": its decoder does not start (" + ErrorText(error) + "); convert it first");
     if (m_input->start_time != AV_NOPTS_VALUE)
         m_origin = av_rescale_q(m_input->start_time, AV_TIME_BASE_Q, m_video->time_base);
-    m_pending = DecodeNext();
+    m_pending = m_options.begin > 0 ? DecodeFrom(m_options.begin) : DecodeNext();
+}
+
+// The first picture at a time or behind it; the film's first one where there is none, or no way to go there.
+FramePtr MediaSource::DecodeFrom(double seconds) {
+    const std::int64_t time = m_origin + std::int64_t(seconds / av_q2d(m_video->time_base));
+    if (avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, time, time, 0) < 0) return DecodeNext();
+    for (FramePtr frame = DecodeNext(); frame; frame = DecodeNext())
+        if (frame->pts == AV_NOPTS_VALUE || frame->pts >= time) return frame;
+    m_inputEnded = false;
+    avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, m_origin, m_origin, 0);
+    avcodec_flush_buffers(m_decoder.get());
+    return DecodeNext();
 }
 
 PictureShape MediaSource::Shape(const AVFrame& frame) const {
@@ -297,7 +309,8 @@ bool MediaSource::ReadPacket() {
     if (error < 0) {
         ThrowIfInterrupted();
         const bool quickTime = std::string(m_input->iformat->name).find("mov") != std::string::npos;
-        const bool lacksPictures = quickTime && m_video->discard != AVDISCARD_ALL && m_packets < m_video->nb_frames;
+        const bool lacksPictures =
+            quickTime && m_options.begin == 0 && m_video->discard != AVDISCARD_ALL && m_packets < m_video->nb_frames;
         if (error != AVERROR_EOF)
             m_damage->Add(m_packets, ErrorText(error));
         else if (m_endsEarly || lacksPictures)

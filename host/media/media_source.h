@@ -42,6 +42,8 @@ class MediaSource {
         Gaps gaps = Gaps::Refuse;                           ///< in numbered pictures
         /// What a message about a damaged input advises.
         const char* damageRemedy = "--keep-going takes what is readable";
+        /// Seconds of the film that are skipped: it is as if it began behind them. For pictures without sound.
+        double begin = 0;
     };
 
     MediaSource(const std::string& path, const Options& options);
@@ -79,6 +81,7 @@ class MediaSource {
  private:
     void OpenReader();
     void OpenDecoder(const std::string& file);
+    FramePtr DecodeFrom(double seconds);
     void RefuseHugePictures() const;
     FramePtr DecodeNext();
     FramePtr ReadNext();
