@@ -4,11 +4,14 @@
 #include <cmath>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "host/base/errors.h"
 #include "host/base/language_code.h"
 #include "host/base/log.h"
+#include "host/base/version.h"
 #include "host/disc/film_facts.h"
+#include "host/disc/stages.h"
 #include "host/disc/subtitle_text.h"
 #include "host/disc/title_copy.h"
 #include "host/films/slideshow.h"
@@ -170,6 +173,18 @@ std::vector<double> ChaptersAt(const std::vector<double>& keys, const std::vecto
 }  // namespace
 
 int PassesOf(const TitleJob& job) { return job.videoRate < twoPassesBelow ? 2 : 1; }
+
+std::string KeyOfTitle(const TitleJob& job) {
+    const DiscFilm& film = FilmOf(job);
+    const FilmProfile& profile = *job.project->profile;
+    std::ostringstream key;
+    key << Version() << '\n' << profile.name << '\n' << job.videoRate << (job.copy ? " copied\n" : "\n");
+    if (film.path.empty()) key << film.pictureSeconds << '\n';
+    for (const double begin : ChapterTimes(film, profile.frameRate)) key << begin << ' ';
+    key << '\n' << KeyOfFile(film.path) << KeyOfFile(film.music);
+    for (const std::string& picture : film.pictures) key << KeyOfFile(picture);
+    return key.str();
+}
 
 TitleReport MakeTitle(const TitleJob& job, const EffectModule& module) {
     const DiscFilm& film = FilmOf(job);

@@ -38,6 +38,9 @@ TitleReport MakeTitle(const TitleJob& job, const EffectModule& module);
 /// The report of a file that MakeTitle has made. Throws an input error.
 TitleReport ReadTitleReport(const std::string& output);
 
+/// What the file depends on, as a stage's key: two jobs of one key make the same.
+std::string KeyOfTitle(const TitleJob& job);
+
 /// Where one pass would not share out so few bits well, in kbit/s.
 inline constexpr int twoPassesBelow = 4500;
 /// How often the pictures of a job are gone through.

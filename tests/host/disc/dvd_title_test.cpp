@@ -168,6 +168,30 @@ TEST_F(DvdTitleTest, PicturesThatAreCodedForDvdsStayAsTheyAre) {
     EXPECT_FALSE(Make("ready.mpg", 6000, true).copied);
 }
 
+TEST_F(DvdTitleTest, KeysDifferWhereTheFilesWould) {
+    std::ofstream(folder / "film.mkv") << "1";
+    DiscFilm film;
+    film.path = Path("film.mkv");
+    film.chapters = {{0, "a"}, {2, "b"}};
+    project.films = {film};
+    const TitleJob job{&project, 0, 6000, Path("title.mpg"), 0, false};
+    std::set<std::string> keys = {KeyOfTitle(job)};
+    // Titles stand in menus, and cores only make it sooner.
+    project.films[0].title = project.films[0].chapters[0].title = "other";
+    TitleJob same = job;
+    same.threads = 7;
+    EXPECT_TRUE(keys.contains(KeyOfTitle(same)));
+    TitleJob other = job;
+    other.videoRate = 5000;
+    EXPECT_TRUE(keys.insert(KeyOfTitle(other)).second);
+    project.films[0].chapters[1].begin = 3;
+    EXPECT_TRUE(keys.insert(KeyOfTitle(job)).second);
+    project.profile = FindProfile("ntsc-16:9");
+    EXPECT_TRUE(keys.insert(KeyOfTitle(job)).second);
+    std::ofstream(folder / "film.mkv") << "22";
+    EXPECT_TRUE(keys.insert(KeyOfTitle(job)).second);
+}
+
 TEST_F(DvdTitleTest, MakesSlideshowsWithMusic) {
     Ffmpeg("-f lavfi -i testsrc2=s=200x150:d=1:r=3 photo%d.png -f lavfi -i sine=d=30 music.mp3");
     DiscFilm film;
