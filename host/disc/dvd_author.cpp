@@ -1,7 +1,5 @@
 #include "host/disc/dvd_author.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -11,6 +9,7 @@
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
+#include "host/disc/disc_folder.h"
 #include "host/disc/dvd_check.h"
 #include "host/disc/highlights.h"
 #include "host/disc/tool.h"
@@ -137,42 +136,6 @@ void WriteImage(const DiscProject& project, const fs::path& folder, const std::s
     image.Commit();
 }
 
-// The folder's name without a slash behind it.
-fs::path FolderName(const std::string& output) {
-    const fs::path path(output);
-    return path.has_filename() ? path : path.parent_path();
-}
-
-// Gives the folder its name, in the place of an older disc.
-void MoveFolder(const fs::path& from, const fs::path& name) {
-    const fs::path old = from.string() + ".old";
-    std::error_code error;
-    if (fs::exists(name, error)) fs::rename(name, old, error);
-    if (!error) fs::rename(from, name, error);
-    if (error) ThrowWriteError(name.string(), -error.value());
-    fs::remove_all(old, error);
-}
-
-class TemporaryFolder {
- public:
-    explicit TemporaryFolder(fs::path path) : m_path(std::move(path)) {
-        std::error_code error;
-        fs::remove_all(m_path, error);
-        if (fs::create_directories(m_path, error); error) ThrowWriteError(m_path.string(), -error.value());
-    }
-    ~TemporaryFolder() {
-        std::error_code error;
-        fs::remove_all(m_path, error);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const fs::path& Path() const { return m_path; }
-
- private:
-    fs::path m_path;
-};
-
 std::string PaletteText(const MadeTitle& title) {
     std::string text;
     for (const unsigned colour : title.palette) {
@@ -204,18 +167,7 @@ void CheckDiscOutput(const std::string& output, bool overwrite) {
     std::error_code error;
     if (fs::exists(output, error) && !fs::is_directory(output, error))
         throw HostError(ExitCode::Output, output + " is a file; name a folder, or an image that ends in .iso");
-    for (const fs::directory_entry& entry : fs::directory_iterator(output, error)) {
-        const std::string name = entry.path().filename().string();
-        if (name != "VIDEO_TS" && name != "AUDIO_TS")
-            throw HostError(ExitCode::Output,
-                            output + " holds " + name + ", which is no part of a DVD; name a new folder");
-        if (!overwrite) throw HostError(ExitCode::Output, output + " holds a disc already; -y overwrites it");
-    }
-    const fs::path name = FolderName(output);
-    const fs::path parent = name.has_parent_path() ? name.parent_path() : fs::path(".");
-    if (!fs::is_directory(parent, error))
-        throw HostError(ExitCode::Output,
-                        output + ": the folder " + parent.string() + " does not exist; make it first (mkdir -p)");
+    CheckDiscFolder(output, {"VIDEO_TS", "AUDIO_TS"}, "a DVD", overwrite);
 }
 
 void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, const std::vector<MadeTitle>& titles,
@@ -236,15 +188,13 @@ void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, 
     WriteText(script, DvdScript(project, pages, titles, films, names));
     // A folder gets its name by being moved, which only works within a file system.
     const bool isImage = IsImage(output);
-    const TemporaryFolder folder(
-        isImage ? files.Path() / "disc"
-                : fs::path(FolderName(output).string() + ".nifikral-" + std::to_string(getpid()) + ".part"));
+    const TemporaryFolder folder(isImage ? files.Path() / "disc" : FolderBeside(output));
     PrintOutput(RunTool({{"dvdauthor", "-o", folder.Path().string(), "-x", script.string()}, "dvdauthor"}));
     CheckDvd(folder.Path().string(), pages, titles);
     if (isImage)
         WriteImage(project, folder.Path(), output, overwrite);
     else
-        MoveFolder(folder.Path(), FolderName(output));
+        MoveFolder(folder.Path(), output);
 }
 
 }  // namespace Nifikral
