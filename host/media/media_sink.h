@@ -34,6 +34,7 @@ struct OutputOptions {
         audioEncoder;      ///< for all sound; empty: it is copied, or encoded as is usual, as the container takes it
     int audioBitRate = 0;  ///< for all sound, which is then encoded; 0: the usual one
     bool sound = true;     ///< whether the input's goes along
+    bool progressive = false;  ///< interlaced pictures are made whole
     bool overwrite = false;
     int threads = 1;
     std::vector<double> keyTimes;           ///< in order, the seconds at which players are to be able to begin

@@ -13,6 +13,8 @@ extern "C" {
 namespace Nifikral {
 namespace {
 
+constexpr char wholePictures[] = "bwdif=mode=send_frame:deint=interlaced";
+
 bool IsSame(AVRational a, AVRational b) { return av_cmp_q(a, b) == 0; }
 
 double ShownAspect(const OutputTraits& traits) {
@@ -24,7 +26,7 @@ std::string ProfileFilters(const OutputTraits& from, const OutputTraits& to) {
     const PictureShape &has = from.source, &wanted = to.source;
     const FilmPart part = PartOf(from, to);
     std::ostringstream filters;
-    if (from.fieldOrder != to.fieldOrder) filters << "bwdif=mode=send_frame:deint=interlaced,";
+    if (from.fieldOrder != to.fieldOrder) filters << wholePictures << ",";
     if (part.width != has.width || part.height != has.height)
         filters << "scale=" << part.width << ":" << part.height << ":flags=bicubic,";
     if (part.width != wanted.width || part.height != wanted.height)
@@ -36,12 +38,16 @@ std::string ProfileFilters(const OutputTraits& from, const OutputTraits& to) {
 
 std::string Filters(const OutputTraits& from, const OutputTraits& to) {
     if (from.profile) return ProfileFilters(from, to);
-    std::ostringstream filters;
+    std::vector<std::string> filters;
+    const auto ratio = [](AVRational value) { return std::to_string(value.num) + "/" + std::to_string(value.den); };
+    // It counts time in halves.
+    if (from.fieldOrder != to.fieldOrder) filters.push_back(wholePictures + (",settb=" + ratio(from.timeBase)));
     if (from.source.width != to.source.width || from.source.height != to.source.height)
-        filters << "crop=" << to.source.width << ":" << to.source.height << ":0:0";
-    if (!IsSame(from.frameRate, to.frameRate))
-        filters << (filters.tellp() > 0 ? "," : "") << "fps=" << to.frameRate.num << "/" << to.frameRate.den;
-    return filters.str();
+        filters.push_back("crop=" + std::to_string(to.source.width) + ":" + std::to_string(to.source.height) + ":0:0");
+    if (!IsSame(from.frameRate, to.frameRate)) filters.push_back("fps=" + ratio(to.frameRate));
+    std::string chain;
+    for (const std::string& filter : filters) chain += (chain.empty() ? "" : ",") + filter;
+    return chain;
 }
 
 void UseProfile(OutputTraits& traits) {
@@ -88,9 +94,10 @@ FilmPart PartOf(const OutputTraits& from, const OutputTraits& to) {
     return part;
 }
 
-OutputTraits StoredTraits(const OutputTraits& traits, const AVCodec& codec, AVPixelFormat format) {
+OutputTraits StoredTraits(const OutputTraits& traits, const AVCodec& codec, AVPixelFormat format, bool progressive) {
     OutputTraits stored = traits;
     if (traits.profile) UseProfile(stored);
+    if (progressive) stored.fieldOrder = AV_FIELD_PROGRESSIVE;
     const AVPixFmtDescriptor& layout = *av_pix_fmt_desc_get(format);
     // Their streams hold whole chroma samples alone.
     if (codec.id == AV_CODEC_ID_H264 || codec.id == AV_CODEC_ID_HEVC) {

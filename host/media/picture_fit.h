@@ -10,8 +10,10 @@
 namespace Nifikral {
 
 /// What an output stores of pictures with these traits: of the profile's size, rate and colours where there is one,
-/// else at a rate that the codec knows. `format` is the encoder's.
-OutputTraits StoredTraits(const OutputTraits& traits, const AVCodec& codec, AVPixelFormat format);
+/// else at a rate that the codec knows. `format` is the encoder's. `progressive`: pictures are whole, however they
+/// come.
+OutputTraits StoredTraits(const OutputTraits& traits, const AVCodec& codec, AVPixelFormat format,
+                          bool progressive = false);
 
 /// The part of the stored picture, in its middle, that pictures take up, in even sides.
 struct FilmPart {

@@ -69,7 +69,7 @@ class VideoSink final : public MediaSink {
         : m_name(options.path == "-" ? "stdout" : options.path),
           m_purpose{.globalHeader = (format.flags & AVFMT_GLOBALHEADER) != 0,
                     .formats = IsY4m(format) ? std::span(y4mFormats) : std::span<const AVPixelFormat>()},
-          m_stored(StoredTraits(traits, codec, ChooseFormat(codec, traits, m_purpose))),
+          m_stored(StoredTraits(traits, codec, ChooseFormat(codec, traits, m_purpose), options.progressive)),
           m_encoder(codec, options, m_stored, m_purpose),
           m_shape(m_encoder.Shape()),
           m_fit(traits, m_stored, m_name),
