@@ -66,19 +66,21 @@ std::string LoopOf(const Film& film) {
     return std::to_string(film.loopStart) + "-" + std::to_string(film.frames - 1);
 }
 
-void RenderPage(const MenuOptions& options, const MenuProject& page, const EffectModule& module, Faults& faults) {
-    const EffectPtr generator = module.Create(options.templateName);
-    SetProperties(*generator, MenuProperties(page), [&](const std::string& name, const std::string& reason) {
-        faults.Add(name, options.templateName + " refuses it: " + reason);
+}  // namespace
+
+void RenderMenuPage(const MenuProject& page, const std::string& templateName, const FilmOptions& options,
+                    const EffectModule& module, const std::string& name) {
+    Faults faults(name);
+    const EffectPtr generator = module.Create(templateName);
+    SetProperties(*generator, MenuProperties(page), [&](const std::string& property, const std::string& reason) {
+        faults.Add(property, templateName + " refuses it: " + reason);
     });
     faults.ThrowIfAny();
     Film film = page.film;
     if (!page.buttons.empty())
-        film.over = DrawButtons(LayOutButtons(page, MenuWatch(page, options.templateName, module)), film);
-    RenderFilm(*generator, film, options.film, options.project);
+        film.over = DrawButtons(LayOutButtons(page, MenuWatch(page, templateName, module)), film);
+    RenderFilm(*generator, film, options, name);
 }
-
-}  // namespace
 
 void RequireMenuTemplate(const std::string& name, const EffectModule& module) {
     std::vector<std::string> menus;
@@ -110,7 +112,7 @@ void RenderMenu(const MenuOptions& options, const EffectModule& module) {
     for (const int number : PagesToMake(options, int(pages.size()))) {
         page.film.run.output.path = PageOutput(options, number);
         RefuseInputsAsOutput(page, project);
-        RenderPage(page, pages[std::size_t(number - 1)], module, faults);
+        RenderMenuPage(pages[std::size_t(number - 1)], page.templateName, page.film, module, page.project);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "host/catalogue/effect_module.h"
 #include "host/films/film.h"
+#include "host/films/menu_project.h"
 
 namespace Nifikral {
 
@@ -17,6 +18,10 @@ struct MenuOptions {
 /// Makes a menu of a project file, after a check of all that the project says and names; where it has several pages, a
 /// film of each, under the output's name with the page's number.
 void RenderMenu(const MenuOptions& options, const EffectModule& module);
+
+/// Makes the film of one page. `name` stands in what is printed of it.
+void RenderMenuPage(const MenuProject& page, const std::string& templateName, const FilmOptions& options,
+                    const EffectModule& module, const std::string& name);
 
 /// Throws a usage error for a name that is no menu template of the module.
 void RequireMenuTemplate(const std::string& name, const EffectModule& module);

@@ -25,7 +25,8 @@ constexpr Holds containers[] = {{"mp4", AV_CODEC_ID_MOV_TEXT, CoverKind::Picture
                                 {"matroska", AV_CODEC_ID_SUBRIP, CoverKind::Attachment, true},
                                 {"webm", AV_CODEC_ID_WEBVTT, CoverKind::None, true},
                                 {"nut", AV_CODEC_ID_NONE, CoverKind::None, true},
-                                {"asf", AV_CODEC_ID_NONE, CoverKind::None, true}};
+                                {"asf", AV_CODEC_ID_NONE, CoverKind::None, true},
+                                {"webvtt", AV_CODEC_ID_WEBVTT}};
 
 const Holds& HoldsOf(const AVOutputFormat& format) {
     static constexpr Holds nothing;
