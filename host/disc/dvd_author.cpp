@@ -35,6 +35,7 @@ void WritePicture(const fs::path& path, FramePtr picture) {
     const std::unique_ptr<MediaSink> sink =
         OpenSink(options, TraitsOfFilm(picture->width, picture->height, {25, 1}, AV_PIX_FMT_BGRA), false);
     picture->pts = 0;
+    PictureConverter(sink->Shape()).Convert(picture);
     sink->Write(std::move(picture), 0);
     sink->Finish();
 }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <ostream>
+#include <set>
 #include <string>
 
 namespace Nifikral {
@@ -111,6 +112,11 @@ class DiscWalk {
         return PlayToPicture();
     }
 
+    /// The colours of pictures over the film, brightness and the two differences, after an event of their change.
+    std::set<std::uint32_t> Colours() const {
+        const auto* const colours = reinterpret_cast<const std::uint32_t*>(m_block.data());
+        return {colours, colours + 16};
+    }
     /// The numbers of the streams that are shown over wide pictures, after an event of their change.
     int MarksOfWholePictures() const { return StreamChange().physical_wide; }
     int MarksOfLetterboxedPictures() const { return StreamChange().physical_letterbox; }
@@ -133,7 +139,7 @@ class DiscWalk {
         void operator()(dvdnav_t* player) const { dvdnav_close(player); }
     };
     std::unique_ptr<dvdnav_t, Close> m_player;
-    std::array<std::uint8_t, DVD_VIDEO_LB_LEN> m_block{};
+    alignas(8) std::array<std::uint8_t, DVD_VIDEO_LB_LEN> m_block{};
     int m_titleSet = 0;
     bool m_hasPacket = false;
 };

@@ -219,6 +219,10 @@ TEST_F(DvdAuthorTest, ANarrowDiscInAFolderKnowsTheRemotesKeys) {
 TEST_F(DvdAuthorTest, MarksComeBackWithEveryRoundOfAMenu) {
     MakeDisc("pal-16:9", "disc");
     DiscWalk walk((folder / "disc").string());
+    ASSERT_TRUE(walk.PlayUntil([](int event) { return event == DVDNAV_SPU_CLUT_CHANGE; }));
+    // Yellow, and white.
+    EXPECT_EQ(walk.Colours().count(0xC19F3A), 1u);
+    EXPECT_EQ(walk.Colours().count(0xEB8080), 1u);
     ASSERT_TRUE(walk.PlayUntil([](int event) { return event == DVDNAV_SPU_STREAM_CHANGE; }));
     EXPECT_EQ(walk.MarksOfWholePictures(), 0);
     EXPECT_EQ(walk.MarksOfLetterboxedPictures(), 1);
