@@ -212,7 +212,7 @@ class PageMaker {
         const int left = menu.film.width / 20 + mark, right = menu.film.width - left;
         const int safe = menu.film.height - menu.film.height / 20 - mark;
         for (int size = menu.film.height / 22; size >= menu.film.height / 40; --size) {
-            const int height = size * 3 / 2, gap = size;
+            const int height = size * 3 / 2, gap = 2 * size;
             std::vector<FilmBox> row;
             int across = 0;
             for (const Command& command : commands) {

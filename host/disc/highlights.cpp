@@ -24,17 +24,21 @@ HighlightBox Grown(const DiscButton& button, int left, int others, const FilmPro
             Even(std::min(profile.height - border, button.y + button.height + others + 1))};
 }
 
+// Each grown as much as keeps it off the others.
 std::vector<HighlightBox> AllGrown(const DiscPage& page, int left, int others, const FilmProfile& profile) {
-    std::vector<HighlightBox> boxes;
-    for (const DiscButton& button : page.buttons) boxes.push_back(Grown(button, left, others, profile));
-    return boxes;
-}
-
-bool AnyTouch(const std::vector<HighlightBox>& boxes) {
+    std::vector<HighlightBox> boxes, grown;
+    for (const DiscButton& button : page.buttons) boxes.push_back(Grown(button, 0, 0, profile));
+    grown = boxes;
     for (std::size_t i = 0; i < boxes.size(); ++i)
-        for (std::size_t j = 0; j < i; ++j)
-            if (Touch(boxes[i], boxes[j])) return true;
-    return false;
+        for (const auto& [more, around] : {std::pair(left, others), {others, others}, {left, 0}}) {
+            const HighlightBox box = Grown(page.buttons[i], more, around, profile);
+            bool touches = false;
+            for (std::size_t j = 0; j < boxes.size(); ++j) touches |= j != i && Touch(box, grown[j]);
+            if (touches) continue;
+            grown[i] = box;
+            break;
+        }
+    return grown;
 }
 
 class Pen {
@@ -63,11 +67,13 @@ class Pen {
     // A triangle that points to the right, at the left of the box.
     void Marker(const HighlightBox& box) const {
         const int height = std::min(markerHeight, Even(box.bottom - box.top));
-        const int top = Even((box.top + box.bottom - height) / 2);
+        // Narrow beside the text of a low button.
+        const int top = Even((box.top + box.bottom - height) / 2),
+                  width = std::min(markerWidth, (box.bottom - box.top) / 3);
         const auto triangle = [&](int inset, unsigned colour) {
             for (int y = inset; y < height - inset; ++y) {
                 const int depth = std::min(y, height - 1 - y) - inset + 1;
-                const int length = depth * markerWidth * 2 / height;
+                const int length = depth * width * 2 / height;
                 Row(top + y, box.left + inset, box.left + inset + length, colour);
             }
         };
@@ -96,7 +102,6 @@ std::vector<HighlightBox> HighlightBoxes(const DiscPage& page, const DiscMenus& 
     constexpr int usual = 6;
     std::vector<HighlightBox> boxes =
         AllGrown(page, menus.mark == ButtonMark::Marker ? markerRoom : usual, usual, profile);
-    if (AnyTouch(boxes)) boxes = AllGrown(page, 0, 0, profile);
     if (view == DiscView::Letterboxed)
         for (HighlightBox& box : boxes) {
             const auto squeezed = [&](int row) { return Even(row * 3 / 4 + profile.height / 8); };
