@@ -117,6 +117,23 @@ TEST_F(WebDiscTest, KeepsHowATelephoneWasHeld) {
     EXPECT_NE(Probe("film-01.mp4", "stream_side_data=rotation"), "");
 }
 
+TEST_F(WebDiscTest, MakesAFilmOfPhotographs) {
+    Ffmpeg("-f lavfi -i testsrc2=size=300x400:rate=1:duration=2 %d.jpg");
+    Ffmpeg("-f lavfi -i sine=duration=3 music.wav");
+    DiscFilm show;
+    show.pictures = {Path("1.jpg"), Path("2.jpg")};
+    show.music = Path("music.wav");
+    show.pictureSeconds = 1;
+    project.films = {show};
+    project.profile = FindProfile("ntsc-4:3");
+    const WebFilm made = MakeWebFilm(project, 0, Path(""), 2, module);
+    ASSERT_EQ(made.sounds.size(), 1u);
+    EXPECT_EQ(Streams(made.sounds[0].file), "h264 aac ");
+    EXPECT_EQ(Probe(made.sounds[0].file, "stream=width,height,sample_aspect_ratio,r_frame_rate"),
+              "1440|1080|1:1|30000/1001\n");
+    EXPECT_EQ(Files(), (std::set<std::string>{"1.jpg", "2.jpg", "film-01.json", "film-01.mp4", "music.wav"}));
+}
+
 // A disc of three films, the first with chapters; the menus have two pages of the disc and two of chapters.
 class WebDiscInABrowser : public WebDiscTest {
  protected:
