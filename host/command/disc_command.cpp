@@ -3,14 +3,14 @@
 #include <memory>
 
 #include "host/command/common_options.h"
-#include "host/disc/disc.h"
 #include "host/disc/disc_json.h"
+#include "host/disc/disc_work.h"
 
 namespace Nifikral {
 
 void AddDisc(CommandLine& line) {
     CLI::App* const disc =
-        line.app.add_subcommand("disc", "check a disc's project and print its plan")->group(makingCommands);
+        line.app.add_subcommand("disc", "make a disc of films and photographs, with menus")->group(makingCommands);
     const auto given = std::make_shared<DiscOptions>();
     DiscOptions& options = *given;
     disc->add_option("PROJECT", options.input,
@@ -21,7 +21,8 @@ void AddDisc(CommandLine& line) {
         ->required();
     Take(line, disc->add_option("--format", options.format, "what is made")->capture_default_str()->type_name("FORMAT"),
          {"dvd", "web"});
-    disc->add_flag("--dry-run", options.dryRun, "check everything and print what would be done")->required();
+    disc->add_flag("--dry-run", options.dryRun, "check everything and print what would be done");
+    disc->add_option("--stage", options.stage, "only this part, for the runs that a disc is shared out to")->group("");
     disc->add_flag("-y,--overwrite", options.overwrite, "overwrite an existing output");
     Take(line, disc->add_option("--progress", line.progress, "how progress is printed on stderr")->type_name("FORM"),
          {"line", "json"});
@@ -29,7 +30,7 @@ void AddDisc(CommandLine& line) {
     disc->add_flag("-v,--verbose", line.verbose, "print details");
     AddCommonOptions(*disc, line);
     disc->footer("Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeDiscKeys());
-    line.work[disc] = [given](const EffectModule& module) { PlanDiscRun(*given, module); };
+    line.work[disc] = [given](const EffectModule& module) { RunDisc(*given, module); };
 }
 
 }  // namespace Nifikral

@@ -11,6 +11,7 @@ struct DiscOptions {
     std::string output;  ///< an image (.iso) or a folder
     std::string format = "dvd";
     bool overwrite = false, dryRun = false;
+    std::string stage;  ///< the only part to make, into the output, a folder; empty: the whole
 };
 
 /// A project with its plan.

@@ -337,8 +337,8 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
     return pages.Take();
 }
 
-MadePage MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module,
-                  const std::string& output, int threads) {
+void MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module, const std::string& output,
+              int threads) {
     const EffectPtr menu = module.Create(page.templateName);
     SetProperties(*menu, MenuProperties(page.menu), [&](const std::string& name, const std::string& reason) {
         throw HostError(ExitCode::Failed, page.name + ": " + page.templateName + " refuses " + name + ": " + reason);
@@ -354,10 +354,12 @@ MadePage MakePage(const DiscProject& project, const DiscPage& page, const Effect
     options.run.output.path = output;
     options.run.output.overwrite = true;
     options.run.output.silence = true;
-    const double loopStart = double(film.loopStart) / av_q2d(film.frameRate);
-    options.run.output.keyTimes = {loopStart};
+    options.run.output.keyTimes = {PlaceOfPage(page, output).loopStart};
     RenderFilm(*menu, film, options, page.name);
-    return {output, loopStart};
+}
+
+MadePage PlaceOfPage(const DiscPage& page, const std::string& output) {
+    return {output, double(page.menu.film.loopStart) / av_q2d(page.menu.film.frameRate)};
 }
 
 }  // namespace Nifikral

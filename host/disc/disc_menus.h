@@ -18,7 +18,10 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
 
 /// Makes the film of a page, with the project's music: `output` is an .mpg, which is replaced where it is there.
 /// `threads`: 0 for all cores.
-MadePage MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module,
-                  const std::string& output, int threads);
+void MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module, const std::string& output,
+              int threads);
+
+/// The film that MakePage has made there.
+MadePage PlaceOfPage(const DiscPage& page, const std::string& output);
 
 }  // namespace Nifikral

@@ -95,8 +95,10 @@ TEST_F(DiscMenusTest, AMadeDiscShowsItsMenusAndLoopsWithoutASeam) {
     const std::vector<DiscPage> pages = PagesOfDisc(project, module);
     ASSERT_EQ(pages.size(), 2u);
     std::vector<MadePage> made;
-    for (const DiscPage& page : pages)
-        made.push_back(MakePage(project, page, module, (folder / (page.name + ".mpg")).string(), 2));
+    for (const DiscPage& page : pages) {
+        made.push_back(PlaceOfPage(page, (folder / (page.name + ".mpg")).string()));
+        MakePage(project, page, module, made.back().path, 2);
+    }
     Ffmpeg(
         "-f lavfi -i color=gray:size=720x480:rate=30000/1001:duration=2 -f lavfi -i sine=sample_rate=48000:duration=2 "
         "-ac 2 -target ntsc-dvd -aspect 4:3 -force_key_frames 1 title.mpg");

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "host/catalogue/effect_module.h"
+#include "host/disc/disc.h"
+
+namespace Nifikral {
+
+/// Makes a disc, or prints its plan. Its films and those of its menus are made in runs of their own, several at once,
+/// and stay in the folder OUTPUT.work: a later run makes only what has changed, or what is missing after a kill.
+/// `options.stage` names what such a run makes. Throws host errors.
+void RunDisc(const DiscOptions& options, const EffectModule& module);
+
+}  // namespace Nifikral
