@@ -1,6 +1,6 @@
 #!/bin/bash
 # Puts every effect that the command lists on the sample clip and the sample photograph, shows the photograph under all of
-# them on one page, and makes a menu, a slideshow with a title over it, and one picture of all generators.
+# them on one page, and makes a menu, a slideshow with a title over it, one picture of all generators, and a disc.
 # Usage: scripts/demo.sh COMMAND OUTPUT_FOLDER
 set -euo pipefail
 command=$1 folder=$2
@@ -29,7 +29,15 @@ echo "a slideshow and a title over it"
 echo "all generators on one sheet"
 "$here/contact_sheet.sh" "$command" "$folder/generators.png" generators
 
+echo "a disc, for players and for browsers"
+mkdir -p "$folder/holiday/Photographs"
+cp "$folder/input/clip.mp4" "$folder/holiday"
+cp "$photographs"/{Bridge,Dragonfly,Wine}_by_*.jpg "$folder/holiday/Photographs"
+"$command" disc -q -y "$folder/holiday" -o "$folder/holiday.iso"
+"$command" disc -q -y "$folder/holiday" -o "$folder/holiday_web" --format web
+
 echo
 echo "The results are in $(realpath "$folder"): EFFECT.mp4 from input/clip.mp4, EFFECT.png from input/photo.jpg,"
 echo "menu.mp4 from menu_project/menu.json, slideshow.mp4, title.mp4, and generators.png with a frame of every generator."
+echo "The disc of the folder holiday: holiday.iso for a DVD, holiday_web/index.html for a browser."
 echo "The photograph under every effect: $(realpath "$folder/gallery.html")"

@@ -24,7 +24,7 @@ while IFS= read -r line; do
     [[ $line != *...* && $line != *plan* ]] || continue
     line=${line//\\|/|} line=${line%%|*} line=${line%%  #*}
     case $line in
-        'nifikral apply '* | 'nifikral slideshow '* | 'nifikral title '* | 'nifikral menu '*) line+=' -y --dry-run' ;;
+        'nifikral apply '* | 'nifikral slideshow '* | 'nifikral title '* | 'nifikral menu '* | 'nifikral disc '*) line+=' -y --dry-run' ;;
         'nifikral init '* | 'nifikral gallery '*) line+=' -y' ;;
     esac
     if ! bash -c "$line" </dev/null >printed 2>&1; then
