@@ -1,5 +1,7 @@
 #include "dvd_effects/generator_table.h"
 
+#include "dvd_effects/slides/CSlides.h"
+#include "dvd_effects/slides/CTitle.h"
 #include "dvd_effects/templates/CBaby.h"
 #include "dvd_effects/templates/CCommon.h"
 #include "dvd_effects/templates/CCommonSub.h"
@@ -14,10 +16,8 @@
 #include "dvd_effects/templates/CPush.h"
 #include "dvd_effects/templates/CRectangles.h"
 #include "dvd_effects/templates/CResizingPanels.h"
-#include "dvd_effects/slides/CSlides.h"
 #include "dvd_effects/templates/CSpecialOccasion.h"
 #include "dvd_effects/templates/CStacking.h"
-#include "dvd_effects/slides/CTitle.h"
 #include "dvd_effects/templates/CTravel.h"
 #include "dvd_effects/templates/CVideoWall.h"
 #include "dvd_effects/templates/CVignette.h"

@@ -91,7 +91,8 @@ void RestingPlaces::Add(const Subject& subject, const Laying& laying) {
     bounds = bounds.Within({double(window.xBegin), double(window.yBegin), double(window.xEnd), double(window.yEnd)})
                  .Within({0, 0, width, height});
     for (unsigned i = 0; i < Showing::points; ++i) {
-        const Spot point = at((i % Showing::side + 0.5) / Showing::side, (i / Showing::side + 0.5) / Showing::side);
+        const unsigned column = i % Showing::side, row = i / Showing::side;
+        const Spot point = at((column + 0.5) / Showing::side, (row + 0.5) / Showing::side);
         const bool isOnFrame = point.x >= 0 && point.y >= 0 && point.x < width && point.y < height;
         showing.at[i] = point;
         showing.shown[i] = isOnFrame ? laying.CoverageAt(point) : 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <sstream>
@@ -91,7 +92,7 @@ class ButtonMuxer {
     std::string Script(const DiscPage& page, const MadePage& film, const std::vector<HighlightBox>& boxes,
                        const std::string& chosen, const std::string& pressed) const {
         char start[32];
-        const int hundredths = int(film.loopStart * 100 + 0.5);
+        const int hundredths = int(std::lround(film.loopStart * 100));
         std::snprintf(start, sizeof start, "%02d:%02d:%02d.%02d", hundredths / 360000, hundredths / 6000 % 60,
                       hundredths / 100 % 60, hundredths % 100);
         std::ostringstream text;

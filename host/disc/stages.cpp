@@ -118,8 +118,11 @@ Child::~Child() {
     if (m_id > 0) {
         kill(m_id, SIGTERM);
         // Its last words make room for its end.
-        while (Read()) {
-        }
+        std::array<char, 4096> words;
+        ssize_t count;
+        do {
+            count = read(m_pipe, words.data(), words.size());
+        } while (count > 0 || (count < 0 && errno == EINTR));
         Wait();
     }
     close(m_pipe);

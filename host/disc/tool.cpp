@@ -2,20 +2,18 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <sstream>
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
-
-extern char** environ;
 
 namespace Nifikral {
 namespace {

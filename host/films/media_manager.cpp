@@ -47,7 +47,7 @@ struct PlayedPath {
 
 // A path of another form is a plain one.
 PlayedPath ReadPath(std::string_view text) {
-    const PlayedPath plain{std::string(text), {}};
+    PlayedPath plain{std::string(text), {}};
     if (!text.starts_with(playedPath)) return plain;
     text.remove_prefix(playedPath.size());
     PlayedPath played;

@@ -24,7 +24,7 @@ std::string Trimmed(const std::string& text) {
 // The part of a line up to a "|", which is taken from it.
 std::string TakePart(std::string& line) {
     const std::size_t bar = line.find('|');
-    const std::string part = Trimmed(line.substr(0, bar));
+    std::string part = Trimmed(line.substr(0, bar));
     line = bar == std::string::npos ? "" : line.substr(bar + 1);
     return part;
 }

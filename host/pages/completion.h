@@ -3,8 +3,8 @@
 #include <span>
 #include <string>
 
-#include "host/pages/command_description.h"
 #include "host/catalogue/effect_details.h"
+#include "host/pages/command_description.h"
 
 namespace Nifikral {
 

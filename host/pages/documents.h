@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "host/pages/command_description.h"
 #include "host/catalogue/effect_details.h"
+#include "host/pages/command_description.h"
 
 namespace Nifikral {
 

@@ -88,8 +88,7 @@ TEST_F(FilmTest, AProfileMakesTheStreamOfADvdAndTheSoundItsLength) {
     };
     EXPECT_LT(loudest(66000, 70000), loudest(10000, 20000) / 3) << "it does not fade out";
     const Outcome longer = Nifikral("slideshow pics -o long.mkv --size 64x36 --audio tone.wav --length 4");
-    EXPECT_NE(longer.errors.find("tone.wav ends after 2 s and the film after 4 s"), std::string::npos)
-        << longer.errors;
+    EXPECT_NE(longer.errors.find("tone.wav ends after 2 s and the film after 4 s"), std::string::npos) << longer.errors;
     EXPECT_EQ(Nifikral("slideshow pics -o out.mp4 --profile pall").exitCode, 2);
     EXPECT_EQ(Nifikral("slideshow pics -o out.mp4 --length audio").exitCode, 2);
     EXPECT_EQ(Nifikral("slideshow pics -o out.mp4 --audio pics/notes.txt").exitCode, 3);
