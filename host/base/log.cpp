@@ -13,6 +13,13 @@ namespace {
 
 std::atomic<Verbosity> currentVerbosity = Verbosity::Normal;
 
+bool IsNew(const std::string& subject) {
+    static std::mutex mutex;
+    static std::set<std::string> reported;
+    const std::lock_guard lock(mutex);
+    return reported.insert(subject).second;
+}
+
 void Print(const char* kind, const std::string& line) {
     // One write, so that lines of several threads do not mix; the carriage return wipes a progress line.
     const std::string text = "\r\033[K" + ("nifikral: " + (kind + line)) + "\n";
@@ -31,14 +38,12 @@ void PrintError(const std::string& lines) {
 }
 
 void PrintWarning(const std::string& line) {
+    IsNew(line);
     if (currentVerbosity != Verbosity::Quiet) Print("warning: ", line);
 }
 
 void PrintWarningOnce(const std::string& subject, const std::string& line) {
-    static std::mutex mutex;
-    static std::set<std::string> reported;
-    const std::lock_guard lock(mutex);
-    if (reported.insert(subject).second) PrintWarning(line);
+    if (IsNew(subject)) PrintWarning(line);
 }
 
 void PrintNotice(const std::string& line) {

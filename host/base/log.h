@@ -14,7 +14,8 @@ Verbosity GetVerbosity();
 void PrintError(const std::string& lines);
 /// Something was done otherwise than asked for; not printed under -q.
 void PrintWarning(const std::string& line);
-/// The same, but only the first time for each `subject`.
+/// The same, but only the first time for each `subject`. A warning is a subject of its own: one that a stage repeats
+/// is not printed again.
 void PrintWarningOnce(const std::string& subject, const std::string& line);
 /// What was done; not printed under -q.
 void PrintNotice(const std::string& line);

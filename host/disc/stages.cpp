@@ -154,7 +154,7 @@ void Child::Take(const std::string& line) {
     }
     constexpr std::string_view error = "nifikral: ", warning = "nifikral: warning: ";
     if (line.starts_with(warning))
-        PrintWarning(m_stage.name + ": " + line.substr(warning.size()));
+        PrintWarningOnce(line.substr(warning.size()), m_stage.name + ": " + line.substr(warning.size()));
     else if (line.starts_with(error))
         m_lastError = line.substr(error.size());
     else

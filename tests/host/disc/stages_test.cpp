@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "host/base/errors.h"
+#include "host/base/log.h"
 #include "tests/host/command.h"
 
 namespace Nifikral {
@@ -61,6 +62,17 @@ TEST_F(StagesTest, TheFirstFailureEndsTheOthersAndKeepsWhatIsComplete) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
     EXPECT_TRUE(IsMade(Making("quick")));
     EXPECT_FALSE(std::filesystem::exists(folder / "work/slow.key"));
+}
+
+TEST_F(StagesTest, PrintAWarningOnceWhoeverHasIt) {
+    const std::string warn = "echo 'nifikral: warning: boxes are drawn' >&2; echo made > work/";
+    PrintWarning("a film is silent");
+    testing::internal::CaptureStderr();
+    Run({Of("a", warn + "a; echo 'nifikral: warning: a film is silent' >&2"), Of("b", warn + "b")});
+    const std::string printed = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(printed.find("boxes are drawn"), printed.rfind("boxes are drawn")) << printed;
+    EXPECT_NE(printed.find("boxes are drawn"), std::string::npos) << printed;
+    EXPECT_EQ(printed.find("silent"), std::string::npos) << printed;
 }
 
 TEST_F(StagesTest, RefusesAFolderInUseAndGoesOnAfterAKill) {
