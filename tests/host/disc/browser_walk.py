@@ -37,7 +37,7 @@ class Browser:
             if "started successfully on port" in line:
                 self.address = "http://127.0.0.1:" + line.split()[-1].rstrip(".")
                 break
-        options = {"args": ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
+        options = {"args": ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--remote-debugging-pipe",
                             f"--user-data-dir={self.profile.name}", f"--window-size={width},{height}", *arguments],
                    "binary": shutil.which("chromium")}
         self.session = ""
