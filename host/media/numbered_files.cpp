@@ -90,7 +90,8 @@ std::vector<std::string> NumberedFiles(const std::string& pattern, Gaps gaps, lo
                             pattern + ": " + Missing(expected, number - 1) + ", while " +
                                 NumberedPath(pattern, number) +
                                 " is there; make what is missing, or give --gaps skip, repeat or stop");
-        if (gaps == Gaps::Repeat) files.resize(files.size() + std::size_t(number - expected), files.back());
+        if (number > expected && gaps == Gaps::Repeat)
+            files.resize(files.size() + std::size_t(number - expected), files.back());
         files.push_back(NumberedPath(pattern, number));
         expected = number + 1;
     }
