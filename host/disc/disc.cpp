@@ -16,7 +16,7 @@ PlannedDisc PlanDisc(const DiscOptions& options) {
     disc.project = std::filesystem::is_directory(options.input, error) ? SurveyFolder(options.input)
                                                                        : ReadDiscProject(options.input, faults);
     disc.plan = PlanDisc(disc.project, disc.format, faults);
-    CheckDiscOutput(options.output, options.overwrite, disc.plan, faults);
+    CheckDiscOutput(options.output, disc.format, options.overwrite, disc.plan, faults);
     faults.ThrowIfAny();
     return disc;
 }

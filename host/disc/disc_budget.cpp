@@ -12,10 +12,11 @@
 #include "host/base/number_text.h"
 #include "host/base/progress.h"
 #include "host/disc/disc_trial.h"
+#include "host/disc/dvd_author.h"
 #include "host/disc/film_facts.h"
+#include "host/disc/web_disc.h"
 #include "host/films/slide_pictures.h"
 #include "host/films/text_renderer.h"
-#include "host/media/part_file.h"
 #include "host/media/sound_track.h"
 
 namespace Nifikral {
@@ -193,15 +194,13 @@ void ShareSpace(DiscPlan& plan, const DiscProject& project, Faults& faults) {
         PrintWarning("the films get " + std::to_string(plan.videoRate) + " kbit/s and will look coarse; " + remedy);
 }
 
-void CheckDiscOutput(const std::string& output, bool overwrite, const DiscPlan& plan, Faults& faults) {
+void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrite, const DiscPlan& plan,
+                     Faults& faults) {
     const fs::path path = output.ends_with('/') ? fs::path(output).parent_path() : fs::path(output);
-    const bool isImage = path.extension() == ".iso";
+    const bool isImage = format == DiscFormat::Dvd && IsImage(output);
     std::error_code error;
     try {
-        if (isImage || !fs::is_directory(path, error))
-            CheckOutputPath(path.string(), overwrite);
-        else if (!overwrite && !fs::is_empty(path, error))
-            throw HostError(ExitCode::Output, output + " is a folder that holds files; name another or give -y");
+        (format == DiscFormat::Web ? CheckWebOutput : CheckDvdOutput)(output, overwrite);
     } catch (const HostError& fault) {
         faults.AddOutput(fault.what());
         return;

@@ -42,7 +42,8 @@ DiscPlan PlanDisc(const DiscProject& project, DiscFormat format, Faults& faults)
 void ShareSpace(DiscPlan& plan, const DiscProject& project, Faults& faults);
 
 /// Checks that the output can be made, and that there is room for it and what is made on the way.
-void CheckDiscOutput(const std::string& output, bool overwrite, const DiscPlan& plan, Faults& faults);
+void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrite, const DiscPlan& plan,
+                     Faults& faults);
 
 /// Finds out by a short trial how long one pass through the films of a DVD takes.
 void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule& module);

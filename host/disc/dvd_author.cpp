@@ -21,8 +21,6 @@ namespace Nifikral {
 namespace fs = std::filesystem;
 namespace {
 
-bool IsImage(const std::string& output) { return output.ends_with(".iso") || output.ends_with(".ISO"); }
-
 void WriteText(const fs::path& path, const std::string& text) {
     PartFile file(path.string(), true);
     file.Write(text);
@@ -164,7 +162,9 @@ bool IsWide(const FilmProfile& profile) { return av_cmp_q(profile.shownAspect, A
 // Players keep 36; a wide page keeps them for both of its views.
 int MostButtons(const FilmProfile& profile) { return IsWide(profile) ? 18 : 36; }
 
-void CheckDiscOutput(const std::string& output, bool overwrite) {
+bool IsImage(const std::string& output) { return output.ends_with(".iso") || output.ends_with(".ISO"); }
+
+void CheckDvdOutput(const std::string& output, bool overwrite) {
     if (IsImage(output)) return CheckOutputPath(output, overwrite);
     std::error_code error;
     if (fs::exists(output, error) && !fs::is_directory(output, error))
@@ -175,7 +175,7 @@ void CheckDiscOutput(const std::string& output, bool overwrite) {
 void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, const std::vector<MadeTitle>& titles,
                 const std::vector<MadePage>& films, const std::string& output, const std::string& work,
                 bool overwrite) {
-    CheckDiscOutput(output, overwrite);
+    CheckDvdOutput(output, overwrite);
     RequireButtons(pages, *project.profile);
     const TemporaryFolder files(fs::path(work) / "author");
     DvdFiles names;

@@ -19,7 +19,10 @@ int MostButtons(const FilmProfile& profile);
 /// Whether its pictures are for wide screens, so that some players show them smaller.
 bool IsWide(const FilmProfile& profile);
 
+/// Whether the output is one file that holds the disc.
+bool IsImage(const std::string& output);
+
 /// Throws an output error when a disc could not be made there.
-void CheckDiscOutput(const std::string& output, bool overwrite);
+void CheckDvdOutput(const std::string& output, bool overwrite);
 
 }  // namespace Nifikral

@@ -41,6 +41,13 @@ TEST_F(DiscWorkTest, AFolderBecomesADiscAndAChangeMakesOnlyWhatItTouches) {
     EXPECT_EQ(Time("trip.iso.work/film-1.mpg"), film);
     EXPECT_NE(Time("trip.iso.work/page-1.mpg"), page);
     EXPECT_NE(Time("trip.iso"), disc);
+    // What would be refused at the end is refused before hours of encoding.
+    for (const std::string format : {"dvd", "web"}) {
+        const Outcome refused = Nifikral("disc trip.json -o trip -y --format " + format);
+        EXPECT_EQ(refused.exitCode, 4);
+        EXPECT_NE(refused.errors.find("is no part of"), std::string::npos) << refused.errors;
+        EXPECT_FALSE(std::filesystem::exists(folder / "trip.work"));
+    }
     // The same project makes a folder for browsers.
     const Outcome web = Nifikral("disc trip.json -o web --format web");
     ASSERT_EQ(web.exitCode, 0) << web.errors;
