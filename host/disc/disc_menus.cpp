@@ -19,7 +19,7 @@ namespace {
 
 using Kind = DiscTarget::Kind;
 
-// Pictures that can be told from each other on a screen, and texts that can be read.
+// Pictures that can be distinguished on a screen, and texts that can be read.
 constexpr std::size_t mostPictures = 6, mostTexts = 10;
 // The template that leaves it to the project where its pictures stand; they come from the left.
 constexpr char placedTemplate[] = "menu_common";
@@ -339,23 +339,15 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
 
 void MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module, const std::string& output,
               int threads) {
-    const EffectPtr menu = module.Create(page.templateName);
-    SetProperties(*menu, MenuProperties(page.menu), [&](const std::string& name, const std::string& reason) {
-        throw HostError(ExitCode::Failed, page.name + ": " + page.templateName + " refuses " + name + ": " + reason);
-    });
-    Film film = page.menu.film;
-    if (!page.menu.buttons.empty())
-        film.over = DrawButtons(LayOutButtons(page.menu, MenuWatch(page.menu, page.templateName, module)), film);
     FilmOptions options;
     if (!project.menus.music.empty()) options.sounds = {project.menus.music};
     options.fade = project.menus.fade;
     options.run.threads = threads;
-    options.run.showsProgress = false;
     options.run.output.path = output;
     options.run.output.overwrite = true;
     options.run.output.silence = true;
     options.run.output.keyTimes = {PlaceOfPage(page, output).loopStart};
-    RenderFilm(*menu, film, options, page.name);
+    RenderMenuPage(page.menu, page.templateName, options, module, page.name);
 }
 
 MadePage PlaceOfPage(const DiscPage& page, const std::string& output) {

@@ -5,6 +5,7 @@
 
 #include "host/base/errors.h"
 #include "host/base/language_code.h"
+#include "host/base/markup.h"
 
 namespace Nifikral {
 namespace {
@@ -20,24 +21,6 @@ namespace {
 constexpr int buttonUnit = 1024, dispatched = 30, mostMenus = 99;
 
 std::string Number(long long number) { return std::to_string(number); }
-
-std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (const char c : text) switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    return escaped;
-}
 
 std::string Set(const char* variable, long long value) { return std::string(variable) + " = " + Number(value) + "; "; }
 
@@ -101,8 +84,8 @@ class Script {
         for (std::size_t i = 0; i < title.subtitleLanguages.size(); ++i)
             WriteSubtitle(Language(title.subtitleLanguages[i]), i, i);
         m_text << "<pgc"
-               << (title.subtitleLanguages.empty() ? "" : " palette=\"" + Escaped(m_files.palettes[film]) + "\"")
-               << "><pre>" << ChooseFilm(int(film)) << "</pre><vob file=\"" << Escaped(title.path) << "\" chapters=\"";
+               << (title.subtitleLanguages.empty() ? "" : " palette=\"" + Markup(m_files.palettes[film]) + "\"")
+               << "><pre>" << ChooseFilm(int(film)) << "</pre><vob file=\"" << Markup(title.path) << "\" chapters=\"";
         for (std::size_t i = 0; i < title.chapters.size(); ++i) m_text << &","[i == 0] << Seconds(title.chapters[i]);
         m_text << (title.chapters.empty() ? "0" : "") << "\"/><post>" << AfterFilm(int(film)) << "</post></pgc>\n"
                << "</titles>\n</titleset>\n";
@@ -182,7 +165,7 @@ class Script {
     void WritePage(std::size_t number, const std::string& begin) {
         const DiscPage& page = m_pages[number];
         const double loopStart = m_films[number].loopStart;
-        m_text << "<pgc><pre>" << begin << "</pre><vob file=\"" << Escaped(m_files.pages[number]) << "\">";
+        m_text << "<pgc><pre>" << begin << "</pre><vob file=\"" << Markup(m_files.pages[number]) << "\">";
         if (loopStart > 0) m_text << "<cell start=\"0\" end=\"" << Seconds(loopStart) << "\"/>";
         m_text << "<cell start=\"" << Seconds(loopStart) << "\" end=\"-1\"/></vob>\n";
         for (std::size_t i = 0; i < page.buttons.size(); ++i)

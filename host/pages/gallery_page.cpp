@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "host/base/markup.h"
 #include "host/pages/html.h"
 
 namespace Nifikral {
@@ -12,7 +13,7 @@ class Page {
     explicit Page(const GalleryPage& page) : m_page(page) {}
 
     std::string Render() {
-        const std::string title = Html(m_page.photographName) + " under every effect";
+        const std::string title = Markup(m_page.photographName) + " under every effect";
         m_out << PageHead(title) << "<header>\n"
               << "<h1>" << title << "</h1>\n<p>The photograph as it is, at " << m_page.width << " by " << m_page.height
               << " pixels; below it the same photograph under each of " << m_page.pictures.size()
@@ -21,7 +22,7 @@ class Page {
         Image(m_page.photographFile, "the photograph as it is", false);
         m_out << "</figure>\n<nav aria-label=\"Effects\">\n<ul>\n";
         for (const GalleryPicture& picture : m_page.pictures)
-            m_out << "<li><a href=\"#" << Link(picture.effect) << "\">" << Html(picture.effect) << "</a></li>\n";
+            m_out << "<li><a href=\"#" << Link(picture.effect) << "\">" << Markup(picture.effect) << "</a></li>\n";
         m_out << "</ul>\n</nav>\n</header>\n<main>\n";
         for (const GalleryPicture& picture : m_page.pictures) Article(picture);
         m_out << "</main>\n</body>\n</html>\n";
@@ -30,14 +31,14 @@ class Page {
 
  private:
     void Image(const std::string& file, const std::string& description, bool lazy) {
-        m_out << "<a href=\"" << Link(file) << "\"><img src=\"" << Link(file) << "\" alt=\"" << Html(description)
+        m_out << "<a href=\"" << Link(file) << "\"><img src=\"" << Link(file) << "\" alt=\"" << Markup(description)
               << "\" width=\"" << m_page.width << "\" height=\"" << m_page.height << "\""
               << (lazy ? " loading=\"lazy\"" : "") << "></a>\n";
     }
 
     void Article(const GalleryPicture& picture) {
-        m_out << "<article id=\"" << Html(picture.effect) << "\">\n<h2>" << Html(picture.effect) << "</h2>\n<p>"
-              << Html(picture.summary)
+        m_out << "<article id=\"" << Markup(picture.effect) << "\">\n<h2>" << Markup(picture.effect) << "</h2>\n<p>"
+              << Markup(picture.summary)
               << (picture.times > 1 ? ", here " + std::to_string(picture.times) + " times" : "")
               << (picture.overBlack ? ", here over black" : "") << "</p>\n";
         Image(picture.file, "the photograph under " + picture.effect + ": " + picture.summary, true);
@@ -46,13 +47,13 @@ class Page {
         else
             m_out << "<table>\n";
         for (const GalleryParameter& parameter : picture.parameters) {
-            m_out << "<tr><th scope=\"row\"><code>" << Html(parameter.name) << "</code></th><td><code>"
-                  << Html(parameter.value) << "</code></td><td>" << Html(parameter.meaning);
-            if (!parameter.unit.empty()) m_out << " (" << Html(parameter.unit) << ")";
+            m_out << "<tr><th scope=\"row\"><code>" << Markup(parameter.name) << "</code></th><td><code>"
+                  << Markup(parameter.value) << "</code></td><td>" << Markup(parameter.meaning);
+            if (!parameter.unit.empty()) m_out << " (" << Markup(parameter.unit) << ")";
             m_out << "</td></tr>\n";
         }
         if (!picture.parameters.empty()) m_out << "</table>\n";
-        m_out << "<pre><code>" << Html(picture.command) << "</code></pre>\n</article>\n";
+        m_out << "<pre><code>" << Markup(picture.command) << "</code></pre>\n</article>\n";
     }
 
     const GalleryPage& m_page;

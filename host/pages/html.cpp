@@ -24,29 +24,6 @@ th, td:nth-child(2) { white-space: nowrap; }
 
 }  // namespace
 
-std::string Html(const std::string& text) {
-    std::string escaped;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
-}
-
 std::string Link(const std::string& path) {
     constexpr char digits[] = "0123456789ABCDEF";
     std::string escaped;

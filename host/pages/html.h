@@ -4,8 +4,6 @@
 
 namespace Nifikral {
 
-/// Text as it stands between the tags of a page.
-std::string Html(const std::string& text);
 /// A file's path as a link to it.
 std::string Link(const std::string& path);
 /// What a page of ours begins with, up to its body; `title` is HTML. `style` is its own beyond that of all pages.

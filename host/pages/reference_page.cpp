@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "host/base/markup.h"
 #include "host/base/version.h"
 #include "host/catalogue/effect_json.h"
 #include "host/films/menu_project.h"
@@ -64,11 +65,11 @@ class Page {
                "of its example, and with all of its parameters. A parameter may be named without the effect's own "
                "prefix, as in the commands below the pictures. Outside its range a value is remarked on. Every effect "
                "also has the parameter <code>duration</code>: "
-            << Html(FindParameter("", "duration")->meaning) << ".</p>\n<nav aria-label=\"Effects\">\n";
+            << Markup(FindParameter("", "duration")->meaning) << ".</p>\n<nav aria-label=\"Effects\">\n";
         for (const std::string& category : m_categories) {
-            m_out << "<p><strong>" << Html(category) << "</strong></p>\n<ul>\n";
+            m_out << "<p><strong>" << Markup(category) << "</strong></p>\n<ul>\n";
             ForEachOf(category, [&](const ReferenceEntry& entry) {
-                const std::string name = Html(entry.effect.name);
+                const std::string name = Markup(entry.effect.name);
                 m_out << "<li><a href=\"#" << name << "\">" << name << "</a></li>\n";
             });
             m_out << "</ul>\n";
@@ -79,7 +80,7 @@ class Page {
             << "<section>\n<h2>For programs</h2>\n<p>All of this as JSON: <code>nifikral list --json</code>. Its "
                "schema, "
                "from <code>nifikral generate schema</code>:</p>\n<details>\n<summary>JSON schema</summary>\n<pre><code>"
-            << Html(effectsSchema) << "</code></pre>\n</details>\n</section>\n</main>\n</body>\n</html>\n";
+            << Markup(effectsSchema) << "</code></pre>\n</details>\n</section>\n</main>\n</body>\n</html>\n";
         return m_out.str();
     }
 
@@ -91,14 +92,14 @@ class Page {
     }
 
     void Section(const std::string& category) {
-        m_out << "<section>\n<h2>" << Html(category) << "</h2>\n";
+        m_out << "<section>\n<h2>" << Markup(category) << "</h2>\n";
         bool menusShown = false;
         ForEachOf(category, [&](const ReferenceEntry& entry) {
             // All menus have the same parameters, so these are printed once for all.
             const bool isMenu = (entry.effect.info.traits & menu) != 0;
             if (isMenu && !menusShown) {
                 m_out << "<article>\n<h3>What all menus take</h3>\n<p>The keys of a project file, which is JSON:</p>\n"
-                      << "<pre><code>" << Html(DescribeProjectKeys()) << "</code></pre>\n"
+                      << "<pre><code>" << Markup(DescribeProjectKeys()) << "</code></pre>\n"
                       << "<p>The properties that a host sets; lists are joined by \";\", texts by \"\\\":</p>\n";
                 Parameters(entry.effect);
                 m_out << "</article>\n";
@@ -111,7 +112,7 @@ class Page {
 
     void Article(const ReferenceEntry& entry, bool withParameters) {
         const EffectDetails& effect = entry.effect;
-        const std::string name = Html(effect.name), summary = Html(effect.info.summary);
+        const std::string name = Markup(effect.name), summary = Markup(effect.info.summary);
         m_out << "<article id=\"" << name << "\">\n<h3>" << name << "</h3>\n<p>" << summary;
         if (entry.times > 1) m_out << ", here " << entry.times << " times";
         if (effect.info.traits & changesAlpha) m_out << ", here over black";
@@ -121,7 +122,7 @@ class Page {
         m_out << "<img src=\"" << DataLink(entry.picture) << "\" alt=\""
               << (before ? "the photograph under " + name : "a frame of " + name) << ": " << summary << "\">\n</div>\n";
         if (withParameters) Parameters(effect);
-        m_out << "<pre><code>" << Html(entry.command) << "</code></pre>\n</article>\n";
+        m_out << "<pre><code>" << Markup(entry.command) << "</code></pre>\n</article>\n";
     }
 
     void Parameters(const EffectDetails& effect) {
@@ -135,10 +136,11 @@ class Page {
             const std::string& name = parameter.property.name;
             if (name == "duration") continue;
             const std::string brief = ShortName(effect.name, name);
-            m_out << "<tr><th scope=\"row\"><code>" << Html(brief) << "</code>";
-            if (brief != name) m_out << "<small><code>" << Html(name) << "</code></small>";
-            m_out << "</th><td>" << Html(ValuesText(parameter.info)) << "</td><td>" << Html(TypeAndDefault(parameter))
-                  << "</td><td>" << Html(parameter.info.meaning) << "</td></tr>\n";
+            m_out << "<tr><th scope=\"row\"><code>" << Markup(brief) << "</code>";
+            if (brief != name) m_out << "<small><code>" << Markup(name) << "</code></small>";
+            m_out << "</th><td>" << Markup(ValuesText(parameter.info)) << "</td><td>"
+                  << Markup(TypeAndDefault(parameter)) << "</td><td>" << Markup(parameter.info.meaning)
+                  << "</td></tr>\n";
         }
         m_out << "</tbody>\n</table>\n";
     }
