@@ -132,6 +132,8 @@ std::vector<CommandDescription> CommandLine::Commands() const {
         if (const auto known = usages.find(command); known != usages.end()) commands.back().usages = known->second;
         if (command == plan || command == concat)
             for (const auto& [run, options] : runs) commands.back().follows.push_back(run->get_name());
+        if (command == plan)
+            for (const auto& [work, planned] : stages) commands.back().follows.push_back(work->get_name());
     }
     for (CommandDescription& command : commands)
         if (command.name == "help")

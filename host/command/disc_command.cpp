@@ -23,6 +23,7 @@ void AddDisc(CommandLine& line) {
          {"dvd", "web"});
     disc->add_flag("--dry-run", options.dryRun, "check everything and print what would be done");
     disc->add_option("--stage", options.stage, "only this part, for the runs that a disc is shared out to")->group("");
+    disc->add_flag("--skip-existing", options.skipExisting, "leave a disc that is there as it is");
     disc->add_flag("-y,--overwrite", options.overwrite, "overwrite an existing output");
     Take(line, disc->add_option("--progress", line.progress, "how progress is printed on stderr")->type_name("FORM"),
          {"line", "json"});
@@ -30,7 +31,14 @@ void AddDisc(CommandLine& line) {
     disc->add_flag("-v,--verbose", line.verbose, "print details");
     AddCommonOptions(*disc, line);
     disc->footer("Keys of a project file, which is JSON; file names start at its folder:\n" + DescribeDiscKeys());
-    line.work[disc] = [given](const EffectModule& module) { RunDisc(*given, module); };
+    const auto complete = [given, disc, &line] {
+        if (!line.module.empty()) given->stageWords = {"--module", line.module};
+        if (disc->count("--cpu-features"))
+            given->stageWords.insert(given->stageWords.end(), {"--cpu-features", std::to_string(line.cpuFeatures)});
+        return *given;
+    };
+    line.work[disc] = [complete](const EffectModule& module) { RunDisc(complete(), module); };
+    line.stages[disc] = [complete](const EffectModule& module) { return ShareOutDisc(complete(), module); };
 }
 
 }  // namespace Nifikral

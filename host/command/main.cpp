@@ -23,6 +23,7 @@ using Words = std::vector<std::string>;
 struct Purpose {
     std::string name;
     std::function<void(RunOptions&)> prepare;
+    std::function<void(const CommandPlan&)> receivePlan = {};  // of a work that is planned in stages
 };
 
 // `words`: the command line behind the program.
@@ -32,20 +33,25 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     const CLI::App* const command = line.app.get_subcommands().front();
     if (command == line.plan) {
         const Words run = command->remaining();
-        return Run(program, run, {"plan", [&](RunOptions& options) {
-                                      options.reportFrames = [&](const OutputOptions& output,
-                                                                 const FrameRange& frames) {
-                                          PrintResult(PlanRun(line.planning, program, run, output, frames));
-                                      };
-                                  }});
+        const auto print = [&](const CommandPlan& plan) { PrintResult(PlanText(plan, program, line.planning.format)); };
+        return Run(program, run,
+                   {"plan",
+                    [&](RunOptions& options) {
+                        options.reportFrames = [&](const OutputOptions& output, const FrameRange& frames) {
+                            print(PlanChunks(line.planning.chunks, run, output, frames));
+                        };
+                    },
+                    print});
     }
     if (command == line.concat)
         return Run(program, command->remaining(),
                    {"concat", [&](RunOptions& options) { options.joinTo = line.lastFrame; }});
     const auto run = line.runs.find(command);
-    if (!purpose.name.empty() && (run == line.runs.end() || !run->second->chunk.empty()))
-        throw HostError(ExitCode::Usage, "nifikral " + purpose.name +
-                                             " takes a whole run: apply, menu, slideshow or title, without --chunk");
+    const auto stages = purpose.receivePlan ? line.stages.find(command) : line.stages.end();
+    if (!purpose.name.empty() && stages == line.stages.end() && (run == line.runs.end() || !run->second->chunk.empty()))
+        throw HostError(ExitCode::Usage, "nifikral " + purpose.name + " takes a whole run: apply, menu, slideshow" +
+                                             (purpose.receivePlan ? ", title or disc" : " or title") +
+                                             ", without --chunk");
     if (run != line.runs.end()) {
         run->second->output.mark = RunMark(words);
         if (purpose.prepare) purpose.prepare(*run->second);
@@ -56,7 +62,11 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     SetVerbosity(line.quiet ? Verbosity::Quiet : line.verbose ? Verbosity::Verbose : Verbosity::Normal);
     if (command->count("--cpu-features")) OverrideCpuFeatures(line.cpuFeatures);
     MediaManager manager;
-    line.work.at(command)(EffectModule(line.module, &manager));
+    const EffectModule module(line.module, &manager);
+    if (stages != line.stages.end())
+        purpose.receivePlan(stages->second(module));
+    else
+        line.work.at(command)(module);
     return 0;
 }
 

@@ -16,7 +16,7 @@ void AddPlan(CommandLine& line) {
              ->type_name("FORMAT"),
          PlanFormats());
     line.plan->prefix_command()->footer(
-        "Behind these options stands the run: apply, menu, slideshow or title with all of its own.");
+        "Behind these options stands the run: apply, menu, slideshow, title or disc with all of its own.");
 }
 
 void AddConcat(CommandLine& line) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/disc/disc_budget.h"
 
@@ -11,7 +12,9 @@ struct DiscOptions {
     std::string output;  ///< an image (.iso) or a folder
     std::string format = "dvd";
     bool overwrite = false, dryRun = false;
-    std::string stage;  ///< the only part to make, into the output, a folder; empty: the whole
+    bool skipExisting = false;            ///< leave a disc that is there as it is
+    std::vector<std::string> stageWords;  ///< of the command line, for the runs of its stages too
+    std::string stage;                    ///< the only part to make, into the output, a folder; empty: the whole
 };
 
 /// A project with its plan.

@@ -7,6 +7,7 @@
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
+#include "host/base/progress.h"
 #include "host/base/version.h"
 #include "host/disc/disc_json.h"
 #include "host/disc/disc_menus.h"
@@ -63,37 +64,63 @@ std::string KeyOf(const DiscProject& project, const DiscPage& page) {
     return key.str();
 }
 
-std::vector<Stage> StagesOf(const PlannedDisc& disc, const DiscProject& project, const std::vector<DiscPage>& pages,
-                            const std::string& folder) {
-    const bool web = disc.format == DiscFormat::Web;
-    const auto stage = [&](std::string_view kind, std::size_t number) {
-        Stage made;
-        made.name = std::string(kind) + std::to_string(number + 1);
-        made.words = {"disc", ProjectIn(folder), "-o", folder, "--stage", made.name};
-        if (web) made.words.insert(made.words.end(), {"--format", "web"});
-        return made;
+// What the stages of a disc are made from: its project as the work folder has it, so that a run of one stage sees what
+// the run of all sees.
+struct Work {
+    std::string folder;
+    bool web = false;
+    DiscProject project;
+    std::vector<DiscPage> pages;
+};
+
+// Without the pages.
+Work WorkIn(const std::string& folder, bool web) {
+    Work work{folder, web, {}, {}};
+    Faults faults(ProjectIn(folder));
+    work.project = ReadDiscProject(ProjectIn(folder), faults);
+    faults.ThrowIfAny();
+    return work;
+}
+
+Stage FilmStage(const Work& work, std::size_t film) {
+    const TitleJob job = JobOf(work.project, film, work.folder);
+    Stage stage;
+    stage.name = work.project.films[film].title;
+    stage.key = KeyOfTitle(job);
+    stage.result = work.web ? PlaceOfWebFilm(work.folder, int(film)) : job.output;
+    stage.passes = work.web || job.copy ? 1 : PassesOf(job);
+    return stage;
+}
+
+Stage PageStage(const Work& work, std::size_t number) {
+    const DiscPage& page = work.pages[number];
+    Stage stage;
+    stage.name = "the menu " + page.name;
+    stage.key = KeyOf(work.project, page);
+    stage.result = work.web ? PlaceOfWebMenu(work.pages, int(number), work.folder).film : PageIn(work.folder, number);
+    stage.weight = double(page.menu.film.frames) / av_q2d(page.menu.film.frameRate);
+    return stage;
+}
+
+std::vector<Stage> StagesOf(const Work& work, const DiscPlan& plan, const DiscOptions& options) {
+    const auto words = [&](std::string_view kind, std::size_t number) {
+        std::vector<std::string> words = {"disc",    ProjectIn(work.folder),
+                                          "-o",      work.folder,
+                                          "--stage", std::string(kind) + std::to_string(number + 1)};
+        if (work.web) words.insert(words.end(), {"--format", "web"});
+        words.insert(words.end(), options.stageWords.begin(), options.stageWords.end());
+        return words;
     };
     std::vector<Stage> stages;
-    for (std::size_t i = 0; i < project.films.size(); ++i) {
-        Stage film = stage(filmStage, i);
-        film.name = project.films[i].title;
-        const TitleJob job = JobOf(project, i, folder);
-        film.key = KeyOfTitle(job);
-        film.result = web ? PlaceOfWebFilm(folder, int(i)) : job.output;
-        film.passes = web ? 1 : PassesOf(job);
-        const PlannedTitle& planned = disc.plan.titles[i];
+    for (std::size_t i = 0; i < work.project.films.size(); ++i) {
+        Stage& film = stages.emplace_back(FilmStage(work, i));
+        film.words = words(filmStage, i);
+        const PlannedTitle& planned = plan.titles[i];
         constexpr double copying = 0.05;  // of the time that encoding takes
         film.weight = planned.seconds * (planned.copied ? copying : film.passes);
-        stages.push_back(std::move(film));
     }
-    for (std::size_t i = 0; i < pages.size(); ++i) {
-        Stage page = stage(pageStage, i);
-        page.name = "the menu " + pages[i].name;
-        page.key = KeyOf(project, pages[i]);
-        page.result = web ? PlaceOfWebMenu(pages, int(i), folder).film : PageIn(folder, i);
-        page.weight = double(pages[i].menu.film.frames) / av_q2d(pages[i].menu.film.frameRate);
-        stages.push_back(std::move(page));
-    }
+    for (std::size_t i = 0; i < work.pages.size(); ++i)
+        stages.emplace_back(PageStage(work, i)).words = words(pageStage, i);
     return stages;
 }
 
@@ -114,13 +141,12 @@ std::size_t NumberIn(const std::string& stage, std::string_view kind, std::size_
     return number - 1;
 }
 
-void WriteDvd(const DiscProject& project, const std::vector<DiscPage>& pages, const DiscOptions& options,
-              const std::string& folder) {
+void WriteDvd(const Work& work, const DiscOptions& options) {
     std::vector<MadeTitle> titles;
-    for (std::size_t i = 0; i < project.films.size(); ++i) {
-        const TitleReport report = ReadTitleReport(TitleIn(folder, i));
+    for (std::size_t i = 0; i < work.project.films.size(); ++i) {
+        const TitleReport report = ReadTitleReport(TitleIn(work.folder, i));
         MadeTitle title;
-        title.path = TitleIn(folder, i);
+        title.path = TitleIn(work.folder, i);
         title.seconds = report.seconds;
         title.audioLanguages = report.audioLanguages;
         title.subtitleLanguages = report.subtitleLanguages;
@@ -128,48 +154,70 @@ void WriteDvd(const DiscProject& project, const std::vector<DiscPage>& pages, co
         titles.push_back(std::move(title));
     }
     std::vector<MadePage> films;
-    for (std::size_t i = 0; i < pages.size(); ++i) films.push_back(PlaceOfPage(pages[i], PageIn(folder, i)));
-    AuthorDisc(project, pages, titles, films, options.output, folder, options.overwrite);
+    for (std::size_t i = 0; i < work.pages.size(); ++i)
+        films.push_back(PlaceOfPage(work.pages[i], PageIn(work.folder, i)));
+    AuthorDisc(work.project, work.pages, titles, films, options.output, work.folder, options.overwrite);
 }
 
-void WriteWeb(const DiscProject& project, const std::vector<DiscPage>& pages, const DiscOptions& options,
-              const std::string& folder) {
+void WriteWeb(const Work& work, const DiscOptions& options) {
     std::vector<WebFilm> films;
-    for (std::size_t i = 0; i < project.films.size(); ++i) films.push_back(ReadWebFilm(folder, int(i)));
+    for (std::size_t i = 0; i < work.project.films.size(); ++i) films.push_back(ReadWebFilm(work.folder, int(i)));
     std::vector<WebMenu> menus;
-    for (std::size_t i = 0; i < pages.size(); ++i) menus.push_back(PlaceOfWebMenu(pages, int(i), folder));
-    WriteWebDisc(project, pages, films, menus, options.output, options.overwrite);
+    for (std::size_t i = 0; i < work.pages.size(); ++i)
+        menus.push_back(PlaceOfWebMenu(work.pages, int(i), work.folder));
+    WriteWebDisc(work.project, work.pages, films, menus, options.output, options.overwrite);
 }
 
-void MakeDisc(const PlannedDisc& disc, const DiscOptions& options, const EffectModule& module) {
-    const std::string folder = WorkFolder(options.output);
+bool IsWeb(const DiscOptions& options) { return options.format == "web"; }
+
+// A disc stands under its name only when it is complete.
+bool IsThere(const DiscOptions& options) {
+    std::error_code error;
+    return IsImage(options.output)
+               ? fs::exists(options.output, error)
+               : fs::exists(fs::path(options.output) / (IsWeb(options) ? "index.html" : "VIDEO_TS"));
+}
+
+// Writes down what is planned, so that its stages can be made.
+Work BeginWork(const PlannedDisc& disc, const std::string& folder, const EffectModule& module) {
     DiscProject project = disc.project;
     if (disc.plan.videoRate > 0) project.videoRate = disc.plan.videoRate;
-    const std::vector<DiscPage> pages = PagesOfDisc(project, module);
     WriteProject(project, folder);
-    MakeStages(StagesOf(disc, project, pages, folder), folder);
-    (disc.format == DiscFormat::Web ? WriteWeb : WriteDvd)(project, pages, options, folder);
+    Work work = WorkIn(folder, disc.format == DiscFormat::Web);
+    work.pages = PagesOfDisc(work.project, module);
+    return work;
+}
+
+void MakeDisc(const DiscOptions& options, const EffectModule& module) {
+    const PlannedDisc disc = PlanDisc(options);
+    const std::string folder = WorkFolder(options.output);
+    const WorkLock lock(folder);
+    const Work work = BeginWork(disc, folder, module);
+    ShareProgress progress;
+    MakeStages(StagesOf(work, disc.plan, options), [&](double share) { progress.Show(share); });
+    (work.web ? WriteWeb : WriteDvd)(work, options);
     PrintNotice(options.output + " is complete; " + folder + " keeps its films for changes, and may be removed");
 }
 
 void MakeStage(const DiscOptions& options, const EffectModule& module) {
-    Faults faults(options.input);
-    const DiscProject project = ReadDiscProject(options.input, faults);
-    faults.ThrowIfAny();
-    const bool web = options.format == "web";
+    Work work = WorkIn(options.output, IsWeb(options));
     if (options.stage.starts_with(pageStage)) {
-        const std::vector<DiscPage> pages = PagesOfDisc(project, module);
-        const std::size_t page = NumberIn(options.stage, pageStage, pages.size());
-        if (web)
-            MakeWebMenu(project, pages, int(page), options.output, 0, module);
-        else
-            MakePage(project, pages[page], module, PageIn(options.output, page), 0);
+        work.pages = PagesOfDisc(work.project, module);
+        const std::size_t page = NumberIn(options.stage, pageStage, work.pages.size());
+        MakeStage(PageStage(work, page), [&] {
+            if (work.web)
+                MakeWebMenu(work.project, work.pages, int(page), work.folder, 0, module);
+            else
+                MakePage(work.project, work.pages[page], module, PageIn(work.folder, page), 0);
+        });
     } else {
-        const std::size_t film = NumberIn(options.stage, filmStage, project.films.size());
-        if (web)
-            MakeWebFilm(project, int(film), options.output, 0, module);
-        else
-            MakeTitle(JobOf(project, film, options.output), module);
+        const std::size_t film = NumberIn(options.stage, filmStage, work.project.films.size());
+        MakeStage(FilmStage(work, film), [&] {
+            if (work.web)
+                MakeWebFilm(work.project, int(film), work.folder, 0, module);
+            else
+                MakeTitle(JobOf(work.project, film, work.folder), module);
+        });
     }
 }
 
@@ -178,10 +226,27 @@ void MakeStage(const DiscOptions& options, const EffectModule& module) {
 void RunDisc(const DiscOptions& options, const EffectModule& module) {
     if (!options.stage.empty())
         MakeStage(options, module);
+    else if (options.skipExisting && !options.overwrite && IsThere(options))
+        PrintDetail(options.output + ": complete already");
     else if (options.dryRun)
         PlanDiscRun(options, module);
     else
-        MakeDisc(PlanDisc(options), options, module);
+        MakeDisc(options, module);
+}
+
+CommandPlan ShareOutDisc(const DiscOptions& options, const EffectModule& module) {
+    const PlannedDisc disc = PlanDisc(options);
+    const std::string folder = WorkFolder(options.output);
+    const WorkLock lock(folder);
+    CommandPlan plan;
+    plan.output = options.output;
+    for (Stage& stage : StagesOf(BeginWork(disc, folder, module), disc.plan, options))
+        plan.makers.push_back(std::move(stage.words));
+    plan.last = {"disc", ProjectIn(folder), "-o", options.output, "--format", options.format};
+    // So that the whole plan can be run again.
+    plan.last.emplace_back(options.overwrite ? "-y" : "--skip-existing");
+    plan.last.insert(plan.last.end(), options.stageWords.begin(), options.stageWords.end());
+    return plan;
 }
 
 }  // namespace Nifikral

@@ -2,6 +2,7 @@
 
 #include "host/catalogue/effect_module.h"
 #include "host/disc/disc.h"
+#include "host/run/plan.h"
 
 namespace Nifikral {
 
@@ -9,5 +10,9 @@ namespace Nifikral {
 /// and stay in the folder OUTPUT.work: a later run makes only what has changed, or what is missing after a kill.
 /// `options.stage` names what such a run makes. Throws host errors.
 void RunDisc(const DiscOptions& options, const EffectModule& module);
+
+/// Writes the project of the disc into its work folder, and returns the runs that make its films and those of its
+/// menus there, and the run that puts the disc together. Throws host errors.
+CommandPlan ShareOutDisc(const DiscOptions& options, const EffectModule& module);
 
 }  // namespace Nifikral

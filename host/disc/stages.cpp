@@ -21,7 +21,6 @@
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
-#include "host/base/progress.h"
 #include "host/media/part_file.h"
 #include "host/run/run_options.h"
 
@@ -36,26 +35,6 @@ std::string ReadText(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
-
-// Holds the folder for one run.
-class WorkLock {
- public:
-    explicit WorkLock(const std::string& folder) {
-        std::error_code error;
-        fs::create_directories(folder, error);
-        m_file = open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-        if (m_file < 0) throw HostError(ExitCode::Output, folder + " cannot be written; name another place");
-        if (flock(m_file, LOCK_EX | LOCK_NB) == 0) return;
-        close(m_file);
-        throw HostError(ExitCode::Output, folder + " is in use by another run; wait until it has ended");
-    }
-    ~WorkLock() { close(m_file); }
-    WorkLock(const WorkLock&) = delete;
-    WorkLock& operator=(const WorkLock&) = delete;
-
- private:
-    int m_file;
-};
 
 // A stage's run, whose stderr comes through a pipe.
 class Child {
@@ -169,22 +148,6 @@ int Child::Wait() {
     return WIFEXITED(status) ? WEXITSTATUS(status) : int(ExitCode::Interrupted);
 }
 
-void Keep(const Stage& stage) {
-    std::error_code error;
-    if (!fs::exists(stage.result, error))
-        throw HostError(ExitCode::Failed, stage.name + ": its run has left no " + stage.result + "; run it again");
-    PartFile key(KeyPath(stage), true);
-    key.Write(stage.key);
-    key.Commit();
-}
-
-// What other keys have left is not to be taken for the new.
-void Clear(const Stage& stage) {
-    std::error_code error;
-    fs::remove(KeyPath(stage), error);
-    fs::remove(stage.result, error);
-}
-
 }  // namespace
 
 std::string KeyOfFile(const std::string& path) {
@@ -210,9 +173,19 @@ bool IsMade(const Stage& stage) {
            ReadText(KeyPath(stage)) == stage.key;
 }
 
-void MakeStages(const std::vector<Stage>& stages, const std::string& work, const std::string& program) {
-    const WorkLock lock(work);
-    ClearDeadParts(work + "/");
+void MakeStage(const Stage& stage, const std::function<void()>& make) {
+    if (IsMade(stage)) return PrintDetail(stage.name + ": complete already");
+    // What other keys have left is not to be taken for the new.
+    std::error_code error;
+    fs::remove(KeyPath(stage), error);
+    fs::remove(stage.result, error);
+    make();
+    PartFile key(KeyPath(stage), true);
+    key.Write(stage.key);
+    key.Commit();
+}
+
+void MakeStages(const std::vector<Stage>& stages, const std::function<void(double)>& show, const std::string& program) {
     std::vector<const Stage*> left;
     double total = 0, done = 0;
     for (const Stage& stage : stages) {
@@ -227,14 +200,11 @@ void MakeStages(const std::vector<Stage>& stages, const std::string& work, const
     // Each has parts that run on one core alone, and memory of its own.
     const std::size_t atOnce = std::size_t(std::clamp((RunOptions().ThreadCount() + 1) / 2, 2, 8));
     std::vector<std::unique_ptr<Child>> children;
-    ShareProgress progress;
     auto next = left.begin();
     while (next != left.end() || !children.empty()) {
         ThrowIfInterrupted();
-        for (; next != left.end() && children.size() < atOnce; ++next) {
-            Clear(**next);
+        for (; next != left.end() && children.size() < atOnce; ++next)
             children.push_back(std::make_unique<Child>(**next, own));
-        }
         std::vector<pollfd> waiting;
         for (const auto& child : children) waiting.push_back({child->Pipe(), POLLIN, 0});
         constexpr int milliseconds = 200;
@@ -255,13 +225,30 @@ void MakeStages(const std::vector<Stage>& stages, const std::string& work, const
                                                                          std::to_string(code) + "; run it again"
                                                                    : error));
             }
-            Keep(child.Of());
+            if (!IsMade(child.Of()))
+                throw HostError(
+                    ExitCode::Failed,
+                    child.Of().name + ": what it is made from has changed meanwhile; run the command again");
             done += child.Of().weight;
             now += child.Of().weight;
             children.erase(children.begin() + std::ptrdiff_t(i));
         }
-        if (total > 0) progress.Show(now / total);
+        if (total > 0) show(now / total);
     }
 }
+
+WorkLock::WorkLock(const std::string& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    m_file = open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (m_file < 0) throw HostError(ExitCode::Output, folder + " cannot be written; name another place");
+    if (flock(m_file, LOCK_EX | LOCK_NB) != 0) {
+        close(m_file);
+        throw HostError(ExitCode::Output, folder + " is in use by another run; wait until it has ended");
+    }
+    ClearDeadParts(folder + "/");
+}
+
+WorkLock::~WorkLock() { close(m_file); }
 
 }  // namespace Nifikral

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,10 +22,27 @@ std::string KeyOfFile(const std::string& path);
 /// Whether the stage's result is there and made from the same.
 bool IsMade(const Stage& stage);
 
-/// Makes all stages that are not made yet, the longest first, some at once, with `program` (empty: this one). Prints
-/// one progress over all, and what the runs print. When a run fails or this one is interrupted the others are ended,
-/// and what is complete stays for the next time. `work` is the folder of the results; a second run on it is refused.
-/// Throws the first failure, with its exit code.
-void MakeStages(const std::vector<Stage>& stages, const std::string& work, const std::string& program = {});
+/// Does a stage's work in this run: `make` leaves the result. What is made already stays.
+void MakeStage(const Stage& stage, const std::function<void()>& make);
+
+/// Has all stages that are not made yet made by runs of their own, which do so by MakeStage: the longest first, some at
+/// once, with `program` (empty: this one). `show` receives how much is done, from 0 to 1. What the runs print is
+/// printed. When a run fails or this one is interrupted the others are ended, and what is complete stays for the next
+/// time. Throws the first failure, with its exit code.
+void MakeStages(const std::vector<Stage>& stages, const std::function<void(double)>& show,
+                const std::string& program = {});
+
+/// Holds a folder of results for one run; a second is refused. What a kill has left there goes away.
+class WorkLock {
+ public:
+    /// Makes the folder where there is none. Throws output errors.
+    explicit WorkLock(const std::string& folder);
+    ~WorkLock();
+    WorkLock(const WorkLock&) = delete;
+    WorkLock& operator=(const WorkLock&) = delete;
+
+ private:
+    int m_file;
+};
 
 }  // namespace Nifikral

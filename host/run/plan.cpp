@@ -11,14 +11,8 @@
 namespace Nifikral {
 namespace {
 
-using Words = std::vector<std::string>;
-
-struct Plan {
-    std::string output;
-    std::vector<FrameRange> chunks;
-    std::vector<Words> makers;  // a command for each chunk
-    Words join;                 // none where chunks are files of their own for good
-};
+using Words = CommandPlan::Words;
+using Plan = CommandPlan;
 
 std::string Shell(const Words& words) {
     std::string line;
@@ -32,7 +26,7 @@ std::string Shell(const Words& words) {
 std::string AsShell(const Plan& plan) {
     std::string text;
     for (const Words& maker : plan.makers) text += Shell(maker) + "\n";
-    return plan.join.empty() ? text : text + Shell(plan.join) + "\n";
+    return plan.last.empty() ? text : text + Shell(plan.last) + "\n";
 }
 
 // Names of files would not do as targets, since make splits them at blanks; each command looks for itself whether it
@@ -50,11 +44,11 @@ std::string AsMakefile(const Plan& plan) {
     };
     std::ostringstream text;
     std::string targets;
-    for (std::size_t i = 0; i < plan.makers.size(); ++i) targets += " chunk-" + std::to_string(i);
+    for (std::size_t i = 0; i < plan.makers.size(); ++i) targets += " part-" + std::to_string(i);
     text << "all:" << targets << "\n";
-    if (!plan.join.empty()) text << '\t' << recipe(plan.join) << '\n';
+    if (!plan.last.empty()) text << '\t' << recipe(plan.last) << '\n';
     for (std::size_t i = 0; i < plan.makers.size(); ++i)
-        text << "chunk-" << i << ":\n\t" << recipe(plan.makers[i]) << '\n';
+        text << "part-" << i << ":\n\t" << recipe(plan.makers[i]) << '\n';
     text << ".PHONY: all" << targets << "\n";
     return text.str();
 }
@@ -63,14 +57,13 @@ std::string AsMakefile(const Plan& plan) {
 std::string AsSlurm(const Plan& plan) {
     constexpr char end[] = "END_OF_NIFIKRAL_JOB";
     std::ostringstream text;
-    text << "#!/bin/sh\nset -e\nchunks=$(sbatch --parsable --job-name=nifikral --array=0-" << plan.makers.size() - 1
+    text << "#!/bin/sh\nset -e\nparts=$(sbatch --parsable --job-name=nifikral --array=0-" << plan.makers.size() - 1
          << " <<'" << end << "'\n#!/bin/sh\ncase $SLURM_ARRAY_TASK_ID in\n";
     for (std::size_t i = 0; i < plan.makers.size(); ++i) text << i << ") " << Shell(plan.makers[i]) << " ;;\n";
     text << "esac\n" << end << "\n)\n";
-    if (!plan.join.empty())
-        text << "sbatch --job-name=nifikral-concat --dependency=afterok:\"${chunks%%;*}\" <<'" << end
-             << "'\n#!/bin/sh\n"
-             << Shell(plan.join) << "\n"
+    if (!plan.last.empty())
+        text << "sbatch --job-name=nifikral-last --dependency=afterok:\"${parts%%;*}\" <<'" << end << "'\n#!/bin/sh\n"
+             << Shell(plan.last) << "\n"
              << end << "\n";
     return text.str();
 }
@@ -78,11 +71,14 @@ std::string AsSlurm(const Plan& plan) {
 std::string AsJson(const Plan& plan) {
     nlohmann::ordered_json json;
     json["output"] = plan.output;
-    json["chunks"] = nlohmann::ordered_json::array();
-    for (std::size_t i = 0; i < plan.makers.size(); ++i)
-        json["chunks"].push_back(
-            {{"first", plan.chunks[i].first}, {"last", plan.chunks[i].last}, {"command", plan.makers[i]}});
-    json["join"] = plan.join.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(plan.join);
+    const bool inChunks = !plan.chunks.empty();
+    nlohmann::ordered_json& makers = json[inChunks ? "chunks" : "stages"] = nlohmann::ordered_json::array();
+    for (std::size_t i = 0; i < plan.makers.size(); ++i) {
+        nlohmann::ordered_json& maker = makers.emplace_back(nlohmann::ordered_json::object());
+        if (inChunks) maker = {{"first", plan.chunks[i].first}, {"last", plan.chunks[i].last}};
+        maker["command"] = plan.makers[i];
+    }
+    json[inChunks ? "join" : "last"] = plan.last.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(plan.last);
     try {
         return json.dump(2) + "\n";
     } catch (const nlohmann::json::exception&) {
@@ -113,27 +109,32 @@ std::vector<std::string> PlanFormats() {
     return names;
 }
 
-std::string PlanRun(const PlanOptions& options, const std::string& program, const Words& words,
-                    const OutputOptions& output, const FrameRange& frames) {
+CommandPlan PlanChunks(long long chunks, const Words& words, const OutputOptions& output, const FrameRange& frames) {
     if (output.path == "-" || (IsPictureOutput(output) && !IsNumberedOutput(output)))
         throw HostError(ExitCode::Usage, (output.path == "-" ? "stdout" : output.path) +
                                              " cannot be made in chunks; name a video, or pictures as out_%06d.png");
-    Plan plan{output.path, ShareOut(frames, options.chunks), {}, {}};
+    CommandPlan plan{output.path, {}, {}, ShareOut(frames, chunks)};
     for (const FrameRange& chunk : plan.chunks) {
-        Words maker = {program, words.front(), "--chunk", RangeText(chunk), "--skip-existing"};
+        Words maker = {words.front(), "--chunk", RangeText(chunk), "--skip-existing"};
         maker.insert(maker.end(), words.begin() + 1, words.end());
         plan.makers.push_back(std::move(maker));
     }
     if (!IsPictureOutput(output)) {
-        plan.join = {program, "concat", "--last", std::to_string(frames.last)};
-        plan.join.insert(plan.join.end(), words.begin(), words.end());
+        plan.last = {"concat", "--last", std::to_string(frames.last)};
+        plan.last.insert(plan.last.end(), words.begin(), words.end());
         // So that the whole plan can be run again. What is to be overwritten is never taken for complete.
-        if (!output.overwrite) plan.join.insert(plan.join.begin() + 5, "--skip-existing");
+        if (!output.overwrite) plan.last.insert(plan.last.begin() + 4, "--skip-existing");
     }
+    return plan;
+}
+
+std::string PlanText(CommandPlan plan, const std::string& program, const std::string& format) {
+    for (Words& maker : plan.makers) maker.insert(maker.begin(), program);
+    if (!plan.last.empty()) plan.last.insert(plan.last.begin(), program);
     for (const auto& [name, print] : forms)
-        if (options.format == name) return print(plan);
-    throw HostError(ExitCode::Usage, "--format " + options.format + " is none" +
-                                         DidYouMean(options.format, PlanFormats()) + "; see nifikral plan --help");
+        if (format == name) return print(plan);
+    throw HostError(ExitCode::Usage, "--format " + format + " is none" + DidYouMean(format, PlanFormats()) +
+                                         "; see nifikral plan --help");
 }
 
 }  // namespace Nifikral

@@ -55,5 +55,30 @@ TEST_F(DiscWorkTest, AFolderBecomesADiscAndAChangeMakesOnlyWhatItTouches) {
     EXPECT_EQ(Nifikral("disc trip.iso.work/disc.json -o trip.iso.work --stage film-4").exitCode, 2);
 }
 
+TEST_F(DiscWorkTest, APlanMakesTheStagesApartAndItsLastCommandMakesNoneAgain) {
+    std::filesystem::create_directories(folder / "my $trip");
+    Ffmpeg("-f lavfi -i testsrc2=size=160x90:rate=25:duration=1 film.mkv");
+    std::filesystem::rename(folder / "film.mkv", folder / "my $trip/film.mkv");
+    ASSERT_EQ(Wait(Start({NIFIKRAL_PROGRAM, "init", "disc", "my $trip", "-o", "trip.json"})).exitCode, 0);
+    Replace("trip.json", "\"seconds\": 20", "\"seconds\": 2");
+    const Outcome plan = Nifikral("plan --format make disc trip.json -o trip.iso");
+    ASSERT_EQ(plan.exitCode, 0) << plan.errors;
+    std::ofstream(folder / "plan.mk") << plan.output;
+    EXPECT_FALSE(std::filesystem::exists(folder / "trip.iso"));
+    const Outcome parts = Wait(Start(Words("make -s -j2 -f plan.mk part-0 part-1")));
+    ASSERT_EQ(parts.exitCode, 0) << parts.errors;
+    const auto film = Time("trip.iso.work/film-1.mpg"), page = Time("trip.iso.work/page-1.mpg");
+    for (int run = 0; run < 2; ++run) {
+        const Outcome made = Wait(Start(Words("make -s -j2 -f plan.mk")));
+        ASSERT_EQ(made.exitCode, 0) << made.errors;
+        EXPECT_EQ(Time("trip.iso.work/film-1.mpg"), film);
+        EXPECT_EQ(Time("trip.iso.work/page-1.mpg"), page);
+    }
+    DiscWalk walk((folder / "trip.iso").string());
+    ASSERT_TRUE(walk.PlayToButtons() && walk.Press(1));
+    EXPECT_EQ(walk.Place(), FilmPlace(1, 1));
+    EXPECT_EQ(Nifikral("concat --last 3 disc trip.json -o trip.iso").exitCode, 2);
+}
+
 }  // namespace
 }  // namespace Nifikral

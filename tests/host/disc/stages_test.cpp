@@ -15,17 +15,23 @@ class StagesTest : public CommandTest {
  protected:
     StagesTest() { work = (folder / "work").string(); }
 
-    // A program in place of the command: runs the first word as a shell's line. Each run leaves a line in "log".
+    // A program in place of the command: runs the first word as a shell's line, and leaves the key, the second, beside
+    // what that makes. Each run leaves a line in "log".
     Stage Of(const std::string& name, const std::string& script, const std::string& key = "key") const {
-        std::ofstream(folder / "program") << "#!/bin/sh\ncd " << folder.string() << "\neval \"$1\"\n";
+        std::ofstream(folder / "program")
+            << "#!/bin/sh\ncd " << folder.string() << "\neval \"$1\"\nprintf %s \"$2\" > \"$3\"\n";
         std::filesystem::permissions(folder / "program", std::filesystem::perms::owner_all);
         const std::string result = work + "/" + name;
-        return {name, {"echo " + name + " >> log; " + script}, key, result, 1, 1};
+        return {name, {"echo " + name + " >> log; " + script, key, result + ".key"}, key, result, 1, 1};
     }
     Stage Making(const std::string& name, const std::string& key = "key") const {
         return Of(name, "echo made > work/" + name, key);
     }
-    void Run(const std::vector<Stage>& stages) const { MakeStages(stages, work, (folder / "program").string()); }
+    void Run(const std::vector<Stage>& stages) const {
+        const WorkLock lock(work);
+        MakeStages(
+            stages, [](double) {}, (folder / "program").string());
+    }
     std::string Log() const {
         std::string log = ReadFile(folder / "log");
         std::filesystem::remove(folder / "log");
@@ -43,9 +49,25 @@ TEST_F(StagesTest, MakesAgainOnlyWhatIsMadeFromSomethingElse) {
     std::filesystem::remove(folder / "work/a");
     Run({Making("a"), Making("b", "other")});
     EXPECT_EQ(Log(), "a\n");
-    // A run of the old key that failed leaves nothing that the new one would take.
-    EXPECT_THROW(Run({Of("a", "exit 3", "newer")}), HostError);
+    // A run that made it from something else than this one knows of.
+    Stage newer = Making("a", "newer");
+    newer.words[1] = "newest";
+    EXPECT_THROW(Run({newer}), HostError);
+}
+
+TEST_F(StagesTest, AStageMadeAloneCountsAsMadeOnlyWhenItIsComplete) {
+    std::filesystem::create_directory(work);
+    const auto make = [&](const std::string& text) { return [this, text] { std::ofstream(work + "/a") << text; }; };
+    MakeStage(Making("a"), make("1"));
+    MakeStage(Making("a"), make("2"));
+    EXPECT_EQ(ReadFile(work + "/a"), "1");
+    Run({Making("a")});
+    EXPECT_EQ(Log(), "");
+    // What the old key has left is not taken for the new, and a failure leaves nothing.
+    const auto fail = [] { throw HostError(ExitCode::Input, "broken"); };
+    EXPECT_THROW(MakeStage(Making("a", "new"), fail), HostError);
     EXPECT_FALSE(IsMade(Making("a")));
+    EXPECT_FALSE(IsMade(Making("a", "new")));
 }
 
 TEST_F(StagesTest, TheFirstFailureEndsTheOthersAndKeepsWhatIsComplete) {
