@@ -1,5 +1,7 @@
 #include "effects/base/CBasedVideoEffect.h"
 
+#include <utility>
+
 #include "TarvoBased/boundary.h"
 #include "effects/base/property_table.h"
 
@@ -45,6 +47,8 @@ void CBasedVideoEffect::OnSetProperty(const std::string& name, PropertyNode& nod
 
 IRawVideoFrame* CBasedVideoImageEffect::ProcFrame(ImagePostion* record, int position, IRawVideoFrame* frame) {
     return FrameCall(procFrameLines, record, frame, [&] {
+        // The last output may be what comes in now.
+        const FrameOwner last = frame == m_output.get() ? std::move(m_output) : nullptr;
         m_output.reset();
         m_output = CloneFrame(*frame);
         // A host frame may decline to be cloned without an error; there is nothing to process then.

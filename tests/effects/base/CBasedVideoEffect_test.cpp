@@ -53,6 +53,17 @@ TEST_F(VideoEffect, EachCopyReplacesTheOneBefore) {
     EXPECT_EQ(TestFrame::alive, alive + 1);
 }
 
+TEST_F(VideoEffect, TakesItsOwnLastOutputAsTheNextFrame) {
+    const int alive = TestFrame::alive;
+    const unsigned rest = frame.Samples()[1][1];
+    IRawVideoFrame* output = probe.ProcFrame(&record, 1, &frame);
+    for (int i = 2; i < 5; ++i) output = probe.ProcFrame(&record, i, output);
+    const Grid samples = static_cast<TestFrame*>(output)->Samples();
+    EXPECT_EQ(samples[0][0] & 0xFF, 4u);
+    EXPECT_EQ(samples[1][1], rest);
+    EXPECT_EQ(TestFrame::alive, alive + 1);
+}
+
 TEST_F(VideoEffect, AFrameThatCannotBeClonedIsNotProcessed) {
     frame.refuseClone = true;
     EXPECT_EQ(probe.ProcFrame(&record, 1, &frame), nullptr);
