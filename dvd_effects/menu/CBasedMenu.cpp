@@ -86,8 +86,9 @@ FrameSize CBasedMenu::MenuSize() const {
 
 void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     ++m_frameNumber;
-    if (!Canvas::Takes(*frame)) return;
-    const FrameKind kind{frame->GetPixelFormat(), SizeOf(*frame), Instructions()};
+    const FrameSize size = SizeOf(*frame);
+    if (!Canvas::Takes(*frame) || !size.width || !size.height) return;
+    const FrameKind kind{frame->GetPixelFormat(), size, Instructions()};
     if (kind != m_kind) {
         m_kind = kind;
         ForgetBackground();
@@ -107,7 +108,10 @@ void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     std::function<void(Canvas&)> paint;
     if (HasOwnBackground()) paint = [this](Canvas& background) { PaintBackground(background); };
     m_background.Draw(canvas, m_kind, MenuSize(), paint);
-    Attempt(lineScene, [&] { DrawScene(canvas); });
+    Attempt(lineScene, [&] {
+        MenuBackground::RequireSize(MenuSize());
+        DrawScene(canvas);
+    });
 }
 
 std::vector<RestingPlaces::Subject> CBasedMenu::Subjects() const {
@@ -123,6 +127,7 @@ bool CBasedMenu::Watch(unsigned first, unsigned end) {
     const std::uint32_t now = m_frameNumber;
     const bool watched = TarvoBased::AtBoundary(lineWatch, basedMenuName, [&] {
         Require(m_kind != FrameKind() && first < end, TarvoBased::textInvalidParamValue, lineWatch, basedMenuName);
+        MenuBackground::RequireSize(MenuSize());
         CRawVideoFrame frame(false, m_kind.format, m_kind.size.width, m_kind.size.height, true);
         RestingPlaces places(m_kind.size);
         const LayingWatcher watcher = [&](const Laying& laying) { places.See(laying); };

@@ -109,6 +109,24 @@ TEST_P(Template, ComposesAnyNumberOnAnyFrame) {
             }
 }
 
+// Whatever divides by the menu's size, or steps by a part of it.
+TEST_P(Template, ReturnsForFramesWithoutPixelsAndMenusOfAnySize) {
+    for (unsigned format : {30u, 7u, 60u})
+        for (const FrameSize& size : {FrameSize{0, 0}, {1, 0}, {8, 0}, {0, 8}}) {
+            const EffectOwner menu = Make(2, true);
+            TestFrame frame(format, size.width, size.height);
+            for (int i = 0; i < 2; ++i) Apply(*menu, frame);
+            EXPECT_EQ(LastError().code, 0) << LastError().message;
+        }
+    for (const char* side : {"-7", "1", "16385", "2147483647"}) {
+        const EffectOwner menu = Make(2, true);
+        ASSERT_TRUE(menu->SetProperty("width", side));
+        TestFrame frame(30, 8, 1);
+        for (int i = 0; i < 2; ++i) Apply(*menu, frame);
+        ForgetError();
+    }
+}
+
 TEST_P(Template, DoesNotDependOnWhatWasInTheFrame) {
     std::mt19937 random(9);
     for (unsigned format : {30u, 7u, 35u}) {
