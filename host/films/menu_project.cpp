@@ -92,9 +92,20 @@ void ForEachSource(const ProjectItem& list, std::vector<MenuSource>& sources, co
     for (std::size_t i = 0; i < std::min(entries.size(), sources.size()); ++i) read(sources[i], entries[i]);
 }
 
+// As many as the module takes.
+constexpr int mostSources = 4096;
+
 std::vector<MenuSource> ReadSources(const ProjectItem& root, const std::string& project) {
     std::vector<MenuSource> sources;
-    for (const ProjectItem& entry : root["additionSourcePaths"].Entries()) {
+    const ProjectItem paths = root["additionSourcePaths"];
+    const std::vector<ProjectItem> entries = paths.Entries();
+    // Before any is opened.
+    if (entries.size() > mostSources) {
+        paths.Fault("names " + std::to_string(entries.size()) + " files; a menu takes at most " +
+                    std::to_string(mostSources));
+        return sources;
+    }
+    for (const ProjectItem& entry : entries) {
         MenuSource& source = sources.emplace_back();
         source.item = entry.Name();
         source.path = ProjectPath(project, entry.Text());
@@ -268,7 +279,7 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
     for (const char* const key : {"startPositions", "endPositions", "moveSpeeds", "moveFormulas"})
         project.placesSources |= bool(root[key]);
     if (root["perPage"])
-        project.perPage = root["perPage"].Integer({1, 4096});
+        project.perPage = root["perPage"].Integer({1, mostSources});
     else if (!project.placesSources)
         project.perPage = UsualPerPage(templateName);
     CheckNumber(root["textNumber"], project.texts.size(), "textInfos");

@@ -134,6 +134,14 @@ unsigned ProjectItem::Colour() const {
     return 0;
 }
 
+namespace {
+
+constexpr std::uintmax_t longestProject = 16 << 20;  // bytes
+// Of objects and lists within one another. What is deeper is no project, and exhausts the stack of whoever descends.
+constexpr int deepestProject = 64;
+
+}  // namespace
+
 Json LoadProject(const std::string& path) {
     const auto refuse = [&](const std::string& what) { throw HostError(ExitCode::Input, path + what); };
     std::error_code error;
@@ -143,10 +151,17 @@ Json LoadProject(const std::string& path) {
         refuse(": " + std::string(errno == ENOENT
                                       ? "no such file; check the name, or let nifikral init write an example"
                                       : std::strerror(errno)));
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    std::string text;
+    for (std::istreambuf_iterator<char> next{stream}, end; next != end && text.size() <= longestProject; ++next)
+        text += *next;
+    if (text.size() > longestProject) refuse(" is longer than 16 MB, so no project; check the name");
     try {
         constexpr bool throws = true, takeComments = true;
-        Json project = Json::parse(text, nullptr, throws, takeComments);
+        const auto bounded = [&](int depth, Json::parse_event_t, const Json&) {
+            if (depth > deepestProject) refuse(" is nested more than 64 deep, which no project is; check the file");
+            return true;
+        };
+        Json project = Json::parse(text, bounded, throws, takeComments);
         if (!project.is_object()) refuse(" holds no JSON object; nifikral init writes an example");
         return project;
     } catch (const Json::exception& fault) {

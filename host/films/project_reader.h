@@ -84,7 +84,8 @@ class ProjectItem {
     Faults* m_faults;
 };
 
-/// Parses a project file. Throws input errors for one that cannot be read or is no JSON object.
+/// Parses a project file. Throws input errors for one that cannot be read, is no JSON object, is longer than 16 MB or
+/// nested more than 64 deep.
 Json LoadProject(const std::string& path);
 
 /// A file that a project names: relative names start at the project's folder.

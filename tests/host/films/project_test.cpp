@@ -119,6 +119,14 @@ TEST_F(Project, ReportsAllFaultsAtOnceWithTheItemAndTheRemedy) {
     ExpectRefused(R"({"width": 64, "height": 36, "sourcePath": "no.png"})", ExitCode::Input, {"sourcePath", "no.png"});
     ExpectRefused(R"({"width": 64,)", ExitCode::Input, {"menu.json is no JSON", "line 1"});
     ExpectRefused("[]", ExitCode::Input, {"no JSON object"});
+    std::string many = R"("none.png")";
+    for (int i = 0; i < 5000; ++i) many += R"(,"none.png")";
+    ExpectRefused(R"({"width": 64, "height": 36, "additionSourcePaths": [)" + many + "]}", ExitCode::Usage,
+                  {"additionSourcePaths: names 5001 files; a menu takes at most 4096"});
+    constexpr std::size_t deep = 200000;
+    ExpectRefused(R"({"width": )" + std::string(deep, '[') + std::string(deep, ']') + "}", ExitCode::Input,
+                  {"menu.json is nested more than 64 deep"});
+    ExpectRefused("{" + std::string(20 << 20, ' ') + "}", ExitCode::Input, {"menu.json is longer than 16 MB"});
 }
 
 }  // namespace
