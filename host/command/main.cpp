@@ -2,6 +2,8 @@
 
 #include <malloc.h>
 
+#include <cstdio>
+
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
@@ -70,6 +72,21 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     return 0;
 }
 
+// The exit code of a whole run, whose errors are printed. Without memory, even printing may fail.
+int RunToCode(const std::string& program, const Words& words) {
+    try {
+        return Run(program, words, {});
+    } catch (const HostError& error) {
+        PrintError(error.what());
+        return int(error.Code());
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        PrintError(error.what());
+    }
+    return int(ExitCode::Failed);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -79,14 +96,9 @@ int main(int argc, char** argv) {
     InstallSignalHandlers();
     CaptureFfmpegMessages();
     try {
-        return Run(argv[0], Words(argv + 1, argv + argc), {});
-    } catch (const HostError& error) {
-        PrintError(error.what());
-        return int(error.Code());
+        return RunToCode(argv[0], Words(argv + 1, argv + argc));
     } catch (const std::bad_alloc&) {
-        PrintError("out of memory; use fewer --threads or smaller pictures");
-    } catch (const std::exception& error) {
-        PrintError(error.what());
+        std::fputs("nifikral: error: out of memory; use fewer --threads or smaller pictures\n", stderr);
     }
     return int(ExitCode::Failed);
 }
