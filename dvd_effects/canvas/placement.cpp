@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "effects/base/correct_rounding.h"
+
 namespace AVBased {
 
 namespace {
@@ -29,8 +31,13 @@ void FillMatrix(Projection& projection, const Spot (&p)[4], double width, double
 
 }  // namespace
 
+double Distance(Spot from, Spot to) {
+    const double dx = to.x - from.x, dy = to.y - from.y;
+    return std::sqrt(dx * dx + dy * dy);
+}
+
 Placement Placement::Turned(Spot centre, double width, double height, double degrees) {
-    const double angle = degrees * std::numbers::pi / 180, sine = std::sin(angle), cosine = std::cos(angle);
+    const auto [sine, cosine] = SineAndCosineOf(degrees * std::numbers::pi / 180);
     const auto corner = [&](double x, double y) {
         return Spot{centre.x + x * width * cosine - y * height * sine,
                     centre.y + x * width * sine + y * height * cosine};
@@ -39,14 +46,14 @@ Placement Placement::Turned(Spot centre, double width, double height, double deg
 }
 
 Placement Placement::Along(Spot from, Spot to, double width) {
-    const double dx = to.x - from.x, dy = to.y - from.y, length = std::sqrt(dx * dx + dy * dy);
+    const double dx = to.x - from.x, dy = to.y - from.y, length = Distance(from, to);
     // A line of no length has no direction either, and shows nothing.
     const double x = length > 0 ? -dy / length * width / 2 : 0, y = length > 0 ? dx / length * width / 2 : 0;
     return {{from.x - x, from.y - y}, {from.x + x, from.y + y}, {to.x + x, to.y + y}, {to.x - x, to.y - y}};
 }
 
 Placement Placement::Towards(Spot centre, Spot direction, double width, double height) {
-    const double length = std::sqrt(direction.x * direction.x + direction.y * direction.y);
+    const double length = Distance({}, direction);
     if (!(length > 0)) return {};
     const double ax = direction.x / length * width / 2, ay = direction.y / length * width / 2;
     const double dx = -direction.y / length * height / 2, dy = direction.x / length * height / 2;
@@ -67,7 +74,7 @@ std::optional<Projection> Project(const Placement& placement, unsigned layerWidt
         const Spot &from = corners[i], &to = corners[(i + 1) % 4];
         if (!(std::abs(from.x) < farthest && std::abs(from.y) < farthest)) return std::nullopt;
         if (!(sign * Turn(from, to, corners[(i + 2) % 4]) > leastArea)) return std::nullopt;
-        const double scale = sign / std::hypot(to.x - from.x, to.y - from.y);
+        const double scale = sign / Distance(from, to);
         const double a = (from.y - to.y) * scale, b = (to.x - from.x) * scale;
         projection.edges[i] = {a, b, -(a * from.x + b * from.y)};
         projection.least = {std::min(projection.least.x, from.x), std::min(projection.least.y, from.y)};

@@ -9,6 +9,9 @@ struct Spot {
     double x = 0, y = 0;
 };
 
+/// In pixels; with one square root in place of a library's own routine, so that it is the same everywhere.
+double Distance(Spot from, Spot to);
+
 /// Where the four corners of a layer go: a rectangle, turned, mirrored or not, or any convex quadrilateral, such as a
 /// picture on a plane in space.
 struct Placement {

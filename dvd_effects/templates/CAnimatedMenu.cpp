@@ -1,7 +1,6 @@
 #include "dvd_effects/templates/CAnimatedMenu.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "dvd_effects/canvas/painting.h"
 
@@ -11,13 +10,11 @@ namespace {
 
 constexpr int usualLoop = 300;
 
-double Length(Spot from, Spot to) { return std::hypot(to.x - from.x, to.y - from.y); }
-
 // The picture itself, or the halved one that is still as large as it is to be shown: a pixel of the frame takes only
 // four of a picture's, and so none may be left out.
 const Layer& Reduced(const Layer& picture, std::deque<Layer>& smaller, const Placement& at) {
-    const double width = std::max(Length(at.topLeft, at.topRight), Length(at.bottomLeft, at.bottomRight));
-    const double height = std::max(Length(at.topLeft, at.bottomLeft), Length(at.topRight, at.bottomRight));
+    const double width = std::max(Distance(at.topLeft, at.topRight), Distance(at.bottomLeft, at.bottomRight));
+    const double height = std::max(Distance(at.topLeft, at.bottomLeft), Distance(at.topRight, at.bottomRight));
     double scale = std::max(width / picture.Width(), height / picture.Height());
     const Layer* layer = &picture;
     for (std::size_t i = 0; scale <= 0.5 && layer->Width() > 1 && layer->Height() > 1; ++i, scale *= 2) {

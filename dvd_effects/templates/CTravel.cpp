@@ -1,6 +1,5 @@
 #include "dvd_effects/templates/CTravel.h"
 
-#include <cmath>
 #include <map>
 
 #include "dvd_effects/canvas/painting.h"
@@ -20,9 +19,7 @@ class Route {
  public:
     explicit Route(const Region& area) : m_area(area) {
         for (unsigned i = 1; i <= steps; ++i) {
-            const Spot from = Turned(i - 1), to = Turned(i);
-            m_length[i] =
-                m_length[i - 1] + std::sqrt((to.x - from.x) * (to.x - from.x) + (to.y - from.y) * (to.y - from.y));
+            m_length[i] = m_length[i - 1] + Distance(Turned(i - 1), Turned(i));
         }
     }
     Spot At(double part) const {

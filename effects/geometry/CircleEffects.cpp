@@ -7,6 +7,7 @@
 #include <numeric>
 #include <vector>
 
+#include "effects/base/correct_rounding.h"
 #include "effects/base/fixed_point.h"
 
 namespace AVBased {
@@ -107,69 +108,77 @@ void FillTwists(const CircleSettings& circle, unsigned dy, unsigned count, float
         angles[dx] = TwistAt(own, DistanceFrom(dx, std::int32_t(dy)), float(dx) / radius, ny);
 }
 
-// The turns of a quarter of the circle, row by row as they are asked for.
-class QuarterTurns {
+// What depends on a pixel's distances from the centre alone: for a quarter of the circle, row by row as they are asked
+// for.
+template <class Value>
+class Quarter {
  public:
     struct Row {
-        const float *sines, *cosines;
+        const Value* values;
         unsigned count;  // from the centre's column to the rim
     };
 
-    QuarterTurns(const CircleSettings& circle, const Box& box, InstructionSet set)
-        : m_circle(circle),
-          m_fillTwists(variantsOf<FillTwists>.For(set)),
-          m_columns(DistancesIn(box.xBegin, box.xEnd, circle.x)),
-          m_counts(DistancesIn(box.yBegin, box.yEnd, circle.y), unknown),
-          m_sines(std::make_unique_for_overwrite<float[]>(m_columns * m_counts.size())),
-          m_cosines(std::make_unique_for_overwrite<float[]>(m_columns * m_counts.size())),
-          m_angles(m_columns) {}
+    Quarter(std::size_t columns, std::size_t rows)
+        : m_columns(columns),
+          m_counts(rows, unknown),
+          m_values(std::make_unique_for_overwrite<Value[]>(columns * rows)) {}
 
-    Row At(unsigned dy) {
-        float *const sines = &m_sines[dy * m_columns], *const cosines = &m_cosines[dy * m_columns];
-        if (m_counts[dy] == unknown) {
-            const unsigned count = CountInside(dy);
-            m_fillTwists(m_circle, dy, count, m_angles.data());
-            for (unsigned dx = 0; dx < count; ++dx) {
-                const bool isKnown = dx < m_counts.size() && m_counts[dx] != unknown && dy < m_counts[dx];
-                const std::size_t mirrored = dx * m_columns + dy;
-                if (isKnown) {
-                    sines[dx] = m_sines[mirrored];
-                    cosines[dx] = m_cosines[mirrored];
-                } else {
-                    const float angle = m_angles[dx];
-                    sines[dx] = std::sin(angle);
-                    cosines[dx] = std::cos(angle);
-                }
-            }
-            m_counts[dy] = count;
-        }
-        return {sines, cosines, m_counts[dy]};
+    // Calls fill(values), which returns how many there are, unless the row is known.
+    template <class Fill>
+    Row At(unsigned dy, const Fill& fill) {
+        Value* const values = &m_values[dy * m_columns];
+        if (m_counts[dy] == unknown) m_counts[dy] = fill(values);
+        return {values, m_counts[dy]};
     }
 
  private:
     static constexpr unsigned unknown = UINT32_MAX;
 
-    unsigned CountInside(unsigned dy) const {
+    std::size_t m_columns;
+    std::vector<unsigned> m_counts;  // for each row
+    std::unique_ptr<Value[]> m_values;
+};
+
+struct Turns {
+    const float *sines, *cosines;
+    unsigned count;
+};
+
+// The turns of each row.
+class QuarterTurns {
+ public:
+    QuarterTurns(const CircleSettings& circle, const Box& box, InstructionSet set)
+        : m_circle(circle),
+          m_set(set),
+          m_angles(DistancesIn(box.xBegin, box.xEnd, circle.x)),
+          m_quarter(2 * m_angles.size(), DistancesIn(box.yBegin, box.yEnd, circle.y)) {}
+
+    Turns At(unsigned dy) {
         const auto isInside = [&](unsigned dx) {
             return !IsOutside(m_circle, DistanceFrom(std::int32_t(dx), std::int32_t(dy)));
         };
-        return CountWhile(unsigned(m_columns), isInside);
+        const auto [values, count] = m_quarter.At(dy, [&](float* sines) {
+            const unsigned inside = CountWhile(unsigned(m_angles.size()), isInside);
+            variantsOf<FillTwists>.For(m_set)(m_circle, dy, inside, m_angles.data());
+            FillSinesAndCosines(m_angles.data(), inside, sines, sines + m_angles.size(), m_set);
+            return inside;
+        });
+        return {values, values + m_angles.size(), count};
     }
 
+ private:
     CircleSettings m_circle;
-    void (*m_fillTwists)(const CircleSettings&, unsigned, unsigned, float*);
-    std::size_t m_columns;
-    std::vector<unsigned> m_counts;  // for each row
-    std::unique_ptr<float[]> m_sines, m_cosines;
+    InstructionSet m_set;
     std::vector<float> m_angles;
+    Quarter<float> m_quarter;
 };
 
 // No position in the reach of exact arithmetic comes near the limits of 32 bits; not-a-number becomes 0.
 std::uint32_t TruncatedPosition(float position) { return std::uint32_t(std::int32_t(position > 0 ? position : 0)); }
 
-void RotateRow(const CircleSettings& circle, const QuarterTurns::Row& turns, const SourceRow& to) {
+void RotateRow(const CircleSettings& circle, const Turns& turns, const SourceRow& to) {
     const SourceRow row = to;
-    const QuarterTurns::Row turn = turns;
+    const Turns turn = turns;
     const float radius = float(circle.radius), centreX = float(circle.x), centreY = float(circle.y);
     const float ny = (float(row.y) - centreY) / radius;
     const Chord chord(row, circle.x, turn.count);
@@ -184,7 +193,7 @@ void RotateRow(const CircleSettings& circle, const QuarterTurns::Row& turns, con
 }
 
 std::int32_t FactorOf(const CircleSettings& circle, std::uint32_t distance2) {
-    return TruncateToInt32(std::pow(std::sqrt(double(distance2)) / double(circle.radius), circle.scale) * 256);
+    return TruncatedPower(std::sqrt(double(distance2)) / double(circle.radius), circle.scale, 256);
 }
 
 // Between exponents this small and 0, the powers of neighbouring squared distances may be rounded out of order.
@@ -275,7 +284,7 @@ std::optional<Source> RotateMap::operator()(unsigned x, unsigned y) const {
     if (IsOutside(circle, distance)) return std::nullopt;
     const float radius = float(circle.radius), centreX = float(circle.x), centreY = float(circle.y);
     const float nx = (float(x) - centreX) / radius, ny = (float(y) - centreY) / radius;
-    const float angle = TwistAt(circle, distance, nx, ny), sine = std::sin(angle), cosine = std::cos(angle);
+    const auto [sine, cosine] = SineAndCosineOf(TwistAt(circle, distance, nx, ny));
     return Source{TruncateToUint32(centreX + (nx * cosine - ny * sine) * radius),
                   TruncateToUint32(centreY + (nx * sine + ny * cosine) * radius)};
 }
@@ -299,14 +308,16 @@ FillSourceRow SpherizeMap::Rows(const Box& box, InstructionSet set) const {
     const std::uint32_t radius2 = circle.radius * circle.radius;
     const auto columns = std::uint32_t(DistancesIn(box.xBegin, box.xEnd, circle.x)),
                rows = std::uint32_t(DistancesIn(box.yBegin, box.yEnd, circle.y));
-    return [circle = circle, radius2, factors = std::vector<std::int32_t>(columns),
+    return [circle = circle, radius2, columns, factors = std::make_shared<Quarter<std::int32_t>>(columns, rows),
             steps = FactorSteps(circle, std::min(radius2, columns * columns + rows * rows)),
-            fill = variantsOf<SpherizeRow>.For(set)](const SourceRow& row) mutable {
+            fill = variantsOf<SpherizeRow>.For(set)](const SourceRow& row) {
         const unsigned dy = Distance(row.y, circle.y);
-        const auto isInside = [&](unsigned dx) { return dx * dx + dy * dy <= radius2; };
-        const unsigned count = CountWhile(unsigned(factors.size()), isInside);
-        steps.FillRow(dy, count, factors.data());
-        fill(circle, factors.data(), count, row);
+        const auto [values, count] = factors->At(dy, [&](std::int32_t* to) {
+            const unsigned inside = CountWhile(columns, [&](unsigned dx) { return dx * dx + dy * dy <= radius2; });
+            steps.FillRow(dy, inside, to);
+            return inside;
+        });
+        fill(circle, values, count, row);
     };
 }
 

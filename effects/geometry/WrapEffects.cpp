@@ -7,6 +7,7 @@
 
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/error_codes.h"
+#include "effects/base/correct_rounding.h"
 #include "effects/base/fixed_point.h"
 
 namespace AVBased {
@@ -42,7 +43,7 @@ std::int32_t InQ15(double value) { return std::int32_t(std::lround(32768 * value
 const std::array<std::int32_t, 91>& SineMap() {
     static const auto map = [] {
         std::array<std::int32_t, 91> sines;
-        for (int a = 0; a <= 90; ++a) sines[a] = InQ15(std::sin(a * std::numbers::pi / 180));
+        for (int a = 0; a <= 90; ++a) sines[a] = InQ15(SineAndCosineOf(a * std::numbers::pi / 180).sine);
         return sines;
     }();
     return map;
@@ -53,7 +54,10 @@ const std::array<std::int32_t, 181>& TangentMap() {
     static const auto map = [] {
         std::array<std::int32_t, 181> tangents{};
         // Deliberate: 0 at 89 degrees as well as at 90.
-        for (int a = -88; a <= 88; ++a) tangents[a + 90] = InQ15(std::tan(a * std::numbers::pi / 180));
+        for (int a = -88; a <= 88; ++a) {
+            const auto [sine, cosine] = SineAndCosineOf(a * std::numbers::pi / 180);
+            tangents[a + 90] = InQ15(sine / cosine);
+        }
         return tangents;
     }();
     return map;

@@ -1,10 +1,10 @@
 #include "effects/neighbourhood/ReliefEffect.h"
 
 #include <algorithm>
-#include <cmath>
 #include <numbers>
 #include <vector>
 
+#include "effects/base/correct_rounding.h"
 #include "effects/base/frame_views.h"
 #include "effects/neighbourhood/ReliefEffect_avx2.h"
 
@@ -99,7 +99,7 @@ CReliefVideoImageEffect::CReliefVideoImageEffect()
 ReliefKernel CReliefVideoImageEffect::Kernel(std::int32_t angle) {
     constexpr double pi = std::numbers::pi;
     const double x = (double(angle) + double(angle)) * pi / 360;
-    const auto weight = [x](double turn) { return std::int32_t(std::cos(x + turn) * 256); };
+    const auto weight = [x](double turn) { return std::int32_t(SineAndCosineOf(x + turn).cosine * 256); };
     return {weight(pi / 4),     weight(pi / 2),
             weight(3 * pi / 4),  //
             weight(0),          256,

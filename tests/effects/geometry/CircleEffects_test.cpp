@@ -17,7 +17,8 @@ std::optional<Position> Twisted(const Circle& c, unsigned x, unsigned y) {
     const float nx = (float(x) - float(c.x)) / r, ny = (float(y) - float(c.y)) / r;
     const double a = double(r - d) * c.scale;
     const float angle = float(2 * (std::sqrt(double(nx * nx + ny * ny)) - 0.7) * (a / double(c.radius)));
-    const float sine = std::sin(angle), cosine = std::cos(angle);
+    // In double precision, since a library's own single-precision result need not be the nearest.
+    const float sine = float(std::sin(double(angle))), cosine = float(std::cos(double(angle)));
     const auto position = [](float place) { return int(std::max(place, 0.0f)); };
     return Position{position(float(c.x) + (nx * cosine - ny * sine) * r),
                     position(float(c.y) + (nx * sine + ny * cosine) * r)};
