@@ -1,8 +1,8 @@
 """Drives a headless Chromium by the WebDriver protocol, for the tests of pages."""
 import base64, contextlib, json, os, pathlib, shutil, subprocess, tempfile, time, urllib.request
 
-KEYS = {"Enter": "\ue007", "Backspace": "\ue003", "Escape": "\ue00c", "PageDown": "\ue00f",
-        "up": "\ue013", "down": "\ue015", "left": "\ue012", "right": "\ue014"}
+KEYS = {"Enter": "\ue007", "Backspace": "\ue003", "Escape": "\ue00c", "PageDown": "\ue00f", "End": "\ue010", "Home": "\ue011",
+        "Delete": "\ue017", "Tab": "\ue004", "shift": "\ue008", "control": "\ue009", "alt": "\ue00a", "up": "\ue013", "down": "\ue015", "left": "\ue012", "right": "\ue014"}
 
 
 def installed():
@@ -16,7 +16,7 @@ class Browser:
 
 
     def __init__(self, width, height, *arguments):
-        self.profile = tempfile.TemporaryDirectory()
+        self.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
         self.driver = subprocess.Popen(["chromedriver", "--port=0"], stdout=subprocess.PIPE,
                                        stderr=subprocess.DEVNULL, text=True)
         for line in self.driver.stdout:
@@ -60,9 +60,18 @@ class Browser:
     def act(self, kind, actions, name="keys", **source):
         self.call("POST", "/actions", {"actions": [{"type": kind, "id": name, "actions": actions, **source}]})
 
-    def key(self, name):
-        key = KEYS.get(name, name)
-        self.act("key", [{"type": "keyDown", "value": key}, {"type": "keyUp", "value": key}])
+    def key(self, *names):
+        """Presses a key, the last one, while the others are held."""
+        keys = [KEYS.get(name, name) for name in names]
+        self.act("key", [{"type": "keyDown", "value": key} for key in keys] + [{"type": "keyUp", "value": key} for key in reversed(keys)])
+
+    def drag(self, begin, end, pointer="mouse", steps=4):
+        """Moves from one place of the page to another with the button or the finger down."""
+        def at(share):
+            return {"type": "pointerMove", "duration": 10, "x": round(begin[0] + (end[0] - begin[0]) * share),
+                    "y": round(begin[1] + (end[1] - begin[1]) * share)}
+        self.act("pointer", [at(0), {"type": "pointerDown", "button": 0}, *[at((i + 1) / steps) for i in range(steps)],
+                             {"type": "pointerUp", "button": 0}], pointer, parameters={"pointerType": pointer})
 
     def point(self, x, y, pointer):
         self.act("pointer", [{"type": "pointerMove", "x": round(x), "y": round(y), "duration": 0},
