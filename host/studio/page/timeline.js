@@ -1,0 +1,83 @@
+// A scrubber with play, single frames, in and out.
+import {play, report} from "./api.js";
+import {clamp, clock, el, iconButton} from "./dom.js";
+
+export class Timeline {
+    /** seek(seconds) shows a frame; stream(from) returns [path, body] of what plays from there; draw(bitmap) shows it. */
+    constructor({seek, stream, draw, inOut, label}) {
+        Object.assign(this, {seek, stream, draw, at: 0, seconds: 0, rate: 25, loop: null});
+        this.bar = el("input", {type: "range", class: "scrubber", min: 0, value: 0, "aria-label": label ?? "Time", oninput: () => { this.stop(); this.set(Number(this.bar.value) / this.rate); }});
+        this.toggle = iconButton("play", "Play (space)", () => this.playing ? this.stop() : this.start());
+        this.readout = el("output", {class: "time"});
+        this.marks = el("div", {class: "marks", "aria-hidden": "true"});
+        this.speed = el("output", {class: "muted speed"});
+        this.node = el("div", {class: "timeline", role: "group", "aria-label": "Time"}, this.toggle,
+            iconButton("left", "One frame back", () => this.set(this.at - 1 / this.rate)), iconButton("right", "One frame on", () => this.set(this.at + 1 / this.rate)),
+            el("div", {class: "track"}, this.marks, this.bar), this.readout, this.speed,
+            inOut && el("button", {type: "button", class: "quiet", title: "Begin here (I); again to begin at the film's begin", onclick: () => inOut("in"), text: "In"}),
+            inOut && el("button", {type: "button", class: "quiet", title: "End here (O); again to end at the film's end", onclick: () => inOut("out"), text: "Out"}));
+        this.inOut = inOut;
+    }
+    setLength(seconds, rate) {
+        Object.assign(this, {seconds, rate});
+        this.bar.max = Math.max(0, Math.round(seconds * rate) - 1);
+        this.set(clamp(this.at, 0, seconds), false);
+    }
+    /** Parts of the time that are marked: [{begin, end, class}]. */
+    setMarks(list) {
+        this.marks.replaceChildren(...list.map(({begin, end, kind}) => {
+            const mark = el("span", {class: kind});
+            mark.style.left = `${begin / this.seconds * 100}%`;
+            mark.style.width = `${(end - begin) / this.seconds * 100}%`;
+            return mark;
+        }));
+    }
+    set(at, seeks = true) {
+        this.at = clamp(at, 0, Math.max(0, this.seconds - 1 / this.rate));
+        this.bar.value = Math.round(this.at * this.rate);
+        this.bar.setAttribute("aria-valuetext", clock(this.at));
+        this.readout.textContent = `${clock(this.at)} / ${clock(this.seconds)}`;
+        if (seeks) this.seek(this.at);
+    }
+    mark(playing) {
+        const other = iconButton(playing ? "pause" : "play", "");
+        this.toggle.replaceChildren(...other.childNodes);
+        this.toggle.setAttribute("aria-label", playing ? "Pause (space)" : "Play (space)");
+    }
+    async start() {
+        this.stop();
+        const abort = this.playing = new AbortController();
+        this.mark(true);
+        try {
+            do {
+                const from = this.at >= this.seconds - 1.5 / this.rate ? this.loop ?? 0 : this.at, begin = performance.now();
+                const [path, body] = this.stream(from);
+                let count = 0;
+                await play(path, body, this.rate, (picture, index) => {
+                    if (abort.signal.aborted) return picture.close();
+                    this.draw(picture);
+                    this.set(from + index / this.rate, false);
+                    this.node.dispatchEvent(new CustomEvent("frame"));
+                    if (++count % 12 === 0) this.speed.textContent = `${(count / (performance.now() - begin) * 1000).toFixed(0)} fps`;
+                }, abort.signal);
+                if (!count) break;
+            } while (this.loop !== null && !abort.signal.aborted);
+        } catch (error) { report(error); }
+        if (this.playing === abort) this.stop();
+    }
+    stop() {
+        if (!this.playing) return;
+        this.playing.abort();
+        this.playing = null;
+        this.speed.textContent = "";
+        this.mark(false);
+        this.seek(this.at);
+    }
+    key(event) {
+        if (event.key === " ") this.playing ? this.stop() : this.start();
+        else if (this.inOut && event.key.toLowerCase() === "i") this.inOut("in");
+        else if (this.inOut && event.key.toLowerCase() === "o") this.inOut("out");
+        else return false;
+        return true;
+    }
+}
