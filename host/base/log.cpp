@@ -7,11 +7,13 @@
 #include <mutex>
 #include <set>
 #include <sstream>
+#include <utility>
 
 namespace Nifikral {
 namespace {
 
 std::atomic<Verbosity> currentVerbosity = Verbosity::Normal;
+thread_local std::function<void(const std::string&)>* warningReceiver = nullptr;
 
 bool IsNew(const std::string& subject) {
     static std::mutex mutex;
@@ -37,7 +39,12 @@ void PrintError(const std::string& lines) {
     for (std::string line; std::getline(stream, line);) Print("error: ", line);
 }
 
+WarningsTo::WarningsTo(std::function<void(const std::string&)> receive)
+    : m_receive(std::move(receive)), m_former(std::exchange(warningReceiver, &m_receive)) {}
+WarningsTo::~WarningsTo() { warningReceiver = m_former; }
+
 void PrintWarning(const std::string& line) {
+    if (warningReceiver) return (*warningReceiver)(line);
     IsNew(line);
     if (currentVerbosity != Verbosity::Quiet) Print("warning: ", line);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 /// What the command prints on stderr. Threads: any.
@@ -17,6 +18,17 @@ void PrintWarning(const std::string& line);
 /// The same, but only the first time for each `subject`. A warning is a subject of its own: one that a stage repeats
 /// is not printed again.
 void PrintWarningOnce(const std::string& subject, const std::string& line);
+/// Passes the calling thread's warnings to a function instead, until this object goes.
+class WarningsTo {
+ public:
+    explicit WarningsTo(std::function<void(const std::string&)> receive);
+    ~WarningsTo();
+    WarningsTo(const WarningsTo&) = delete;
+    WarningsTo& operator=(const WarningsTo&) = delete;
+
+ private:
+    std::function<void(const std::string&)> m_receive, *m_former;
+};
 /// What was done; not printed under -q.
 void PrintNotice(const std::string& line);
 /// Printed under -v only.

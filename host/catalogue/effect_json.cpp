@@ -29,11 +29,14 @@ void AddRange(Json& json, const char* name, const ValueRange& range) {
     if (std::isfinite(range.high)) json[name]["maximum"] = Number(range.high);
 }
 
-Json ParameterJson(const ParameterDetails& parameter) {
+Json ParameterJson(const EffectDetails& effect, const ParameterDetails& parameter) {
     const PropertyInfo& property = parameter.property;
     const ParameterInfo& info = parameter.info;
     const bool isText = property.type == PropertyType::Text;
-    Json json = {{"name", property.name}, {"type", TypeName(property.type)}, {"kind", KindName(info.kind)}};
+    Json json = {{"name", property.name},
+                 {"short", ShortName(effect.name, property.name)},
+                 {"type", TypeName(property.type)},
+                 {"kind", KindName(info.kind)}};
     json["default"] = isText ? Json(property.defaultText) : Number(std::strtod(property.defaultText.c_str(), nullptr));
     if (info.initial) json["initial"] = Number(*info.initial);
     if (!parameter.start.empty()) json["start"] = parameter.start;
@@ -62,7 +65,7 @@ Json DocumentOf(std::span<const EffectDetails> effects) {
         if (!(effect.info.traits & generator))
             json["example"] = std::vector<std::string>(std::size_t(effect.info.times), ShownRequest(effect.info));
         for (const ParameterDetails& parameter : effect.parameters)
-            json["parameters"].push_back(ParameterJson(parameter));
+            json["parameters"].push_back(ParameterJson(effect, parameter));
         all["effects"].push_back(json);
     }
     return all;

@@ -26,11 +26,11 @@ EffectPtr EffectModule::Create(const std::string& name) const {
     TarvoBased::ITarvoException* const current = TarvoBased::GetTarvoException();
     current->Clear();
     EffectPtr effect(m_create(m_manager, name.c_str()));
-    const int code = current->GetExceptionCode();
+    const int code = FiledCode();
     const std::optional<std::string> error = TakeModuleError();
     if (!effect && code != TarvoBased::errorNotFound)
         throw HostError(ExitCode::Failed,
-                        "the effect " + name + " cannot be made: " + error.value_or("no reason given"));
+                        "the effect " + name + " cannot be made: " + error.value_or("no reason given"), code);
     return effect;
 }
 
@@ -47,6 +47,8 @@ std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect) {
     return properties;
 }
 
+int FiledCode() { return TarvoBased::GetTarvoException()->GetExceptionCode(); }
+
 std::optional<std::string> TakeFiledMessage() {
     TarvoBased::ITarvoException* const current = TarvoBased::GetTarvoException();
     if (current->GetExceptionCode() == TarvoBased::noError) return std::nullopt;
@@ -56,7 +58,7 @@ std::optional<std::string> TakeFiledMessage() {
 }
 
 std::optional<std::string> TakeModuleError() {
-    const int code = TarvoBased::GetTarvoException()->GetExceptionCode();
+    const int code = FiledCode();
     std::optional<std::string> text = TakeFiledMessage();
     if (text) text->append(" (code " + std::to_string(code) + ")");
     return text;

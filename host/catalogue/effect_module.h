@@ -43,6 +43,8 @@ class EffectModule {
 /// What the module reports of an effect's properties, in its own order.
 std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect);
 
+/// The code of the calling thread's pending error, 0 when there is none.
+int FiledCode();
 /// The calling thread's pending error as words, and none left pending.
 std::optional<std::string> TakeFiledMessage();
 /// The same with the error's code.

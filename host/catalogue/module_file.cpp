@@ -13,10 +13,11 @@ namespace fs = std::filesystem;
 constexpr char moduleFile[] = "libnifikral.so";
 
 constexpr const char* moduleFolders[] = {
-    "../lib",                           // a built program
-    "..",                               // a built bridge, in a folder of its kind below lib
-    "../nifikral",                      // an installed bridge
-    "../" NIFIKRAL_LIBDIR "/nifikral",  // an installed program
+    "../lib",                                    // a built program
+    "..",                                        // a built bridge, in a folder of its kind below lib
+    "../nifikral",                               // an installed bridge
+    "../" NIFIKRAL_LIBDIR "/nifikral",           // an installed program
+    "../../../../" NIFIKRAL_LIBDIR "/nifikral",  // an installed package of Python, in lib/python3/dist-packages
 };
 
 fs::path OwnFolder() {

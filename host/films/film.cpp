@@ -18,8 +18,6 @@ extern "C" {
 #include "host/base/interruption.h"
 #include "host/base/log.h"
 #include "host/base/number_text.h"
-#include "host/films/loop_seam.h"
-#include "host/films/still_overlay.h"
 #include "host/media/frame_adapter.h"
 #include "host/media/sound_track.h"
 #include "host/run/run.h"
@@ -84,12 +82,7 @@ class FilmMaker final : public PictureMaker {
  public:
     FilmMaker(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name,
               const FramesOfRun& frames)
-        : m_generator(generator),
-          m_film(film),
-          m_options(options),
-          m_name(name),
-          m_frames(frames),
-          m_seam(film.loopStart, film.frames, film.frameRate) {}
+        : m_generator(generator), m_film(film), m_options(options), m_name(name), m_frames(frames) {}
 
     FrameRange Existing(const FrameRange& range, bool) override { return range; }
 
@@ -106,14 +99,14 @@ class FilmMaker final : public PictureMaker {
 
     std::string Prepare(const PictureShape& shape) override {
         const std::string& asked = m_options.run.pixelFormat;
-        m_format = asked.empty() ? EffectFormat(shape.format, false) : ParseFormat(asked);
-        m_overBlack = HasAlpha(FfmpegFormat(m_format)) && !HasAlpha(shape.format);
-        if (m_film.over) m_over.emplace(*m_film.over, m_format);
+        const unsigned format = asked.empty() ? EffectFormat(shape.format, false) : ParseFormat(asked);
+        m_overBlack = HasAlpha(FfmpegFormat(format)) && !HasAlpha(shape.format);
+        m_pictures.emplace(m_generator, m_film, format);
         m_converters.emplace([shape] { return PictureConverter(shape); });
         std::ostringstream text;
         text << m_name << ": frames " << m_frames.made.first << " to " << m_frames.made.last << " of " << m_film.frames
-             << ", " << av_q2d(m_film.frameRate) << " a second, made as " << av_get_pix_fmt_name(FfmpegFormat(m_format))
-             << " (code " << m_format << ")";
+             << ", " << av_q2d(m_film.frameRate) << " a second, made as " << av_get_pix_fmt_name(FfmpegFormat(format))
+             << " (code " << format << ")";
         if (m_film.loopStart > 0)
             text << ", repeats from frame " << m_film.loopStart << " ("
                  << double(m_film.loopStart) / av_q2d(m_film.frameRate) << " s)";
@@ -124,20 +117,15 @@ class FilmMaker final : public PictureMaker {
 
     std::optional<SourceStep> Next() override {
         const FrameRange& made = m_frames.made;
-        if (m_film.seeks && m_number < made.first) {
-            m_number = made.first;
-            m_generator.Seek(unsigned(m_number));
-        }
-        // What a frame shows may follow from those before it, so the generator makes these as well.
-        while (m_number < made.first) Make();
-        if (m_number > made.last) return std::nullopt;
+        if (m_pictures->Number() < made.first) m_pictures->GoTo(made.first);
+        if (m_pictures->Number() > made.last) return std::nullopt;
         SourceStep step;
-        step.number = m_number;
-        step.frame = Make();
+        step.number = m_pictures->Number();
+        step.frame = m_pictures->Make();
         step.frame->pts = step.number - m_frames.run.first;
-        const bool last = m_number > made.last;
+        const bool last = step.number == made.last;
         step.audio = AudioUntil(last ? std::numeric_limits<double>::infinity()
-                                     : double(m_number - m_frames.run.first) / av_q2d(m_film.frameRate));
+                                     : double(step.number + 1 - m_frames.run.first) / av_q2d(m_film.frameRate));
         return step;
     }
 
@@ -151,43 +139,15 @@ class FilmMaker final : public PictureMaker {
     }
 
  private:
-    FramePtr Make() {
-        ThrowIfInterrupted();
-        const AVPixelFormat format = FfmpegFormat(m_format);
-        FramePtr frame = NewPicture(format, m_film.width, m_film.height);
-        frame->colorspace = IsRgb(format) ? AVCOL_SPC_RGB : UsualMatrix(m_film.height);
-        frame->color_range = IsRgb(format) ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-        frame->pkt_duration = 1;
-        const std::ptrdiff_t pitches[4] = {frame->linesize[0], frame->linesize[1], frame->linesize[2],
-                                           frame->linesize[3]};
-        av_image_fill_black(frame->data, pitches, format, frame->color_range, frame->width, frame->height);
-        FrameAdapter adapter(*frame, m_format, int(m_number));
-        AVBased::ImagePostion record{0, 0, unsigned(frame->width), unsigned(frame->height)};
-        TarvoBased::GetTarvoException()->Clear();
-        m_generator.ProcFrameInPlace(&record, int(m_number), &adapter);
-        if (m_film.drawOver) m_film.drawOver(adapter, m_number);
-        ThrowIfInterrupted();
-        if (const std::optional<std::string> error = TakeModuleError())
-            throw HostError(ExitCode::Failed, std::string(m_generator.GetName()) + " fails at frame " +
-                                                  std::to_string(m_number) + ": " + *error);
-        m_seam.Close(*frame, m_format, m_number);
-        if (m_over) m_over->Lay(*frame);
-        ++m_number;
-        return frame;
-    }
-
     AVBased::IVideoProc& m_generator;
     const Film& m_film;
     const FilmOptions& m_options;
     const std::string& m_name;
     FramesOfRun m_frames;
-    LoopSeam m_seam;
-    std::optional<StillOverlay> m_over;
     std::unique_ptr<SoundTrack> m_sound;
-    unsigned m_format = 0;
+    std::optional<FilmPictures> m_pictures;
     bool m_overBlack = false;  // what is transparent has to show in an output without alpha
     std::optional<tbb::enumerable_thread_specific<PictureConverter>> m_converters;
-    long long m_number = 0;
 };
 
 }  // namespace
@@ -224,6 +184,46 @@ void SetProperties(AVBased::IVideoProc& generator, const std::vector<std::pair<s
         const std::optional<std::string> error = TakeModuleError();
         if (!taken || error) refuse(name, error.value_or("no reason given"));
     }
+}
+
+FilmPictures::FilmPictures(AVBased::IVideoProc& generator, const Film& film, unsigned formatCode)
+    : m_generator(generator), m_film(film), m_format(formatCode), m_seam(film.loopStart, film.frames, film.frameRate) {
+    if (film.over) m_over.emplace(*film.over, formatCode);
+}
+
+void FilmPictures::GoTo(long long number) {
+    if (m_film.seeks) {
+        m_number = number;
+        m_generator.Seek(unsigned(number));
+    }
+    // What a frame shows may follow from those before it, so the generator makes these as well.
+    while (m_number < number) Make();
+}
+
+FramePtr FilmPictures::Make() {
+    ThrowIfInterrupted();
+    const AVPixelFormat format = FfmpegFormat(m_format);
+    FramePtr frame = NewPicture(format, m_film.width, m_film.height);
+    frame->colorspace = IsRgb(format) ? AVCOL_SPC_RGB : UsualMatrix(m_film.height);
+    frame->color_range = IsRgb(format) ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+    frame->pkt_duration = 1;
+    const std::ptrdiff_t pitches[4] = {frame->linesize[0], frame->linesize[1], frame->linesize[2], frame->linesize[3]};
+    av_image_fill_black(frame->data, pitches, format, frame->color_range, frame->width, frame->height);
+    FrameAdapter adapter(*frame, m_format, int(m_number));
+    AVBased::ImagePostion record{0, 0, unsigned(frame->width), unsigned(frame->height)};
+    TarvoBased::GetTarvoException()->Clear();
+    m_generator.ProcFrameInPlace(&record, int(m_number), &adapter);
+    if (m_film.drawOver) m_film.drawOver(adapter, m_number);
+    ThrowIfInterrupted();
+    const int code = FiledCode();
+    if (const std::optional<std::string> error = TakeModuleError())
+        throw HostError(
+            ExitCode::Failed,
+            std::string(m_generator.GetName()) + " fails at frame " + std::to_string(m_number) + ": " + *error, code);
+    m_seam.Close(*frame, m_format, m_number);
+    if (m_over) m_over->Lay(*frame);
+    ++m_number;
+    return frame;
 }
 
 void RenderFilm(AVBased::IVideoProc& generator, const Film& film, const FilmOptions& options, const std::string& name) {

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "host/catalogue/effect_module.h"
+#include "host/films/loop_seam.h"
+#include "host/films/still_overlay.h"
 #include "host/media/film_profile.h"
 #include "host/media/sound_track.h"
 #include "host/run/run_options.h"
@@ -43,6 +45,34 @@ struct Film {
 
     /// The number of frames that last as long, at least one.
     long long FramesIn(double seconds) const;
+};
+
+/// A generator, ready with all its properties, and the film that it makes.
+struct PreparedFilm {
+    Film film;
+    EffectPtr generator;
+};
+
+/// The pictures of a film, one after another. Threads: one at a time.
+class FilmPictures {
+ public:
+    /// Makes them in the format of that code, one that effects know. `generator` and `film` are borrowed.
+    FilmPictures(AVBased::IVideoProc& generator, const Film& film, unsigned formatCode);
+
+    /// The number of the next one.
+    long long Number() const { return m_number; }
+    /// Goes on at a later one, or where the film seeks, at any.
+    void GoTo(long long number);
+    /// Throws HostError where the generator fails.
+    FramePtr Make();
+
+ private:
+    AVBased::IVideoProc& m_generator;
+    const Film& m_film;
+    unsigned m_format;
+    LoopSeam m_seam;
+    std::optional<StillOverlay> m_over;
+    long long m_number = 0;
 };
 
 /// Lets a generator, ready with all its properties, make a film, or the part of it that the options ask for: these

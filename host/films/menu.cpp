@@ -68,10 +68,10 @@ std::string LoopOf(const Film& film) {
 
 }  // namespace
 
-void RenderMenuPage(const MenuProject& page, const std::string& templateName, const FilmOptions& options,
-                    const EffectModule& module, const std::string& name) {
+PreparedFilm PrepareMenuPage(const MenuProject& page, const std::string& templateName, const EffectModule& module,
+                             const std::string& name) {
     Faults faults(name);
-    const EffectPtr generator = module.Create(templateName);
+    EffectPtr generator = module.Create(templateName);
     SetProperties(*generator, MenuProperties(page), [&](const std::string& property, const std::string& reason) {
         faults.Add(property, templateName + " refuses it: " + reason);
     });
@@ -79,7 +79,22 @@ void RenderMenuPage(const MenuProject& page, const std::string& templateName, co
     Film film = page.film;
     if (!page.buttons.empty())
         film.over = DrawButtons(LayOutButtons(page, MenuWatch(page, templateName, module)), film);
-    RenderFilm(*generator, film, options, name);
+    return {std::move(film), std::move(generator)};
+}
+
+void RenderMenuPage(const MenuProject& page, const std::string& templateName, const FilmOptions& options,
+                    const EffectModule& module, const std::string& name) {
+    const PreparedFilm menu = PrepareMenuPage(page, templateName, module, name);
+    RenderFilm(*menu.generator, menu.film, options, name);
+}
+
+std::string TemplateOf(const std::string& project) {
+    Faults faults(project);
+    const Json json = LoadProject(project);
+    const ProjectItem named = ProjectItem(&json, "", faults)["template"];
+    std::string name = named ? named.Text() : "";
+    faults.ThrowIfAny();
+    return name;
 }
 
 void RequireMenuTemplate(const std::string& name, const EffectModule& module) {

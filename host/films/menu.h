@@ -19,9 +19,15 @@ struct MenuOptions {
 /// film of each, under the output's name with the page's number.
 void RenderMenu(const MenuOptions& options, const EffectModule& module);
 
+/// Readies the film of one page. Throws usage errors, which begin with `name`.
+PreparedFilm PrepareMenuPage(const MenuProject& page, const std::string& templateName, const EffectModule& module,
+                             const std::string& name);
 /// Makes the film of one page. `name` stands in what is printed of it.
 void RenderMenuPage(const MenuProject& page, const std::string& templateName, const FilmOptions& options,
                     const EffectModule& module, const std::string& name);
+
+/// The template that a project names; empty where it names none. Throws input and usage errors.
+std::string TemplateOf(const std::string& project);
 
 /// Throws a usage error for a name that is no menu template of the module.
 void RequireMenuTemplate(const std::string& name, const EffectModule& module);

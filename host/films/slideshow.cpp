@@ -40,9 +40,6 @@ Film ShapeOfFilm(const SlideshowOptions& options) {
     }
     ReadSize(options.size.empty() ? "1920x1080" : options.size, film);
     if (!options.frameRate.empty()) film.frameRate = RequireFrameRate(options.frameRate);
-    if (const std::string side = OddSide(film, options.film.run.output); !side.empty())
-        throw HostError(ExitCode::Usage, "--size " + options.size + " has an odd " + side +
-                                             ", and videos need even sides; give one more or make pictures");
     return film;
 }
 
@@ -137,7 +134,7 @@ SlideTiming ShareOut(const std::vector<long long>& own, long long alone, long lo
     return {each(), transition, frames};
 }
 
-void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) {
+PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModule& module) {
     Film film = ShapeOfFilm(options);
     RequireUtf8("--captions", options.captions);
     CheckCaptions(options.captions);
@@ -156,14 +153,15 @@ void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) 
     film.frames = timing.total;
     const std::vector<Seen> seen = SeenAt(own, timing);
     film.sound = SoundsOf(slides, seen, timing, rate);
-    CaptionPainter captions(module, CaptionsOf(slides, seen, timing, options.captions), film.width, film.height);
-    film.drawOver = [&](AVBased::IRawVideoFrame& frame, long long number) { captions.Draw(frame, number); };
+    const auto captions = std::make_shared<CaptionPainter>(module, CaptionsOf(slides, seen, timing, options.captions),
+                                                           film.width, film.height);
+    film.drawOver = [captions](AVBased::IRawVideoFrame& frame, long long number) { captions->Draw(frame, number); };
     std::ostringstream detail;
     detail << slides.size() << " pictures, each alone for " << timing.alone << " frames, transitions of "
            << timing.transition;
     PrintDetail(detail.str());
 
-    const EffectPtr generator = module.Create(generatorName);
+    EffectPtr generator = module.Create(generatorName);
     if (!generator) throw HostError(ExitCode::Failed, module.Path() + " makes no slideshows; name another --module");
     std::vector<std::string> times;
     for (const long long time : own) times.push_back(time < 0 ? "" : std::to_string(time));
@@ -186,7 +184,15 @@ void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) 
                       throw HostError(ExitCode::Usage, std::string("the slideshow refuses its ") + name + ": " +
                                                            reason + "; nifikral info slide lists the words");
                   });
-    RenderFilm(*generator, film, options.film, std::to_string(slides.size()) + " pictures");
+    return {std::move(film), std::move(generator)};
+}
+
+void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) {
+    if (const std::string side = OddSide(ShapeOfFilm(options), options.film.run.output); !side.empty())
+        throw HostError(ExitCode::Usage, "--size " + options.size + " has an odd " + side +
+                                             ", and videos need even sides; give one more or make pictures");
+    const PreparedFilm show = PrepareSlideshow(options, module);
+    RenderFilm(*show.generator, show.film, options.film, "the slideshow");
 }
 
 }  // namespace Nifikral

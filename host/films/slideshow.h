@@ -21,6 +21,9 @@ struct SlideshowOptions {
     FilmOptions film;
 };
 
+/// Finds and orders the slides, and readies the film of them. Throws usage and input errors.
+PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModule& module);
+
 /// Makes a film of pictures and films. Those that cannot be read are reported and left out. Where no music is given,
 /// the films keep their sound.
 void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module);

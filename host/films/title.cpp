@@ -42,16 +42,11 @@ bool HasSinglePicture(const std::string& input) {
     return !second || !second->frame;
 }
 
-// When a title comes and goes, in frames.
-struct Schedule {
-    long long begin = 0, length = 0, in = 0, out = 0;
-};
-
-Schedule ScheduleOver(const PreparedSource& source, const TitleOptions& options) {
+TitleTimes ScheduleOver(const PreparedSource& source, const TitleOptions& options) {
     const double rate = av_q2d(source.FrameRate());
     const auto frames = [&](double seconds) { return std::llround(seconds * rate); };
-    Schedule when{frames(options.begin), frames(options.seconds), frames(options.inSeconds),
-                  frames(options.outSeconds)};
+    TitleTimes when{frames(options.begin), frames(options.seconds), frames(options.inSeconds),
+                    frames(options.outSeconds)};
     const long long whole = source.CountFrames({});
     if (whole > 0 && when.begin >= whole) {
         std::ostringstream line;
@@ -64,13 +59,13 @@ Schedule ScheduleOver(const PreparedSource& source, const TitleOptions& options)
     return when;
 }
 
-Schedule ScheduleOverStill(const PreparedSource& source, const TitleOptions& options, const RunOptions& run) {
+TitleTimes ScheduleOverStill(const PreparedSource& source, const TitleOptions& options, const RunOptions& run) {
     if (IsPictureOutput(run.output)) return {};
     constexpr double usualSeconds = 5;
     TitleOptions whole = options;
     if (options.seconds == 0) whole.seconds = usualSeconds;
     whole.begin = 0;
-    Schedule when = ScheduleOver(source, whole);
+    TitleTimes when = ScheduleOver(source, whole);
     when.begin = std::llround(options.begin * av_q2d(source.FrameRate()));
     return when;
 }
@@ -107,6 +102,18 @@ std::vector<std::string> TitlePlaces() {
     return names;
 }
 
+EffectRequest TitleRequest(const TitleOptions& options, const TitleTimes& when) {
+    EffectRequest request{generatorName, {}, {}, TimeWindow(when.begin)};
+    const auto set = [&](const std::string& name, const std::string& value) {
+        request.settings.push_back({name, ParameterValue(value, PropertyType::Text)});
+    };
+    for (const auto& [name, value] : Look(options)) set(name, value);
+    set("duration", std::to_string(when.length));
+    set("inDuration", std::to_string(when.in));
+    set("outDuration", std::to_string(when.out));
+    return request;
+}
+
 void PutTitle(const TitleOptions& options, const EffectModule& module) {
     RequireUtf8("the title", options.text);
     RequireUtf8("--face", options.face);
@@ -123,17 +130,9 @@ void PutTitle(const TitleOptions& options, const EffectModule& module) {
         apply.run = run;
         apply.preparation = options.preparation;
         RunEffects(input, apply, module, single, [&](const PreparedSource& source) {
-            const Schedule when = single ? ScheduleOverStill(source, options, run) : ScheduleOver(source, options);
-            EffectRequest request{generatorName, {}, {}, TimeWindow(when.begin)};
-            const auto set = [&](const std::string& name, const std::string& value) {
-                request.settings.push_back({name, ParameterValue(value, PropertyType::Text)});
-            };
-            for (const auto& [name, value] : look) set(name, value);
-            set("duration", std::to_string(when.length));
-            set("inDuration", std::to_string(when.in));
-            set("outDuration", std::to_string(when.out));
+            const TitleTimes when = single ? ScheduleOverStill(source, options, run) : ScheduleOver(source, options);
             const bool still = single && !IsPictureOutput(run.output);
-            return EffectRun{{request}, still ? when.begin + when.length : 0};
+            return EffectRun{{TitleRequest(options, when)}, still ? when.begin + when.length : 0};
         });
     });
 }

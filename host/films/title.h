@@ -23,6 +23,13 @@ struct TitleOptions {
 /// What --place takes.
 std::vector<std::string> TitlePlaces();
 
+/// When a title comes and goes, in frames.
+struct TitleTimes {
+    long long begin = 0, length = 0, in = 0, out = 0;
+};
+/// Asks for the title as an effect. Throws usage errors.
+EffectRequest TitleRequest(const TitleOptions& options, const TitleTimes& when);
+
 /// Puts a title over a picture or a video. A single picture becomes a still, or a video as long as the title.
 void PutTitle(const TitleOptions& options, const EffectModule& module);
 

@@ -38,9 +38,10 @@ void EffectChain::Process(AVFrame& frame, unsigned formatCode, long long number)
             if (av_frame_copy(m_original.get(), &frame) < 0) throw std::bad_alloc();
         }
         Run(link, frame, formatCode, position);
+        const int code = FiledCode();
         if (const std::optional<std::string> error = TakeModuleError())
             throw HostError(ExitCode::Failed,
-                            placed.effect + " fails at frame " + std::to_string(number) + ": " + *error);
+                            placed.effect + " fails at frame " + std::to_string(number) + ": " + *error, code);
         for (const Region& region : placed.regions)
             Compose(frame, *m_original, *region.At(position, placed.frameCount));
     }

@@ -37,10 +37,14 @@ void RequireAcceptable(AVBased::IVideoProc& effect, const ParameterSetting& sett
                 throw HostError(ExitCode::Usage,
                                 With(name, setting, number) + " is refused; use " + RangeText(info->bearable));
     const std::string value = setting.value.At(0, 1);
-    if (!effect.SetProperty(setting.property.c_str(), value.c_str()))
-        throw HostError(ExitCode::Usage, name + " refuses " + setting.property + "=" + value + ": " +
-                                             TakeFiledMessage().value_or("no reason given") + "; nifikral info " +
-                                             name + " shows what it takes");
+    if (!effect.SetProperty(setting.property.c_str(), value.c_str())) {
+        const int code = FiledCode();
+        throw HostError(ExitCode::Usage,
+                        name + " refuses " + setting.property + "=" + value + ": " +
+                            TakeFiledMessage().value_or("no reason given") + "; nifikral info " + name +
+                            " shows what it takes",
+                        code);
+    }
 }
 
 void WarnWhereOdd(const std::string& effect, const ParameterSetting& setting, const Scale& scale) {

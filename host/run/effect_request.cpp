@@ -136,8 +136,13 @@ std::optional<Region> ParseRegion(RequestParts& parts) {
 }
 
 EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module) {
-    RequestParts parts(text);
-    EffectRequest request{parts.head, {}, text};
+    EffectRequest request = CheckedRequest(RequestParts(text), module);
+    request.text = text;
+    return request;
+}
+
+EffectRequest CheckedRequest(RequestParts parts, const EffectModule& module) {
+    EffectRequest request{parts.head, {}};
     const EffectPtr effect = CreateKnown(module, request.effect);
     request.window = ParseWindow(parts);
     if (const std::optional<Region> region = ParseRegion(parts)) request.regions.push_back(*region);

@@ -34,6 +34,7 @@ extern const std::vector<std::string> regionOptions;
 
 /// A request taken apart: "rotate@2s-5s:x=50%" has the head "rotate", the window "2s-5s" and a pair.
 struct RequestParts {
+    RequestParts() = default;
     explicit RequestParts(const std::string& text);
 
     std::string head, window;
@@ -48,5 +49,7 @@ std::optional<Region> ParseRegion(RequestParts& parts);
 /// Reads "EFFECT[@WINDOW][:name=value]...". What an effect needs to show anything at all, and what the request leaves
 /// out, is taken from the catalogue. Throws a usage error that names the thing and the remedy.
 EffectRequest ParseEffectRequest(const std::string& text, const EffectModule& module);
+/// The same for one that is taken apart already; its values may hold any character.
+EffectRequest CheckedRequest(RequestParts parts, const EffectModule& module);
 
 }  // namespace Nifikral
