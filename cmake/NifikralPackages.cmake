@@ -20,6 +20,7 @@ set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress_man_pages.cmake)
 # For the texts of menus and titles, and for video DVDs.
 set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "fonts-dejavu-core, dvdauthor, genisoimage")
 set(CPACK_DEBIAN_FREI0R_PACKAGE_RECOMMENDS fonts-dejavu-core)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS fonts-dejavu-core)
 
 set(CPACK_COMPONENTS_ALL)
 # The rest: the package's name and section, what else it needs, a line about it, and a description.
@@ -61,6 +62,10 @@ nifikral_add_package(
 nifikral_add_package(
     gstreamer gstreamer1.0-nifikral libs "${module}" "effects of Nifikral for GStreamer"
     "A plug-in of GStreamer with an element for each effect.")
+nifikral_add_package(
+    python python3-nifikral python "${module}, ${late}, python3 (>= 3.11~), python3 (<< 3.12~), python3-numpy"
+    "effects, menus, slideshows and titles of Nifikral for Python"
+    "The package nifikral: effects on pictures in NumPy arrays, and the frames of\nmenus, slideshows and titles as arrays.")
 nifikral_add_package(
     development libnifikral-dev libdevel "${module}" "headers for programs that load Nifikral"
     "Headers, a small library, and files for CMake and pkg-config, for programs that\nload the module of video effects.")

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian packages into a clean Debian 12 of its own, with their declared dependencies and nothing else, and
-# puts effects on pictures there: with the command, in ffmpeg and in GStreamer. Needs root, debootstrap and the network;
-# exits with 77 where it cannot run.
+# puts effects on pictures there: with the command, in ffmpeg, in GStreamer and in Python. Needs root, debootstrap and
+# the network; exits with 77 where it cannot run.
 # Usage: scripts/test_packages.sh FOLDER_WITH_PACKAGES
 set -euo pipefail
 packages=$(realpath "$1")
@@ -60,6 +60,11 @@ inside sh -ec '
     ffmpeg -nostdin -v error -i /project/lake.png -vf frei0r=nifikral_gray /frei0r.png
     gst-launch-1.0 -q filesrc location=/project/lake.png ! pngdec ! videoconvert ! nifikral-gray ! videoconvert ! \
         pngenc ! filesink location=/gstreamer.png'
+inside python3 -c '
+import numpy, nifikral
+picture = numpy.arange(48, dtype=numpy.uint8).reshape(4, 4, 3)
+assert (nifikral.apply(picture, "invert") == 255 - picture).all()
+assert len(nifikral.menu("/project/menu.json")) > 1'
 # Grey is without colour; planar pictures come within a step of it.
 for picture in gray frei0r gstreamer; do
     saturation=$(inside ffmpeg -nostdin -v error -i /$picture.png -vf \
