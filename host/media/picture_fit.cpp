@@ -94,6 +94,16 @@ FilmPart PartOf(const OutputTraits& from, const OutputTraits& to) {
     return part;
 }
 
+OutputTraits TraitsForFit(const OutputTraits& from, const OutputTraits& to) {
+    OutputTraits fit = from;
+    if (!from.profile || from.fieldOrder != to.fieldOrder) return fit;
+    const FilmPart part = PartOf(from, to);
+    fit.source.width = part.width;
+    fit.source.height = part.height;
+    fit.pixelAspect = to.pixelAspect;
+    return fit;
+}
+
 OutputTraits StoredTraits(const OutputTraits& traits, const AVCodec& codec, AVPixelFormat format, bool progressive) {
     OutputTraits stored = traits;
     if (traits.profile) UseProfile(stored);

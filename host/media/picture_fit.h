@@ -21,6 +21,10 @@ struct FilmPart {
 };
 FilmPart PartOf(const OutputTraits& from, const OutputTraits& to);
 
+/// How pictures had better come to be fitted: in the size of that part, since bringing them to it can go on beside the
+/// encoder. Interlaced ones that are to be made whole come as they are.
+OutputTraits TraitsForFit(const OutputTraits& from, const OutputTraits& to);
+
 /// Brings pictures into the size and the rate that are stored: scaled and padded where a profile asks for it, else
 /// cropped. Interlaced ones are made whole first where their rows change. Threads: one at a time.
 class PictureFit {

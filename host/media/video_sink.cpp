@@ -72,11 +72,12 @@ class VideoSink final : public MediaSink {
           m_stored(StoredTraits(traits, codec, ChooseFormat(codec, traits, m_purpose), options.progressive)),
           m_encoder(codec, options, m_stored, m_purpose),
           m_shape(m_encoder.Shape()),
-          m_fit(traits, m_stored, m_name),
+          m_fit(TraitsForFit(traits, m_stored), m_stored, m_name),
           m_timeBase(traits.timeBase),
           m_keepsFrames(av_cmp_q(traits.frameRate, m_stored.frameRate) == 0) {
-        m_shape.width = traits.source.width;
-        m_shape.height = traits.source.height;
+        const PictureShape fit = TraitsForFit(traits, m_stored).source;
+        m_shape.width = fit.width;
+        m_shape.height = fit.height;
         if (!traits.profile) ReportFit(traits);
         // A chunk is coded as its whole output, but kept in the one container that holds every coding's times exactly.
         const AVOutputFormat& container = options.chunk ? *av_guess_format(chunkContainer, nullptr, nullptr) : format;

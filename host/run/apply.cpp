@@ -48,7 +48,8 @@ PicturePath ChoosePath(const PreparedSource& input, const ApplyOptions& options,
     const PictureShape source = input.Shape();
     const bool alphaShows = AnyHasTrait(requests, changesAlpha);
     // Planar effects paint black and white of limited range, which full-range pictures would show as greys.
-    const AVPixelFormat seen = source.fullRange && !IsRgb(source.format) ? AV_PIX_FMT_BGRA : source.format;
+    const bool asColours = source.fullRange && !IsRgb(source.format) && !requests.empty();
+    const AVPixelFormat seen = asColours ? AV_PIX_FMT_BGRA : source.format;
     PicturePath path{
         options.run.pixelFormat.empty() ? EffectFormat(seen, alphaShows) : ParseFormat(options.run.pixelFormat), source,
         input.Reshape()};

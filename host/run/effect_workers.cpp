@@ -7,7 +7,7 @@ namespace Nifikral {
 
 EffectWorkers::EffectWorkers(const PicturePath& path, const PictureShape& sinkShape, const EffectModule& module,
                              const std::vector<PlacedEffect>& effects)
-    : m_path(path), m_workers([=, &module, &effects] {
+    : m_path(path), m_hasEffects(!effects.empty()), m_workers([=, &module, &effects] {
           return Worker{path.reshape, EffectChain(module, effects), PictureConverter(path.effectShape),
                         PictureConverter(sinkShape)};
       }) {}
@@ -16,6 +16,8 @@ void EffectWorkers::Process(FramePtr& frame, long long number) {
     Worker& worker = m_workers.local();
     worker.reshape.Apply(frame);
     worker.toEffects.Convert(frame);
+    // A picture that nothing is done to may stay the decoder's.
+    if (!m_hasEffects) return worker.toSink.Convert(frame);
     {
         const Stopwatch watch(worker.seconds);
         PrepareForEffects(frame);

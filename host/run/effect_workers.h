@@ -39,6 +39,7 @@ class EffectWorkers {
     };
 
     PicturePath m_path;
+    bool m_hasEffects;
     tbb::enumerable_thread_specific<Worker> m_workers;
 };
 

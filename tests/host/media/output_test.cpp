@@ -154,6 +154,14 @@ TEST_F(DvdTest, AProfileFitsAnyFilm) {
     EXPECT_NE(chunks.errors.find("frame rate"), std::string::npos) << chunks.errors;
 }
 
+TEST_F(DvdTest, AFilmOfFullRangeIsFittedInOneStepToLimitedRange) {
+    Ffmpeg("-f lavfi -i color=white:s=192x108:r=25:d=0.2 -pix_fmt yuvj420p -color_range pc -c:v mjpeg -q:v 2 full.mkv");
+    ASSERT_EQ(Nifikral("apply full.mkv out.mpg --rate 25 --profile pal-16:9").exitCode, 0);
+    EXPECT_TRUE(Probe("out.mpg", "stream=width,height,color_range").starts_with("720|576|tv"));
+    const std::string white = RawPictures("out.mpg", "yuv420p");
+    EXPECT_NEAR(static_cast<unsigned char>(white[std::size_t(720) * 288 + 360]), 235, 1);
+}
+
 TEST_F(DvdTest, InterlacedPicturesStaySoOrAreMadeWhole) {
     Ffmpeg(
         "-f lavfi -i testsrc2=s=720x576:r=50:d=1,tinterlace=4,setsar=64/45 -f lavfi -i sine=d=1:r=48000 -c:v "
