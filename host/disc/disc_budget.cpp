@@ -11,8 +11,10 @@
 #include "host/base/log.h"
 #include "host/base/number_text.h"
 #include "host/base/progress.h"
+#include "host/disc/disc_menus.h"
 #include "host/disc/disc_trial.h"
 #include "host/disc/dvd_author.h"
+#include "host/disc/dvd_title.h"
 #include "host/disc/film_facts.h"
 #include "host/disc/web_disc.h"
 #include "host/films/slide_pictures.h"
@@ -215,16 +217,29 @@ void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrit
 }
 
 void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule& module) {
-    double seconds = 0;
-    const DiscFilm* tried = nullptr;
-    for (std::size_t i = 0; i < plan.titles.size(); ++i) {
-        const DiscFilm& film = project.films[i];
-        if (film.path.empty() || plan.titles[i].copied) continue;
-        if (!tried) tried = &film;
-        seconds += plan.titles[i].seconds;
+    TitleJob job;
+    job.project = &project;
+    job.videoRate = plan.videoRate;
+    for (const bool shows : {false, true}) {
+        const PlannedTitle* longest = nullptr;
+        double seconds = 0;
+        for (std::size_t i = 0; i < plan.titles.size(); ++i) {
+            const PlannedTitle& title = plan.titles[i];
+            if (title.copied || title.seconds <= 0 || project.films[i].path.empty() != shows) continue;
+            seconds += title.seconds;
+            if (longest && longest->seconds >= title.seconds) continue;
+            longest = &title;
+            job.film = int(i);
+        }
+        if (!longest) continue;
+        const DiscFilm& film = project.films[std::size_t(job.film)];
+        plan.makingSeconds +=
+            seconds * PassesOf(job) * TryFilm(project, film, longest->seconds, plan.videoRate, module);
     }
-    if (!tried) return;
-    plan.encodingSeconds = seconds * TryEncoding(project, *tried, plan.videoRate, module);
+    const std::vector<DiscPage> pages = PagesOfDisc(project, module);
+    double seconds = 0;
+    for (const DiscPage& page : pages) seconds += double(page.menu.film.frames) / av_q2d(page.menu.film.frameRate);
+    plan.makingSeconds += seconds * TryPage(project, pages.front(), module);
 }
 
 std::string DescribePlan(const DiscProject& project, DiscFormat format, const DiscPlan& plan) {
@@ -247,9 +262,8 @@ std::string DescribePlan(const DiscProject& project, DiscFormat format, const Di
     text << "Space: " << Gigabytes(plan.usedBytes) << " of " << Gigabytes(project.capacity) << ", "
          << Gigabytes(plan.menuBytes) << " of that for about " << Counted(std::size_t(plan.menuPages), "menu page")
          << "\n";
-    if (plan.encodingSeconds > 0)
-        text << "Time: about " << ClockText(plan.encodingSeconds)
-             << " for each pass through the films, as their beginning took\n";
+    if (plan.makingSeconds > 0)
+        text << "Time: about " << ClockText(plan.makingSeconds) << ", as the beginnings of films and menus took\n";
     return text.str();
 }
 

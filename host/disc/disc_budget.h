@@ -25,8 +25,8 @@ struct DiscPlan {
     int videoRate = 0;  ///< of the films that are encoded, in kbit/s; 0: none is
     int menuPages = 0;  ///< as far as is known before menus are laid out
     long long menuBytes = 0;
-    double encodingSeconds = 0;  ///< that one pass through the films takes, as far as it was tried; 0: not known
-    long long usedBytes = 0;     ///< of everything
+    double makingSeconds = 0;  ///< of films and menus, as far as it was tried; 0: not known
+    long long usedBytes = 0;   ///< of everything
 };
 
 /// Bits a second of each sound track and of a menu's pictures, in kbit/s.
@@ -45,7 +45,7 @@ void ShareSpace(DiscPlan& plan, const DiscProject& project, Faults& faults);
 void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrite, const DiscPlan& plan,
                      Faults& faults);
 
-/// Finds out by a short trial how long one pass through the films of a DVD takes.
+/// Finds out by short trials how long the films of a DVD and those of its menus take.
 void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule& module);
 
 /// The plan in lines for people.

@@ -2,36 +2,56 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 
 #include "host/base/log.h"
-#include "host/run/apply.h"
+#include "host/disc/dvd_title.h"
+#include "host/disc/film_facts.h"
+#include "host/films/menu.h"
 
 namespace Nifikral {
+namespace {
 
-double TryEncoding(const DiscProject& project, const DiscFilm& film, int videoRate, const EffectModule& module) {
-    constexpr int frames = 100;
-    ApplyOptions trial;
-    trial.keepGoing = true;
-    RunOptions& run = trial.run;
+constexpr int frames = 50;  // of a trial
+
+RunOptions TrialOptions(const DiscProject& project) {
+    RunOptions run;
     run.profile = project.profile->name;
     run.frames = "0-" + std::to_string(frames - 1);
     run.showsProgress = false;
     run.output.path = "/dev/null";
     run.output.format = "dvd";
     run.output.sound = false;
-    run.output.encoderOptions = {"b=" + std::to_string(videoRate) + "k"};
-    double seconds = 0;  // that were encoded
+    return run;
+}
+
+// Seconds for each of so many.
+double SecondsOf(double seconds, const std::function<void()>& trial) {
     const Verbosity before = GetVerbosity();
     SetVerbosity(Verbosity::Quiet);
     const auto begin = std::chrono::steady_clock::now();
-    RunEffects(film.path, trial, module, false, [&](const PreparedSource& source) {
-        const long long count = source.EstimatedFrameCount();
-        seconds = double(count > 0 ? std::min<long long>(count, frames) : frames) / av_q2d(source.FrameRate());
-        return EffectRun{};
-    });
+    trial();
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
     SetVerbosity(before);
     return taken.count() / seconds;
+}
+
+}  // namespace
+
+double TryFilm(const DiscProject& project, const DiscFilm& film, double seconds, int videoRate,
+               const EffectModule& module) {
+    RunOptions run = TrialOptions(project);
+    run.output.encoderOptions = {"b=" + std::to_string(videoRate) + "k"};
+    const AVRational rate = film.path.empty() ? project.profile->frameRate : FactsOf(film.path).frameRate;
+    return SecondsOf(std::min(seconds, frames / av_q2d(rate)), [&] { EncodeFilm(film, run, module); });
+}
+
+double TryPage(const DiscProject& project, const DiscPage& page, const EffectModule& module) {
+    FilmOptions options;
+    options.run = TrialOptions(project);
+    options.run.profile.clear();
+    return SecondsOf(frames / av_q2d(page.menu.film.frameRate),
+                     [&] { RenderMenuPage(page.menu, page.templateName, options, module, page.name); });
 }
 
 }  // namespace Nifikral

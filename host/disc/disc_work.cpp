@@ -23,7 +23,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int fullRate = 8000;  // kbit/s, where the plan knows of no film to encode
+constexpr int fullRate = 8000;      // kbit/s, where the plan knows of no film to encode
+constexpr double authoring = 0.06;  // of the time that the stages take
 constexpr std::string_view filmStage = "film-", pageStage = "page-";
 
 std::string WorkFolder(std::string output) {
@@ -141,7 +142,9 @@ std::size_t NumberIn(const std::string& stage, std::string_view kind, std::size_
     return number - 1;
 }
 
-void WriteDvd(const Work& work, const DiscOptions& options) {
+using Show = std::function<void(double)>;
+
+void WriteDvd(const Work& work, const DiscOptions& options, const Show& show) {
     std::vector<MadeTitle> titles;
     for (std::size_t i = 0; i < work.project.films.size(); ++i) {
         const TitleReport report = ReadTitleReport(TitleIn(work.folder, i));
@@ -156,16 +159,17 @@ void WriteDvd(const Work& work, const DiscOptions& options) {
     std::vector<MadePage> films;
     for (std::size_t i = 0; i < work.pages.size(); ++i)
         films.push_back(PlaceOfPage(work.pages[i], PageIn(work.folder, i)));
-    AuthorDisc(work.project, work.pages, titles, films, options.output, work.folder, options.overwrite);
+    AuthorDisc(work.project, work.pages, titles, films, options.output, work.folder, options.overwrite, show);
 }
 
-void WriteWeb(const Work& work, const DiscOptions& options) {
+void WriteWeb(const Work& work, const DiscOptions& options, const Show& show) {
     std::vector<WebFilm> films;
     for (std::size_t i = 0; i < work.project.films.size(); ++i) films.push_back(ReadWebFilm(work.folder, int(i)));
     std::vector<WebMenu> menus;
     for (std::size_t i = 0; i < work.pages.size(); ++i)
         menus.push_back(PlaceOfWebMenu(work.pages, int(i), work.folder));
     WriteWebDisc(work.project, work.pages, films, menus, options.output, options.overwrite);
+    show(1);
 }
 
 bool IsWeb(const DiscOptions& options) { return options.format == "web"; }
@@ -193,9 +197,17 @@ void MakeDisc(const DiscOptions& options, const EffectModule& module) {
     const std::string folder = WorkFolder(options.output);
     const WorkLock lock(folder);
     const Work work = BeginWork(disc, folder, module);
+    const std::vector<Stage> stages = StagesOf(work, disc.plan, options);
+    double all = 0, left = 0;
+    for (const Stage& stage : stages) {
+        all += stage.weight;
+        if (!IsMade(stage)) left += stage.weight;
+    }
+    const double whole = left + all * authoring;
     ShareProgress progress;
-    MakeStages(StagesOf(work, disc.plan, options), [&](double share) { progress.Show(share); });
-    (work.web ? WriteWeb : WriteDvd)(work, options);
+    MakeStages(stages, [&](double share) { progress.Show(share * left / whole); });
+    (work.web ? WriteWeb : WriteDvd)(work, options,
+                                     [&](double share) { progress.Show((left + share * all * authoring) / whole); });
     PrintNotice(options.output + " is complete; " + folder + " keeps its films for changes, and may be removed");
 }
 

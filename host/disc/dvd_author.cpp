@@ -112,6 +112,48 @@ class ButtonMuxer {
     fs::path m_folder;
 };
 
+double SizeOf(const fs::path& path) {
+    std::error_code error;
+    const auto size = fs::file_size(path, error);
+    return error ? 0 : double(size);
+}
+
+double SizeOfFilesIn(const fs::path& folder) {
+    double size = 0;
+    std::error_code error;
+    for (const auto& entry : fs::recursive_directory_iterator(folder, error)) size += SizeOf(entry.path());
+    return size;
+}
+
+// Counts in bytes that are written: the menus with their marks, the disc and the image.
+class AuthorProgress {
+ public:
+    AuthorProgress(const std::vector<MadeTitle>& titles, const std::vector<MadePage>& films, bool isImage,
+                   const std::function<void(double)>& show)
+        : m_show(show) {
+        for (const MadePage& film : films) m_menus += SizeOf(film.path);
+        for (const MadeTitle& title : titles) m_disc += SizeOf(title.path);
+        m_disc += m_menus;
+        m_whole = std::max(1.0, m_menus + m_disc * (isImage ? 2 : 1));
+    }
+
+    // What is written grows while a program runs.
+    std::function<void()> During(std::function<double()> written) const {
+        return [this, written = std::move(written)] { Show(std::min(written(), m_disc)); };
+    }
+    void End(double written) {
+        Show(written);
+        m_done += written;
+    }
+    double Disc() const { return m_disc; }
+
+ private:
+    void Show(double written) const { m_show(std::min(1.0, (m_done + written) / m_whole)); }
+
+    const std::function<void(double)>& m_show;
+    double m_menus = 0, m_disc = 0, m_whole = 1, m_done = 0;
+};
+
 // A disc's name in its image: capitals, digits and underscores.
 std::string Label(const std::string& title) {
     constexpr std::size_t longest = 32;
@@ -127,12 +169,16 @@ std::string Label(const std::string& title) {
     return label.empty() ? "DVD" : label;
 }
 
-void WriteImage(const DiscProject& project, const fs::path& folder, const std::string& output, bool overwrite) {
+void WriteImage(const DiscProject& project, const fs::path& folder, const std::string& output, bool overwrite,
+                const AuthorProgress& progress) {
     ClearDeadParts(output);
     PartFile image(output, overwrite);
     PrintOutput(RunTool(
         {{"genisoimage", "-quiet", "-dvd-video", "-V", Label(project.title), "-o", image.Path(), folder.string()},
-         "genisoimage"}));
+         "genisoimage",
+         {},
+         {},
+         progress.During([&] { return SizeOf(image.Path()); })}));
     image.Commit();
 }
 
@@ -173,14 +219,19 @@ void CheckDvdOutput(const std::string& output, bool overwrite) {
 }
 
 void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, const std::vector<MadeTitle>& titles,
-                const std::vector<MadePage>& films, const std::string& output, const std::string& work,
-                bool overwrite) {
+                const std::vector<MadePage>& films, const std::string& output, const std::string& work, bool overwrite,
+                const std::function<void(double)>& show) {
     CheckDvdOutput(output, overwrite);
     RequireButtons(pages, *project.profile);
     const TemporaryFolder files(fs::path(work) / "author");
     DvdFiles names;
     const ButtonMuxer muxer(project, files.Path());
-    for (std::size_t i = 0; i < pages.size(); ++i) names.pages.push_back(muxer.Mux(pages[i], films[i]));
+    const bool isImage = IsImage(output);
+    AuthorProgress progress(titles, films, isImage, show);
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        names.pages.push_back(muxer.Mux(pages[i], films[i]));
+        progress.End(SizeOf(films[i].path));
+    }
     for (std::size_t i = 0; i < titles.size(); ++i) {
         const fs::path path = files.Path() / ("palette" + std::to_string(i + 1) + ".rgb");
         WriteText(path, PaletteText(titles[i]));
@@ -189,14 +240,18 @@ void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, 
     const fs::path script = files.Path() / "disc.xml";
     WriteText(script, DvdScript(project, pages, titles, films, names));
     // A folder gets its name by being moved, which only works within a file system.
-    const bool isImage = IsImage(output);
     const TemporaryFolder folder(isImage ? files.Path() / "disc" : FolderBeside(output));
-    PrintOutput(RunTool({{"dvdauthor", "-o", folder.Path().string(), "-x", script.string()}, "dvdauthor"}));
+    PrintOutput(RunTool(
+        {{"dvdauthor", "-o", folder.Path().string(), "-x", script.string()}, "dvdauthor", {}, {}, progress.During([&] {
+             return SizeOfFilesIn(folder.Path());
+         })}));
+    progress.End(progress.Disc());
     CheckDvd(folder.Path().string(), pages, titles);
     if (isImage)
-        WriteImage(project, folder.Path(), output, overwrite);
+        WriteImage(project, folder.Path(), output, overwrite, progress);
     else
         MoveFolder(folder.Path(), output);
+    show(1);
 }
 
 }  // namespace Nifikral

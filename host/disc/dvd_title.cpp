@@ -109,23 +109,6 @@ RunOptions OptionsFor(const TitleJob& job, const Tracks& tracks) {
     return run;
 }
 
-void Encode(const DiscFilm& film, const RunOptions& run, const EffectModule& module) {
-    if (film.path.empty()) {
-        SlideshowOptions show;
-        show.inputs = film.pictures;
-        show.transitionSeconds = std::min(slideTransition, film.pictureSeconds / 2);
-        show.pictureSeconds = film.pictureSeconds - show.transitionSeconds;
-        show.film.run = run;
-        if (run.output.sound && !film.music.empty()) show.film.sounds = {film.music};
-        MakeSlideshow(show, module);
-    } else {
-        ApplyOptions apply;
-        apply.run = run;
-        apply.keepGoing = true;
-        RunEffects(film.path, apply, module, false, [](const PreparedSource&) { return EffectRun{}; });
-    }
-}
-
 // Goes through the pictures for what the second pass is to know of them. What there is to be said is said then.
 void EncodeFirst(const DiscFilm& film, RunOptions run, const EffectModule& module) {
     struct Quiet {
@@ -136,7 +119,7 @@ void EncodeFirst(const DiscFilm& film, RunOptions run, const EffectModule& modul
     const Quiet quiet;
     run.output.path = "/dev/null";
     run.output.sound = run.output.silence = false;
-    Encode(film, run, module);
+    EncodeFilm(film, run, module);
 }
 
 void EncodeInPasses(const TitleJob& job, RunOptions run, const EffectModule& module) {
@@ -145,7 +128,7 @@ void EncodeInPasses(const TitleJob& job, RunOptions run, const EffectModule& mod
         run.output.firstPass = &statistics;
         EncodeFirst(FilmOf(job), run, module);
     }
-    Encode(FilmOf(job), run, module);
+    EncodeFilm(FilmOf(job), run, module);
 }
 
 void WriteReport(const TitleReport& report, const std::string& output) {
@@ -171,6 +154,23 @@ std::vector<double> ChaptersAt(const std::vector<double>& keys, const std::vecto
 }
 
 }  // namespace
+
+void EncodeFilm(const DiscFilm& film, const RunOptions& run, const EffectModule& module) {
+    if (film.path.empty()) {
+        SlideshowOptions show;
+        show.inputs = film.pictures;
+        show.transitionSeconds = std::min(slideTransition, film.pictureSeconds / 2);
+        show.pictureSeconds = film.pictureSeconds - show.transitionSeconds;
+        show.film.run = run;
+        if (run.output.sound && !film.music.empty()) show.film.sounds = {film.music};
+        MakeSlideshow(show, module);
+    } else {
+        ApplyOptions apply;
+        apply.run = run;
+        apply.keepGoing = true;
+        RunEffects(film.path, apply, module, false, [](const PreparedSource&) { return EffectRun{}; });
+    }
+}
 
 int PassesOf(const TitleJob& job) { return job.videoRate < twoPassesBelow ? 2 : 1; }
 

@@ -5,6 +5,7 @@
 
 #include "host/catalogue/effect_module.h"
 #include "host/disc/disc_project.h"
+#include "host/run/run_options.h"
 
 namespace Nifikral {
 
@@ -34,6 +35,9 @@ struct TitleReport {
 /// film without sound is silent. Below `twoPassesBelow` the film is encoded in two passes. What is damaged is reported
 /// and left out. Throws host errors.
 TitleReport MakeTitle(const TitleJob& job, const EffectModule& module);
+
+/// Goes once through a film, or a slideshow, and encodes it as `run` says. Throws host errors.
+void EncodeFilm(const DiscFilm& film, const RunOptions& run, const EffectModule& module);
 
 /// The report of a file that MakeTitle has made. Throws an input error.
 TitleReport ReadTitleReport(const std::string& output);

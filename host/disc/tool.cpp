@@ -44,7 +44,7 @@ std::string LastLine(const std::string& printed) {
 }
 
 // What a program prints until it ends; an interruption ends it.
-std::string ReadAll(int pipe, pid_t program) {
+std::string ReadAll(int pipe, pid_t program, const std::function<void()>& meanwhile) {
     std::string printed;
     std::array<char, 4096> bytes{};
     bool asked = false;
@@ -56,6 +56,7 @@ std::string ReadAll(int pipe, pid_t program) {
             if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) return printed;
             if (count > 0) printed.append(bytes.data(), std::size_t(count));
         }
+        if (meanwhile) meanwhile();
         if (IsInterrupted() && !asked) asked = kill(program, SIGTERM) == 0;
     }
 }
@@ -87,7 +88,7 @@ std::string RunTool(const Tool& tool) {
                             tool.words[0] + " is not installed; install it (Debian package " + tool.package + ")");
         throw HostError(ExitCode::Failed, tool.words[0] + " cannot be run: " + std::strerror(error));
     }
-    std::string printed = ReadAll(ends[0], program);
+    std::string printed = ReadAll(ends[0], program, tool.meanwhile);
     close(ends[0]);
     int status = 0;
     while (waitpid(program, &status, 0) < 0 && errno == EINTR) continue;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -7,9 +8,10 @@ namespace Nifikral {
 
 /// Another program, as a step of making a disc.
 struct Tool {
-    std::vector<std::string> words;       ///< its name and arguments
-    std::string package;                  ///< the Debian package that has it
-    std::string input = {}, output = {};  ///< files for its stdin and stdout; empty: nothing
+    std::vector<std::string> words;        ///< its name and arguments
+    std::string package;                   ///< the Debian package that has it
+    std::string input = {}, output = {};   ///< files for its stdin and stdout; empty: nothing
+    std::function<void()> meanwhile = {};  ///< called a few times a second until it ends
 };
 
 /// Runs a program to its end and returns what it printed, stdout included unless that goes to a file. Throws an error

@@ -1,4 +1,5 @@
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "tests/host/command.h"
 #include "tests/host/disc/disc_walk.h"
@@ -10,6 +11,19 @@ class DiscWorkTest : public CommandTest {
  protected:
     std::filesystem::file_time_type Time(const std::string& name) const {
         return std::filesystem::last_write_time(folder / name);
+    }
+    // Never back, in steps small enough to watch, and up to the end.
+    static void ExpectOneProgress(const std::string& printed) {
+        std::istringstream lines(printed);
+        double done = 0;
+        for (std::string line; std::getline(lines, line);) {
+            if (!line.starts_with("{\"done\"")) continue;
+            const double now = nlohmann::json::parse(line)["done"];
+            EXPECT_GE(now, done);
+            EXPECT_LT(now, done + 0.25);
+            done = now;
+        }
+        EXPECT_EQ(done, 1);
     }
     void Replace(const std::string& name, const std::string& old, const std::string& text) const {
         std::string all = ReadFile(folder / name);
@@ -26,8 +40,9 @@ TEST_F(DiscWorkTest, AFolderBecomesADiscAndAChangeMakesOnlyWhatItTouches) {
     Ffmpeg("-f lavfi -i testsrc=size=160x120:duration=2:rate=1 trip/Photos/%d.png");
     ASSERT_EQ(Nifikral("init disc trip -o trip.json").exitCode, 0);
     Replace("trip.json", "\"seconds\": 20", "\"seconds\": 2");
-    const Outcome made = Nifikral("disc trip.json -o trip.iso");
+    const Outcome made = Nifikral("disc trip.json -o trip.iso --progress json");
     ASSERT_EQ(made.exitCode, 0) << made.errors;
+    ExpectOneProgress(made.errors);
     for (int film = 1; film <= 3; ++film) {
         DiscWalk walk((folder / "trip.iso").string());
         ASSERT_TRUE(walk.PlayToButtons() && walk.Press(film));
