@@ -4,7 +4,9 @@
 
 #include "host/base/standard_output.h"
 #include "host/disc/disc_json.h"
+#include "host/disc/disc_menus.h"
 #include "host/disc/disc_survey.h"
+#include "host/disc/dvd_author.h"
 
 namespace Nifikral {
 
@@ -21,9 +23,19 @@ PlannedDisc PlanDisc(const DiscOptions& options) {
     return disc;
 }
 
+std::vector<DiscPage> PagesOf(const DiscProject& project, DiscFormat format, const std::string& input,
+                              const EffectModule& module) {
+    std::vector<DiscPage> pages = PagesOfDisc(project, module);
+    Faults faults(input);
+    if (format == DiscFormat::Dvd) CheckPages(project, pages, faults);
+    faults.ThrowIfAny();
+    return pages;
+}
+
 void PlanDiscRun(const DiscOptions& options, const EffectModule& module) {
     PlannedDisc disc = PlanDisc(options);
-    if (disc.format == DiscFormat::Dvd) EstimateTime(disc.plan, disc.project, module);
+    const std::vector<DiscPage> pages = PagesOf(disc.project, disc.format, options.input, module);
+    if (disc.format == DiscFormat::Dvd) EstimateTime(disc.plan, disc.project, pages, module);
     PrintResult(DescribePlan(disc.project, disc.format, disc.plan));
 }
 

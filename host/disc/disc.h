@@ -27,6 +27,11 @@ struct PlannedDisc {
 /// Reads the project or surveys the folder, and plans the disc. Throws all faults at once.
 PlannedDisc PlanDisc(const DiscOptions& options);
 
+/// The pages of a disc's menus. Throws what making them throws, and all faults of those that a disc cannot hold, of the
+/// project `input`.
+std::vector<DiscPage> PagesOf(const DiscProject& project, DiscFormat format, const std::string& input,
+                              const EffectModule& module);
+
 /// Prints the plan.
 void PlanDiscRun(const DiscOptions& options, const EffectModule& module);
 

@@ -11,7 +11,6 @@
 #include "host/base/log.h"
 #include "host/base/number_text.h"
 #include "host/base/progress.h"
-#include "host/disc/disc_menus.h"
 #include "host/disc/disc_trial.h"
 #include "host/disc/dvd_author.h"
 #include "host/disc/dvd_title.h"
@@ -216,7 +215,8 @@ void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrit
                          " has " + Gigabytes((long long)space.available) + " free; make room or name another place");
 }
 
-void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule& module) {
+void EstimateTime(DiscPlan& plan, const DiscProject& project, const std::vector<DiscPage>& pages,
+                  const EffectModule& module) {
     TitleJob job;
     job.project = &project;
     job.videoRate = plan.videoRate;
@@ -236,7 +236,6 @@ void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule
         plan.makingSeconds +=
             seconds * PassesOf(job) * TryFilm(project, film, longest->seconds, plan.videoRate, module);
     }
-    const std::vector<DiscPage> pages = PagesOfDisc(project, module);
     double seconds = 0;
     for (const DiscPage& page : pages) seconds += double(page.menu.film.frames) / av_q2d(page.menu.film.frameRate);
     plan.makingSeconds += seconds * TryPage(project, pages.front(), module);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/catalogue/effect_module.h"
+#include "host/disc/disc_page.h"
 #include "host/disc/disc_project.h"
 #include "host/films/project_reader.h"
 
@@ -46,7 +47,8 @@ void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrit
                      Faults& faults);
 
 /// Finds out by short trials how long the films of a DVD and those of its menus take.
-void EstimateTime(DiscPlan& plan, const DiscProject& project, const EffectModule& module);
+void EstimateTime(DiscPlan& plan, const DiscProject& project, const std::vector<DiscPage>& pages,
+                  const EffectModule& module);
 
 /// The plan in lines for people.
 std::string DescribePlan(const DiscProject& project, DiscFormat format, const DiscPlan& plan);

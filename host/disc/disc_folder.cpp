@@ -1,7 +1,5 @@
 #include "host/disc/disc_folder.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 
 #include "host/base/errors.h"
@@ -47,9 +45,7 @@ TemporaryFolder::~TemporaryFolder() {
     fs::remove_all(m_path, error);
 }
 
-fs::path FolderBeside(const std::string& output) {
-    return FolderName(output).string() + ".nifikral-" + std::to_string(getpid()) + ".part";
-}
+fs::path FolderBeside(const std::string& output) { return FolderName(output).string() + ".nifikral.part"; }
 
 void MoveFolder(const fs::path& from, const std::string& output) {
     const fs::path name = FolderName(output), old = from.string() + ".old";

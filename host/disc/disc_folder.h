@@ -13,7 +13,7 @@ namespace Nifikral {
 void CheckDiscFolder(const std::string& output, const std::vector<std::string_view>& parts, const std::string& kind,
                      bool overwrite);
 
-/// A folder, empty at first, that goes away with this object. Throws output errors.
+/// A folder, emptied at first, that goes away with this object. Throws output errors.
 class TemporaryFolder {
  public:
     explicit TemporaryFolder(std::filesystem::path path);
@@ -27,7 +27,8 @@ class TemporaryFolder {
     std::filesystem::path m_path;
 };
 
-/// The path of a folder beside the output, from which MoveFolder can give it its name.
+/// The path of a folder beside the output, from which MoveFolder can give it its name. It is the same for every run:
+/// one that was killed leaves nothing that the next does not clear.
 std::filesystem::path FolderBeside(const std::string& output);
 
 /// Gives a folder the output's name, in the place of an older disc. Throws output errors.

@@ -79,6 +79,7 @@ class PageMaker {
         const std::vector<std::string>& lines = m_project.menus.instructions;
         DiscPage page = Begin(name, -1, m_project.menus.instructionTemplate, m_project.title);
         const std::vector<MenuText> example = Texts(page);
+        if (example.size() > 1) RequireRoom(lines.size(), example[1], page.menu.film.height);
         if (example.size() > 1)
             for (std::size_t i = 0; i < lines.size(); ++i) {
                 MenuText text = example[1];
@@ -90,6 +91,15 @@ class PageMaker {
             }
         AddList(page, commands);
         return page;
+    }
+
+    // Lines from the example's on, above the buttons.
+    static void RequireRoom(std::size_t lines, const MenuText& first, int height) {
+        const int step = first.styled.size * 3 / 2, room = std::max(1, (height * 9 / 10 - first.box[1]) / step - 1);
+        if (lines > std::size_t(room))
+            throw HostError(ExitCode::Usage, "menus.instructions: are " + std::to_string(lines) +
+                                                 " lines, and the page holds " + std::to_string(room) +
+                                                 "; leave some out or write them shorter");
     }
 
     // How many entries a page of a template shows.

@@ -183,12 +183,13 @@ bool IsThere(const DiscOptions& options) {
 }
 
 // Writes down what is planned, so that its stages can be made.
-Work BeginWork(const PlannedDisc& disc, const std::string& folder, const EffectModule& module) {
+Work BeginWork(const PlannedDisc& disc, const DiscOptions& options, const std::string& folder,
+               const EffectModule& module) {
     DiscProject project = disc.project;
     if (disc.plan.videoRate > 0) project.videoRate = disc.plan.videoRate;
     WriteProject(project, folder);
     Work work = WorkIn(folder, disc.format == DiscFormat::Web);
-    work.pages = PagesOfDisc(work.project, module);
+    work.pages = PagesOf(work.project, disc.format, options.input, module);
     return work;
 }
 
@@ -196,7 +197,7 @@ void MakeDisc(const DiscOptions& options, const EffectModule& module) {
     const PlannedDisc disc = PlanDisc(options);
     const std::string folder = WorkFolder(options.output);
     const WorkLock lock(folder);
-    const Work work = BeginWork(disc, folder, module);
+    const Work work = BeginWork(disc, options, folder, module);
     const std::vector<Stage> stages = StagesOf(work, disc.plan, options);
     double all = 0, left = 0;
     for (const Stage& stage : stages) {
@@ -252,7 +253,7 @@ CommandPlan ShareOutDisc(const DiscOptions& options, const EffectModule& module)
     const WorkLock lock(folder);
     CommandPlan plan;
     plan.output = options.output;
-    for (Stage& stage : StagesOf(BeginWork(disc, folder, module), disc.plan, options))
+    for (Stage& stage : StagesOf(BeginWork(disc, options, folder, module), disc.plan, options))
         plan.makers.push_back(std::move(stage.words));
     plan.last = {"disc", ProjectIn(folder), "-o", options.output, "--format", options.format};
     // So that the whole plan can be run again.

@@ -192,15 +192,6 @@ std::string PaletteText(const MadeTitle& title) {
     return text;
 }
 
-void RequireButtons(const std::vector<DiscPage>& pages, const FilmProfile& profile) {
-    const int most = MostButtons(profile);
-    for (const DiscPage& page : pages)
-        if (page.buttons.empty() || page.buttons.size() > std::size_t(most))
-            throw HostError(ExitCode::Usage, page.name + " has " + std::to_string(page.buttons.size()) +
-                                                 " buttons; a page of a DVD's menu has 1 to " + std::to_string(most) +
-                                                 (IsWide(profile) ? ", and 36 with pictures of 4:3" : ""));
-}
-
 }  // namespace
 
 bool IsWide(const FilmProfile& profile) { return av_cmp_q(profile.shownAspect, AVRational{3, 2}) > 0; }
@@ -218,11 +209,23 @@ void CheckDvdOutput(const std::string& output, bool overwrite) {
     CheckDiscFolder(output, {"VIDEO_TS", "AUDIO_TS"}, "a DVD", overwrite);
 }
 
+void CheckPages(const DiscProject& project, const std::vector<DiscPage>& pages, Faults& faults) {
+    CheckMenuCounts(project, pages, faults);
+    const int most = MostButtons(*project.profile);
+    for (const DiscPage& page : pages)
+        if (page.buttons.empty() || page.buttons.size() > std::size_t(most))
+            faults.Add("menus", page.name + " has " + std::to_string(page.buttons.size()) +
+                                    " buttons; a page of a DVD's menu has 1 to " + std::to_string(most) +
+                                    (IsWide(*project.profile) ? ", and 36 with pictures of 4:3" : ""));
+}
+
 void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, const std::vector<MadeTitle>& titles,
                 const std::vector<MadePage>& films, const std::string& output, const std::string& work, bool overwrite,
                 const std::function<void(double)>& show) {
     CheckDvdOutput(output, overwrite);
-    RequireButtons(pages, *project.profile);
+    Faults faults(project.title);
+    CheckPages(project, pages, faults);
+    faults.ThrowIfAny();
     const TemporaryFolder files(fs::path(work) / "author");
     DvdFiles names;
     const ButtonMuxer muxer(project, files.Path());

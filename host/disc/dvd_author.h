@@ -25,6 +25,9 @@ bool IsWide(const FilmProfile& profile);
 /// Whether the output is one file that holds the disc.
 bool IsImage(const std::string& output);
 
+/// Files faults for menus and buttons that a DVD cannot hold.
+void CheckPages(const DiscProject& project, const std::vector<DiscPage>& pages, Faults& faults);
+
 /// Throws an output error when a disc could not be made there.
 void CheckDvdOutput(const std::string& output, bool overwrite);
 

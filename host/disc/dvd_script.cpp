@@ -18,7 +18,11 @@ namespace {
 //   g4  a page of a film's menu, from 1; 0: the one that shows where the film is
 //   g5  1: the button of the chapter that the player is in is to be chosen
 //   s7  the chapter that the player is in
-constexpr int buttonUnit = 1024, dispatched = 30, mostMenus = 99;
+constexpr int buttonUnit = 1024, dispatched = 30;
+constexpr std::size_t mostMenus = 99;
+
+// Of films, each of which is left by a menu of its own.
+std::size_t GroupsOf(std::size_t films) { return (films + dispatched - 1) / dispatched; }
 
 std::string Number(long long number) { return std::to_string(number); }
 
@@ -48,8 +52,7 @@ class Script {
  private:
     // Menu 1 chooses the page, the pages follow, and behind them what goes on when all films are played.
     void WriteDiscMenus() {
-        const std::size_t groups = (m_titles.size() + dispatched - 1) / dispatched;
-        RequireMenus(m_discPages.size() + groups + 1, "the disc's menu");
+        const std::size_t groups = GroupsOf(m_titles.size());
         m_text << "<menus>\n";
         WriteMenuAttributes();
         m_text << "<pgc entry=\"title\"><pre>";
@@ -93,7 +96,6 @@ class Script {
 
     // What the Menu key reaches: the chapters, or the disc's menu where a film has none.
     void WriteRoot(int film, const std::vector<std::size_t>& own) {
-        RequireMenus(own.size() + 1, m_project.films[std::size_t(film)].item + "'s chapter menu");
         m_text << "<pgc entry=\"root ptt\"><pre>";
         if (own.empty()) {
             m_text << ChooseFilm(film) << "jump vmgm menu entry title;</pre></pgc>\n";
@@ -207,14 +209,6 @@ class Script {
         return text.str();
     }
 
-    static void RequireMenus(std::size_t count, const std::string& what) {
-        if (count <= mostMenus) return;
-        throw HostError(ExitCode::Usage, what + " needs " + std::to_string(count) + " menus, and a DVD holds " +
-                                             std::to_string(mostMenus) +
-                                             " there; choose a template with more pictures "
-                                             "on a page, or leave films out");
-    }
-
     const DiscProject& m_project;
     const std::vector<DiscPage>& m_pages;
     const std::vector<MadeTitle>& m_titles;
@@ -246,6 +240,17 @@ std::vector<std::size_t> PagesOfFilm(const std::vector<DiscPage>& pages, int fil
     for (std::size_t i = 0; i < pages.size(); ++i)
         if (pages[i].film == film) own.push_back(i);
     return own;
+}
+
+void CheckMenuCounts(const DiscProject& project, const std::vector<DiscPage>& pages, Faults& faults) {
+    const auto check = [&](const std::string& item, std::size_t count) {
+        if (count > mostMenus)
+            faults.Add(item, "need " + std::to_string(count) + " menus, and a DVD holds " + std::to_string(mostMenus) +
+                                 " there; choose a template with more pictures on a page, or leave some out");
+    };
+    check("films", PagesOfFilm(pages, -1).size() + GroupsOf(project.films.size()) + 1);
+    for (std::size_t i = 0; i < project.films.size(); ++i)
+        check(project.films[i].item + ".chapters", PagesOfFilm(pages, int(i)).size() + 1);
 }
 
 std::string DvdScript(const DiscProject& project, const std::vector<DiscPage>& pages,

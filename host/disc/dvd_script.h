@@ -6,6 +6,7 @@
 
 #include "host/disc/disc_page.h"
 #include "host/disc/disc_project.h"
+#include "host/films/project_reader.h"
 #include "host/media/disc_subtitles.h"
 
 namespace Nifikral {
@@ -43,7 +44,10 @@ ButtonPlace PlaceOfFilm(const std::vector<DiscPage>& pages, int film);
 /// The numbers of the pages of the disc itself (`film` -1), or of a film, in their order.
 std::vector<std::size_t> PagesOfFilm(const std::vector<DiscPage>& pages, int film);
 
-/// dvdauthor's description of the disc. Throws a usage error for more menus than a DVD holds.
+/// Files faults for more menus than a DVD holds.
+void CheckMenuCounts(const DiscProject& project, const std::vector<DiscPage>& pages, Faults& faults);
+
+/// dvdauthor's description of the disc.
 std::string DvdScript(const DiscProject& project, const std::vector<DiscPage>& pages,
                       const std::vector<MadeTitle>& titles, const std::vector<MadePage>& films, const DvdFiles& files);
 

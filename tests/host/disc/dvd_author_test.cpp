@@ -395,5 +395,36 @@ TEST(DvdLanguages, HaveTwoLettersAsDiscsStoreThem) {
         EXPECT_EQ(DvdLanguage(given), stored) << given;
 }
 
+TEST(DvdPages, ThatADiscCannotHoldAreAllReportedAtOnce) {
+    DiscProject project;
+    project.profile = FindProfile("pal-16:9");
+    project.films.resize(2);
+    project.films[1].item = "films[1]";
+    std::vector<DiscPage> pages(97);
+    for (DiscPage& page : pages) page.buttons.resize(1);
+    Faults none("disc.json");
+    CheckPages(project, pages, none);
+    none.ThrowIfAny();
+    pages.push_back(pages.back());
+    DiscPage& crowded = pages.emplace_back();
+    crowded.name = "chapters2-1";
+    crowded.film = 1;
+    crowded.buttons.resize(19);
+    pages.resize(98 + 99, crowded);
+    Faults faults("disc.json");
+    CheckPages(project, pages, faults);
+    try {
+        faults.ThrowIfAny();
+        FAIL();
+    } catch (const HostError& error) {
+        EXPECT_EQ(error.Code(), ExitCode::Usage);
+        const std::string lines = error.what();
+        for (const char* const words :
+             {"disc.json: films: need 100 menus, and a DVD holds 99 there; choose a template",
+              "disc.json: films[1].chapters: need 100 menus", "disc.json: menus: chapters2-1 has 19 buttons"})
+            EXPECT_NE(lines.find(words), std::string::npos) << words << "\nin\n" << lines;
+    }
+}
+
 }  // namespace
 }  // namespace Nifikral
