@@ -3,7 +3,7 @@ release := build/release
 sources = git ls-files '*.h' '*.cpp'
 
 help:
-	@sed -n 's/^\([a-z-]*\):.*## /  make \1	/p' Makefile | expand -t 24
+	@sed -n 's/^\([a-z0-9-]*\):.*## /  make \1	/p' Makefile | expand -t 24
 
 run: packages $(release)/build.ninja  ## build, and show every effect and menu in out/
 	cmake --build --preset release --target nifikral nifikral_module
@@ -25,6 +25,19 @@ pictures: packages $(release)/build.ninja  ## make the README's pictures again
 test: configure  ## build everything and run every test
 	cmake --build --preset release
 	ctest --preset release
+
+# A test program for 64-bit ARM runs in qemu, and so do those for x86-64 on processors without AVX2 and SSE4.
+test-arm64: packages  ## build the module and its tests for 64-bit ARM and run them here
+	scripts/install_packages.sh test arm64
+	scripts/arm64_sysroot.sh build/arm64-sysroot
+	cmake --preset arm64
+	cmake --build --preset arm64
+	ctest --preset arm64
+
+test-processors: configure  ## run the effects as on older processors
+	scripts/install_packages.sh arm64
+	cmake --build --preset release --target module_hashes effects_tests
+	scripts/test_processors.sh $(release)
 
 # BENCH is passed on, for instance BENCH=--benchmark_filter=gray.
 bench: configure  ## time the effects
@@ -69,4 +82,5 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run reference pictures test bench bench-peers debs test-packages format check-format tidy clean packages configure
+.PHONY: help run reference pictures test test-arm64 test-processors bench bench-peers debs \
+    test-packages format check-format tidy clean packages configure

@@ -20,14 +20,14 @@ void MoveEach(const Position* from, const std::uint8_t* source, const BlockPlace
 void MoveBlock(const BlockPlan& plan, const SampleBlock& block, const std::uint8_t* source, std::uint8_t white,
                const BlockPlace& to) {
     const std::uint32_t* const data = &plan.data[block.data];
-    const std::uint8_t *const first = source + block.base[0], *const second = source + block.base[1];
+    const std::uint8_t* const first = source + block.base[0];
     switch (block.kind) {
 #if defined(__x86_64__)
         case SampleBlock::Kind::Window:
             MoveWindows<true>(data, first, first, plan.pitch, to);
             break;
         case SampleBlock::Kind::Windows:
-            MoveWindows<false>(data, first, second, plan.pitch, to);
+            MoveWindows<false>(data, first, source + block.base[1], plan.pitch, to);
             break;
 #endif
         case SampleBlock::Kind::Near:

@@ -9,12 +9,9 @@ namespace AVBased {
 extern "C" {
 
 [[gnu::visibility("default")]] unsigned AVBasedGetCPUFeatures() {
-    unsigned features = 0;
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("mmx")) features |= cpuFeatureMmx;
-    if (__builtin_cpu_supports("sse2")) features |= cpuFeatureSse2;
-#endif
-    return features;
+    // For the module these bits choose how some effects round, not which instructions run. Every processor that it is
+    // built for has vectors, and all of them are to give the same bytes.
+    return cpuFeatureMmx | cpuFeatureSse2;
 }
 
 [[gnu::visibility("default")]] void* AVBasedMemCopy(void* destination, const void* source, unsigned length) {
