@@ -110,9 +110,13 @@ std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> fil
 struct JpegWriter::Parts {
     HandlePtr handle = Require<HandlePtr>(tjInitCompress());
     int sampling;
+    int quality, transform;
 };
 
-JpegWriter::JpegWriter(AVPixelFormat sampling) : m_parts(std::make_unique<Parts>()) {
+JpegWriter::JpegWriter(AVPixelFormat sampling, Care care) : m_parts(std::make_unique<Parts>()) {
+    constexpr int keptQuality = 92, passingQuality = 85;
+    m_parts->quality = care == Care::Kept ? keptQuality : passingQuality;
+    m_parts->transform = care == Care::Kept ? TJFLAG_ACCURATEDCT : TJFLAG_FASTDCT;
     m_parts->sampling = std::find_if(std::begin(samplings), std::end(samplings), [&](const auto& row) {
                             return row.second == sampling;
                         })->first;
@@ -120,9 +124,9 @@ JpegWriter::JpegWriter(AVPixelFormat sampling) : m_parts(std::make_unique<Parts>
 JpegWriter::~JpegWriter() = default;
 
 PacketPtr JpegWriter::Write(const AVFrame& frame) {
-    constexpr int quality = 92;
+    const int quality = m_parts->quality;
     void* const handle = m_parts->handle.get();
-    const int sampling = m_parts->sampling, flags = TJFLAG_ACCURATEDCT | TJFLAG_NOREALLOC;
+    const int sampling = m_parts->sampling, flags = m_parts->transform | TJFLAG_NOREALLOC;
     PacketPtr packet = NewFile(frame.width, frame.height, sampling);
     unsigned long size = 0;
     int error = 0;

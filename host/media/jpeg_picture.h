@@ -12,8 +12,11 @@ std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> fil
 /// Writes pictures of BGR0 or of full-range planes. Threads: one at a time.
 class JpegWriter {
  public:
+    /// For files that are kept; or for pictures that are looked at once, which have to be there at once.
+    enum class Care { Kept, Passing };
+
     /// `sampling`: how the file has the colours: yuv420p, yuv422p or yuv444p. Planes have to come in that format.
-    explicit JpegWriter(AVPixelFormat sampling);
+    explicit JpegWriter(AVPixelFormat sampling, Care care = Care::Kept);
     ~JpegWriter();
     /// A file with the frame's time and the shape of its pixels.
     PacketPtr Write(const AVFrame& frame);

@@ -31,7 +31,6 @@ bool AnyHasTrait(const std::vector<EffectRequest>& requests, EffectTraits trait)
     return std::any_of(requests.begin(), requests.end(), [&](const auto& r) { return HasTrait(r, trait); });
 }
 
-// Generators have commands of their own.
 void RefuseGenerator(const std::string& name) {
     const EffectInfo* const info = FindEffect(name);
     if (!info || !(info->traits & generator)) return;
@@ -46,16 +45,12 @@ void RefuseGenerator(const std::string& name) {
 PicturePath ChoosePath(const PreparedSource& input, const ApplyOptions& options,
                        const std::vector<EffectRequest>& requests) {
     const PictureShape source = input.Shape();
-    const bool alphaShows = AnyHasTrait(requests, changesAlpha);
-    // Planar effects paint black and white of limited range, which full-range pictures would show as greys.
-    const bool asColours = source.fullRange && !IsRgb(source.format) && !requests.empty();
-    const AVPixelFormat seen = asColours ? AV_PIX_FMT_BGRA : source.format;
     PicturePath path{
-        options.run.pixelFormat.empty() ? EffectFormat(seen, alphaShows) : ParseFormat(options.run.pixelFormat), source,
-        input.Reshape()};
+        options.run.pixelFormat.empty() ? FormatForEffects(source, requests) : ParseFormat(options.run.pixelFormat),
+        source, input.Reshape()};
     path.effectShape.format = FfmpegFormat(path.effectFormat);
     path.effectShape.matrix = AVCOL_SPC_UNSPECIFIED;
-    path.overBlack = alphaShows && HasAlpha(path.effectShape.format);
+    path.overBlack = AnyHasTrait(requests, changesAlpha) && HasAlpha(path.effectShape.format);
     if (Depth(source.format) > 8)
         PrintWarning("the input's " + std::to_string(Depth(source.format)) + "-bit pictures (" +
                      av_get_pix_fmt_name(source.format) + ") are dithered to 8 bits (" +
@@ -165,6 +160,17 @@ class EffectMaker final : public PictureMaker {
 
 }  // namespace
 
+void RefuseGenerators(const std::vector<EffectRequest>& requests) {
+    for (const EffectRequest& request : requests) RefuseGenerator(request.effect);
+}
+
+unsigned FormatForEffects(const PictureShape& source, const std::vector<EffectRequest>& requests) {
+    // Planar effects paint black and white of limited range, which full-range pictures would show as greys.
+    const bool asColours = source.fullRange && !IsRgb(source.format) && !requests.empty();
+    const AVPixelFormat seen = asColours ? AV_PIX_FMT_BGRA : source.format;
+    return EffectFormat(seen, AnyHasTrait(requests, changesAlpha));
+}
+
 void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& module, ApplyOptions& options) {
     const bool apart = !options.run.output.path.empty();
     const std::size_t files = apart ? 1 : 2;
@@ -185,7 +191,7 @@ void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& m
 
 void Apply(const ApplyOptions& options, const EffectModule& module) {
     EffectRun run{ParseEffectRequests(options.effects, module, options.presets)};
-    for (const EffectRequest& request : run.requests) RefuseGenerator(request.effect);
+    RefuseGenerators(run.requests);
     ApplyOptions marked = options;
     if (std::any_of(options.effects.begin(), options.effects.end(), [](const auto& e) { return e.starts_with('@'); })) {
         // Chunks under a preset of the same name and another chain are not joined.

@@ -24,6 +24,12 @@ struct ApplyOptions {
 /// already, IN... EFFECT.... Throws usage errors.
 void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& module, ApplyOptions& options);
 
+/// Throws a usage error for a request of a generator, which has a command of its own.
+void RefuseGenerators(const std::vector<EffectRequest>& requests);
+
+/// The code of the layout in which effects see the pictures of a source, where the command does not say.
+unsigned FormatForEffects(const PictureShape& source, const std::vector<EffectRequest>& requests);
+
 /// Takes each input through the effects into an output of its own.
 void Apply(const ApplyOptions& options, const EffectModule& module);
 

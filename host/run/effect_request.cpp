@@ -85,6 +85,13 @@ bool EffectRequest::NeedsFrameCount() const {
                        [](const auto& setting) { return setting.value.NeedsFrameCount(); });
 }
 
+EffectRequest EffectRequest::Resized(const Scale& from, const Scale& to) const {
+    EffectRequest result = *this;
+    for (ParameterSetting& setting : result.settings) setting.value = setting.value.Resized(from, to);
+    for (Region& region : result.regions) region = region.Resized(from, to);
+    return result;
+}
+
 RequestParts::RequestParts(const std::string& text) {
     const std::vector<std::string> parts = Split(text, ':');
     // The name of a preset begins with the sign that parts a window from what stands before it.

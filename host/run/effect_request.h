@@ -27,6 +27,8 @@ struct EffectRequest {
     bool Sets(const std::string& property) const;
     /// Whether it depends on how many frames it works on.
     bool NeedsFrameCount() const;
+    /// The same for pictures of another size, on which it shows the same as on those it is meant for.
+    EffectRequest Resized(const Scale& from, const Scale& to) const;
 };
 
 /// What every request may have besides the effect's own parameters, as "inside=".

@@ -73,6 +73,12 @@ double ReadNumber(const std::string& text, const ParameterInfo& info) {
     throw std::invalid_argument("\"" + text + "\" is no number; give a number, A..B or @frame:value,...");
 }
 
+// The side of a picture that a measure is a share of.
+double SideOf(Measure measure, const Scale& scale) {
+    const int sides[] = {0, scale.width, scale.height, std::min(scale.width, scale.height)};
+    return sides[int(measure)];
+}
+
 // Each part of a colour by itself.
 double Mixed(std::uint32_t from, std::uint32_t to, double share) {
     std::uint32_t mixed = 0;
@@ -163,11 +169,24 @@ bool ParameterValue::IsRelative() const {
                        [](const Point& point) { return point.isShare || point.inSeconds; });
 }
 
-ParameterValue ParameterValue::On(const Scale& scale) const {
-    const int sides[] = {0, scale.width, scale.height, std::min(scale.width, scale.height)};
+ParameterValue ParameterValue::Resized(const Scale& from, const Scale& to) const {
+    if (m_measure == Measure::None) return *this;
     ParameterValue result = *this;
     for (Point& point : result.m_points) {
-        if (point.isShare) point.value *= sides[int(m_measure)] / 100.0;
+        if (point.isShare) continue;
+        const bool something = point.value > 0;
+        point.value *= SideOf(m_measure, to) / SideOf(m_measure, from);
+        if (m_type != PropertyType::Real) point.value = std::round(point.value);
+        if (something && m_measure == Measure::ShorterSide && m_type != PropertyType::Real)
+            point.value = std::max(point.value, 1.0);
+    }
+    return result;
+}
+
+ParameterValue ParameterValue::On(const Scale& scale) const {
+    ParameterValue result = *this;
+    for (Point& point : result.m_points) {
+        if (point.isShare) point.value *= SideOf(m_measure, scale) / 100;
         if (point.isShare && m_type != PropertyType::Real) point.value = std::round(point.value);
         // On a small picture a length must not shrink to nothing, which no effect takes.
         if (point.isShare && m_measure == Measure::ShorterSide) point.value = std::max(point.value, 1.0);

@@ -33,6 +33,8 @@ class ParameterValue {
     /// Whether the value depends on how many frames the effect works on.
     bool NeedsFrameCount() const { return m_overRun; }
     bool IsRelative() const;
+    /// The same for a picture of another size: places and lengths in pixels grow or shrink with it.
+    ParameterValue Resized(const Scale& from, const Scale& to) const;
     /// The same in numbers alone. Throws std::invalid_argument when key points in seconds overtake others in frames.
     ParameterValue On(const Scale& scale) const;
     /// The rest is for a value that On has made, or that was not relative.

@@ -124,6 +124,12 @@ bool Region::NeedsFrameCount() const {
     return std::any_of(m_numbers.begin(), m_numbers.end(), [](const auto& number) { return number.NeedsFrameCount(); });
 }
 
+Region Region::Resized(const Scale& from, const Scale& to) const {
+    Region result = *this;
+    for (ParameterValue& number : result.m_numbers) number = number.Resized(from, to);
+    return result;
+}
+
 Region Region::On(const Scale& scale, AVPixelFormat format) const {
     Region result = *this;
     for (ParameterValue& number : result.m_numbers) number = number.On(scale);

@@ -31,6 +31,8 @@ class Region {
 
     bool Varies() const;
     bool NeedsFrameCount() const;
+    /// The same for pictures of another size.
+    Region Resized(const Scale& from, const Scale& to) const;
     /// The same for pictures of a format and a size, with all numbers in pixels; loads the picture. Throws input
     /// errors.
     Region On(const Scale& scale, AVPixelFormat format) const;
