@@ -194,7 +194,10 @@ std::size_t CountCharacters(const std::string& text) {
 }
 
 DiscProject ReadDiscProject(const std::string& path, Faults& faults) {
-    const Json json = LoadProject(path);
+    return ReadDiscProject(LoadProject(path), path, faults);
+}
+
+DiscProject ReadDiscProject(const Json& json, const std::string& path, Faults& faults) {
     const ProjectItem root(&json, "", faults);
     // What else a later version writes is not for this one to judge.
     if (const ProjectItem own = root["version"]; own && own.Integer({1}) > version)

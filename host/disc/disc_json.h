@@ -12,6 +12,9 @@ namespace Nifikral {
 /// errors for a file that cannot be read and for one that a later version has written.
 DiscProject ReadDiscProject(const std::string& path, Faults& faults);
 
+/// The same of a project that was read already.
+DiscProject ReadDiscProject(const Json& json, const std::string& path, Faults& faults);
+
 /// The same project as the text of a file at `path`, whose folder relative names start at. All texts are UTF-8.
 std::string DiscJson(const DiscProject& project, const std::string& path);
 

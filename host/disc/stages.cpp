@@ -3,14 +3,10 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +14,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "host/base/child_program.h"
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
@@ -36,87 +33,39 @@ std::string ReadText(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A stage's run, whose stderr comes through a pipe.
+// A stage's run.
 class Child {
  public:
-    Child(const Stage& stage, const std::string& program);
-    ~Child();
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
+    Child(const Stage& stage, const std::string& program) : m_stage(stage), m_program(WordsOf(stage, program)) {}
 
-    int Pipe() const { return m_pipe; }
+    int Pipe() const { return m_program.Pipe(); }
     const Stage& Of() const { return m_stage; }
     double Share() const { return m_share; }
     /// Takes in what was printed; false at its end.
-    bool Read();
-    /// Waits for the end. The exit code, or that of an interrupted run.
-    int Wait();
+    bool Read() {
+        return m_program.Read([this](const std::string& line) { Take(line); });
+    }
+    int Wait() { return m_program.Wait(); }
     const std::string& LastError() const { return m_lastError; }
 
  private:
+    static std::vector<std::string> WordsOf(const Stage& stage, const std::string& program);
     void Take(const std::string& line);
 
     const Stage& m_stage;
-    pid_t m_id = -1;
-    int m_pipe = -1;
-    std::string m_rest, m_lastError;
+    ChildProgram m_program;
+    std::string m_lastError;
     double m_share = 0;  // done
     long long m_frame = 0;
     int m_passesDone = 0;
 };
 
-Child::Child(const Stage& stage, const std::string& program) : m_stage(stage) {
+std::vector<std::string> Child::WordsOf(const Stage& stage, const std::string& program) {
     std::vector<std::string> words = {program};
     words.insert(words.end(), stage.words.begin(), stage.words.end());
     words.insert(words.end(), {"--progress", "json"});
     if (GetVerbosity() == Verbosity::Verbose) words.emplace_back("-v");
-    std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw HostError(ExitCode::Failed, "no pipe can be opened; close other programs");
-    const pid_t parent = getpid();
-    m_id = fork();
-    if (m_id == 0) {
-        // Nobody would wait for what it makes without this program.
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        if (getppid() != parent) _exit(int(ExitCode::Interrupted));
-        dup2(ends[1], STDERR_FILENO);
-        execv(arguments[0], arguments.data());
-        _exit(127);
-    }
-    close(ends[1]);
-    m_pipe = ends[0];
-    if (m_id < 0) {
-        close(m_pipe);
-        throw HostError(ExitCode::Failed, "no further program can be started; close others");
-    }
-}
-
-Child::~Child() {
-    if (m_id > 0) {
-        kill(m_id, SIGTERM);
-        // Its last words make room for its end.
-        std::array<char, 4096> words;
-        ssize_t count;
-        do {
-            count = read(m_pipe, words.data(), words.size());
-        } while (count > 0 || (count < 0 && errno == EINTR));
-        Wait();
-    }
-    close(m_pipe);
-}
-
-bool Child::Read() {
-    std::array<char, 4096> bytes;
-    const ssize_t count = read(m_pipe, bytes.data(), bytes.size());
-    if (count < 0) return errno == EINTR;
-    m_rest.append(bytes.data(), std::size_t(count));
-    for (std::size_t end = m_rest.find('\n'); end != std::string::npos; end = m_rest.find('\n')) {
-        Take(m_rest.substr(0, end));
-        m_rest.erase(0, end + 1);
-    }
-    return count > 0;
+    return words;
 }
 
 void Child::Take(const std::string& line) {
@@ -138,14 +87,6 @@ void Child::Take(const std::string& line) {
         m_lastError = line.substr(error.size());
     else
         PrintDetail(m_stage.name + ": " + line);
-}
-
-int Child::Wait() {
-    int status = 0;
-    while (waitpid(m_id, &status, 0) < 0 && errno == EINTR) {
-    }
-    m_id = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : int(ExitCode::Interrupted);
 }
 
 }  // namespace
@@ -196,7 +137,7 @@ void MakeStages(const std::vector<Stage>& stages, const std::function<void(doubl
     }
     for (const Stage* const stage : left) total += stage->weight;
     std::stable_sort(left.begin(), left.end(), [](auto* a, auto* b) { return a->weight > b->weight; });
-    const std::string own = program.empty() ? fs::read_symlink("/proc/self/exe").string() : program;
+    const std::string own = program.empty() ? OwnProgram() : program;
     // Each has parts that run on one core alone, and memory of its own.
     const std::size_t atOnce = std::size_t(std::clamp((RunOptions().ThreadCount() + 1) / 2, 2, 8));
     std::vector<std::unique_ptr<Child>> children;

@@ -66,6 +66,7 @@ class PictureSource final : public Source, public AVBased::IAVSourcePropertySet 
         PictureConverter(shape).Convert(m_picture);
     }
 
+    const AVFrame& Picture() const { return *m_picture; }
     bool IsStill() override { return true; }
     bool SetProperty(int identifier, int value) override {
         return AtBoundary(lineProperty, sourceName, [&] {
@@ -257,10 +258,17 @@ AVBased::IAVSource* OpenPictureSource(const std::string& path) {
     return new PictureSource(std::move(first));
 }
 
-AVBased::IAVSource* OpenFileSource(const std::string& path, const Playback& playback) {
+AVBased::IAVSource* NewPictureSource(FramePtr picture) { return new PictureSource(std::move(picture)); }
+
+AVBased::IAVSource* OpenFileSource(const std::string& path, const Playback& playback,
+                                   const std::function<void(const AVFrame&)>& keep) {
     MediaSource media = OpenMedia(path, playback.begin / 1000.0);
     FramePtr first = NextFrame(media), second = NextFrame(media);
-    if (!second) return new PictureSource(std::move(first));
+    if (!second) {
+        auto* const picture = new PictureSource(std::move(first));
+        keep(picture->Picture());
+        return picture;
+    }
     return new VideoSource(path, playback, std::move(media), std::move(first), std::move(second));
 }
 

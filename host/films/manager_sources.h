@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "avbase/IAVManager.h"
@@ -22,8 +23,11 @@ struct Playback {
 
 /// The first frame of a file.
 AVBased::IAVSource* OpenPictureSource(const std::string& path);
-/// A picture where the file holds a single frame, a video where it holds more.
-AVBased::IAVSource* OpenFileSource(const std::string& path, const Playback& playback);
+/// A picture where the file holds a single frame, a video where it holds more. `keep` gets such a picture.
+AVBased::IAVSource* OpenFileSource(const std::string& path, const Playback& playback,
+                                   const std::function<void(const AVFrame&)>& keep);
+/// A picture that was opened before.
+AVBased::IAVSource* NewPictureSource(FramePtr picture);
 /// A text that is still to be set, through the interface "ISimpleHTMLRender".
 AVBased::IAVSource* NewTextSource();
 

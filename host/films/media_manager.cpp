@@ -100,6 +100,15 @@ AVBased::IAVImporter* MediaManager::GetImporter(const char* importerName) {
     });
 }
 
+AVBased::IAVSource* MediaManager::OpenFile(const std::string& path, const Playback& playback, bool picture) const {
+    if (m_store)
+        if (FramePtr kept = m_store->Find(path)) return NewPictureSource(std::move(kept));
+    const auto keep = [&](const AVFrame& frame) {
+        if (m_store) m_store->Keep(path, frame);
+    };
+    return picture ? OpenPictureSource(path) : OpenFileSource(path, playback, keep);
+}
+
 AVBased::IAVSource* MediaManager::OpenSource(const char* path, const char* importerName) {
     return AtBoundary(lineOpen, sourceName, [&]() -> AVBased::IAVSource* {
         RequirePointer(path, lineOpen, sourceName);
@@ -108,7 +117,7 @@ AVBased::IAVSource* MediaManager::OpenSource(const char* path, const char* impor
         if (!picture && *importerName) RaiseUnknownImporter(lineOpen);
         const PlayedPath file = ReadPath(path);
         try {
-            return picture ? OpenPictureSource(file.path) : OpenFileSource(file.path, file.playback);
+            return OpenFile(file.path, file.playback, picture);
         } catch (const std::bad_alloc&) {
             throw CBaseException(errorNoMemory, (file.path + " does not fit into the memory").c_str(), lineOpen,
                                  sourceName);

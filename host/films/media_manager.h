@@ -7,6 +7,15 @@
 
 namespace Nifikral {
 
+/// Pictures that were opened, for the next time. Threads: any.
+class PictureStore {
+ public:
+    virtual ~PictureStore() = default;
+    /// Null where there is none, or where the file has changed.
+    virtual FramePtr Find(const std::string& path) = 0;
+    virtual void Keep(const std::string& path, const AVFrame& picture) = 0;
+};
+
 /// What this host gives to generators: files through FFmpeg and text through Pango.
 ///
 /// Pictures come upright in format 30. Videos come upright in their own layout where effects know it and else in the
@@ -15,8 +24,16 @@ namespace Nifikral {
 /// Sides of more than 16384 are refused. Threads: any; each source by one at a time.
 class MediaManager final : public AVBased::IAVManager {
  public:
+    /// Takes pictures from the store, unless it is null, and puts them there. It must outlive this object.
+    explicit MediaManager(PictureStore* store = nullptr) : m_store(store) {}
+
     AVBased::IAVImporter* GetImporter(const char* importerName) override;
     AVBased::IAVSource* OpenSource(const char* path, const char* importerName) override;
+
+ private:
+    AVBased::IAVSource* OpenFile(const std::string& path, const Playback& playback, bool picture) const;
+
+    PictureStore* m_store;
 };
 
 /// A path as MediaManager opens it, with how a video is played, written without ";", which separates items in the

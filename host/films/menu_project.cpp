@@ -152,28 +152,28 @@ struct FreeSource {
 using SourcePtr = std::unique_ptr<AVBased::IAVSource, FreeSource>;
 
 // Opens a file as the module will. Null, and a fault filed, when that fails.
-SourcePtr TryFile(const std::string& item, const std::string& path, const char* importer, Faults& faults) {
+SourcePtr TryFile(const std::string& item, const std::string& path, const char* importer, AVBased::IAVManager& files,
+                  Faults& faults) {
     if (path.empty()) return nullptr;
-    MediaManager manager;
-    SourcePtr source(manager.OpenSource(path.c_str(), importer));
+    SourcePtr source(files.OpenSource(path.c_str(), importer));
     if (const std::optional<std::string> error = TakeFiledMessage()) faults.AddInput(item, *error);
     return source;
 }
 
-void TryFiles(MenuProject& project, const ProjectItem& root, Faults& faults) {
-    const SourcePtr background = TryFile("sourcePath", project.background, "", faults);
+void TryFiles(MenuProject& project, const ProjectItem& root, AVBased::IAVManager& files, Faults& faults) {
+    const SourcePtr background = TryFile("sourcePath", project.background, "", files, faults);
     project.backgroundMoves = background && !background->IsStill();
-    TryFile("backgroundMask", project.backgroundMask, AVBased::importerImage, faults);
+    TryFile("backgroundMask", project.backgroundMask, AVBased::importerImage, files, faults);
     const std::vector<ProjectItem> kinds = root["isAdditionSourceImages"].Entries();
     for (std::size_t i = 0; i < project.sources.size(); ++i) {
         MenuSource& source = project.sources[i];
-        const SourcePtr opened = TryFile(source.item, source.path, "", faults);
+        const SourcePtr opened = TryFile(source.item, source.path, "", files, faults);
         const bool still = !opened || opened->IsStill();
         source.isImage = i < kinds.size() ? kinds[i].Boolean() : still;
         if (source.isImage && !still)
             PrintWarning(source.path +
                          " is a video, and isAdditionSourceImages says picture: only its first frame shows");
-        TryFile(source.maskItem, source.mask, source.isImage ? AVBased::importerImage : "", faults);
+        TryFile(source.maskItem, source.mask, source.isImage ? AVBased::importerImage : "", files, faults);
     }
 }
 
@@ -261,7 +261,12 @@ std::string TextList(const MenuText& text) {
 
 MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
                             Faults& faults) {
-    const Json json = LoadProject(path);
+    MediaManager manager;
+    return ReadMenuProject(LoadProject(path), path, templateName, profile, manager, faults);
+}
+
+MenuProject ReadMenuProject(const Json& json, const std::string& path, const std::string& templateName,
+                            const FilmProfile* profile, AVBased::IAVManager& files, Faults& faults) {
     const ProjectItem root(&json, "", faults);
     std::vector<const char*> keys;
     for (const ProjectKey& key : projectKeys) keys.push_back(key.name);
@@ -286,7 +291,7 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
     CheckNumber(root["additionSourceNumber"], project.sources.size(), "additionSourcePaths");
     ForEachSource(root["isAdditionSourceImages"], project.sources, "true or false", [](auto&, const auto&) {});
 
-    TryFiles(project, root, faults);
+    TryFiles(project, root, files, faults);
     TryTexts(project, faults);
     return project;
 }

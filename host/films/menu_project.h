@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "avbase/IAVManager.h"
 #include "host/films/film.h"
 #include "host/films/project_reader.h"
 #include "host/films/styled_text.h"
@@ -48,6 +49,10 @@ struct MenuProject {
 /// `profile`, unless null, stands in for the project's own.
 MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
                             Faults& faults);
+
+/// The same of a project that was read already. `files` opens what it names.
+MenuProject ReadMenuProject(const Json& json, const std::string& path, const std::string& templateName,
+                            const FilmProfile* profile, AVBased::IAVManager& files, Faults& faults);
 
 /// One entry of "textInfos".
 MenuText ReadMenuText(const ProjectItem& item);

@@ -73,12 +73,8 @@ std::vector<long long> OwnTimes(const std::vector<Slide>& slides, long long tran
     return own;
 }
 
-// The frames on which each slide is seen, from one to before another.
-struct Seen {
-    long long begin = 0, end = 0;
-};
-std::vector<Seen> SeenAt(const std::vector<long long>& own, const SlideTiming& timing) {
-    std::vector<Seen> seen;
+std::vector<SlideSpan> SeenAt(const std::vector<long long>& own, const SlideTiming& timing) {
+    std::vector<SlideSpan> seen;
     long long alone = 0;
     for (const long long time : own) {
         const long long end = alone + (time < 0 ? timing.alone : time);
@@ -89,7 +85,7 @@ std::vector<Seen> SeenAt(const std::vector<long long>& own, const SlideTiming& t
     return seen;
 }
 
-std::vector<SoundPiece> SoundsOf(const std::vector<Slide>& slides, const std::vector<Seen>& seen,
+std::vector<SoundPiece> SoundsOf(const std::vector<Slide>& slides, const std::vector<SlideSpan>& seen,
                                  const SlideTiming& timing, double rate) {
     std::vector<SoundPiece> pieces;
     for (std::size_t i = 0; i < slides.size(); ++i) {
@@ -102,7 +98,7 @@ std::vector<SoundPiece> SoundsOf(const std::vector<Slide>& slides, const std::ve
     return pieces;
 }
 
-std::vector<Caption> CaptionsOf(const std::vector<Slide>& slides, const std::vector<Seen>& seen,
+std::vector<Caption> CaptionsOf(const std::vector<Slide>& slides, const std::vector<SlideSpan>& seen,
                                 const SlideTiming& timing, const std::string& pattern) {
     std::vector<Caption> captions;
     // One goes in the first half of a transition, the next one comes in the second.
@@ -134,15 +130,11 @@ SlideTiming ShareOut(const std::vector<long long>& own, long long alone, long lo
     return {each(), transition, frames};
 }
 
-PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModule& module) {
+PreparedShow PrepareSlideshow(const SlideshowOptions& options, std::vector<Slide> slides, const EffectModule& module) {
     Film film = ShapeOfFilm(options);
     RequireUtf8("--captions", options.captions);
     CheckCaptions(options.captions);
-    const std::vector<Slide> found = FindSlides(options.inputs);
-    for (const Slide& slide : found) options.film.run.RefuseAsOutput(slide.path);
-    for (const std::string& sound : options.film.sounds) options.film.run.RefuseAsOutput(sound);
     const std::optional<double> seconds = options.film.Seconds();
-    std::vector<Slide> slides = ReadableSlides(found, options.strict);
     OrderSlides(slides, options.order, std::uint32_t(options.seed));
 
     const double rate = av_q2d(film.frameRate);
@@ -151,7 +143,7 @@ PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModul
     const SlideTiming timing =
         ShareOut(own, std::llround(options.pictureSeconds * rate), transition, seconds ? film.FramesIn(*seconds) : 0);
     film.frames = timing.total;
-    const std::vector<Seen> seen = SeenAt(own, timing);
+    std::vector<SlideSpan> seen = SeenAt(own, timing);
     film.sound = SoundsOf(slides, seen, timing, rate);
     const auto captions = std::make_shared<CaptionPainter>(module, CaptionsOf(slides, seen, timing, options.captions),
                                                            film.width, film.height);
@@ -184,7 +176,18 @@ PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModul
                       throw HostError(ExitCode::Usage, std::string("the slideshow refuses its ") + name + ": " +
                                                            reason + "; nifikral info slide lists the words");
                   });
-    return {std::move(film), std::move(generator)};
+    return {{std::move(film), std::move(generator)}, std::move(slides), std::move(seen)};
+}
+
+PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModule& module) {
+    ShapeOfFilm(options);
+    RequireUtf8("--captions", options.captions);
+    CheckCaptions(options.captions);
+    const std::vector<Slide> found = FindSlides(options.inputs);
+    for (const Slide& slide : found) options.film.run.RefuseAsOutput(slide.path);
+    for (const std::string& sound : options.film.sounds) options.film.run.RefuseAsOutput(sound);
+    options.film.Seconds();
+    return PrepareSlideshow(options, ReadableSlides(found, options.strict), module).made;
 }
 
 void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) {

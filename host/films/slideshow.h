@@ -5,6 +5,7 @@
 
 #include "host/catalogue/effect_module.h"
 #include "host/films/film.h"
+#include "host/films/slide_pictures.h"
 
 namespace Nifikral {
 
@@ -20,6 +21,20 @@ struct SlideshowOptions {
     bool strict = false;  ///< a picture that cannot be read ends the run
     FilmOptions film;
 };
+
+/// The frames on which a slide is seen, from one to before another.
+struct SlideSpan {
+    long long begin = 0, end = 0;
+};
+
+/// A slideshow that is ready to be made.
+struct PreparedShow {
+    PreparedFilm made;
+    std::vector<Slide> slides;     ///< in their order
+    std::vector<SlideSpan> spans;  ///< of each
+};
+/// Orders slides that were tried, shares out the time, and readies the film of them. Throws usage errors.
+PreparedShow PrepareSlideshow(const SlideshowOptions& options, std::vector<Slide> slides, const EffectModule& module);
 
 /// Finds and orders the slides, and readies the film of them. Throws usage and input errors.
 PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModule& module);
