@@ -41,3 +41,4 @@ echo "The results are in $(realpath "$folder"): EFFECT.mp4 from input/clip.mp4, 
 echo "menu.mp4 from menu_project/menu.json, slideshow.mp4, title.mp4, and generators.png with a frame of every generator."
 echo "The disc of the folder holiday: holiday.iso for a DVD, holiday_web/index.html for a browser."
 echo "The photograph under every effect: $(realpath "$folder/gallery.html")"
+echo "To choose effects, menus and slideshows by eye: $command studio --open $folder"

@@ -14,6 +14,7 @@
 #include "host/command/page_commands.h"
 #include "host/command/plan_commands.h"
 #include "host/command/slideshow_command.h"
+#include "host/command/studio_command.h"
 #include "host/command/title_command.h"
 #include "host/pages/help.h"
 
@@ -73,8 +74,8 @@ CommandLine::CommandLine() : app("video effects and disc menus for pictures and 
     app.require_subcommand(1);
     app.set_version_flag("--version", "nifikral " + std::string(Version()), "print the version");
     app.set_help_flag("-h,--help", "print the usage");
-    for (const auto add : {AddApply, AddTitle, AddSlideshow, AddMenu, AddDisc, AddInit, AddListings, AddGallery,
-                           AddReference, AddPlan, AddConcat, AddGenerate, AddHelp})
+    for (const auto add : {AddApply, AddTitle, AddSlideshow, AddMenu, AddDisc, AddStudio, AddInit, AddListings,
+                           AddGallery, AddReference, AddPlan, AddConcat, AddGenerate, AddHelp})
         add(*this);
     // Last: subcommands that are added later would inherit it.
     app.footer(

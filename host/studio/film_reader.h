@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/media/media_source.h"
+
+namespace Nifikral {
+
+/// What is known of a file once it has been opened.
+struct SourceFacts {
+    PictureShape shape;  ///< of the upright pictures
+    AVRational rate = {25, 1};
+    long long frames = 1;
+    double seconds = 0;  ///< of a film; 0: a picture
+
+    bool IsFilm() const { return frames > 1; }
+    /// The number of the frame that is seen at a time.
+    long long FrameAt(double time) const;
+    /// How many frames begin before a time.
+    long long FramesBefore(double time) const;
+};
+
+/// A film that is kept open, for its frames in any order: a little ahead is decoded on the way, anything else is
+/// sought. Frames are numbered by their times. Threads: one at a time.
+class FilmReader {
+ public:
+    explicit FilmReader(std::string path);
+
+    const SourceFacts& Facts() const { return m_facts; }
+    /// A frame by its number, or the last one there is before it. Throws what MediaSource throws.
+    FramePtr At(long long number);
+
+ private:
+    void Open(long long number);
+
+    std::string m_path;
+    SourceFacts m_facts;
+    std::optional<MediaSource> m_source;
+    FramePtr m_last;  // that came out
+    long long m_lastNumber = -1;
+    bool m_ended = false;
+};
+
+}  // namespace Nifikral

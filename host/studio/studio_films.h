@@ -1,0 +1,65 @@
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "host/films/media_manager.h"
+#include "host/films/menu_project.h"
+#include "host/films/slideshow.h"
+#include "host/studio/film_preview.h"
+#include "host/studio/picture_cache.h"
+#include "host/studio/studio_folder.h"
+#include "host/studio/studio_json.h"
+#include "host/studio/web_message.h"
+
+namespace Nifikral {
+
+/// The menus, slideshows and discs that a page edits: what is wrong with them, where things stand, and their frames.
+/// All take what the page sends, and throw WebError and host errors. Threads: any.
+class StudioFilms {
+ public:
+    /// `module` is the file of the module; pictures that its generators open are kept for the next time.
+    StudioFilms(const StudioFolder& folder, const std::string& module);
+
+    Json NewMenu(const Json& body) const;
+    Json CheckMenu(const Json& body);
+    Json CheckShow(const Json& show);
+    Json SurveyDisc(const Json& body) const;
+    Json CheckDisc(const Json& body) const;
+    enum class Kind { Menu, Show };
+    WebReply Frame(Kind kind, const Json& body);
+    WebReply Stream(Kind kind, const Json& body);
+
+ private:
+    class Store final : public PictureStore {
+     public:
+        FramePtr Find(const std::string& path) override;
+        void Keep(const std::string& path, const AVFrame& picture) override;
+
+     private:
+        static constexpr std::size_t mostBytes = 384 << 20;
+        PictureCache m_pictures{mostBytes};
+    };
+    struct ShowWish {
+        SlideshowOptions options;
+        std::vector<Slide> slides;
+        std::vector<std::string> missing;
+    };
+
+    std::vector<MenuProject> ReadMenu(const Json& body);
+    ShowWish ReadShow(const Json& show, int width);
+    FilmView::Prepare PreparationOf(Kind kind, const Json& body, int width);
+
+    const StudioFolder& m_folder;
+    Store m_store;
+    MediaManager m_manager;
+    EffectModule m_module;
+    std::mutex m_mutex;
+    std::map<std::string, Slide> m_tried;  // by path and time of change; without a path: it cannot be read
+    static constexpr std::size_t mostViews = 64;
+    ViewTurns<FilmView> m_views{mostViews};
+};
+
+}  // namespace Nifikral

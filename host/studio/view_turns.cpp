@@ -1,0 +1,11 @@
+#include "host/studio/view_turns.h"
+
+#include "host/studio/web_message.h"
+
+namespace Nifikral {
+
+void ViewTurn::RequireNewest() const {
+    if (m_counter->newest != m_number) throw Superseded();
+}
+
+}  // namespace Nifikral

@@ -1,0 +1,200 @@
+#!/usr/bin/env python3
+"""Asks a running studio for all that its page asks for. Usage: NIFIKRAL_PROGRAM=... studio_test.py [TEST]"""
+import concurrent.futures
+import http.client
+import json
+import shlex
+import struct
+import subprocess
+import time
+import unittest
+
+from studio import PROGRAM, Studio
+
+
+def pixels(picture):
+    run = subprocess.run(["ffmpeg", "-v", "error", "-i", "-", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"],
+                         input=picture, capture_output=True, check=True)
+    return run.stdout
+
+
+class StudioTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.studio = Studio()
+
+    @classmethod
+    def tearDownClass(cls):
+        code = cls.studio.end()
+        cls.studio.remove()
+        assert code == 0, code
+
+    def command(self, *words):
+        subprocess.run([PROGRAM, *words], cwd=self.studio.folder, check=True, capture_output=True)
+
+    def wait(self, job, state):
+        for _ in range(300):
+            found = next(one for one in self.studio.get("api/jobs")["jobs"] if one["id"] == job)
+            if found["state"] not in ("waiting", "running"):
+                break
+            time.sleep(0.1)
+        self.assertEqual(found["state"], state, found)
+        return found
+
+    def test_lists_the_folder_as_people_count_and_says_what_is_in_it(self):
+        entries = {one["name"]: one["kind"] for one in self.studio.get("api/folder")["entries"]}
+        self.assertEqual(entries["a.png"], "picture")
+        self.assertEqual(entries["film.mp4"], "film")
+        facts = self.studio.get("api/facts?path=film.mp4")
+        self.assertEqual((facts["width"], facts["height"], facts["frames"], facts["rate"]), (320, 180, 100, [25, 1]))
+        status, picture, headers = self.studio.ask("GET", "api/thumb?path=b%202.png&size=64")
+        self.assertEqual((status, headers["Content-Type"], len(pixels(picture))), (200, "image/jpeg", 64 * 48 * 3))
+        catalogue = self.studio.get("api/catalogue")
+        self.assertIn("rotate", [effect["name"] for effect in catalogue["effects"]])
+        self.assertIn("crossfade", catalogue["transitions"])
+
+    def test_shows_what_the_command_makes_of_any_frame(self):
+        chain = ["rotate:x=40%:y=30%:r=25%:scale=3", "brightness_contrast:contrast=@0s:0,3s:60", "gray@2s-3s"]
+        self.command("apply", "-y", "film.mp4", "all_%03d.png", *chain)
+        for number in (57, 12, 13, 80, 11):
+            made, headers = self.studio.still(path="film.mp4", at=number / 25, crop=[0, 0, 320, 180], format="png",
+                                              effects=chain)
+            self.assertEqual(headers["X-Frame"], str(number))
+            self.assertEqual(pixels(made), pixels((self.studio.folder / f"all_{number:03}.png").read_bytes()), number)
+        for one in self.studio.folder.glob("all_*"):
+            one.unlink()
+
+    def test_scales_places_and_lengths_with_the_preview(self):
+        share, _ = self.studio.still(path="a.png", width=160, effects=["magnifier:x=50%:y=25%:r=20%:scale=3"])
+        exact, _ = self.studio.still(path="a.png", width=160, effects=["magnifier:x=320:y=100:r=80:scale=3"])
+        self.assertEqual(share, exact)
+        share, _ = self.studio.still(path="a.png", width=160, effects=["gray:inside=circle,25%,50%,25%"])
+        exact, _ = self.studio.still(path="a.png", width=160, effects=["gray:inside=circle,160,200,100"])
+        self.assertEqual(share, exact)
+
+    def test_a_change_of_a_late_effect_makes_what_a_new_view_makes(self):
+        chain = ["invert", "simple_gauss_blur:count=3", {"name": "rotate", "parameters": {"scale": 2}}]
+        for scale in (1, 5, 5):
+            chain[2]["parameters"]["scale"] = scale
+            again, _ = self.studio.still(path="a.png", effects=chain)
+            fresh, _ = self.studio.still(path="a.png", effects=chain, view=f"new{scale}")
+            self.assertEqual(again, fresh)
+        chain[0] = "gray"
+        again, _ = self.studio.still(path="a.png", effects=chain)
+        self.assertEqual(again, self.studio.still(path="a.png", effects=chain, view="new")[0])
+
+    def test_the_newest_request_of_a_view_wins(self):
+        wish = {"view": "one", "path": "a.png", "effects": ["simple_gauss_blur:count=50"] * 6}
+
+        def ask(i):
+            time.sleep(i * 0.02)
+            wish_i = dict(wish, effects=wish["effects"] + [f"brightness_contrast:contrast={i}"], width=600 + i)
+            return self.studio.ask("POST", "api/still", wish_i)
+
+        with concurrent.futures.ThreadPoolExecutor(8) as pool:
+            answers = list(pool.map(ask, range(8)))
+        self.assertEqual(answers[-1][0], 200)
+        dropped = [json.loads(body) for status, body, _ in answers if status == 409]
+        self.assertTrue(dropped and all(one["superseded"] for one in dropped), [one[0] for one in answers])
+
+    def test_streams_every_frame_of_a_part(self):
+        status, body, headers = self.studio.ask(
+            "POST", "api/stream", {"view": "play", "path": "film.mp4", "width": 160, "effects": ["gray"], "from": 1,
+                                   "to": 1.36})
+        self.assertEqual((status, headers["X-Rate"]), (200, "25/1"))
+        count = 0
+        while body:
+            length = struct.unpack(">I", body[:4])[0]
+            self.assertEqual(body[4:6], b"\xff\xd8")
+            body, count = body[4 + length:], count + 1
+        self.assertEqual(count, 9)
+
+    def test_a_job_makes_the_bytes_of_the_copied_command_line(self):
+        job = {"kind": "apply", "input": "film.mp4", "output": "job.mp4", "in": 1, "out": 2,
+               "effects": [{"name": "rotate", "parameters": {"r": "40%", "scale": "@0s:0,1s:3~in-out"}}, "@old-film"]}
+        line = self.studio.post("api/command", job)
+        done = self.wait(self.studio.post("api/jobs", job)["id"], "done")
+        self.assertEqual(done["line"], line["line"])
+        made = (self.studio.folder / "job.mp4").read_bytes()
+        (self.studio.folder / "job.mp4").unlink()
+        self.assertEqual(shlex.split(line["line"]), line["argv"])
+        subprocess.run([PROGRAM, *line["argv"][1:]], cwd=line["folder"], check=True, capture_output=True)
+        self.assertEqual(made, (self.studio.folder / "job.mp4").read_bytes())
+        status, body, _ = self.studio.ask("POST", "api/jobs", job)
+        self.assertEqual(status, 409)
+        self.assertNotIn("superseded", json.loads(body))
+
+    def test_a_cancelled_job_leaves_nothing(self):
+        job = {"kind": "apply", "input": "film.mp4", "output": "long.mp4", "effects": ["simple_gauss_blur:count=50"] * 9}
+        connection = http.client.HTTPConnection("127.0.0.1", self.studio.port, timeout=20)
+        connection.request("GET", f"/{self.studio.token}/api/events")
+        events = connection.getresponse()
+        name = self.studio.post("api/jobs", job)["id"]
+        while b'"state":"running"' not in events.readline():
+            pass
+        connection.close()
+        self.assertEqual(self.studio.ask("DELETE", "api/jobs/" + name)[0], 200)
+        self.wait(name, "cancelled")
+        self.assertEqual([one.name for one in self.studio.folder.iterdir() if "long" in one.name], [])
+
+    def test_edits_a_menu_as_the_command_makes_it(self):
+        new = self.studio.post("api/menu/new", {"template": "menu_common", "title": "Ours",
+                                                "pictures": ["a.png", "b 2.png"]})
+        menu = {"template": "menu_common", "project": new["project"]}
+        menu["project"].update(width=320, height=180, duration=1, buttons=["One", "Two"], loopStart=0)
+        check = self.studio.post("api/menu/check", menu)
+        self.assertEqual(check["faults"], [])
+        self.assertEqual((check["frames"], len(check["pictures"]), [one["text"] for one in check["buttons"]]),
+                         (25, 2, ["One", "Two"]))
+        late = self.studio.ask("POST", "api/menu/frame", dict(menu, view="m", frame=24))[1]
+        early = self.studio.ask("POST", "api/menu/frame", dict(menu, view="m", frame=3))[1]
+        stream = self.studio.ask("POST", "api/menu/stream", dict(menu, view="m", **{"from": 0, "to": 25}))[1]
+        frames = []
+        while stream:
+            length = struct.unpack(">I", stream[:4])[0]
+            frames.append(stream[4:4 + length])
+            stream = stream[4 + length:]
+        self.assertEqual((len(frames), frames[3], frames[24]), (25, early, late))
+        menu["project"]["textInfos"][0]["size"] = "large"
+        self.assertIn("textInfos[0].size", self.studio.post("api/menu/check", menu)["faults"][0])
+
+    def test_edits_a_slideshow_and_a_disc(self):
+        show = {"inputs": ["a.png", {"path": "b 2.png", "seconds": 1, "caption": "Here"}], "size": "320x180",
+                "seconds": 2, "transitionSeconds": 1}
+        check = self.studio.post("api/slideshow/check", show)
+        self.assertEqual((check["frames"], check["slides"][1]["caption"]), (100, "Here"))
+        status, picture, _ = self.studio.ask("POST", "api/slideshow/frame", {"view": "s", "show": show, "frame": 70})
+        self.assertEqual((status, len(pixels(picture))), (200, 320 * 180 * 3))
+        line = self.studio.post("api/command", dict(show, kind="slideshow", output="show.mp4"))
+        self.assertEqual(line["files"], [{"path": "show.txt", "text": "a.png |  | \nb 2.png | 1 | Here\n"}])
+        self.wait(self.studio.post("api/jobs", dict(show, kind="slideshow", output="show.mp4"))["id"], "done")
+        disc = self.studio.post("api/disc/survey", {"path": ""})
+        plan = self.studio.post("api/disc/check", disc)
+        self.assertEqual(plan["faults"], [])
+        self.assertLess(plan["usedBytes"], plan["capacity"])
+
+    def test_saves_files_only_over_what_was_read(self):
+        put = lambda text, **headers: self.studio.ask("PUT", "api/file?path=p.json", {"text": text}, **headers)[0]
+        self.assertEqual(put("{}"), 428)
+        self.assertEqual(put("{}", If_None_Match="*"), 200)
+        self.assertEqual(put("{}", If_None_Match="*"), 412)
+        _, body, headers = self.studio.ask("GET", "api/file?path=p.json")
+        self.assertEqual(body, b"{}")
+        self.assertEqual(put("{", If_Match=headers["ETag"]), 400)
+        self.assertEqual(put('{"a": 1} // note', If_Match=headers["ETag"]), 200)
+        self.assertEqual(put("{}", If_Match=headers["ETag"]), 412)
+        self.assertEqual((self.studio.folder / "p.json").read_text(), '{"a": 1} // note')
+        self.assertEqual(self.studio.ask("PUT", "api/draft", {"chain": ["gray"]})[0], 200)
+        self.assertEqual(self.studio.get("api/draft"), {"chain": ["gray"]})
+
+    def test_takes_requests_apart_and_reports_what_is_wrong_with_them(self):
+        parts = self.studio.post("api/request", {"text": "rotate@1s-2s:x=50%:inside=circle,1,2,3"})["requests"]
+        self.assertEqual(parts, [{"name": "rotate", "inside": "circle,1,2,3", "window": "1s-2s",
+                                  "parameters": {"x": "50%"}}])
+        status, body, _ = self.studio.ask("POST", "api/request", {"requests": ["rotat:x=1"]})
+        self.assertEqual(status, 400)
+        self.assertIn("rotate", json.loads(body)["error"])
+
+
+if __name__ == "__main__":
+    unittest.main()
