@@ -54,18 +54,22 @@ export class Latest {
     }
 }
 
-/** Runs a few at a time, the newest first, so that thumbnails never hold up the picture that is worked on. */
+/**
+ * Runs a few at a time, so that thumbnails never hold up the picture that is worked on: what was asked for last comes first,
+ * what was asked for together in its order.
+ */
 class Background {
     constructor(most) { this.free = most; this.waiting = []; }
     run(work, signal) {
         return new Promise((resolve, reject) => {
-            this.waiting.push({work, resolve, reject, signal});
+            this.waiting.push({work, resolve, reject, signal, moment: Math.floor(performance.now() / 200)});
             this.next();
         });
     }
     async next() {
         if (!this.free || !this.waiting.length) return;
-        const {work, resolve, reject, signal} = this.waiting.pop();
+        const {moment} = this.waiting[this.waiting.length - 1];
+        const [{work, resolve, reject, signal}] = this.waiting.splice(this.waiting.findIndex(one => one.moment === moment), 1);
         if (signal?.aborted) { reject(new DOMException("", "AbortError")); return this.next(); }
         --this.free;
         try { resolve(await work()); } catch (error) { reject(error); }

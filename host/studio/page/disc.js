@@ -62,6 +62,7 @@ export function discJob(job, catalogue) {
         store.show({panel: "films"});
     };
     takesFiles(list, take);
+    takesFiles(stage.node, take);
     const order = reorderable(list, (from, to) => { chosen = to; set(({films}) => ({films: moved(films, from, to)})); });
     function item({film: {path, pictures}, i}) {
         const now = () => project()?.films?.[i] ?? {}, node = el("li", {class: "entry", onfocusin: () => choose(i)});

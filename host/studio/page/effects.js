@@ -39,7 +39,7 @@ export function effectsJob(job, catalogue) {
     const original = new Latest(async (request, signal) => stage.show(await bitmap("api/still", request, signal), request.crop, "original"));
     let originalOf = "";
     function ask_() {
-        if (!about || timeline?.playing) return;
+        if (!about || timeline?.playing || !stage.node.clientWidth) return;
         result.ask({...body("main", requests()), ...(changesAlpha() && {format: "png"})});
         const request = body("original", []), key = JSON.stringify(request);
         if (stage.split !== null && key !== originalOf) { originalOf = key; original.ask(request); }
@@ -242,8 +242,12 @@ export function effectsJob(job, catalogue) {
         refreshForms();
         if (store.get().panel === "add") refreshTiles();
     }
-    const marks = () => { if (film && about) timeline.setMarks([{begin: doc().in ?? 0, end: doc().out ?? about.seconds, kind: "part"},
-        ...doc().chain.filter(entry => entry.window && !entry.off).map(entry => { const [begin, end] = windowOf(entry); return {begin, end, kind: "window"}; })]); };
+    const marks = () => {
+        if (!film || !about) return;
+        for (const which of ["in", "out"]) timeline.ends[which].setAttribute("aria-pressed", doc()[which] !== null);
+        timeline.setMarks([{begin: doc().in ?? 0, end: doc().out ?? about.seconds, kind: "part"},
+        ...doc().chain.filter(entry => entry.window && !entry.off).map(entry => { const [begin, end] = windowOf(entry); return {begin, end, kind: "window"}; })]);
+    };
 
     return {
         kinds: [job, "presets"], many: false,

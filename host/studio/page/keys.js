@@ -49,7 +49,7 @@ export function curve({label, get, set, range, step, unit, seconds, rate, now, s
         SHAPES.map(name => el("option", {value: name, text: name})));
     const readout = el("output", {class: "muted"});
     let chosen = 0;
-    const x = at => pad + at / Math.max(seconds(), 0.001) * (W - 2 * pad);
+    const x = at => pad + clamp(at / Math.max(seconds(), 0.001), 0, 1) * (W - 2 * pad);
     const y = value => H - pad - (clamp(value, range[0], range[1]) - range[0]) / (range[1] - range[0]) * (H - 2 * pad);
     const list = () => points(get(), seconds(), rate()).sort((a, b) => a.at - b.at);
     const suffix = () => /%$/.test(list()[0].value) ? "%" : "";

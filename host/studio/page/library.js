@@ -34,6 +34,7 @@ export class Library {
         this.count = el("output", {class: "muted"});
         this.node = el("section", {class: "library", "aria-label": "Files"}, this.crumbs, this.search, this.grid, el("div", {class: "row end foot"}, this.count, this.add));
         new ResizeObserver(() => this.paint(true)).observe(this.grid);
+        addEventListener("focus", () => this.reload());
         listen("folder", () => { forget(); this.reload(); });
     }
     show({kinds, many, take}) {
@@ -95,7 +96,7 @@ export class Library {
         }
         this.add.hidden = !this.many;
         this.add.disabled = !this.chosen.size;
-        this.count.textContent = this.chosen.size ? `${this.chosen.size} chosen` : `${this.shown.length} files`;
+        this.count.textContent = this.chosen.size ? `${this.chosen.size} chosen` : `${this.shown.length} ${this.shown.length === 1 ? "file" : "files"}`;
     }
     cell(entry) {
         const picture = ["picture", "film"].includes(entry.kind) ? thumb(entry.path, 160, {v: entry.modified}) : null;

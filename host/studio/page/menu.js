@@ -153,6 +153,7 @@ export function menuJob(job, catalogue) {
 
     const pictureList = el("ol", {class: "chain", "aria-label": "Pictures and films, in their order"});
     takesFiles(pictureList, take);
+    takesFiles(stage.node, take);
     const pictureOrder = reorderable(pictureList, (from, to) => setPictures(moved(paths(), from, to)));
     const pictureItem = ({path}) => {
         const node = el("li", {class: "entry"});

@@ -64,6 +64,7 @@ export function slideshowJob(job, catalogue) {
     };
     const list = el("ol", {class: "chain", "aria-label": "Pictures, in their order"});
     takesFiles(list, take);
+    takesFiles(stage.node, take);
     const order = reorderable(list, (from, to) => set(({inputs}) => ({inputs: moved(inputs, from, to)})));
     const change = (id, part, label) => set(({inputs}) => ({inputs: inputs.map(entry => entry.id === id ? {...entry, ...part} : entry)}), label && `${id} ${label}`);
     function item({id, path}) {

@@ -63,7 +63,7 @@ export class Stage {
         const {width, height} = this.source, box = this.box();
         if (box.w <= this.node.clientWidth + 1 && box.h <= this.node.clientHeight + 1)
             return {width: Math.max(16, Math.min(width, Math.ceil(box.w * devicePixelRatio / 2) * 2))};
-        if (this.scale() < 1) return {width: Math.min(4096, Math.ceil(width * this.scale()))};
+        if (this.scale() < 1) return {width: Math.max(16, Math.min(4096, Math.ceil(width * this.scale())))};
         const part = (from, room, size, whole) => {
             const begin = Math.floor(clamp(-from / size, 0, 1) * whole), end = Math.ceil(clamp((room - from) / size, 0, 1) * whole);
             return [begin, Math.max(1, end - begin)];

@@ -11,11 +11,12 @@ export class Timeline {
         this.readout = el("output", {class: "time"});
         this.marks = el("div", {class: "marks", "aria-hidden": "true"});
         this.speed = el("output", {class: "muted speed"});
+        const end = (which, label, about) => el("button", {type: "button", class: "quiet", title: about, onclick: () => inOut(which), text: label});
+        this.ends = inOut ? {in: end("in", "In", "Begin here (I); again: at the film's begin"), out: end("out", "Out", "End here (O); again: at the film's end")} : {};
         this.node = el("div", {class: "timeline", role: "group", "aria-label": "Time"}, this.toggle,
             iconButton("left", "One frame back", () => this.set(this.at - 1 / this.rate)), iconButton("right", "One frame on", () => this.set(this.at + 1 / this.rate)),
             el("div", {class: "track"}, this.marks, this.bar), this.readout, this.speed,
-            inOut && el("button", {type: "button", class: "quiet", title: "Begin here (I); again to begin at the film's begin", onclick: () => inOut("in"), text: "In"}),
-            inOut && el("button", {type: "button", class: "quiet", title: "End here (O); again to end at the film's end", onclick: () => inOut("out"), text: "Out"}));
+            ...Object.values(this.ends));
         this.inOut = inOut;
     }
     setLength(seconds, rate) {

@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""What is edited outlives the page and the server; two pages work side by side; thousands of files scroll; and every view is
+accessible, as axe-core sees it, which npm installs into a folder. usage: keeps_walk.py NIFIKRAL FOLDER"""
+import os, pathlib, shutil, signal, subprocess, sys, time
+
+from walking import Page, walk
+
+CHAIN = "return [...document.querySelectorAll('.entry .title')].map(one => one.textContent).join()"
+VIEWS = [("picture", "add"), ("picture", "chain"), ("film", "chain"), ("menu", "templates"), ("menu", "content"), ("menu", "remote"), ("slideshow", "slides"),
+         ("slideshow", "show"), ("disc", "films"), ("disc", "disc")]
+
+
+def ready(page):
+    page.wait("the page is ready", "return document.documentElement.dataset.ready")
+
+
+def outlives(page, studio):
+    page.shown(lambda: page.click(".file", "lake"))
+    page.panel("add")
+    page.shown(lambda: page.click(".tile", "emboss"))
+    page.panel("add")
+    page.shown(lambda: page.click(".tile", "gray"))
+    # At once: what was not written yet is written as the page goes.
+    page.open(studio.address)
+    ready(page)
+    page.wait("the chain is kept over a reload", CHAIN + " === 'emboss,gray'")
+    time.sleep(0.5)
+    studio.stop(signal.SIGKILL)
+    studio.port = int(studio.address.split(":")[2].split("/")[0])
+    studio.start()
+    page.open(studio.address)
+    ready(page)
+    page.wait("the chain is kept over a restart", CHAIN + " === 'emboss,gray'")
+
+
+def side_by_side(page, studio):
+    other = Page(900, 700)
+    try:
+        other.open(studio.address)
+        ready(other)
+        other.wait("a new page goes on with what was edited last", CHAIN + " === 'emboss,gray'")
+        other.shown(lambda: other.click(".entry:last-child button", "Remove gray"))
+        page.panel("add")
+        page.shown(lambda: page.click(".tile", "invert"))
+        time.sleep(0.6)
+        for one, chain in ((page, "emboss,gray,invert"), (other, "emboss")):
+            one.open(studio.address)
+            ready(one)
+            one.wait(chain, CHAIN + " === arguments[0]", chain)
+        other.calm()
+    finally:
+        other.close()
+
+
+def scrolls(page, studio):
+    """Two thousand photographs: a few nodes, and no step of the scrolling takes long."""
+    many = studio.folder / "many"
+    many.mkdir()
+    for i in range(2000):
+        os.link(studio.folder / "lake.png", many / f"photo{i}.png")
+    page.click("#job-slideshow")
+    page.click(".crumbs button", "Folder")
+    page.click(".file", "many")
+    page.wait("the folder is listed", "return document.querySelector('.file')?.getAttribute('aria-setsize') === '2000'")
+    longest = page.call("POST", "/execute/async", {"args": [], "script": """
+        const done = arguments[0], grid = document.querySelector(".grid"), end = grid.scrollHeight; let last = performance.now(), longest = 0, nodes = 0, step = 0;
+        requestAnimationFrame(function next(now) { longest = Math.max(longest, step > 1 ? now - last : 0); last = now; nodes = Math.max(nodes, document.querySelectorAll(".file").length);
+            grid.scrollTop = end * ++step / 60; if (step < 60) requestAnimationFrame(next); else done([longest, nodes]); });"""})
+    assert longest[1] < 80 and longest[0] < 250, longest
+    page.run("document.querySelector('.file[tabindex=\"0\"], .file').focus()")
+    page.key("End")
+    page.wait("the last one has the focus", "return document.activeElement.ariaPosInSet === '2000'")
+
+
+def accessible(page, folder):
+    axe = pathlib.Path(folder, "node_modules/axe-core/axe.min.js")
+    if not axe.exists() and shutil.which("npm"):
+        subprocess.run(["npm", "install", "--prefix", folder, "--no-save", "--ignore-scripts", "--silent", "axe-core@4.14.1"], timeout=60)
+    if not axe.exists():
+        print("npm is not installed, or has no axe-core: accessibility is not checked")
+        return
+    script = axe.read_text()
+    for theme in ("light", "dark"):
+        page.run("document.documentElement.dataset.theme = arguments[0]", theme)
+        for job, panel in VIEWS:
+            page.job(job)
+            page.panel(panel)
+            page.run(script + "; return 0")
+            found = page.call("POST", "/execute/async", {"args": [], "script": """axe.run(document, {resultTypes: ["violations"]}).then(result => arguments[0](
+                result.violations.map(({id, impact, nodes}) => [id, impact, nodes[0].target.join(" "), nodes[0].failureSummary])))"""})
+            serious = [one for one in found if one[1] in ("serious", "critical")]
+            assert not serious, f"{job}, {panel}, {theme}: {serious}"
+
+
+def steps(page, studio):
+    outlives(page, studio)
+    side_by_side(page, studio)
+    scrolls(page, studio)
+    accessible(page, sys.argv[2])
+
+
+if __name__ == "__main__":
+    walk(steps, clip=0.5)

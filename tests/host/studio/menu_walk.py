@@ -1,0 +1,63 @@
+#!/usr/bin/env python3
+"""A menu: template, pictures, texts, buttons, its loop, its file and its film. usage: menu_walk.py NIFIKRAL"""
+import json
+
+from walking import walk
+
+
+def project(page):
+    return page.run("return document.querySelector('.entry') ? true : false")
+
+
+def steps(page, studio):
+    page.job("menu")
+    page.panel("templates")
+    page.wait("templates of one's own pictures", "return document.querySelectorAll('.tile canvas.painted').length > 3", seconds=30)
+    page.shown(lambda: page.click(".tile", "menu stacking"))
+    page.panel("content")
+    names = "return [...document.querySelectorAll('.chain .thumb + .title')].map(one => one.textContent)"
+    assert page.run(names) == ["desert.png", "forest.png", "lake.png", "night.png"], page.run(names)
+    page.shown(lambda: page.drag(page.place(".chain .entry:nth-child(3) .grip"), page.place(".chain .entry:nth-child(1) .grip")))
+    assert page.run(names)[0] == "lake.png", page.run(names)
+    page.shown(lambda: page.take("clip"))
+    assert page.run(names)[-1] == "clip.mp4", page.run(names)
+
+    # Texts: their words, size, colour and place, by keys, mouse and on the picture.
+    page.shown(lambda: page.fill(".entry input[type=text]", "Text 1", "The lake"))
+    page.click("button", "Text 1: font")
+    page.click(".chip", "outline")
+    page.run("[...document.querySelectorAll('.entry input[type=range]')].find(one => one.ariaLabel === 'size').focus()")
+    page.shown(lambda: page.key("right"))
+    handle = page.place(".handle", "The lake")
+    page.shown(lambda: page.drag(handle, (handle[0] + 50, handle[1] + 30), "touch"))
+    page.fill("textarea", "Buttons", "Play all")
+    page.click("button", "Safe areas")
+    page.wait("the buttons are marked", "return document.querySelectorAll('.safe').length === 2 && document.querySelector('.press')")
+    page.screenshot("menu")
+
+    # The loop plays, and the remote control goes from button to button.
+    page.run("document.querySelector('.stage').focus()")
+    before = page.run("return Number(document.querySelector('.scrubber').value)")
+    page.key(" ")
+    page.wait("the menu plays", "return Number(document.querySelector('.scrubber').value) > arguments[0] + 5", before)
+    page.key(" ")
+    page.panel("remote")
+    page.click(".remote button", "OK")
+    page.wait("the remote works", "return document.querySelector('.remote + p').textContent.includes('Play')")
+
+    page.click("button", "Save")
+    page.wait("it is saved", "return [...document.querySelectorAll('.notice')].some(one => one.textContent.includes('menu.json is written'))")
+    saved = json.loads((studio.folder / "menu.json").read_text())
+    assert saved["template"] == "menu_stacking" and saved["additionSourcePaths"][0] == "lake.png", saved
+    assert saved["textInfos"][0]["text"] == "The lake" and "outline" in saved["textInfos"][0]["fontstyle"], saved["textInfos"][0]
+    # A short one, to be rendered: written by another program, which the page asks about before it overwrites.
+    line = page.command()
+    assert "menu menu_stacking menu.json" in line, line
+    page.click("button", "Render")
+    page.dialog("menu.mkv")
+    page.wait("the menu is rendered", "return [...document.querySelectorAll('.notice')].some(one => one.textContent.includes('menu.mkv is written'))", seconds=60)
+    studio.same_bytes(line.replace("menu.mp4", "menu.mkv"), "menu.mkv")
+
+
+if __name__ == "__main__":
+    walk(steps, clip=0.5)
