@@ -75,7 +75,8 @@ struct Knob {
     const Parameter* parameter;
     ValueRange range;
     PropertyType type = PropertyType::Real;
-    double value = 0;  // as the host has it: between 0 and 1; of a colour 0xRRGGBB
+    double value = 0;                  // between 0 and 1; of a colour 0xRRGGBB
+    std::optional<double> given = {};  // by the host, of a number
 
     double TrueValue() const { return FromUnit(value, range); }
 };
@@ -91,11 +92,9 @@ class FilterInstance final : public Instance {
         const std::lock_guard lock(m_mutex);
         Knob* const knob = Find(parameter);
         if (!knob) return;
-        const double given = knob->parameter->type == colourParameter ? double(NumberOf(Read<Colour>(value)))
-                                                                      : Settled(*knob, Read<double>(value));
-        if (std::isnan(given) || given == knob->value) return;
-        knob->value = given;
-        if (*knob->parameter->property) HandOn(*knob);
+        if (knob->parameter->type == numberParameter) knob->given = Read<double>(value);
+        Take(*knob, knob->parameter->type == colourParameter ? double(NumberOf(Read<Colour>(value)))
+                                                             : Settled(*knob, Read<double>(value)));
     }
 
     void Get(void* value, int parameter) override {
@@ -105,7 +104,7 @@ class FilterInstance final : public Instance {
         if (knob->parameter->type == colourParameter)
             Write(ColourOf(std::llround(knob->value)), value);
         else
-            Write(knob->value, value);
+            Write(GivesTrueValues(*knob) ? knob->TrueValue() : knob->value, value);
     }
 
     void Update(double time, const void* input, void* output) override {
@@ -130,9 +129,24 @@ class FilterInstance final : public Instance {
         std::memcpy(to, &value, sizeof value);
     }
 
-    static double Settled(const Knob& knob, double given) {
+    bool GivesTrueValues(const Knob& knob) const {
+        return m_trueValues && knob.parameter->type == numberParameter && !knob.parameter->IsShare();
+    }
+
+    double Settled(const Knob& knob, double given) const {
         if (knob.parameter->type == switchParameter) return IsOn(given) ? 1 : 0;
-        return ToUnit(given, {0, 1});
+        return ToUnit(given, GivesTrueValues(knob) ? knob.range : ValueRange{0, 1});
+    }
+
+    void Take(Knob& knob, double value) {
+        if (std::isnan(value) || value == knob.value) return;
+        knob.value = value;
+        if (*knob.parameter->property) HandOn(knob);
+        if (knob.parameter->role != Role::TrueValues) return;
+        // Hosts set parameters in any order: numbers that they have given already mean something else now.
+        m_trueValues = value != 0;
+        for (Knob& other : m_knobs)
+            if (other.given) Take(other, Settled(other, *other.given));
     }
 
     void AddKnob(const Parameter& parameter) {
@@ -180,7 +194,7 @@ class FilterInstance final : public Instance {
     unsigned m_width, m_height;
     std::vector<Knob> m_knobs;
     FrameClock m_clock;
-    bool m_reported = false;
+    bool m_trueValues = false, m_reported = false;
 };
 
 }  // namespace

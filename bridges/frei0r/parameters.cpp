@@ -44,7 +44,7 @@ std::string Explanation(const Nifikral::ParameterInfo& info, const Parameter& pa
         return text.str();
     }
     text << "; 0 to 1 is ";
-    if (parameter.growsWithWidth || parameter.growsWithHeight)
+    if (parameter.IsShare())
         text << "0 to the picture's " << (parameter.growsWithWidth ? "width" : "height");
     else
         text << parameter.range.low << " to " << parameter.range.high << Spaced(info.unit);
@@ -59,7 +59,7 @@ Parameter OfProperty(const EffectInfo& effect, const Nifikral::ParameterInfo& in
     parameter.growsWithWidth = info.kind == Kind::Column || info.kind == Kind::Length;
     if (info.kind == Kind::Seed)
         parameter.range = seeds;
-    else if (!parameter.growsWithHeight && !parameter.growsWithWidth)
+    else if (!parameter.IsShare())
         parameter.range = info.sensible;
     if (info.kind == Kind::Switch) parameter.type = switchParameter;
     if (info.kind == Kind::Colour) parameter.type = colourParameter;
@@ -94,6 +94,16 @@ std::vector<Parameter> ParametersOf(const EffectInfo& effect) {
                                     "what the program's time counts: 0 automatic, 0.25 seconds, 0.5 milliseconds, "
                                     "0.75 frames, 1 nothing (pictures are counted)",
                                     {0, 4}, 0));
+    }
+    if (std::ranges::any_of(parameters, [](const Parameter& parameter) {
+            return parameter.type == numberParameter && !parameter.IsShare();
+        })) {
+        Parameter given = OfTime(Role::TrueValues, "true_values",
+                                 "numbers are given as what 0 to 1 stands for; places and lengths stay shares of the "
+                                 "picture",
+                                 {0, 1}, 0);
+        given.type = switchParameter;
+        parameters.push_back(given);
     }
     return parameters;
 }
