@@ -37,10 +37,10 @@ double Distance(Spot from, Spot to) {
 }
 
 Placement Placement::Turned(Spot centre, double width, double height, double degrees) {
-    const auto [sine, cosine] = SineAndCosineOf(degrees * std::numbers::pi / 180);
+    const SineAndCosine<double> turn = SineAndCosineOf(degrees * std::numbers::pi / 180);
     const auto corner = [&](double x, double y) {
-        return Spot{centre.x + x * width * cosine - y * height * sine,
-                    centre.y + x * width * sine + y * height * cosine};
+        return Spot{centre.x + x * width * turn.cosine - y * height * turn.sine,
+                    centre.y + x * width * turn.sine + y * height * turn.cosine};
     };
     return {corner(-0.5, -0.5), corner(0.5, -0.5), corner(0.5, 0.5), corner(-0.5, 0.5)};
 }

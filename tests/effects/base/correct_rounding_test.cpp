@@ -58,10 +58,11 @@ void ExpectSines(const std::vector<float>& angles) {
 
 // Those whose sines or cosines come closest to the middle between two numbers; the arguments of all 32 bits were
 // searched. The last ones come closest to a multiple of a right angle, or are the largest.
-constexpr float hardAngles[] = {0x1.33333p+13F,   0x1.20ffccp-7F, 0x1.e35bc6p+7F,   0x1p-12F,       0x1.8f219cp+5F,
-                                0x1.a8872ap-11F,  0x1.e7061ep-2F, 0x1.515766p+12F,  0x1.9eab2ep-4F, 0x1.03b948p+21F,
-                                0x1.cf9736p+19F,  0x1.6f1b7p+5F,  0x1.921fb6p+0F,   0x1.921fb6p+1F, 0x1.f37c8ap+95F,
-                                0x1.fffffep+127F, 0x1p-149F,      0x1.fffffep-127F, 0x1p+22F,       0x1.000002p+22F};
+constexpr float hardAngles[] = {0x1.33333p+13F,  0x1.20ffccp-7F,   0x1.e35bc6p+7F,  0x1p-12F,         0x1.8f219cp+5F,
+                                0x1.a8872ap-11F, 0x1.e7061ep-2F,   0x1.515766p+12F, 0x1.9eab2ep-4F,   0x1.03b948p+21F,
+                                0x1.cf9736p+19F, 0x1.6f1b7p+5F,    0x1.921fb6p+0F,  0x1.921fb6p+1F,   0x1.f37c8ap+95F,
+                                0x1.887814p+51F, 0x1.fffffep+127F, 0x1p-149F,       0x1.fffffep-127F, 0x1p+22F,
+                                0x1.000002p+22F};
 
 TEST(CorrectRounding, SinglePrecisionSinesAndCosinesAreTheNearest) {
     std::vector<float> hard;
