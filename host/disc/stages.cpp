@@ -80,7 +80,7 @@ void Child::Take(const std::string& line) {
         m_share = std::max(m_share, (m_passesDone + std::min(1.0, part)) / m_stage.passes);
         return;
     }
-    constexpr std::string_view error = "nifikral: ", warning = "nifikral: warning: ";
+    constexpr std::string_view error = "nifikral: error: ", warning = "nifikral: warning: ";
     if (line.starts_with(warning))
         PrintWarningOnce(line.substr(warning.size()), m_stage.name + ": " + line.substr(warning.size()));
     else if (line.starts_with(error))

@@ -75,7 +75,7 @@ TEST_F(StagesTest, TheFirstFailureEndsTheOthersAndKeepsWhatIsComplete) {
     Stage slow = Of("slow", "exec sleep 60");
     slow.weight = 9;
     try {
-        Run({slow, Making("quick"), Of("bad", "echo 'nifikral: bad.mp4 is damaged; repair it' >&2; exit 3")});
+        Run({slow, Making("quick"), Of("bad", "echo 'nifikral: error: bad.mp4 is damaged; repair it' >&2; exit 3")});
         FAIL();
     } catch (const HostError& error) {
         EXPECT_STREQ(error.what(), "bad: bad.mp4 is damaged; repair it");
