@@ -44,7 +44,8 @@ class PictureClock {
         packet.pts = begin + shown;
         packet.dts = begin + m_count++ - 1;
         packet.duration = 1;
-        if (begins) m_keys.push_back(double(packet.pts) / m_rate);
+        // Sound may begin before the pictures, and times of chapters count from these.
+        if (begins) m_keys.push_back(double(shown) / m_rate);
         return true;
     }
 
