@@ -6,9 +6,14 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <sstream>
 #include <string_view>
 
 #include "host/base/errors.h"
+#include "host/base/log.h"
 #include "host/media/ffmpeg_log.h"
 
 namespace Nifikral {
@@ -77,6 +82,27 @@ PictureShape ChooseShape(const AVCodec& codec, const OutputTraits& traits, const
     if (yuv && !yuvSource && !IsJpeg(codec)) shape.matrix = UsualMatrix(shape.height);
     if (!yuv) shape.matrix = AVCOL_SPC_RGB;
     return shape;
+}
+
+// Bits a second of what the first pass went through, with the coarsest steps that the second may take everywhere.
+std::int64_t LeastBitRate(const std::string& statistics, const AVCodecContext& context) {
+    constexpr double reserve = 1.5;  // what the second pass makes of it was up to 1.38 times as much
+    std::istringstream pictures(statistics);
+    double bits = 0;
+    int count = 0;
+    for (std::string picture; std::getline(pictures, picture, ';');) {
+        const char* const kind = std::strstr(picture.c_str(), "type:");
+        int type = 0, inner = 0, outer = 0, vectors = 0, rest = 0;
+        double quality = 0;
+        if (!kind || std::sscanf(kind, "type:%d q:%lf itex:%d ptex:%d mv:%d misc:%d", &type, &quality, &inner, &outer,
+                                 &vectors, &rest) != 6)
+            continue;
+        const double coarsest =
+            FF_QP2LAMBDA * context.qmax * (type == AV_PICTURE_TYPE_I ? std::abs(double(context.i_quant_factor)) : 1);
+        bits += quality * (double(inner) + outer + 1) / coarsest + vectors + rest;
+        ++count;
+    }
+    return count > 0 ? std::int64_t(bits * reserve * av_q2d(context.framerate) / count) : 0;
 }
 
 }  // namespace
@@ -210,10 +236,18 @@ void Encoder::SetQuality(const OutputOptions& options, bool dvd) {
 
 void Encoder::UsePass(StatisticsOfPass& pass) {
     m_context->flags |= pass.complete ? AV_CODEC_FLAG_PASS2 : AV_CODEC_FLAG_PASS1;
-    if (pass.complete)
-        m_context->stats_in = pass.text.data();
-    else
+    if (!pass.complete) {
         m_firstPass = &pass;
+        return;
+    }
+    m_context->stats_in = pass.text.data();
+    // FFmpeg would not only refuse a lower rate, but free the same memory twice.
+    const std::int64_t least = LeastBitRate(pass.text, *m_context);
+    if (least <= m_context->bit_rate) return;
+    PrintWarning("its pictures take " + std::to_string(least / 1000) + " kbit/s at least in place of " +
+                 std::to_string(m_context->bit_rate / 1000) + "; leave films out where the space does not suffice");
+    m_context->bit_rate = least;
+    m_context->rc_max_rate = std::max(m_context->rc_max_rate, least);
 }
 
 // Whether a picture is the first one at a time, in the context's base, from which players begin.
