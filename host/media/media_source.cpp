@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 #include "host/base/errors.h"
@@ -179,6 +180,12 @@ AVRational MediaSource::FrameRate() const {
 
 double MediaSource::Length() const {
     if (m_video->duration > 0) return Seconds(m_video->duration, m_video->time_base);
+    // Matroska says it in a tag. The whole may be longer by far: subtitles without an end last for weeks.
+    int hours = 0, minutes = 0;
+    double seconds = 0;
+    const AVDictionaryEntry* const tag = av_dict_get(m_video->metadata, "DURATION", nullptr, 0);
+    if (tag && std::sscanf(tag->value, "%d:%d:%lf", &hours, &minutes, &seconds) == 3)
+        if (const double length = (hours * 60.0 + minutes) * 60 + seconds; length > 0) return length;
     return m_input->duration > 0 ? double(m_input->duration) / AV_TIME_BASE : 0;
 }
 
