@@ -30,7 +30,17 @@ const AVCodec* ChooseEncoder(const AVOutputFormat& format, const OutputOptions& 
                                          " names no encoder for sound; use one such as aac, libopus, flac or ac3");
 }
 
+// What a player of video DVDs knows of a title, and what is usual for one or two channels of it.
+constexpr std::size_t mostDvdTracks = 8;
+constexpr int dvdBitRate = 192'000;
+// What is heard as good, and what a disc may have.
+constexpr int bitRatePerChannel = 112'000, mostBitRate = 448'000;
+
 bool IsPcm(AVCodecID id) { return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT; }
+
+bool IsForDvd(const AVCodecParameters& sound) {
+    return sound.codec_id == AV_CODEC_ID_AC3 && sound.sample_rate == 48000 && sound.bit_rate <= mostBitRate;
+}
 
 // Some containers take more than those who read them understand, or than can be stored in them. Samples as they are
 // (PCM) do not stand in this list: where they are taken, they are understood.
@@ -52,7 +62,7 @@ bool IsUnderstood(const AVOutputFormat& format, const AVCodecParameters& sound, 
          {AV_CODEC_ID_AAC, AV_CODEC_ID_MP2, AV_CODEC_ID_MP3, AV_CODEC_ID_AC3, AV_CODEC_ID_DTS, AV_CODEC_ID_FLAC,
           AV_CODEC_ID_OPUS, AV_CODEC_ID_VORBIS}},
     };
-    if (dvd) return sound.codec_id == AV_CODEC_ID_AC3 && sound.sample_rate == 48000;
+    if (dvd) return IsForDvd(sound);
     for (const auto& [name, codecs] : containers)
         if (name == format.name)
             return std::find(codecs.begin(), codecs.end(), sound.codec_id) != codecs.end() ||
@@ -73,22 +83,24 @@ AVSampleFormat SampleFormat(const AVCodec& encoder, int wanted) {
     return *chosen;
 }
 
+constexpr int surround = 6;  // channels
+
 // The forms to try in turn: nearest to the source first.
 std::vector<SoundForm> FormsFor(const AVCodec& encoder, const AVCodecParameters& source, bool dvd) {
     const bool usualRate = !dvd && source.sample_rate > 0 && (source.sample_rate == 44100 || IsLossless(encoder.id));
     std::vector<SoundForm> forms;
-    for (const AVChannelLayout& layout :
-         {NamedLayout(source.ch_layout), UsualLayout(source.ch_layout.nb_channels), UsualLayout(2)})
+    const int channels = source.ch_layout.nb_channels;
+    // An encoder that takes fewer channels mostly has those of 5.1.
+    for (const AVChannelLayout& layout : {NamedLayout(source.ch_layout), UsualLayout(channels),
+                                          UsualLayout(std::min(channels, surround)), UsualLayout(2)})
         for (const int rate : {usualRate ? source.sample_rate : 48000, 48000, 44100})
             forms.push_back({rate, SampleFormat(encoder, source.format), layout});
     return forms;
 }
 
-// What a player of video DVDs knows of a title, and what is usual for one or two channels of it.
-constexpr std::size_t mostDvdTracks = 8;
-constexpr int dvdBitRate = 192'000;
-
-int UsualBitRate(const SoundForm& form, bool dvd) { return dvd && form.layout.nb_channels <= 2 ? dvdBitRate : 0; }
+int UsualBitRate(int channels, bool dvd) {
+    return dvd && channels <= 2 ? dvdBitRate : std::min(mostBitRate, bitRatePerChannel * channels);
+}
 
 AVStream* AddEncoded(AVFormatContext& output, const AVCodecContext& encoder) {
     AVCodecParameters* parameters = avcodec_parameters_alloc();
@@ -100,6 +112,11 @@ AVStream* AddEncoded(AVFormatContext& output, const AVCodecContext& encoder) {
 }
 
 }  // namespace
+
+int DvdBitRate(const AVCodecParameters& sound) {
+    const bool copied = IsForDvd(sound) && sound.bit_rate > 0;
+    return copied ? int(sound.bit_rate) : UsualBitRate(sound.ch_layout.nb_channels, true);
+}
 
 OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const OutputOptions& options,
                          const OutputTraits& traits) {
@@ -124,7 +141,8 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
         } else {
             const FfmpegListener listener;
             const auto taken = [&](const SoundForm& form) {
-                const int rate = options.audioBitRate > 0 ? options.audioBitRate : UsualBitRate(form, traits.dvd);
+                const int rate =
+                    options.audioBitRate > 0 ? options.audioBitRate : UsualBitRate(form.layout.nb_channels, traits.dvd);
                 stream.encoder = SoundEncoder::Start(*encoder, form, rate);
                 if (!stream.encoder) return false;
                 stream.to = AddEncoded(output, stream.encoder->Context());
@@ -166,8 +184,11 @@ OutputSound::OutputSound(AVFormatContext& output, const std::string& name, const
 void OutputSound::AddSilence(AVFormatContext& output, const AVCodec& encoder, bool dvd) {
     SoundForm form;
     form.format = SampleFormat(encoder, form.format);
-    Stream stream{
-        silent, {1, form.rate}, nullptr, nullptr, SoundEncoder::Start(encoder, form, UsualBitRate(form, dvd))};
+    Stream stream{silent,
+                  {1, form.rate},
+                  nullptr,
+                  nullptr,
+                  SoundEncoder::Start(encoder, form, UsualBitRate(form.layout.nb_channels, dvd))};
     if (stream.encoder) stream.to = AddEncoded(output, stream.encoder->Context());
     if (!stream.to) return;
     AppendWord(m_description, std::string("silence encoded with ") + encoder.name);

@@ -9,6 +9,9 @@
 
 namespace Nifikral {
 
+/// Bits a second that sound takes on a video DVD, where it is copied or coded as the streams below are.
+int DvdBitRate(const AVCodecParameters& sound);
+
 /// The streams of sound of a film. Each is copied where the container takes it, else decoded and encoded. Threads: one
 /// at a time.
 class OutputSound {

@@ -8,9 +8,6 @@
 namespace Nifikral {
 namespace {
 
-// What is heard as good, and what a disc may have.
-constexpr int bitRatePerChannel = 112'000, mostBits = 448'000;
-
 FramePtr NewSamples(const AVCodecContext& context, int count) {
     FramePtr frame = NewFrame();
     frame->nb_samples = count;
@@ -31,7 +28,7 @@ std::unique_ptr<SoundEncoder> SoundEncoder::Start(const AVCodec& codec, const So
     context.sample_rate = form.rate;
     context.ch_layout = form.layout;
     context.time_base = {1, form.rate};
-    context.bit_rate = bitRate > 0 ? bitRate : std::min(mostBits, bitRatePerChannel * form.layout.nb_channels);
+    context.bit_rate = bitRate;
     context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     if (avcodec_open2(&context, &codec, nullptr) < 0) return nullptr;
     encoder->m_samples =
