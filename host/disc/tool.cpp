@@ -94,6 +94,9 @@ std::string RunTool(const Tool& tool) {
     while (waitpid(program, &status, 0) < 0 && errno == EINTR) continue;
     ThrowIfInterrupted();
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        if (printed.find(std::strerror(ENOSPC)) != std::string::npos)
+            throw HostError(ExitCode::Output,
+                            tool.words[0] + " finds no space left on the disk; make room or name another place");
         std::string cause = FirstLineWith(printed, {"ERR"});
         if (cause.empty()) cause = LastLine(printed);
         throw HostError(ExitCode::Failed, tool.words[0] + " fails: " + cause);
