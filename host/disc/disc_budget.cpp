@@ -19,6 +19,7 @@
 #include "host/films/slide_pictures.h"
 #include "host/films/text_renderer.h"
 #include "host/media/sound_track.h"
+#include "host/media/subtitle_file.h"
 
 namespace Nifikral {
 namespace {
@@ -30,19 +31,12 @@ namespace fs = std::filesystem;
 constexpr double packing = 1.02, navigationRate = 40, bytesOfKilobit = 125;
 // Of the capacity for tables and for what encoders exceed their rate by.
 constexpr double spare = 0.01;
-constexpr int mostSounds = 8, mostSubtitles = 32;  // of a title
 constexpr int picturesOfPage = 6;
 
 std::string ClockText(double seconds) {
     const long long whole = std::llround(seconds);
     char text[40];
     std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
-    return text;
-}
-
-std::string Gigabytes(long long bytes) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.2f GB", double(bytes) / 1e9);
     return text;
 }
 
@@ -66,31 +60,37 @@ bool Try(const std::string& item, Faults& faults, Work work) {
 
 void Note(const DiscFilm& film, const std::string& what) { PrintWarning(film.title + ": " + what); }
 
-PlannedTitle PlanFilm(const DiscFilm& film, const FilmProfile& profile) {
-    const FilmFacts facts = FactsOf(film.path);
-    const int sounds = int(facts.soundLanguages.size()), subtitles = int(facts.subtitleLanguages.size());
-    PlannedTitle title;
-    title.seconds = facts.seconds;
-    title.copied = IsReadyFor(profile, facts);
-    title.bytes = title.copied ? facts.bytes : 0;
-    title.soundTracks = std::clamp(sounds, 1, mostSounds);
-    title.description = std::to_string(facts.width) + "x" + std::to_string(facts.height) + ", " +
-                        NumberText(std::round(av_q2d(facts.frameRate) * 100) / 100) + " frames a second, " +
-                        (sounds == 0 ? "no sound" : Counted(std::size_t(sounds), "sound track"));
-    if (subtitles > 0) title.description += ", " + Counted(std::size_t(subtitles), "subtitle track");
-    if (title.copied) title.description += ", copied";
+// What a video DVD holds otherwise than the film has it.
+void NoteForDvd(const DiscFilm& film, const FilmFacts& facts, const FilmProfile& profile) {
+    const std::size_t sounds = facts.soundLanguages.size(), subtitles = facts.subtitleLanguages.size();
+    const auto tooMany = [&](std::size_t count, const char* what, std::size_t most) {
+        if (count > most) Note(film, "has " + Counted(count, what) + "; a DVD holds the first " + std::to_string(most));
+    };
     if (sounds == 0) Note(film, "has no sound; it gets a silent track");
-    if (sounds > mostSounds)
-        Note(film,
-             "has " + std::to_string(sounds) + " sound tracks; a DVD holds the first " + std::to_string(mostSounds));
-    if (subtitles > mostSubtitles)
-        Note(film, "has " + std::to_string(subtitles) + " subtitle tracks; a DVD holds the first " +
-                       std::to_string(mostSubtitles));
+    tooMany(sounds, "sound track", mostSounds);
+    tooMany(subtitles, "subtitle track", mostSubtitles);
     const double shape = facts.shownAspect / av_q2d(profile.shownAspect);
     constexpr double muchOther = 1.6;
     if (shape > muchOther || shape < 1 / muchOther)
         Note(film, "is shaped " + NumberText(std::round(facts.shownAspect * 100) / 100) +
                        " to 1; it gets wide black borders");
+}
+
+PlannedTitle PlanFilm(const DiscFilm& film, const FilmProfile& profile, DiscFormat format) {
+    const FilmFacts facts = FactsOf(film);
+    const std::size_t sounds = facts.soundLanguages.size(), subtitles = facts.subtitleLanguages.size();
+    const bool isDvd = format == DiscFormat::Dvd;
+    PlannedTitle title;
+    title.seconds = facts.seconds;
+    title.copied = isDvd && IsReadyFor(profile, facts);
+    title.bytes = title.copied ? facts.bytes : 0;
+    title.besideRate = RateBeside(facts);
+    title.description = std::to_string(facts.width) + "x" + std::to_string(facts.height) + ", " +
+                        NumberText(std::round(av_q2d(facts.frameRate) * 100) / 100) + " frames a second, " +
+                        (sounds == 0 ? "no sound" : Counted(sounds, "sound track"));
+    if (subtitles > 0) title.description += ", " + Counted(subtitles, "subtitle track");
+    if (title.copied) title.description += ", copied";
+    if (isDvd) NoteForDvd(film, facts, profile);
     return title;
 }
 
@@ -133,10 +133,16 @@ int PagesOfMenus(const DiscProject& project) {
     return count;
 }
 
-double TitleRate(const PlannedTitle& title) { return soundRate * title.soundTracks + navigationRate; }
+double TitleRate(const PlannedTitle& title) { return title.besideRate + navigationRate; }
 long long BytesOf(double seconds, double rate) { return std::llround(seconds * rate * packing * bytesOfKilobit); }
 
 }  // namespace
+
+std::string Gigabytes(long long bytes) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.2f GB", double(bytes) / 1e9);
+    return text;
+}
 
 DiscPlan PlanDisc(const DiscProject& project, DiscFormat format, Faults& faults) {
     DiscPlan plan;
@@ -146,8 +152,11 @@ DiscPlan PlanDisc(const DiscProject& project, DiscFormat format, Faults& faults)
             PlannedTitle title;
             const bool isShow = film.path.empty();
             const bool known = Try(film.item + (isShow ? ".pictures" : ".path"), faults,
-                                   [&] { title = isShow ? PlanShow(film) : PlanFilm(film, *project.profile); });
+                                   [&] { title = isShow ? PlanShow(film) : PlanFilm(film, *project.profile, format); });
             if (known) CheckTimes(film, title.seconds, faults);
+            for (std::size_t i = 0; i < film.subtitles.size(); ++i)
+                Try(film.item + ".subtitles[" + std::to_string(i) + "]", faults,
+                    [&] { SubtitleFile{film.subtitles[i]}; });
             if (!film.music.empty()) Try(film.item + ".music", faults, [&] { SoundSeconds(film.music); });
             CheckTitle(film.item + ".title", film.title, faults);
             plan.titles.push_back(title);
@@ -166,7 +175,7 @@ DiscPlan PlanDisc(const DiscProject& project, DiscFormat format, Faults& faults)
 
 void ShareSpace(DiscPlan& plan, const DiscProject& project, Faults& faults) {
     plan.menuPages = PagesOfMenus(project);
-    plan.menuBytes = BytesOf(plan.menuPages * project.menus.seconds, menuVideoRate + soundRate + navigationRate);
+    plan.menuBytes = BytesOf(plan.menuPages * project.menus.seconds, menuVideoRate + silenceRate + navigationRate);
     double space = double(project.capacity) * (1 - spare) - double(plan.menuBytes);
     double seconds = 0, others = 0;  // of what is encoded, and kbits that are not its pictures'
     for (const PlannedTitle& title : plan.titles) {
@@ -192,7 +201,8 @@ void ShareSpace(DiscPlan& plan, const DiscProject& project, Faults& faults) {
                                 " kbit/s, and the disc holds " + Gigabytes(project.capacity) + "; " +
                                 (project.videoRate > 0 ? "leave out \"videoRate\", " : "") + remedy);
     else if (plan.videoRate > 0 && plan.videoRate < lowestGoodRate)
-        PrintWarning("the films get " + std::to_string(plan.videoRate) + " kbit/s and will look coarse; " + remedy);
+        PrintWarning("the films get " + std::to_string(plan.videoRate) + " kbit/s and will look coarse; " +
+                     (project.videoRate > 0 ? "leave out \"videoRate\"" : remedy));
 }
 
 void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrite, const DiscPlan& plan,

@@ -6,6 +6,7 @@
 #include "host/catalogue/effect_module.h"
 #include "host/disc/disc_page.h"
 #include "host/disc/disc_project.h"
+#include "host/disc/film_facts.h"
 #include "host/films/project_reader.h"
 
 /// How a project's titles share a disc's space.
@@ -15,10 +16,10 @@ enum class DiscFormat { Dvd, Web };
 
 struct PlannedTitle {
     double seconds = 0;
-    bool copied = false;      ///< it goes onto the disc as it is coded
-    int soundTracks = 1;      ///< on the disc: a silent film gets one of silence
-    long long bytes = 0;      ///< that it takes on the disc; what a copied one has now until ShareSpace
-    std::string description;  ///< of its source, in words
+    bool copied = false;           ///< it goes onto the disc as it is coded
+    int besideRate = silenceRate;  ///< of sound and subtitles on the disc, in kbit/s
+    long long bytes = 0;           ///< that it takes on the disc; what a copied one has now until ShareSpace
+    std::string description;       ///< of its source, in words
 };
 
 struct DiscPlan {
@@ -30,8 +31,8 @@ struct DiscPlan {
     long long usedBytes = 0;   ///< of everything
 };
 
-/// Bits a second of each sound track and of a menu's pictures, in kbit/s.
-inline constexpr int soundRate = 192, menuVideoRate = 6000;
+/// Of a menu's pictures, in kbit/s.
+inline constexpr int menuVideoRate = 6000;
 /// Below this rate pictures of this size visibly suffer.
 inline constexpr int lowestGoodRate = 3000;
 
@@ -49,6 +50,9 @@ void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrit
 /// Finds out by short trials how long the films of a DVD and those of its menus take.
 void EstimateTime(DiscPlan& plan, const DiscProject& project, const std::vector<DiscPage>& pages,
                   const EffectModule& module);
+
+/// "4.70 GB".
+std::string Gigabytes(long long bytes);
 
 /// The plan in lines for people.
 std::string DescribePlan(const DiscProject& project, DiscFormat format, const DiscPlan& plan);

@@ -37,6 +37,7 @@ constexpr DiscKey filmKeys[] = {
     {"pictures", "[folder or picture, ...] in their order"},
     {"pictureSeconds", "how long each picture shows; 5 unless given"},
     {"music", "a file with sound for the slideshow"},
+    {"subtitles", "[file, ...] for a film; names give the languages, as lake.de.srt does"},
     {"chapters", "[second, ...] at which they begin, or [{\"begin\": second, \"title\": text}, ...]"},
     {"thumbnail", "the second at which the film's picture in the menu begins; 0 unless given"},
 };
@@ -121,6 +122,8 @@ DiscFilm ReadFilm(const ProjectItem& item, const std::string& project) {
         if (!isShow && item[key]) item[key].Fault("is for slideshows; leave it out, or name pictures in place of path");
     if (item["music"]) film.music = File(item["music"], project);
     if (item["pictureSeconds"]) film.pictureSeconds = item["pictureSeconds"].Real(0.04, 3600);
+    for (const ProjectItem& entry : item["subtitles"].Entries()) film.subtitles.push_back(File(entry, project));
+    if (isShow && item["subtitles"]) item["subtitles"].Fault("are for films; leave them out");
     film.chapters = ReadChapters(item["chapters"]);
     if (item["thumbnail"]) film.thumbnail = item["thumbnail"].Real(0, longestFilm);
     return film;
@@ -233,6 +236,7 @@ std::string DiscJson(const DiscProject& project, const std::string& path) {
         Json entry{{"title", film.title}};
         if (film.pictures.empty()) {
             entry["path"] = file(film.path);
+            for (const std::string& subtitles : film.subtitles) entry["subtitles"].push_back(file(subtitles));
         } else {
             entry["pictures"] = Json::array();
             for (const std::string& picture : film.pictures) entry["pictures"].push_back(file(picture));

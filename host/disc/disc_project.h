@@ -9,8 +9,8 @@
 /// What a disc holds. One project serves the DVD and the folder for browsers.
 namespace Nifikral {
 
-/// What a video DVD holds, and the rates of its pictures in kbit/s.
-inline constexpr std::size_t mostTitles = 99, mostChapters = 99;
+/// What a video DVD holds, each of its titles, and the rates of its pictures in kbit/s.
+inline constexpr std::size_t mostTitles = 99, mostChapters = 99, mostSounds = 8, mostSubtitles = 32;
 inline constexpr int lowestVideoRate = 1000, highestVideoRate = 8000;
 
 /// A part of a film that the remote control leads to.
@@ -21,11 +21,12 @@ struct DiscChapter {
 
 /// One title of a disc: a film, or a slideshow that is made of pictures.
 struct DiscFilm {
-    std::string item;                   ///< its name in the project, such as films[2]
-    std::string title;                  ///< what its button says
-    std::string path;                   ///< of the film; empty: a slideshow
-    std::vector<std::string> pictures;  ///< of the slideshow: folders, and pictures by their names
-    std::string music;                  ///< of the slideshow; may be empty
+    std::string item;                    ///< its name in the project, such as films[2]
+    std::string title;                   ///< what its button says
+    std::string path;                    ///< of the film; empty: a slideshow
+    std::vector<std::string> subtitles;  ///< files beside those of the film itself
+    std::vector<std::string> pictures;   ///< of the slideshow: folders, and pictures by their names
+    std::string music;                   ///< of the slideshow; may be empty
     double pictureSeconds = 5;
     std::vector<DiscChapter> chapters;  ///< in order, the first at 0; none: the film is one part
     double thumbnail = 0;               ///< the second at which its moving picture in the menu begins

@@ -16,6 +16,7 @@
 #include "host/films/slide_pictures.h"
 #include "host/films/text_renderer.h"
 #include "host/media/part_file.h"
+#include "host/media/subtitle_file.h"
 
 namespace Nifikral {
 namespace {
@@ -35,11 +36,11 @@ bool IsSoundName(const fs::path& path) {
 // What lies in a folder, each list in the order in which people count.
 struct Found {
     std::string folder;
-    std::vector<std::string> films, pictures, sounds, folders;
+    std::vector<std::string> films, pictures, sounds, subtitles, folders;
 };
 
 Found LookInto(const std::string& folder) {
-    Found found{folder, {}, {}, {}, {}};
+    Found found{folder, {}, {}, {}, {}, {}};
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
         const std::string path = entry.path().string();
@@ -55,11 +56,13 @@ Found LookInto(const std::string& folder) {
             found.pictures.push_back(path);
         else if (IsSoundName(entry.path()))
             found.sounds.push_back(path);
+        else if (IsSubtitleName(path))
+            found.subtitles.push_back(path);
         else
             PrintDetail(path + " is no film, picture or sound by its name; it is left out");
     }
     if (error) throw HostError(ExitCode::Input, folder + " cannot be read (" + error.message() + "); make it readable");
-    for (auto* const list : {&found.films, &found.pictures, &found.sounds, &found.folders})
+    for (auto* const list : {&found.films, &found.pictures, &found.sounds, &found.subtitles, &found.folders})
         std::sort(list->begin(), list->end(), ComesBefore);
     return found;
 }
@@ -121,6 +124,7 @@ class Survey {
 
  private:
     void AddFilm(const std::string& path);
+    void AddSubtitles(const std::string& path);
     void AddShow(const Found& found);
     void FindMoments(Surveyed& surveyed, double shown);
     // Whether a project can hold the name.
@@ -152,6 +156,22 @@ void Survey::AddFilm(const std::string& path) {
         if (error.Code() != ExitCode::Input) throw;
         Fault(error.what());
     }
+}
+
+// Subtitles go with the film of their folder whose name theirs begins with, the longest one.
+void Survey::AddSubtitles(const std::string& path) {
+    DiscFilm* own = nullptr;
+    std::size_t longest = 0;
+    for (Surveyed& surveyed : m_films) {
+        const std::string name = fs::path(surveyed.film.path).replace_extension().string();
+        if (surveyed.film.path.empty() || name.size() <= longest || !path.starts_with(name + ".")) continue;
+        own = &surveyed.film;
+        longest = name.size();
+    }
+    if (!own)
+        PrintWarning(path + " has the name of no film; it is left out (lake.srt or lake.de.srt goes with lake.mp4)");
+    else if (IsName(path))
+        own->subtitles.push_back(path);
 }
 
 void Survey::AddShow(const Found& found) {
@@ -195,6 +215,7 @@ DiscProject Survey::Make() {
     LookIntoAll(m_folder, all);
     for (const Found& found : all) {
         for (const std::string& path : found.films) AddFilm(path);
+        for (const std::string& path : found.subtitles) AddSubtitles(path);
         AddShow(found);
     }
     if (m_films.size() > mostTitles) Fault(m_folder + ": films " + TooManyTitles(m_films.size()));

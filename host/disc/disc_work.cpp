@@ -142,6 +142,18 @@ std::size_t NumberIn(const std::string& stage, std::string_view kind, std::size_
     return number - 1;
 }
 
+// Pictures may take more than they were given.
+void CheckSpace(const Work& work, const std::vector<MadeTitle>& titles) {
+    std::error_code error;
+    std::uintmax_t bytes = 0;
+    for (const MadeTitle& title : titles) bytes += fs::file_size(title.path, error);
+    for (std::size_t i = 0; i < work.pages.size(); ++i) bytes += fs::file_size(PageIn(work.folder, i), error);
+    if (bytes <= std::uintmax_t(work.project.capacity)) return;
+    throw HostError(ExitCode::Failed, "the films take " + Gigabytes((long long)bytes) + ", and the disc holds " +
+                                          Gigabytes(work.project.capacity) +
+                                          "; leave films out, or make several discs");
+}
+
 using Show = std::function<void(double)>;
 
 void WriteDvd(const Work& work, const DiscOptions& options, const Show& show) {
@@ -156,6 +168,7 @@ void WriteDvd(const Work& work, const DiscOptions& options, const Show& show) {
         title.chapters = report.chapters;
         titles.push_back(std::move(title));
     }
+    CheckSpace(work, titles);
     std::vector<MadePage> films;
     for (std::size_t i = 0; i < work.pages.size(); ++i)
         films.push_back(PlaceOfPage(work.pages[i], PageIn(work.folder, i)));

@@ -24,8 +24,7 @@ namespace Nifikral {
 namespace {
 
 // kbit/s. A player reads pictures, sound and subtitles at 9800 together, at most.
-constexpr int mostInAll = 9800, mostVideo = 9000, soundTrack = 192, subtitleTrack = 40;
-constexpr std::size_t mostSoundTracks = 8;
+constexpr int mostInAll = 9800, mostVideo = 9000;
 constexpr double slideTransition = 1;
 
 using Json = nlohmann::ordered_json;
@@ -34,27 +33,11 @@ std::string ReportPath(const std::string& output) { return output + ".json"; }
 
 const DiscFilm& FilmOf(const TitleJob& job) { return job.project->films.at(std::size_t(job.film)); }
 
-// What the input brings beside its pictures.
-struct Tracks {
-    std::vector<std::string> sound, subtitles;
-};
-
-Tracks TracksOf(const std::string& path) {
-    Tracks tracks;
-    if (path.empty()) return tracks;
-    CheckLocalFile(path);
-    const FfmpegListener listener;
-    const InputPtr input = OpenInput(path, nullptr, nullptr, listener);
-    for (unsigned i = 0; i < input->nb_streams; ++i) {
-        const AVStream& stream = *input->streams[i];
-        const AVDictionaryEntry* const language = av_dict_get(stream.metadata, "language", nullptr, 0);
-        const std::string code = LanguageCode(language ? language->value : "");
-        if (stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO && tracks.sound.size() < mostSoundTracks)
-            tracks.sound.push_back(code);
-        if (DiscSubtitles::Takes(*stream.codecpar) && tracks.subtitles.size() < DiscSubtitles::mostTracks)
-            tracks.subtitles.push_back(code);
-    }
-    return tracks;
+std::vector<std::string> LanguageCodes(const std::vector<std::string>& languages, std::size_t most) {
+    std::vector<std::string> codes;
+    for (const std::string& language : languages)
+        if (codes.size() < most) codes.push_back(LanguageCode(language));
+    return codes;
 }
 
 // Seconds of what was made: until its last picture, which lies in its last bytes, has been shown.
@@ -86,16 +69,14 @@ std::vector<double> ChapterTimes(const DiscFilm& film, AVRational rate) {
     return times;
 }
 
-std::vector<std::string> EncoderOptions(const TitleJob& job, const Tracks& tracks) {
-    const int beside =
-        soundTrack * std::max(1, int(tracks.sound.size())) + subtitleTrack * int(tracks.subtitles.size());
-    const int most = std::min(mostVideo, mostInAll - beside), rate = std::min(job.videoRate, most);
+std::vector<std::string> EncoderOptions(const TitleJob& job, const FilmFacts& facts) {
+    const int most = std::min(mostVideo, mostInAll - RateBeside(facts)), rate = std::min(job.videoRate, most);
     // The encoder closes its groups only where it looks for no changes of scene.
     return {"b=" + std::to_string(rate) + "k", "maxrate=" + std::to_string(most) + "k", "flags=+cgop",
             "sc_threshold=1000000000"};
 }
 
-RunOptions OptionsFor(const TitleJob& job, const Tracks& tracks) {
+RunOptions OptionsFor(const TitleJob& job, const FilmFacts& facts) {
     RunOptions run;
     run.profile = job.project->profile->name;
     run.threads = job.threads;
@@ -104,7 +85,8 @@ RunOptions OptionsFor(const TitleJob& job, const Tracks& tracks) {
     run.output.overwrite = true;
     run.output.silence = true;
     run.output.paintSubtitle = PaintSubtitle;
-    run.output.encoderOptions = EncoderOptions(job, tracks);
+    run.output.subtitleFiles = FilmOf(job).subtitles;
+    run.output.encoderOptions = EncoderOptions(job, facts);
     run.output.keyTimes = ChapterTimes(FilmOf(job), job.project->profile->frameRate);
     return run;
 }
@@ -119,6 +101,7 @@ void EncodeFirst(const DiscFilm& film, RunOptions run, const EffectModule& modul
     const Quiet quiet;
     run.output.path = "/dev/null";
     run.output.sound = run.output.silence = false;
+    run.output.subtitleFiles.clear();
     EncodeFilm(film, run, module);
 }
 
@@ -182,24 +165,26 @@ std::string KeyOfTitle(const TitleJob& job) {
     if (film.path.empty()) key << film.pictureSeconds << '\n';
     for (const double begin : ChapterTimes(film, profile.frameRate)) key << begin << ' ';
     key << '\n' << KeyOfFile(film.path) << KeyOfFile(film.music);
-    for (const std::string& picture : film.pictures) key << KeyOfFile(picture);
+    for (const std::vector<std::string>* const files : {&film.pictures, &film.subtitles})
+        for (const std::string& file : *files) key << KeyOfFile(file);
     return key.str();
 }
 
 TitleReport MakeTitle(const TitleJob& job, const EffectModule& module) {
     const DiscFilm& film = FilmOf(job);
-    const Tracks tracks = TracksOf(film.path);
-    const RunOptions run = OptionsFor(job, tracks);
+    const FilmFacts facts = film.path.empty() ? FilmFacts() : FactsOf(film);
+    const RunOptions run = OptionsFor(job, facts);
     std::vector<double> chapters = run.output.keyTimes;
     bool copied = false;
-    if (job.copy && IsReadyFor(*job.project->profile, FactsOf(film.path)))
+    if (job.copy && IsReadyFor(*job.project->profile, facts))
         if (const auto keys = CopyTitle(film.path, run.OutputFor({}), *job.project->profile)) {
             chapters = ChaptersAt(*keys, chapters);
             copied = true;
         }
     if (!copied) EncodeInPasses(job, run, module);
-    TitleReport report{SecondsOf(job.output, job.project->profile->frameRate), tracks.sound, tracks.subtitles, chapters,
-                       copied};
+    TitleReport report{SecondsOf(job.output, job.project->profile->frameRate),
+                       LanguageCodes(facts.soundLanguages, mostSounds),
+                       LanguageCodes(facts.subtitleLanguages, mostSubtitles), chapters, copied};
     if (report.audioLanguages.empty()) report.audioLanguages.emplace_back();
     // A chapter behind the end would lead nowhere.
     std::erase_if(report.chapters, [&](double begin) { return begin > 0 && begin >= report.seconds; });

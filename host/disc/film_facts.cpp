@@ -7,8 +7,11 @@
 #include "host/base/errors.h"
 #include "host/disc/disc_json.h"
 #include "host/films/text_renderer.h"
+#include "host/media/disc_subtitles.h"
 #include "host/media/media_input.h"
 #include "host/media/media_source.h"
+#include "host/media/output_sound.h"
+#include "host/media/subtitle_file.h"
 
 namespace Nifikral {
 namespace {
@@ -90,15 +93,29 @@ FilmFacts FactsOf(const std::string& path) {
     facts.frameRate = film.FrameRate();
     facts.title = TidyTitle(Entry(film.Metadata(), "title"));
     facts.chapters = Marks(film);
-    for (const AVStream* const sound : film.AudioStreams())
+    for (const AVStream* const sound : film.AudioStreams()) {
         facts.soundLanguages.push_back(Entry(sound->metadata, "language"));
+        if (facts.soundLanguages.size() <= mostSounds) facts.soundRate += DvdBitRate(*sound->codecpar) / 1000;
+    }
     for (const AVStream* const extra : film.ExtraStreams())
-        if (extra->codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE)
+        if (DiscSubtitles::Takes(*extra->codecpar))
             facts.subtitleLanguages.push_back(Entry(extra->metadata, "language"));
     std::error_code error;
     facts.bytes = (long long)(std::filesystem::file_size(path, error));
     facts.codedForDvd = IsCodedForDvd(path, film, facts);
     return facts;
+}
+
+FilmFacts FactsOf(const DiscFilm& film) {
+    FilmFacts facts = FactsOf(film.path);
+    for (const std::string& file : film.subtitles) facts.subtitleLanguages.push_back(LanguageOfName(file));
+    return facts;
+}
+
+int RateBeside(const FilmFacts& film) {
+    constexpr int subtitleRate = 20;
+    return (film.soundLanguages.empty() ? silenceRate : film.soundRate) +
+           subtitleRate * int(std::min(film.subtitleLanguages.size(), mostSubtitles));
 }
 
 bool IsReadyFor(const FilmProfile& profile, const FilmFacts& film) {

@@ -7,6 +7,9 @@
 
 namespace Nifikral {
 
+/// What a track of silence takes on a video DVD, in kbit/s, as other sound of one or two channels does.
+inline constexpr int silenceRate = 192;
+
 /// What a disc has to know of a film's file.
 struct FilmFacts {
     double seconds = 0;
@@ -17,12 +20,19 @@ struct FilmFacts {
     std::vector<DiscChapter> chapters;  ///< its own marks, the first at 0; none where it has fewer than two
     /// Of each sound track and each track of subtitles, as the file has it; "" where it does not say.
     std::vector<std::string> soundLanguages, subtitleLanguages;
+    int soundRate = 0;  ///< kbit/s that its sound takes on a video DVD
     long long bytes = 0;
     bool codedForDvd = false;  ///< as MPEG-2 with key frames, sound and rates as video DVDs have them
 };
 
 /// Opens a film, and decodes its first picture for a trial. Throws input errors that name the file and the remedy.
 FilmFacts FactsOf(const std::string& path);
+
+/// The same of a project's film, with the subtitles in files of their own behind those of its file.
+FilmFacts FactsOf(const DiscFilm& film);
+
+/// kbit/s of the sound, silence where there is none, and subtitles of a film on a video DVD.
+int RateBeside(const FilmFacts& film);
 
 /// Whether the film goes onto a disc of this profile as it is coded.
 bool IsReadyFor(const FilmProfile& profile, const FilmFacts& film);

@@ -57,7 +57,10 @@ Json TrackJson(const WebTrack& track, const std::string& file) {
 }
 
 Json FilmJson(const DiscFilm& film, const WebFilm& made, const Store& store) {
-    Json json = {{"title", film.title}, {"sounds", Json::array()}, {"subtitles", Json::array()}};
+    Json json = {{"title", film.title},
+                 {"poster", store.Put("films", made.poster)},
+                 {"sounds", Json::array()},
+                 {"subtitles", Json::array()}};
     for (const WebTrack& track : made.sounds)
         json["sounds"].push_back(TrackJson(track, store.Put("films", track.file)));
     for (const WebTrack& track : made.subtitles) {

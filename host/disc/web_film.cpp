@@ -13,7 +13,9 @@
 #include "host/films/menu.h"
 #include "host/films/slideshow.h"
 #include "host/media/browser_media.h"
+#include "host/media/media_sink.h"
 #include "host/media/part_file.h"
+#include "host/media/subtitle_file.h"
 #include "host/run/apply.h"
 
 namespace Nifikral {
@@ -58,7 +60,7 @@ std::string SquareSize(const FilmFacts& facts) {
     const double shrink =
         std::min({1.0, (lies ? mostAcross : mostDown) / width, (lies ? mostDown : mostAcross) / height});
     const auto even = [&](double side) { return std::max(2, 2 * int(std::lround(side * shrink / 2))); };
-    const auto isNear = [](int side, int stored) { return std::abs(side - stored) <= 1; };
+    const auto isNear = [](int side, int stored) { return stored > 1 && std::abs(side - stored) <= 1; };
     if (isNear(even(width), facts.width) && isNear(even(height), facts.height)) return {};
     return std::to_string(even(width)) + "x" + std::to_string(even(height));
 }
@@ -67,6 +69,8 @@ void EncodeFilm(const DiscFilm& film, const std::string& output, int threads, co
     ApplyOptions apply;
     apply.run = OptionsFor(output, threads);
     for (const DiscChapter& chapter : film.chapters) apply.run.output.keyTimes.push_back(chapter.begin);
+    // They stand beside the pictures.
+    apply.run.output.extras = false;
     apply.keepGoing = true;
     apply.preparation.scale = SquareSize(FactsOf(film.path));
     RunEffects(film.path, apply, module, false, [](const PreparedSource&) { return EffectRun{}; });
@@ -84,6 +88,21 @@ void EncodeShow(const DiscFilm& film, const FilmProfile& profile, const std::str
     show.film.run = OptionsFor(output, threads);
     if (!film.music.empty()) show.film.sounds = {film.music};
     MakeSlideshow(show, module);
+}
+
+// The picture that a film shows at a moment.
+void WritePoster(const std::string& film, double seconds, const std::string& path) {
+    MediaSource::Options from;
+    from.begin = seconds;
+    const MediaSource source(film, from);
+    OutputOptions options;
+    options.path = path;
+    options.overwrite = true;
+    const std::unique_ptr<MediaSink> sink = OpenSink(options, TraitsOf(source, AV_PIX_FMT_YUVJ420P), false);
+    FramePtr picture = Require<FramePtr>(av_frame_clone(&source.FirstFrame()));
+    PictureConverter(sink->Shape()).Convert(picture);
+    sink->Write(std::move(picture), 0);
+    sink->Finish();
 }
 
 // A file that the end of its making removes.
@@ -112,8 +131,10 @@ std::vector<WebTrack> TracksOf(const Json& json, const std::string& folder) {
 }
 
 void WriteReport(const WebFilm& made, const std::string& path) {
-    const Json json = {
-        {"sounds", TracksJson(made.sounds)}, {"subtitles", TracksJson(made.subtitles)}, {"copied", made.copied}};
+    const Json json = {{"sounds", TracksJson(made.sounds)},
+                       {"subtitles", TracksJson(made.subtitles)},
+                       {"poster", fs::path(made.poster).filename().string()},
+                       {"copied", made.copied}};
     PartFile file(path, true);
     // Tags of films are not always UTF-8.
     file.Write(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
@@ -151,15 +172,25 @@ WebFilm MakeWebFilm(const DiscProject& project, int film, const std::string& fol
         const BrowserTrack& tags = own ? tracks.sounds[i] : sounds[i];
         made.sounds.push_back({file, tags.language, tags.title});
     }
-    for (std::size_t i = 0; i < tracks.subtitles.size(); ++i) {
-        const BrowserTrack& track = tracks.subtitles[i];
-        const std::string file = FilmFile(folder, film, "-subtitles-" + std::to_string(i + 1) + ".vtt");
-        WriteBrowserSubtitles(source.path, track.stream, file);
+    made.poster = FilmFile(folder, film, ".jpg");
+    WritePoster(made.sounds[0].file, source.thumbnail, made.poster);
+    const auto addSubtitles = [&](const std::string& from, const BrowserTrack& track) {
+        const std::string number = std::to_string(made.subtitles.size() + 1),
+                          file = FilmFile(folder, film, "-subtitles-" + number + ".vtt");
+        WriteBrowserSubtitles(from, track.stream, file);
         made.subtitles.push_back({file, track.language, track.title});
+    };
+    int painted = tracks.paintedSubtitles;
+    for (const BrowserTrack& track : tracks.subtitles) addSubtitles(source.path, track);
+    for (const std::string& file : source.subtitles) {
+        const BrowserTracks own = BrowserTracksOf(file, mostAcross, mostDown);
+        painted += own.paintedSubtitles;
+        for (const BrowserTrack& track : own.subtitles) addSubtitles(file, {track.stream, LanguageOfName(file), {}});
     }
-    if (tracks.paintedSubtitles > 0)
-        PrintWarning(source.path + ": " + std::to_string(tracks.paintedSubtitles) +
-                     " of its subtitle tracks are pictures, which browsers do not show; they are left out");
+    if (painted > 0)
+        PrintWarning(
+            "subtitles that are pictures are left out, since browsers do not show them; give the film subtitles "
+            "of text");
     WriteReport(made, report);
     return made;
 }
@@ -172,7 +203,7 @@ WebFilm ReadWebFilm(const std::string& folder, int film) {
     try {
         const Json json = Json::parse(file);
         return {TracksOf(json.at("sounds"), folder), TracksOf(json.at("subtitles"), folder),
-                json.at("copied").get<bool>()};
+                (fs::path(folder) / json.at("poster").get<std::string>()).string(), json.at("copied").get<bool>()};
     } catch (const Json::exception&) {
         throw HostError(ExitCode::Input, path + " is missing or damaged; remove it and run the command again");
     }
@@ -199,11 +230,7 @@ WebMenu MakeWebMenu(const DiscProject& project, const std::vector<DiscPage>& pag
     const ScratchFile coded{options.run.output.path};
     RenderMenuPage(menu, source.templateName, options, module, source.name);
     const std::vector<BrowserTrack> sounds = BrowserTracksOf(coded.path, mostAcross, mostDown).sounds;
-    ApplyOptions poster;
-    poster.run = OptionsFor(made.poster, threads);
-    poster.run.output.sound = false;
-    poster.run.frames = std::to_string(menu.film.loopStart);
-    RunEffects(coded.path, poster, module, false, [](const PreparedSource&) { return EffectRun{}; });
+    WritePoster(coded.path, made.loopStart, made.poster);
     WriteBrowserFilm(coded.path, sounds.empty() ? -1 : sounds[0].stream, made.film);
     return made;
 }

@@ -23,6 +23,7 @@ struct WebTrack {
 struct WebFilm {
     std::vector<WebTrack> sounds;     ///< the film with each of its sound tracks; one without sound where it has none
     std::vector<WebTrack> subtitles;  ///< WebVTT
+    std::string poster;               ///< the picture that stands for it until it plays
     bool copied = false;              ///< the pictures were not coded again
 
     bool operator==(const WebFilm&) const = default;

@@ -8,12 +8,14 @@ extern "C" {
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <string_view>
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/media/ffmpeg_log.h"
 #include "host/media/output_streams.h"
 #include "host/media/picture_fit.h"
+#include "host/media/subtitle_file.h"
 
 namespace Nifikral {
 namespace {
@@ -46,6 +48,41 @@ FramePtr Scaled(FramePtr picture, int width, int height) {
     FramePtr scaled = NewPicture(AV_PIX_FMT_BGRA, width, height);
     sws_scale(scaler.get(), picture->data, picture->linesize, 0, picture->height, scaled->data, scaled->linesize);
     return scaled;
+}
+
+bool LacksPalette(const AVCodecParameters& coding) {
+    const std::string_view head(reinterpret_cast<const char*>(coding.extradata), std::size_t(coding.extradata_size));
+    return coding.codec_id == AV_CODEC_ID_DVD_SUBTITLE && head.find("palette:") == std::string_view::npos;
+}
+
+// The decoder only guesses at colours that stand beside the film. What borders on the film is taken for the black rim
+// of letters, and what there is most of within it for the white that fills them. A single colour stays as it is, white.
+void SetReadableColours(const AVFrame& picture, const AVSubtitleRect& rect) {
+    constexpr std::uint32_t black = 0x000000, white = 0xFFFFFF, grey = 0x808080, opaque = 0xFF000000;
+    constexpr std::size_t colours = 4;
+    const auto* const palette = reinterpret_cast<const std::uint32_t*>(rect.data[1]);
+    const auto valueAt = [&](int x, int y) { return std::size_t(rect.data[0][y * rect.linesize[0] + x] % colours); };
+    const auto isShown = [&](int x, int y) {
+        return x >= 0 && x < rect.w && (palette[valueAt(x, y)] & opaque) >> 24 >= visible;
+    };
+    std::array<int, colours> pixels = {}, rims = {};
+    for (int y = 0; y < rect.h; ++y)
+        for (int x = 0; x < rect.w; ++x) {
+            if (!isShown(x, y)) continue;
+            ++pixels[valueAt(x, y)];
+            rims[valueAt(x, y)] += !isShown(x - 1, y) || !isShown(x + 1, y);
+        }
+    if (std::count(pixels.begin(), pixels.end(), 0) > 2) return;
+    const auto rim = std::max_element(rims.begin(), rims.end()) - rims.begin();
+    pixels[std::size_t(rim)] = 0;
+    const auto fill = std::max_element(pixels.begin(), pixels.end()) - pixels.begin();
+    for (int y = 0; y < rect.h; ++y) {
+        auto* const row = reinterpret_cast<std::uint32_t*>(picture.data[0] + y * picture.linesize[0]);
+        for (int x = 0; x < rect.w; ++x) {
+            const auto value = std::ptrdiff_t(valueAt(x, y));
+            row[x] = (row[x] & opaque) | (value == rim ? black : value == fill ? white : grey);
+        }
+    }
 }
 
 // The text of an event, its tags left out: nine fields stand before it, joined by commas.
@@ -124,6 +161,7 @@ DiscSubtitles::DiscSubtitles(const AVStream& from, const SubtitlePlace& place, P
       m_place(place),
       m_paint(std::move(paint)),
       m_timeBase(from.time_base),
+      m_lacksPalette(LacksPalette(*from.codecpar)),
       m_decoder(Require<CodecPtr>(avcodec_alloc_context3(nullptr))),
       m_encoder(Require<CodecPtr>(avcodec_alloc_context3(nullptr))) {
     const FfmpegListener listener;
@@ -155,6 +193,7 @@ void DiscSubtitles::Convert(AVPacket& packet, const Store& store) {
     const std::unique_ptr<AVSubtitle, void (*)(AVSubtitle*)> owner(&subtitle, avsubtitle_free);
     int got = 0;
     const FfmpegListener listener;
+    MakeUtf8(m_decoder->codec_id, m_name, packet);
     if (avcodec_decode_subtitle2(m_decoder.get(), &subtitle, &got, &packet) < 0) return LeaveOut();
     if (!got || packet.pts == AV_NOPTS_VALUE) return;
     std::int64_t milliseconds = av_rescale_q(packet.duration, m_timeBase, {1, 1000});
@@ -216,6 +255,7 @@ DiscSubtitles::Piece DiscSubtitles::OfPicture(const AVSubtitleRect& rect) const 
         auto* const row = reinterpret_cast<std::uint32_t*>(picture->data[0] + y * picture->linesize[0]);
         for (int x = 0; x < rect.w; ++x) row[x] = palette[rect.data[0][y * rect.linesize[0] + x]];
     }
+    if (m_lacksPalette) SetReadableColours(*picture, rect);
     // They are made for a picture of which the film may be the middle rows.
     const int fullWidth = m_decoder->width > 0 ? m_decoder->width : m_place.filmWidth;
     const int fullHeight = m_decoder->height > 0 ? m_decoder->height : m_place.filmHeight;

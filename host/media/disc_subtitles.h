@@ -55,6 +55,7 @@ class DiscSubtitles {
     SubtitlePlace m_place;
     PaintText m_paint;
     AVRational m_timeBase;
+    bool m_lacksPalette;  // its colours are guessed
     CodecPtr m_decoder, m_encoder;
     bool m_endless = false;  // what is shown stays until the next
 };

@@ -34,15 +34,17 @@ struct OutputOptions {
         audioEncoder;      ///< for all sound; empty: it is copied, or encoded as is usual, as the container takes it
     int audioBitRate = 0;  ///< for all sound, which is then encoded; 0: the usual one
     bool sound = true;     ///< whether the input's goes along
+    bool extras = true;    ///< whether the input's subtitles, cover pictures and chapters go along
     bool progressive = false;  ///< interlaced pictures are made whole
     bool overwrite = false;
     int threads = 1;
-    std::vector<double> keyTimes;           ///< in order, the seconds at which players are to be able to begin
-    bool silence = false;                   ///< a film without sound gets a silent track
-    PaintText paintSubtitle;                ///< where it is set, all subtitles become pictures as video DVDs have them
-    StatisticsOfPass* firstPass = nullptr;  ///< where the first of two passes puts what the second reads; borrowed
-    std::optional<FrameRange> chunk;        ///< only this chunk of the output is made, for JoinChunks
-    std::string mark;                       ///< of the run that the output belongs to
+    std::vector<double> keyTimes;            ///< in order, the seconds at which players are to be able to begin
+    bool silence = false;                    ///< a film without sound gets a silent track
+    PaintText paintSubtitle;                 ///< where it is set, all subtitles become pictures as video DVDs have them
+    std::vector<std::string> subtitleFiles;  ///< then, what follows those of the input
+    StatisticsOfPass* firstPass = nullptr;   ///< where the first of two passes puts what the second reads; borrowed
+    std::optional<FrameRange> chunk;         ///< only this chunk of the output is made, for JoinChunks
+    std::string mark;                        ///< of the run that the output belongs to
 };
 
 /// What the output inherits from where its pictures come from.

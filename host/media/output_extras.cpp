@@ -94,7 +94,7 @@ OutputExtras::OutputExtras(AVFormatContext& output, const std::string& name, con
         bool kept = false;
         if (type == AVMEDIA_TYPE_SUBTITLE)
             kept = traits.dvd && options.paintSubtitle
-                       ? AddPictures(output, *from, SubtitlePlace(traits, stored), options.paintSubtitle)
+                       ? AddPictures(output, *from, from->index, SubtitlePlace(traits, stored), options.paintSubtitle)
                        : AddSubtitles(output, *from);
         if (type == AVMEDIA_TYPE_VIDEO) kept = AddCover(output, *from);
         if (type == AVMEDIA_TYPE_ATTACHMENT && Takes(output, from->codecpar, from->time_base)) {
@@ -103,6 +103,9 @@ OutputExtras::OutputExtras(AVFormatContext& output, const std::string& name, con
         }
         if (!kept) AppendWord(left, kind + StreamTitle(*from));
     }
+    for (const std::string& file : options.subtitleFiles)
+        if (traits.dvd && options.paintSubtitle)
+            AddFile(output, file, SubtitlePlace(traits, stored), options.paintSubtitle);
     // A disc's chapters stand beside the film.
     if (!AddChapters(output, traits) && !options.paintSubtitle) AppendWord(left, "chapters");
     if (!left.empty())
@@ -139,10 +142,10 @@ bool OutputExtras::AddSubtitles(AVFormatContext& output, const AVStream& from) {
     return true;
 }
 
-bool OutputExtras::AddPictures(AVFormatContext& output, const AVStream& from, const SubtitlePlace& place,
+bool OutputExtras::AddPictures(AVFormatContext& output, const AVStream& from, int number, const SubtitlePlace& place,
                                const PaintText& paint) {
     if (m_subtitles.size() == DiscSubtitles::mostTracks || !DiscSubtitles::Takes(*from.codecpar)) return false;
-    Subtitles subtitles{from.index, from.time_base, nullptr, nullptr, nullptr, nullptr};
+    Subtitles subtitles{number, from.time_base, nullptr, nullptr, nullptr, nullptr};
     subtitles.pictures = std::make_unique<DiscSubtitles>(from, place, paint);
     AVCodecParameters coding = {};
     coding.codec_type = AVMEDIA_TYPE_SUBTITLE;
@@ -150,6 +153,25 @@ bool OutputExtras::AddPictures(AVFormatContext& output, const AVStream& from, co
     subtitles.to = &AddStream(output, coding, from.time_base);
     m_subtitles.push_back(std::move(subtitles));
     return true;
+}
+
+void OutputExtras::AddFile(AVFormatContext& output, const std::string& path, const SubtitlePlace& place,
+                           const PaintText& paint) {
+    // Streams of the input have the numbers from 0 up.
+    const int number = -1 - int(m_files.size());
+    SubtitleFile file(path);
+    if (!AddPictures(output, file.Stream(), number, place, paint)) return;
+    PacketPtr first = file.Next();
+    m_files.push_back({std::move(file), number, std::move(first)});
+}
+
+void OutputExtras::Reach(double seconds, const Store& store) {
+    for (File& file : m_files)
+        for (; file.next && double(file.next->pts) * av_q2d(file.file.Stream().time_base) <= seconds;
+             file.next = file.file.Next()) {
+            file.next->stream_index = file.stream;
+            Write(*file.next, store);
+        }
 }
 
 bool OutputExtras::AddCover(AVFormatContext& output, const AVStream& from) {
@@ -185,6 +207,7 @@ void OutputExtras::Begin(const Store& store) const {
 PacketPtr OutputExtras::Convert(const Subtitles& subtitles, AVPacket& packet) {
     AVSubtitle text = {};
     int got = 0;
+    MakeUtf8(subtitles.decoder->codec_id, avcodec_get_name(subtitles.decoder->codec_id), packet);
     if (avcodec_decode_subtitle2(subtitles.decoder.get(), &text, &got, &packet) < 0 || !got) return nullptr;
     text.pts = av_rescale_q(packet.pts, subtitles.timeBase, AV_TIME_BASE_Q);
     std::vector<std::uint8_t> coded(1 << 16);

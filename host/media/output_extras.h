@@ -6,6 +6,7 @@
 
 #include "host/media/disc_subtitles.h"
 #include "host/media/media_sink.h"
+#include "host/media/subtitle_file.h"
 
 namespace Nifikral {
 
@@ -23,6 +24,8 @@ class OutputExtras {
     void Begin(const Store& store) const;
     /// A packet of any stream of the input. `store` gets those of the output.
     void Write(AVPacket& packet, const Store& store) const;
+    /// The pictures have come so far; so do subtitles from files of their own.
+    void Reach(double seconds, const Store& store);
 
  private:
     struct Subtitles {
@@ -32,17 +35,25 @@ class OutputExtras {
         CodecPtr decoder, encoder;  // none where they are copied or become pictures
         std::unique_ptr<DiscSubtitles> pictures;
     };
+    struct File {
+        SubtitleFile file;
+        int stream;      // the `from` of its subtitles
+        PacketPtr next;  // null at the end
+    };
     struct Cover {
         const AVStream *from, *to;
     };
     bool AddSubtitles(AVFormatContext& output, const AVStream& from);
-    bool AddPictures(AVFormatContext& output, const AVStream& from, const SubtitlePlace& place, const PaintText& paint);
+    bool AddPictures(AVFormatContext& output, const AVStream& from, int number, const SubtitlePlace& place,
+                     const PaintText& paint);
+    void AddFile(AVFormatContext& output, const std::string& path, const SubtitlePlace& place, const PaintText& paint);
     bool AddCover(AVFormatContext& output, const AVStream& from);
     bool CutToLength(AVPacket& packet, AVRational timeBase) const;
     static PacketPtr Convert(const Subtitles& subtitles, AVPacket& packet);
 
     double m_seconds;  // how long the output is; infinite where that is not known
     std::vector<Subtitles> m_subtitles;
+    std::vector<File> m_files;
     std::vector<Cover> m_covers;
 };
 

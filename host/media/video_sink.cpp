@@ -125,7 +125,7 @@ class VideoSink final : public MediaSink {
 
     void Write(FramePtr frame, long long) override {
         const double end = double(frame->pts + frame->pkt_duration) * av_q2d(m_timeBase);
-        if (m_sound) m_sound->Reach(end, [this](AVPacket& sound) { Interleave(sound); });
+        Reach(end);
         m_fit.Put(std::move(frame), [this](FramePtr fitted) { Encode(std::move(fitted)); });
     }
 
@@ -148,7 +148,7 @@ class VideoSink final : public MediaSink {
         packet->stream_index = m_video->index;
         packet->pos = -1;
         const double end = double(packet->pts + packet->duration) * av_q2d(m_video->time_base);
-        if (m_sound) m_sound->Reach(end, [this](AVPacket& sound) { Interleave(sound); });
+        Reach(end);
         Interleave(*packet);
     }
 
@@ -166,6 +166,13 @@ class VideoSink final : public MediaSink {
     std::string Kept() const override { return m_part ? MediaSink::Kept() : "what went to stdout ends early"; }
 
  private:
+    // What comes from elsewhere than the input goes as far as its pictures.
+    void Reach(double seconds) {
+        const auto store = [this](AVPacket& beside) { Interleave(beside); };
+        if (m_sound) m_sound->Reach(seconds, store);
+        if (m_extras) m_extras->Reach(seconds, store);
+    }
+
     void Encode(FramePtr frame) {
         m_encoder.Encode(std::move(frame), [this](AVPacket& packet) { Store(packet); });
     }

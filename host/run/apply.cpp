@@ -215,7 +215,7 @@ void RunEffects(const std::string& input, const ApplyOptions& options, const Eff
         frames.run, {}, given.ThreadCount(), options.keepGoing, given.chunk.empty() && given.output.sound};
     opening.gaps = ParseGaps(options.gaps);
     if (!given.chunk.empty()) opening.chunk = frames.made;
-    opening.extras = given.chunk.empty();
+    opening.extras = given.chunk.empty() && given.output.extras;
     // What is repeated has no range of its own.
     if (single) opening.range = opening.chunk = {};
     PreparedSource source(input, opening, options.preparation, !IsPictureOutput(given.output));

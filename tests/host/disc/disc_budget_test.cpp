@@ -13,10 +13,10 @@ DiscProject Project(double gigabytes = 4.7) {
     project.films.resize(1);
     return project;
 }
-PlannedTitle Title(double seconds, int soundTracks = 1) {
+PlannedTitle Title(double seconds, int besideRate = 192) {
     PlannedTitle title;
     title.seconds = seconds;
-    title.soundTracks = soundTracks;
+    title.besideRate = besideRate;
     return title;
 }
 PlannedTitle Copied(long long bytes) {
@@ -53,7 +53,7 @@ TEST(DiscSpace, IsFilledByTheFilmsAtOneRate) {
     DiscPlan plan = Share(Project(), {Title(7200)});
     EXPECT_EQ(plan.videoRate, 4810);
     EXPECT_GT(plan.usedBytes, 4'630'000'000);
-    EXPECT_EQ(Share(Project(), {Title(3600, 3), Title(3600, 1)}).videoRate, 4620);
+    EXPECT_EQ(Share(Project(), {Title(3600, 576), Title(3600)}).videoRate, 4620);
     EXPECT_EQ(Share(Project(), {Title(60)}).videoRate, highestVideoRate);
     EXPECT_EQ(Share(Project(8.5), {Title(14400)}).videoRate, 4340);
     // What is copied takes its own space.

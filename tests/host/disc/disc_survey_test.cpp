@@ -4,6 +4,7 @@
 #include "host/disc/disc_json.h"
 #include "host/disc/film_moments.h"
 #include "host/media/ffmpeg_log.h"
+#include "host/media/subtitle_file.h"
 #include "tests/host/command.h"
 
 namespace Nifikral {
@@ -41,6 +42,8 @@ TEST_F(Survey, MakesAProjectOfWhatLiesInAFolder) {
     std::filesystem::copy_file(folder / "My_holiday/day10.mkv", folder / "My_holiday/b side/One more.mkv");
     std::filesystem::copy_file(folder / "My_holiday/day10.mkv", folder / "My_holiday/.cache/preview.mkv");
     std::ofstream(folder / "My_holiday/notes.txt") << "milk";
+    for (const char* const name : {"day1.srt", "day10.srt", "day10.EN.forced.vtt", "named.pt-BR.ASS"})
+        std::ofstream(folder / "My_holiday" / name) << "1\n00:00:00,500 --> 00:00:01,000\nHello\n";
 
     const Outcome outcome = Nifikral("init disc My_holiday");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
@@ -53,6 +56,15 @@ TEST_F(Survey, MakesAProjectOfWhatLiesInAFolder) {
     std::vector<std::string> titles;
     for (const DiscFilm& film : project.films) titles.push_back(film.title);
     EXPECT_EQ(titles, (std::vector<std::string>{"day2", "day10", "Finale", "One more", "Photos 2"}));
+    EXPECT_NE(outcome.errors.find("day1.srt has the name of no film; it is left out"), std::string::npos)
+        << outcome.errors;
+    EXPECT_EQ(project.films[0].subtitles.size(), 0u);
+    EXPECT_EQ(project.films[1].subtitles,
+              (std::vector<std::string>{(folder / "My_holiday/day10.EN.forced.vtt").string(),
+                                        (folder / "My_holiday/day10.srt").string()}));
+    EXPECT_EQ(LanguageOfName(project.films[1].subtitles[0]), "en");
+    ASSERT_EQ(project.films[2].subtitles.size(), 1u);
+    EXPECT_EQ(LanguageOfName(project.films[2].subtitles[0]), "pt");
     EXPECT_EQ(project.films[3].path, (folder / "My_holiday/b side/One more.mkv").string());
     const DiscFilm& show = project.films[4];
     EXPECT_EQ(show.pictures, (std::vector<std::string>{(folder / "My_holiday/Photos_2").string()}));

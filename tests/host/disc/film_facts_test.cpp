@@ -28,10 +28,10 @@ TEST_F(Facts, NameTheTracksMarksAndShapeOfAFilm) {
                                            "[CHAPTER]\nTIMEBASE=1/1000\nSTART=2000\nEND=4500\ntitle=Rain\n"
                                            "[CHAPTER]\nTIMEBASE=1/1000\nSTART=2200\nEND=4500\n"
                                            "[CHAPTER]\nTIMEBASE=1/1000\nSTART=4500\nEND=6000\n";
-    std::ofstream(folder / "words.srt") << "1\n00:00:01,000 --> 00:00:02,000\nHello\n";
+    std::ofstream(folder / "words.srt") << "1\n00:00:01,000 --> 50:00:00,000\nHello\n";
     Ffmpeg(
         "-f lavfi -i testsrc2=size=72x128:rate=25:duration=6 -f lavfi -i sine=duration=6 -i words.srt -i marks.txt "
-        "-map 0 -map 1 -map 1 -map 2 -map_metadata 3 -map_chapters 3 -vf setsar=2 -c:v ffv1 -c:a flac "
+        "-map 0 -map 1 -map 1 -map 2 -map_metadata 3 -map_chapters 3 -vf setsar=2 -c:v ffv1 -c:a flac -ac:a:1 6 "
         "-metadata:s:a:0 language=eng -metadata:s:a:1 language=deu -metadata:s:s:0 language=fra a.mkv");
     const FilmFacts film = Of("a.mkv");
     EXPECT_NEAR(film.seconds, 6, 0.1);
@@ -39,6 +39,7 @@ TEST_F(Facts, NameTheTracksMarksAndShapeOfAFilm) {
     EXPECT_NEAR(film.shownAspect, 144.0 / 128, 1e-6);
     EXPECT_EQ(film.soundLanguages, (std::vector<std::string>{"eng", "deu"}));
     EXPECT_EQ(film.subtitleLanguages, (std::vector<std::string>{"fra"}));
+    EXPECT_EQ(RateBeside(film), 192 + 448 + 20);
     // The beginning gets a mark of its own, and a mark right behind another goes.
     ASSERT_EQ(film.chapters.size(), 3u);
     EXPECT_EQ(film.chapters[0].begin, 0);

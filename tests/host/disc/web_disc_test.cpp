@@ -28,6 +28,7 @@ class WebDiscTest : public CommandTest {
 
     WebFilm Make(const std::string& path) {
         project.films.resize(1);
+        project.films[0].thumbnail = 0.3;
         project.films[0].path = Path(path);
         const WebFilm made = MakeWebFilm(project, 0, Path(""), 2, module);
         EXPECT_EQ(ReadWebFilm(Path(""), 0), made);
@@ -56,8 +57,13 @@ TEST_F(WebDiscTest, TakesOverWhatBrowsersPlayAndGivesEachSoundAFile) {
         "sine=frequency=900:duration=2 -i a.srt -map 0 -map 1 -map 2 -map 3 -c:v libx264 -pix_fmt yuv420p -c:a:0 aac "
         "-c:a:1 ac3 -metadata:s:a:0 language=ger -metadata:s:a:1 language=eng -metadata:s:a:1 title=Director "
         "-metadata:s:s:0 language=deu in.mkv");
+    // Beside the film, and coded as it was usual once.
+    std::ofstream(folder / "in.fr.srt") << "1\n00:00:01,000 --> 00:00:02,000\n\xC9t\xE9\n";
+    project.films.resize(1);
+    project.films[0].subtitles = {Path("in.fr.srt")};
     const WebFilm made = Make("in.mkv");
     EXPECT_TRUE(made.copied);
+    EXPECT_EQ(Probe(made.poster, "stream=codec_name,width,height"), "mjpeg|320|180\n");
     const std::vector<WebTrack> sounds = {{Path("film-01.mp4"), "ger", ""},
                                           {Path("film-01-sound-2.mp4"), "eng", "Director"}};
     EXPECT_EQ(made.sounds, sounds);
@@ -70,7 +76,9 @@ TEST_F(WebDiscTest, TakesOverWhatBrowsersPlayAndGivesEachSoundAFile) {
         EXPECT_LT(bytes.find("moov"), bytes.find("mdat")) << track.file;
         EXPECT_NEAR(std::stod(Probe(track.file, "format=duration")), 2, 0.05);
     }
-    ASSERT_EQ(made.subtitles.size(), 1u);
+    ASSERT_EQ(made.subtitles.size(), 2u);
+    EXPECT_EQ(made.subtitles[1].language, "fr");
+    EXPECT_EQ(ReadFile(made.subtitles[1].file), "WEBVTT\n\n00:01.000 --> 00:02.000\nÉté\n");
     // The container begins a little before the pictures.
     const std::string text = ReadFile(made.subtitles[0].file);
     EXPECT_TRUE(text.starts_with("WEBVTT\n\n00:00.52") && text.ends_with("<i>Guten</i> Tag\n")) << text;
@@ -131,7 +139,8 @@ TEST_F(WebDiscTest, MakesAFilmOfPhotographs) {
     EXPECT_EQ(Streams(made.sounds[0].file), "h264 aac ");
     EXPECT_EQ(Probe(made.sounds[0].file, "stream=width,height,sample_aspect_ratio,r_frame_rate"),
               "1440|1080|1:1|30000/1001\n");
-    EXPECT_EQ(Files(), (std::set<std::string>{"1.jpg", "2.jpg", "film-01.json", "film-01.mp4", "music.wav"}));
+    EXPECT_EQ(Files(),
+              (std::set<std::string>{"1.jpg", "2.jpg", "film-01.jpg", "film-01.json", "film-01.mp4", "music.wav"}));
 }
 
 // A disc of three films, the first with chapters; the menus have two pages of the disc and two of chapters.
@@ -263,7 +272,9 @@ TEST_F(WebDiscInABrowser, StandsUnderItsNameOnlyWhenComplete) {
         return Path(name);
     };
     films.resize(3);
-    films[0] = {{{file("a.mp4"), "ger", ""}}, {{file("a.vtt"), "eng", ""}}};
+    for (std::size_t i = 0; i < films.size(); ++i) films[i].poster = file(std::to_string(i) + ".jpg");
+    films[0].sounds = {{file("a.mp4"), "ger", ""}};
+    films[0].subtitles = {{file("a.vtt"), "eng", ""}};
     films[1].sounds = {{file("b.mp4"), "", ""}};
     films[2].sounds = {{file("c.mp4"), "", ""}};
     menus = {{file("m.mp4"), file("m.jpg")}};
@@ -295,7 +306,8 @@ TEST_F(WebDiscInABrowser, StandsUnderItsNameOnlyWhenComplete) {
     EXPECT_EQ(ReadFile(folder / "disc/films/c.mp4"), "c.mp4");
     std::ofstream(folder / "disc/letter.txt");
     expectRefused(true, "letter.txt");
-    EXPECT_EQ(Files(), (std::set<std::string>{"a.mp4", "a.vtt", "b.mp4", "disc", "m.jpg", "m.mp4"}));
+    EXPECT_EQ(Files(),
+              (std::set<std::string>{"0.jpg", "1.jpg", "2.jpg", "a.mp4", "a.vtt", "b.mp4", "disc", "m.jpg", "m.mp4"}));
 }
 
 }  // namespace
