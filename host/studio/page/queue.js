@@ -57,7 +57,9 @@ export async function render(title, name, job, also = []) {
 /** Copies the command line that makes the same bytes. */
 export async function copyCommand(job) {
     try {
-        const {line} = await post("api/command", job);
+        const {line, files = []} = await post("api/command", job);
+        // A list that the command reads.
+        for (const {path, text} of files) if (!await saveFile(path, text)) return;
         const copied = await navigator.clipboard.writeText(line).then(() => true, () => false);
         notice(copied ? "The command line is copied." : "The command line:", false, el("code", {text: line}));
     } catch (error) { report(error); }

@@ -130,7 +130,7 @@ export function slideshowJob(job, catalogue) {
     const tiles = words.map(word => {
         const one = tile(word, `Transition ${word}`, () => set(({transitions}) => {
             const next = transitions.includes(word) ? transitions.filter(other => other !== word) : [...transitions, word];
-            return {transitions: next.length ? next : ["cut"]};
+            return {transitions: next.length ? next : transitions};
         }));
         const request = () => ({view: `${page}/show/tile-${word}`, width: 160, show: {inputs: small(), seconds: 0.4, transitionSeconds: 1.2, transitions: [word], motions: ["none"], fit: "crop", size: "240x180", rate: 25}});
         playsWhenPointed(one, signal => { if (small().length > 1) play("api/slideshow/stream", {...request(), from: 0, to: 50}, 25, picture => signal.aborted ? picture.close() : drawInto(one.canvas, picture), signal).catch(report); });

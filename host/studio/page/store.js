@@ -58,20 +58,24 @@ export const canRedo = () => (future[state.job] ?? []).length > 0;
 /** What is dragged, or pressed, is a step of its own. */
 for (const name of ["pointerdown", "pointerup"]) addEventListener(name, () => { last = {at: 0}; }, true);
 
+/** A page keeps what is its own over a reload, whatever other pages write. */
+function remember() { if (state !== empty) try { sessionStorage.draft = JSON.stringify(state); } catch { /* more than the browser keeps: the server has it */ } }
+
 /** Writes the draft; what changes meanwhile is written next. */
 async function save() {
     if (saving) { await saving; return save(); }
+    remember();
     saving = call("PUT", `api/draft?page=${page}`, state, {keepalive: true}).catch(() => { timer = setTimeout(save, 3000); });
     await saving;
     saving = null;
 }
 /** What is not written yet is written before the page goes. */
-addEventListener("pagehide", () => { clearTimeout(timer); if (state !== empty) save(); });
+addEventListener("pagehide", () => { clearTimeout(timer); remember(); if (state !== empty) save(); });
 
 export async function restore() {
     try {
         const reply = await call("GET", `api/draft?page=${page}`);
-        const draft = await reply.json();
+        const draft = sessionStorage.draft ? JSON.parse(sessionStorage.draft) : await reply.json();
         if (draft?.job) state = {...empty, ...draft};
     } catch { /* a page without a draft begins empty */ }
 }

@@ -118,13 +118,11 @@ class Studio:
 
     def same_bytes(self, line, output):
         """Runs a copied command line for another output beside; the bytes are those that the studio wrote."""
-        words = shlex.split(line)
-        words[0] = self.program
-        made = self.folder / output
+        made, words = self.folder / output, shlex.split(line)
+        named = [word for word in words[2:] if word.endswith(made.suffix) and not word.startswith("-") and not (self.folder / word).exists()]
+        assert len(named) == 1, f"the output is not to be found in {line}"
         other = made.with_name("again-" + made.name)
-        words = [str(other) if word == output else word for word in words]
-        assert str(other) in words, f"{output} is not in {line}"
-        subprocess.run([word for word in words], cwd=self.folder, check=True, capture_output=True)
+        subprocess.run([self.program, *[str(other) if word == named[0] else word for word in words[1:]]], cwd=self.folder, check=True, capture_output=True)
         assert made.read_bytes() == other.read_bytes(), f"{output} differs from what this makes: {line}"
 
 
