@@ -25,6 +25,8 @@ while IFS= read -r line; do
     line=${line//\\|/|} line=${line%%|*} line=${line%%  #*}
     case $line in
         'nifikral apply '* | 'nifikral slideshow '* | 'nifikral title '* | 'nifikral menu '* | 'nifikral disc '*) line+=' -y --dry-run' ;;
+        # It serves until it is interrupted.
+        'nifikral studio '*) line="timeout -s INT 3 $line; [[ \$? == 124 ]]" ;;
         'nifikral init '* | 'nifikral gallery '*) line+=' -y' ;;
     esac
     if ! bash -c "$line" </dev/null >printed 2>&1; then
