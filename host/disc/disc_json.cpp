@@ -52,6 +52,8 @@ constexpr DiscKey menuKeys[] = {
     {"playAll", "true or false: a button for all films in turn"},
     {"chapters", "true or false: menus for the chapters of films"},
     {"instructions", "[line, ...] of a page of instructions; none unless given"},
+    {"words", "{\"playAll\": \"Alles\", ...} on the buttons; the names of all:"},
+    {"language", "of the words, such as de, for readers of a page for browsers; en unless given"},
     {"mark", "how the chosen button is marked: frame, underline or marker"},
     {"chosen", "colour of a chosen button, \"#rrggbb\""},
     {"pressed", "colour of a pressed button"},
@@ -142,6 +144,19 @@ void ReadTemplate(const ProjectItem& item, const char* begin, std::string& name)
                (meant.empty() ? "; give one such as " + known.front() : meant));
 }
 
+DiscWords ReadWords(const ProjectItem& item) {
+    std::vector<const char*> names;
+    for (const DiscWord& word : discWords) names.push_back(word.name);
+    item.RefuseOtherKeys(names);
+    DiscWords words;
+    for (const auto& [name, text] : discWords)
+        if (const ProjectItem own = item[name]) {
+            words.*text = Title(own);
+            RefuseEmpty(own, words.*text);
+        }
+    return words;
+}
+
 DiscMenus ReadMenus(const ProjectItem& item, const std::string& project) {
     item.RefuseOtherKeys(Names(menuKeys));
     DiscMenus menus;
@@ -155,6 +170,12 @@ DiscMenus ReadMenus(const ProjectItem& item, const std::string& project) {
     if (item["playAll"]) menus.playAll = item["playAll"].Boolean();
     if (item["chapters"]) menus.chapters = item["chapters"].Boolean();
     for (const ProjectItem& line : item["instructions"].Entries()) menus.instructions.push_back(Title(line));
+    menus.words = ReadWords(item["words"]);
+    if (const ProjectItem language = item["language"]) {
+        menus.language = language.Text();
+        if (!std::regex_match(menus.language, std::regex("[A-Za-z]{2,8}(-[A-Za-z0-9]{1,8})*")))
+            language.Fault("\"" + menus.language + "\" names no language; give one such as de or pt-BR");
+    }
     if (const ProjectItem mark = item["mark"]) {
         const std::string name = mark.Text();
         const auto* const found = std::find(std::begin(marks), std::end(marks), name);
@@ -163,6 +184,10 @@ DiscMenus ReadMenus(const ProjectItem& item, const std::string& project) {
     }
     if (item["chosen"]) menus.chosen = item["chosen"].Colour();
     if (item["pressed"]) menus.pressed = item["pressed"].Colour();
+    if (menus.pressed == menus.chosen)
+        item[item["pressed"] ? "pressed" : "chosen"].Fault("is the colour of buttons that are " +
+                                                           std::string(item["pressed"] ? "chosen" : "pressed") +
+                                                           "; give another, so that one sees the difference");
     return menus;
 }
 
@@ -258,6 +283,10 @@ std::string DiscJson(const DiscProject& project, const std::string& path) {
     menus["playAll"] = own.playAll;
     menus["chapters"] = own.chapters;
     if (!own.instructions.empty()) menus["instructions"] = own.instructions;
+    const DiscWords usual;
+    for (const auto& [name, text] : discWords)
+        if (own.words.*text != usual.*text) menus["words"][name] = own.words.*text;
+    if (own.language != DiscMenus().language) menus["language"] = own.language;
     menus["mark"] = marks[int(own.mark)];
     menus["chosen"] = ColourText(own.chosen);
     menus["pressed"] = ColourText(own.pressed);
@@ -277,6 +306,16 @@ std::string DiscJson(const DiscProject& project, const std::string& path) {
     return tidy + text + "\n";
 }
 
+namespace {
+
+std::string WordNames() {
+    std::string names;
+    for (const DiscWord& word : discWords) names += std::string(names.empty() ? "      " : ", ") + word.name;
+    return names + "\n";
+}
+
+}  // namespace
+
 std::string DescribeDiscKeys() {
     std::string text;
     const auto add = [&](const std::string& before, const DiscKey& key) {
@@ -287,7 +326,10 @@ std::string DescribeDiscKeys() {
         if (std::string_view(key.name) == "films")
             for (const DiscKey& inner : filmKeys) add("    ", inner);
         if (std::string_view(key.name) == "menus")
-            for (const DiscKey& inner : menuKeys) add("    ", inner);
+            for (const DiscKey& inner : menuKeys) {
+                add("    ", inner);
+                if (std::string_view(inner.name) == "words") text += WordNames();
+            }
     }
     return text;
 }

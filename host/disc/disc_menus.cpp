@@ -7,12 +7,11 @@
 #include "host/films/button_list.h"
 #include "host/films/example_project.h"
 #include "host/films/film.h"
-#include "host/films/loop_seam.h"
 #include "host/films/menu.h"
 #include "host/films/menu_pages.h"
 #include "host/films/menu_places.h"
 #include "host/films/slide_pictures.h"
-#include "host/films/text_renderer.h"
+#include "host/media/part_file.h"
 
 namespace Nifikral {
 namespace {
@@ -43,9 +42,15 @@ std::string InList(std::string text) {
     return text;
 }
 
-bool Overlap(const FilmBox& a, const FilmBox& b) {
-    return a.left < b.left + b.width && b.left < a.left + a.width && a.top < b.top + b.height &&
-           b.top < a.top + a.height;
+// A gradient from a dark blue to a darker one, as a file.
+std::string PlainBackground(const Film& film) {
+    constexpr double from[] = {58, 78, 104}, to[] = {16, 22, 34};
+    std::string picture = "P6\n" + std::to_string(film.width) + " " + std::to_string(film.height) + "\n255\n";
+    for (int y = 0; y < film.height; ++y)
+        for (int x = 0; x < film.width; ++x)
+            for (int c = 0; c < 3; ++c)
+                picture += char(std::lround(std::lerp(from[c], to[c], 0.7 * y / film.height + 0.3 * x / film.width)));
+    return picture;
 }
 
 class PageMaker {
@@ -57,21 +62,15 @@ class PageMaker {
         DiscPage page = Begin(name, film, templateName, title);
         for (const Entry& entry : entries) page.menu.sources.push_back(entry.source);
         if (templateName == placedTemplate) PlaceInRows(page.menu);
-        const std::vector<RestingPlace> places = MenuWatch(page.menu, templateName, m_module).Places();
+        const MenuWatch watch(page.menu, templateName, m_module);
+        const std::vector<RestingPlace> places = watch.Places();
         const bool rest = std::all_of(places.begin(), places.end(), [](const RestingPlace& place) {
             return place.kind != PlaceKind::Picture || place.Rests();
         });
         std::vector<Command> all;
         for (const Entry& entry : entries) all.push_back(entry.command);
         all.insert(all.end(), commands.begin(), commands.end());
-        MenuProject captioned = page.menu;
-        std::vector<FilmBox> boxes = AddCaptions(captioned, places, all);
-        if (rest && AddRow(captioned, boxes, commands)) {
-            page.menu = captioned;
-            AddButtons(page, all, boxes);
-        } else {
-            AddList(page, all);
-        }
+        if (!rest || !AddOnPictures(page, watch, places, entries, commands)) AddList(page, all, watch);
         return page;
     }
 
@@ -89,7 +88,7 @@ class PageMaker {
                 text.box = {text.box[0], text.box[1] + int(i) * step, example[0].box[2], step};
                 page.menu.texts.push_back(text);
             }
-        AddList(page, commands);
+        AddList(page, commands, MenuWatch(page.menu, page.templateName, m_module));
         return page;
     }
 
@@ -140,7 +139,14 @@ class PageMaker {
         made.loopStart = made.FramesIn(leadSeconds);
         made.frames = made.loopStart + made.FramesIn(m_project.menus.seconds);
         page.menu.background = m_project.menus.background;
-        if (const MenuText text = Texts(page, title).front(); !title.empty()) page.menu.texts = {text};
+        if (title.empty()) return page;
+        MenuText text = Texts(page, title).front();
+        // What lies on pictures is to be read on light ones too.
+        if (text.styled.style.shadow && !text.styled.style.outline) {
+            text.styled.style.outline = true;
+            text.styleWords += " outline";
+        }
+        page.menu.texts = {text};
         return page;
     }
 
@@ -148,11 +154,12 @@ class PageMaker {
     static std::vector<MenuText> Texts(const DiscPage& page, const std::string& title = "-") {
         constexpr double width = 1280, height = 720;
         const double across = page.menu.film.width / width, down = page.menu.film.height / height;
+        const FilmBox safe = SafeArea(page.menu.film.width, page.menu.film.height);
         std::vector<MenuText> texts = ExampleTextsOf(page.templateName, title.empty() ? "-" : InList(title));
         for (MenuText& text : texts) {
             text.styled.size = std::max(10, int(std::lround(text.styled.size * std::min(across, down))));
-            text.box = {int(text.box[0] * across), int(text.box[1] * down), int(text.box[2] * across),
-                        int(text.box[3] * down)};
+            text.box = {int(text.box[0] * across), std::max(int(text.box[1] * down), safe.top),
+                        int(text.box[2] * across), int(text.box[3] * down)};
         }
         return texts;
     }
@@ -160,15 +167,17 @@ class PageMaker {
     // In rows below the title, with room for captions and for the row of the other buttons.
     static void PlaceInRows(MenuProject& menu) {
         const int width = menu.film.width, height = menu.film.height, count = int(menu.sources.size());
-        const FilmBox area{width / 10, height / 4, width * 8 / 10, height * 13 / 20};
+        const FilmBox area{width / 15, height * 23 / 100, width * 13 / 15, height * 61 / 100};
         const int columns = count <= 2 ? count : count <= 4 ? 2 : 3;
         const int rows = columns ? (count + columns - 1) / columns : 0;
         menu.placesSources = true;
         for (int i = 0; i < count; ++i) {
+            const int inRow = std::min(columns, count - i / columns * columns);
             const int cellWidth = area.width / columns, cellHeight = area.height / rows;
-            const int pictureWidth = std::min(cellWidth * 9 / 10, (cellHeight * 8 / 10) * 16 / 9);
-            const int pictureHeight = pictureWidth * 9 / 16;
-            const int left = area.left + i % columns * cellWidth + (cellWidth - pictureWidth) / 2;
+            const int pictureHeight = std::min(cellWidth * 9 / 10 * 9 / 16, cellHeight - height / 11);
+            const int pictureWidth = pictureHeight * 16 / 9;
+            const int left = area.left + (area.width - inRow * cellWidth) / 2 + i % columns * cellWidth +
+                             (cellWidth - pictureWidth) / 2;
             const int top = area.top + i / columns * cellHeight;
             MenuSource& source = menu.sources[std::size_t(i)];
             constexpr int speed = 16;
@@ -181,86 +190,35 @@ class PageMaker {
         }
     }
 
-    // A line of text that shows while the menu repeats, and in the frames that dissolve into its end.
-    static void AddText(MenuProject& menu, const std::string& words, int size, const FilmBox& box) {
-        const Film& film = menu.film;
-        MenuText text;
-        text.item = words;
-        text.styled = {InList(words), {}, {.bold = true, .outline = true}, size, 255, 255, 255};
-        text.styleWords = "bold outline";
-        text.box = {box.left, box.top, box.width, box.height};
-        text.firstFrame = int(film.loopStart - LoopSeam::LengthOf(film.loopStart, film.frames, film.frameRate));
-        menu.texts.push_back(text);
-    }
-
-    // Below each picture, or on its lower end where there is no room. Returns the boxes of the pictures.
-    static std::vector<FilmBox> AddCaptions(MenuProject& menu, const std::vector<RestingPlace>& places,
-                                            const std::vector<Command>& entries) {
-        const int size = std::max(14, menu.film.height / 26), line = size * 3 / 2;
-        const int safe = menu.film.height - menu.film.height / 20;
-        std::vector<FilmBox> boxes;
-        for (const RestingPlace& place : places) {
-            if (place.kind != PlaceKind::Picture) continue;
-            FilmBox box{place.at.left, place.at.top + place.at.height + 2, place.at.width, line};
-            const bool covers = std::any_of(places.begin(), places.end(), [&](const RestingPlace& other) {
-                return other.kind == PlaceKind::Picture && Overlap(box, other.at);
-            });
-            if (covers || box.top + box.height > safe) box.top = place.at.top + place.at.height - line - 2;
-            AddText(menu, entries[place.index].caption, size, box);
-            boxes.push_back(place.at);
-        }
-        return boxes;
-    }
-
-    // Sets the commands side by side where there is neither a picture nor a text, as far down as that is, and adds
-    // their boxes; false where there is no such place.
-    static bool AddRow(MenuProject& menu, std::vector<FilmBox>& boxes, const std::vector<Command>& commands) {
-        std::vector<FilmBox> taken = boxes;
-        for (const MenuText& text : menu.texts) taken.push_back({text.box[0], text.box[1], text.box[2], text.box[3]});
-        // The marks around the texts are to stay where every screen shows them.
-        constexpr int mark = 8;
-        const int left = menu.film.width / 20 + mark, right = menu.film.width - left;
-        const int safe = menu.film.height - menu.film.height / 20 - mark;
-        for (int size = menu.film.height / 22; size >= menu.film.height / 40; --size) {
-            const int height = size * 3 / 2, gap = 2 * size;
-            std::vector<FilmBox> row;
-            int across = 0;
-            for (const Command& command : commands) {
-                const int width = RenderText({command.caption, {}, {.bold = true, .outline = true}, size})->width + 4;
-                row.push_back({across, 0, width, height});
-                across += width + gap;
-            }
-            const int begin = (left + right - (across - gap)) / 2;
-            if (begin < left) continue;
-            for (int top = safe - height; top >= menu.film.height / 20; top -= 2) {
-                const FilmBox whole{begin - gap / 2, top - mark, across, height + 2 * mark};
-                if (std::any_of(taken.begin(), taken.end(), [&](const FilmBox& box) { return Overlap(box, whole); }))
-                    continue;
-                for (std::size_t i = 0; i < row.size(); ++i) {
-                    row[i].left += begin;
-                    row[i].top = top;
-                    AddText(menu, commands[i].caption, size, row[i]);
-                    boxes.push_back(row[i]);
-                }
-                return true;
-            }
-        }
-        return false;
-    }
-
-    static void AddButtons(DiscPage& page, const std::vector<Command>& commands, const std::vector<FilmBox>& boxes) {
-        for (std::size_t i = 0; i < commands.size(); ++i) {
-            const FilmBox box = StoredBox(page.menu.film, boxes[i]);
-            page.buttons.push_back(
-                {commands[i].caption, box.left, box.top, box.width, box.height, commands[i].target, 0, 0, 0, 0});
-        }
+    // Buttons on the pictures, which have captions, and a list of the others beside them; false where that has no room.
+    static bool AddOnPictures(DiscPage& page, const MenuWatch& watch, const std::vector<RestingPlace>& places,
+                              const std::vector<Entry>& entries, const std::vector<Command>& commands) {
+        MenuProject menu = page.menu;
+        for (const Entry& entry : entries) menu.captions.push_back(entry.command.caption);
+        for (const Command& command : commands) menu.buttons.push_back(command.caption);
+        // Captions come when their pictures have come to rest.
+        menu.film.overBegin = menu.film.loopStart;
+        const ButtonList list = LayOutButtons(menu, watch);
+        if (list.hides) return false;
+        page.menu = menu;
+        for (const RestingPlace& place : places)
+            if (place.kind == PlaceKind::Picture) AddButton(page, entries[place.index].command, place.Reach(menu.film));
+        for (std::size_t i = 0; i < commands.size(); ++i) AddButton(page, commands[i], list.buttons[i].box);
         LinkButtons(page.buttons);
+        return true;
     }
 
     // All buttons as a list of texts that stands still.
-    void AddList(DiscPage& page, const std::vector<Command>& commands) const {
+    static void AddList(DiscPage& page, const std::vector<Command>& commands, const MenuWatch& watch) {
         for (const Command& command : commands) page.menu.buttons.push_back(command.caption);
-        AddButtons(page, commands, LayOutButtons(page.menu, MenuWatch(page.menu, page.templateName, m_module)).boxes);
+        const ButtonList list = LayOutButtons(page.menu, watch);
+        for (std::size_t i = 0; i < commands.size(); ++i) AddButton(page, commands[i], list.buttons[i].box);
+        LinkButtons(page.buttons);
+    }
+
+    static void AddButton(DiscPage& page, const Command& command, const FilmBox& place) {
+        const FilmBox box = StoredBox(page.menu.film, place);
+        page.buttons.push_back({command.caption, box.left, box.top, box.width, box.height, command.target, 0, 0, 0, 0});
     }
 
     const DiscProject& m_project;
@@ -272,7 +230,7 @@ std::size_t PagesFor(std::size_t count, std::size_t each) { return (count + each
 // Cuts entries into pages that lead to each other.
 class PageList {
  public:
-    explicit PageList(const PageMaker& maker) : m_maker(maker) {}
+    PageList(const PageMaker& maker, const DiscWords& words) : m_maker(maker), m_words(words) {}
 
     void Add(const std::string& name, int film, const std::string& templateName, const std::string& title,
              const std::vector<Entry>& entries, const std::vector<Command>& commands, std::size_t each) {
@@ -281,8 +239,8 @@ class PageList {
             const auto begin = entries.begin() + std::ptrdiff_t(i * each);
             const auto end = begin + std::ptrdiff_t(std::min(each, entries.size() - i * each));
             std::vector<Command> all = commands;
-            if (i + 1 < count) all.push_back({"Next", ToPage(first + i + 1)});
-            if (i > 0) all.push_back({"Previous", ToPage(first + i - 1)});
+            if (i + 1 < count) all.push_back({m_words.next, ToPage(first + i + 1)});
+            if (i > 0) all.push_back({m_words.previous, ToPage(first + i - 1)});
             m_pages.push_back(m_maker.Make(count > 1 ? name + std::to_string(i + 1) : name, film, templateName, title,
                                            {begin, end}, all));
         }
@@ -292,6 +250,7 @@ class PageList {
 
  private:
     const PageMaker& m_maker;
+    const DiscWords& m_words;
     std::vector<DiscPage> m_pages;
 };
 
@@ -311,7 +270,8 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
     for (const std::size_t film : chaptered)
         chapterPages.push_back(chapterPages.back() + PagesFor(project.films[film].chapters.size(), eachChapter));
 
-    PageList pages(maker);
+    const DiscWords& words = menus.words;
+    PageList pages(maker, words);
     std::vector<Entry> films, choices;
     for (std::size_t i = 0; i < project.films.size(); ++i) {
         const DiscFilm& film = project.films[i];
@@ -320,16 +280,17 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
         entry.source = maker.SourceOf(film, film.thumbnail);
     }
     std::vector<Command> commands;
-    if (menus.playAll && films.size() > 1) commands.push_back({"Play all", {Kind::PlayAll, 0, 0, 0}});
-    if (!chaptered.empty()) commands.push_back({"Chapters", ToPage(chaptered.size() > 1 ? choice : chapterPages[0])});
-    if (!menus.instructions.empty()) commands.push_back({"How to watch", ToPage(instructions)});
+    if (menus.playAll && films.size() > 1) commands.push_back({words.playAll, {Kind::PlayAll, 0, 0, 0}});
+    if (!chaptered.empty())
+        commands.push_back({words.chapters, ToPage(chaptered.size() > 1 ? choice : chapterPages[0])});
+    if (!menus.instructions.empty()) commands.push_back({words.instructions, ToPage(instructions)});
     pages.Add("main", -1, menus.mainTemplate, project.title, films, commands, eachFilm);
 
     for (std::size_t i = 0; i < chaptered.size(); ++i)
         choices.push_back({{films[chaptered[i]].command.caption, ToPage(chapterPages[i])}, films[chaptered[i]].source});
     if (choices.size() > 1)
-        pages.Add("choice", -1, menus.chapterTemplate, "Chapters", choices, {{"Back", ToPage(0)}}, eachChapter);
-    if (!menus.instructions.empty()) pages.Add(maker.MakeInstructions("instructions", {{"Back", ToPage(0)}}));
+        pages.Add("choice", -1, menus.chapterTemplate, words.chapters, choices, {{words.back, ToPage(0)}}, eachChapter);
+    if (!menus.instructions.empty()) pages.Add(maker.MakeInstructions("instructions", {{words.back, ToPage(0)}}));
     for (const std::size_t i : chaptered) {
         const DiscFilm& film = project.films[i];
         std::vector<Entry> chapters;
@@ -342,22 +303,33 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
             entry.source = maker.SourceOf(film, film.chapters[chapter].begin + 1);
         }
         pages.Add("chapters" + std::to_string(i + 1) + "-", int(i), menus.chapterTemplate, film.title, chapters,
-                  {{"Back", ToPage(choices.size() > 1 ? choice : 0)}}, eachChapter);
+                  {{words.back, ToPage(choices.size() > 1 ? choice : 0)}}, eachChapter);
     }
     return pages.Take();
+}
+
+void RenderPage(const DiscProject& project, const DiscPage& page, const EffectModule& module, FilmOptions options) {
+    if (!project.menus.music.empty()) options.sounds = {project.menus.music};
+    options.fade = project.menus.fade;
+    if (!page.menu.background.empty() || page.templateName != placedTemplate)
+        return RenderMenuPage(page.menu, page.templateName, options, module, page.name);
+    // Never finished, it goes away by itself.
+    const PartFile background(options.run.output.path + ".ppm", true);
+    background.Write(PlainBackground(page.menu.film));
+    MenuProject menu = page.menu;
+    menu.background = background.Path();
+    RenderMenuPage(menu, page.templateName, options, module, page.name);
 }
 
 void MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module, const std::string& output,
               int threads) {
     FilmOptions options;
-    if (!project.menus.music.empty()) options.sounds = {project.menus.music};
-    options.fade = project.menus.fade;
     options.run.threads = threads;
     options.run.output.path = output;
     options.run.output.overwrite = true;
     options.run.output.silence = true;
     options.run.output.keyTimes = {PlaceOfPage(page, output).loopStart};
-    RenderMenuPage(page.menu, page.templateName, options, module, page.name);
+    RenderPage(project, page, module, options);
 }
 
 MadePage PlaceOfPage(const DiscPage& page, const std::string& output) {

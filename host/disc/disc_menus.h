@@ -7,6 +7,7 @@
 #include "host/disc/disc_page.h"
 #include "host/disc/disc_project.h"
 #include "host/disc/dvd_script.h"
+#include "host/films/film.h"
 
 namespace Nifikral {
 
@@ -16,7 +17,11 @@ namespace Nifikral {
 /// pictures rest, else in a list of texts. Throws what reading the films and pictures throws.
 std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule& module);
 
-/// Makes the film of a page, with the project's music: `output` is an .mpg, which is replaced where it is there.
+/// Makes the film of a page as the options say, with the project's music; where neither the template nor the project
+/// has a background, a plain one is drawn.
+void RenderPage(const DiscProject& project, const DiscPage& page, const EffectModule& module, FilmOptions options);
+
+/// The same for a DVD, with the project's music: `output` is an .mpg, which is replaced where it is there.
 /// `threads`: 0 for all cores.
 void MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module, const std::string& output,
               int threads);

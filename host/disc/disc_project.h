@@ -35,6 +35,36 @@ struct DiscFilm {
 /// How buttons are marked when they are chosen or pressed.
 enum class ButtonMark { Frame, Underline, Marker };
 
+/// What is written on the buttons of menus, and on a page for browsers around them.
+struct DiscWords {
+    std::string playAll = "Play all", chapters = "Chapters", instructions = "How to watch", next = "Next",
+                previous = "Previous", back = "Back";
+    std::string menu = "Menu", play = "Play", resume = "Continue", chapter = "Chapter", sound = "Sound",
+                subtitles = "Subtitles", noSubtitles = "No subtitles", fullScreen = "Full screen";
+};
+
+/// Their names in a project.
+struct DiscWord {
+    const char* name;
+    std::string DiscWords::*text;
+};
+inline constexpr DiscWord discWords[] = {
+    {"playAll", &DiscWords::playAll},
+    {"chapters", &DiscWords::chapters},
+    {"instructions", &DiscWords::instructions},
+    {"next", &DiscWords::next},
+    {"previous", &DiscWords::previous},
+    {"back", &DiscWords::back},
+    {"menu", &DiscWords::menu},
+    {"play", &DiscWords::play},
+    {"resume", &DiscWords::resume},
+    {"chapter", &DiscWords::chapter},
+    {"sound", &DiscWords::sound},
+    {"subtitles", &DiscWords::subtitles},
+    {"noSubtitles", &DiscWords::noSubtitles},
+    {"fullScreen", &DiscWords::fullScreen},
+};
+
 struct DiscMenus {
     std::string mainTemplate = "menu_common", chapterTemplate = "submenu_common",
                 instructionTemplate = "instructionmenu_common";
@@ -45,6 +75,8 @@ struct DiscMenus {
     bool playAll = true;                    ///< a button for all films in turn, where there are several
     bool chapters = true;                   ///< chapter menus for films with more than one chapter
     std::vector<std::string> instructions;  ///< the lines of an instruction page; none: no page
+    DiscWords words;
+    std::string language = "en";  ///< of the words, as browsers name it
     ButtonMark mark = ButtonMark::Frame;
     unsigned chosen = 0xFFD040, pressed = 0xFFFFFF;  ///< 0xRRGGBB
 };

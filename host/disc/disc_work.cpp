@@ -59,7 +59,8 @@ std::string KeyOf(const DiscProject& project, const DiscPage& page) {
         << project.profile->name << ' ' << page.templateName << ' ' << page.menu.film.frames << ' ';
     key << page.menu.film.loopStart << ' ' << menus.fade << '\n' << KeyOfFile(menus.music);
     for (const auto& [name, value] : MenuProperties(page.menu)) key << name << '=' << value << '\n';
-    for (const std::string& button : page.menu.buttons) key << button << '\n';
+    for (const auto* texts : {&page.menu.buttons, &page.menu.captions})
+        for (const std::string& text : *texts) key << text << '\n';
     key << KeyOfFile(page.menu.background) << KeyOfFile(page.menu.backgroundMask);
     for (const MenuSource& source : page.menu.sources) key << KeyOfFile(source.path) << KeyOfFile(source.mask);
     return key.str();

@@ -11,7 +11,7 @@ namespace Nifikral {
 namespace {
 
 // What the registers of a player hold. It keeps 16 bits in each, and a button's number times 1024.
-//   g0  1: all films are played in turn
+//   g0  1: all films are played in turn, until another button is pressed or the last one ends
 //   g1  the film that follows then, from 1
 //   g2  the button to be chosen on the page of the disc's menu in g3
 //   g3  a page of the disc's menu, from 1; 0: none
@@ -61,8 +61,8 @@ class Script {
         m_text << "jump menu 2;</pre></pgc>\n";
         for (std::size_t i = 0; i < m_discPages.size(); ++i) {
             const long long number = static_cast<long long>(i) + 1;
-            WritePage(m_discPages[i], Set("g0", 0) + Set("button", buttonUnit) + "if (g3 eq " + Number(number) +
-                                          ") button = g2; " + Set("g3", 0));
+            WritePage(m_discPages[i],
+                      Set("button", buttonUnit) + "if (g3 eq " + Number(number) + ") button = g2; " + Set("g3", 0));
         }
         for (std::size_t group = 0; group < groups; ++group) {
             m_text << "<pgc><pre>";
@@ -120,8 +120,7 @@ class Script {
     }
 
     std::string ChapterPageBegin(int film, const DiscPage& page) const {
-        std::string commands =
-            Set("g0", 0) + Set("g4", 0) + ChooseFilm(film) + Set("button", buttonUnit) + "if (g5 eq 1) {";
+        std::string commands = Set("g4", 0) + ChooseFilm(film) + Set("button", buttonUnit) + "if (g5 eq 1) {";
         for (std::size_t i = 0; i < page.buttons.size(); ++i)
             if (page.buttons[i].target.kind == DiscTarget::Kind::Chapter)
                 commands += " if (s7 eq " + Number(page.buttons[i].target.chapter + 1) + ") " +
@@ -138,7 +137,9 @@ class Script {
     std::string AfterFilm(int film) const {
         const int count = int(m_titles.size()), next = (film + 1) % count;
         std::string commands = ChooseFilm(next);
-        if (next > 0)
+        if (next == 0)
+            commands += Set("g0", 0);
+        else
             commands += Set("g1", next + 1) + "if (g0 eq 1) call vmgm menu " +
                         Number(static_cast<long long>(m_discPages.size()) + 2 + next / dispatched) + "; ";
         return commands + "call vmgm menu 1;";
@@ -148,11 +149,11 @@ class Script {
         const std::string film = Number(target.film + 1);
         switch (target.kind) {
             case DiscTarget::Kind::Film:
-                return page.film < 0 ? "jump title " + film + ";" : "jump title 1;";
+                return Set("g0", 0) + (page.film < 0 ? "jump title " + film + ";" : "jump title 1;");
             case DiscTarget::Kind::PlayAll:
                 return Set("g0", 1) + "jump title 1;";
             case DiscTarget::Kind::Chapter:
-                return "jump title 1 chapter " + Number(target.chapter + 1) + ";";
+                return Set("g0", 0) + "jump title 1 chapter " + Number(target.chapter + 1) + ";";
             case DiscTarget::Kind::Page:
                 break;
         }

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "host/films/menu_places.h"
+
 namespace Nifikral {
 namespace {
 
@@ -126,13 +128,14 @@ FramePtr DrawHighlights(const std::vector<HighlightBox>& boxes, ButtonMark mark,
 }
 
 std::vector<std::string> OutsideTitleSafe(const DiscPage& page, const DiscMenus& menus, const FilmProfile& profile) {
-    const int across = profile.width / 20, down = profile.height / 20;
+    const FilmBox safe = SafeArea(profile.width, profile.height);
     const std::vector<HighlightBox> boxes = HighlightBoxes(page, menus, profile, DiscView::Whole);
     std::vector<std::string> captions;
-    for (std::size_t i = 0; i < boxes.size(); ++i)
-        if (boxes[i].left < across || boxes[i].top < down || boxes[i].right > profile.width - across ||
-            boxes[i].bottom > profile.height - down)
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        const HighlightBox& box = boxes[i];
+        if (!FilmBox{box.left, box.top, box.right - box.left, box.bottom - box.top}.IsWithin(safe))
             captions.push_back(page.buttons[i].caption);
+    }
     return captions;
 }
 

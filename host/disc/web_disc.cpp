@@ -149,11 +149,14 @@ void WriteWebDisc(const DiscProject& project, const std::vector<DiscPage>& pages
     const FilmProfile& profile = *project.profile;
     Json disc = {{"title", project.title},
                  {"aspect", std::round(av_q2d(profile.shownAspect) * 1e4) / 1e4},
+                 {"language", project.menus.language},
+                 {"words", Json::object()},
                  {"mark", MarkName(project.menus.mark)},
                  {"chosen", ColourText(project.menus.chosen)},
                  {"pressed", ColourText(project.menus.pressed)},
                  {"pages", Json::array()},
                  {"films", Json::array()}};
+    for (const auto& [name, text] : discWords) disc["words"][name] = project.menus.words.*text;
     for (std::size_t i = 0; i < pages.size(); ++i)
         disc["pages"].push_back(PageJson(pages[i], menus.at(i), profile, store));
     for (std::size_t i = 0; i < project.films.size(); ++i)

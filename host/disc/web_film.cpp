@@ -9,6 +9,7 @@
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
+#include "host/disc/disc_menus.h"
 #include "host/disc/film_facts.h"
 #include "host/films/menu.h"
 #include "host/films/slideshow.h"
@@ -217,18 +218,15 @@ WebMenu PlaceOfWebMenu(const std::vector<DiscPage>& pages, int page, const std::
 
 WebMenu MakeWebMenu(const DiscProject& project, const std::vector<DiscPage>& pages, int page, const std::string& folder,
                     int threads, const EffectModule& module) {
-    const DiscPage& source = pages.at(std::size_t(page));
+    DiscPage source = pages.at(std::size_t(page));
     WebMenu made = PlaceOfWebMenu(pages, page, folder);
-    MenuProject menu = source.menu;
     // Browsers have square pixels, as the menu is made.
-    menu.film.profile = nullptr;
+    source.menu.film.profile = nullptr;
     FilmOptions options;
     options.run = OptionsFor(Numbered(folder, "menu", page, ".coded.mp4"), threads);
     options.run.output.keyTimes = {made.loopStart};
-    options.fade = project.menus.fade;
-    if (!project.menus.music.empty()) options.sounds = {project.menus.music};
     const ScratchFile coded{options.run.output.path};
-    RenderMenuPage(menu, source.templateName, options, module, source.name);
+    RenderPage(project, source, module, options);
     const std::vector<BrowserTrack> sounds = BrowserTracksOf(coded.path, mostAcross, mostDown).sounds;
     WritePoster(coded.path, made.loopStart, made.poster);
     WriteBrowserFilm(coded.path, sounds.empty() ? -1 : sounds[0].stream, made.film);

@@ -5,32 +5,46 @@
 #include <cstring>
 
 #include "host/base/errors.h"
-#include "host/base/log.h"
-#include "host/films/text_renderer.h"
+#include "host/films/picture_captions.h"
 
 namespace Nifikral {
 namespace {
 
 // Parts of the font's size.
-constexpr double sidePadding = 0.55, boxHeight = 1.65, gapHeight = 0.3, cornerRadius = 0.3;
-constexpr int mostColumns = 4, smallestFont = 12;
+constexpr double gapHeight = 0.3;
+constexpr int mostColumns = 6, smallestFont = 12;
 
-int PartOf(double part, int size) { return int(std::lround(part * size)); }
-
-// Equal boxes in columns, for texts of one font size.
+// Boxes in columns, each as wide as its longest text, for texts of one font size.
 struct Grid {
-    int size = 0, columns = 1, rows = 1, textWidth = 0;
+    int size = 0, lines = 1, rows = 1;
+    std::vector<int> textWidths = {};  // of the columns
 
-    int BoxWidth() const { return textWidth + 2 * PartOf(sidePadding, size); }
-    int BoxHeight() const { return PartOf(boxHeight, size); }
-    int Gap() const { return std::max(2, PartOf(gapHeight, size)); }
-    int Width() const { return columns * (BoxWidth() + Gap()) - Gap(); }
+    int BoxWidth(int column) const { return textWidths[std::size_t(column)] + 2 * LabelPadding(size); }
+    int BoxHeight() const { return LabelHeight(size, lines); }
+    int Gap() const { return std::max(2, int(std::lround(gapHeight * size))); }
+    int Columns() const { return int(textWidths.size()); }
+    int Left(int column) const {
+        int left = 0;
+        for (int i = 0; i < column; ++i) left += BoxWidth(i) + Gap();
+        return left;
+    }
+    int Width() const { return Left(Columns()) - Gap(); }
     int Height() const { return rows * (BoxHeight() + Gap()) - Gap(); }
+
+    // Leaves the longest columns the same width, of which the grid gets no wider than that.
+    void Narrow(int width) {
+        while (Width() > width) {
+            int& widest = *std::max_element(textWidths.begin(), textWidths.end());
+            if (widest <= size) return;
+            --widest;
+        }
+    }
 };
 
-FilmBox SafeArea(const Film& film) {
-    const int left = (film.width + 9) / 10, top = (film.height + 9) / 10;
-    return {left, top, film.width - 2 * left, film.height - 2 * top};
+// The marks of buttons are to stay within the safe area too.
+FilmBox ListArea(const Film& film) {
+    const FilmBox safe = SafeArea(film.width, film.height);
+    return {safe.left + markRoom, safe.top + markRoom, safe.width - 2 * markRoom, safe.height - 2 * markRoom};
 }
 
 StyledText StyleOf(const MenuProject& page) {
@@ -41,143 +55,131 @@ StyledText StyleOf(const MenuProject& page) {
     return style;
 }
 
-int WidthOf(StyledText text, const std::string& words, int size) {
-    text.text = words;
-    text.size = size;
-    return words.empty() ? 0 : RenderText(text)->width;
+// Beside captions, buttons are but the way to the other pages.
+int LargestFont(const MenuProject& page) {
+    return std::max(smallestFont, page.film.height / (page.captions.empty() ? 16 : 21));
 }
 
-int LargestFont(const Film& film) { return std::max(smallestFont, film.height / 16); }
-
-int WidestOf(const MenuProject& page, const StyledText& style, int size) {
-    int widest = 0;
-    for (const std::string& words : page.buttons) widest = std::max(widest, WidthOf(style, words, size));
-    return widest;
+// How many buttons are too long for their places.
+long CutsIn(const Grid& grid, const MenuProject& page, StyledText style) {
+    style.size = grid.size;
+    long cuts = 0;
+    for (std::size_t i = 0; i < page.buttons.size(); ++i)
+        cuts += BrokenInto(style, page.buttons[i], grid.textWidths[i / std::size_t(grid.rows)], grid.lines).empty();
+    return cuts;
 }
 
 // Those that fit with fonts of at least a readable size; where none does, those of smaller ones, and then those of the
-// smallest with as much width as there is.
+// smallest with as much width as there is, in one line or two, which cut the least.
 std::vector<Grid> FittingGrids(const MenuProject& page, const StyledText& style, const FilmBox& safe) {
-    const int largest = LargestFont(page.film), readable = std::max(smallestFont, largest * 7 / 10);
-    const int least = std::max(smallestFont, largest / 2), widest = WidestOf(page, style, largest);
-    const auto count = int(page.buttons.size());
+    const int largest = LargestFont(page), readable = std::max(smallestFont, largest * 7 / 10);
+    const int least = std::max(smallestFont, largest / 2), count = int(page.buttons.size());
+    std::vector<int> widths;
+    for (const std::string& words : page.buttons) widths.push_back(TextWidth(style, words, largest));
     std::vector<Grid> fitting, small, tight;
     for (int columns = 1; columns <= std::min(mostColumns, count); ++columns)
         for (int size = largest; size >= least; --size) {
-            Grid grid{size, columns, (count + columns - 1) / columns, 0};
-            grid.textWidth = int(std::ceil(double(widest) * size / largest)) + 1;
+            Grid grid{size, 1, (count + columns - 1) / columns};
+            for (int i = 0; i < count; ++i) {
+                if (i % grid.rows == 0) grid.textWidths.push_back(0);
+                int& width = grid.textWidths.back();
+                // Letters of other sizes are not quite as wide in proportion.
+                width = std::max(width, int(std::ceil(double(widths[std::size_t(i)]) * size / largest)) + 4);
+            }
             if (grid.Height() > safe.height) continue;
             if (grid.Width() <= safe.width) (size >= readable ? fitting : small).push_back(grid);
             if (grid.Width() <= safe.width || size > least) continue;
-            grid.textWidth = (safe.width + grid.Gap()) / columns - grid.Gap() - 2 * PartOf(sidePadding, size);
-            if (grid.textWidth > size) tight.push_back(grid);
+            grid.Narrow(safe.width);
+            if (grid.Width() > safe.width) continue;
+            tight.push_back(grid);
+            grid.lines = 2;
+            if (grid.Height() <= safe.height) tight.push_back(grid);
         }
-    return !fitting.empty() ? fitting : !small.empty() ? small : tight;
-}
-
-std::string Cut(const StyledText& style, const std::string& words, const Grid& grid) {
-    if (WidthOf(style, words, grid.size) <= grid.textWidth) return words;
-    PrintWarning("the button \"" + words + "\" is too long for its place and cut; give it fewer characters");
-    std::string kept = words;
-    const auto cut = [&] { return kept + "\xe2\x80\xa6"; };
-    while (!kept.empty() && WidthOf(style, cut(), grid.size) > grid.textWidth) {
-        while (!kept.empty() && (static_cast<unsigned char>(kept.back()) & 0xC0) == 0x80) kept.pop_back();
-        if (!kept.empty()) kept.pop_back();
-        while (!kept.empty() && kept.back() == ' ') kept.pop_back();
-    }
-    return cut();
+    if (!fitting.empty()) return fitting;
+    if (!small.empty() || tight.empty()) return small;
+    std::vector<long> cuts;
+    for (const Grid& grid : tight) cuts.push_back(CutsIn(grid, page, style));
+    const long fewest = *std::min_element(cuts.begin(), cuts.end());
+    for (std::size_t i = 0; i < tight.size(); ++i)
+        if (cuts[i] == fewest) small.push_back(tight[i]);
+    return small;
 }
 
 struct PlacedGrid {
     Grid grid;
     FilmBox all;
+    bool hides = false;
 };
 
-// The grid and its place that hide the least, as a part of the frame: no text if that can be, a small font is as bad as
-// hiding something, and of places that are alike the one in the middle of the left side is taken.
-PlacedGrid BestPlace(const std::vector<Grid>& grids, const Film& film, const FilmBox& safe, const MenuWatch& watch) {
+// What no button may lie on, marks included, as long as there is another place.
+std::vector<FilmBox> Kept(const ButtonList& list, const std::vector<RestingPlace>& places, const Film& film) {
+    std::vector<FilmBox> kept;
+    if (list.captions.empty()) return kept;
+    for (const RestingPlace& place : places)
+        if (place.kind == PlaceKind::Picture && place.Rests()) kept.push_back(place.Reach(film).Grown(2 * markRoom));
+    for (const Label& caption : list.captions) kept.push_back(caption.box.Grown(markRoom));
+    return kept;
+}
+
+// The grid and its place that hide the least, as a part of the frame: no text and nothing else that is to be kept, if
+// that can be; a small font is as bad as hiding something. Of places that are alike the one in the middle of the left
+// side is taken, and below captions the one in the middle of the lower end.
+PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, const FilmBox& safe,
+                     const MenuWatch& watch, const std::vector<FilmBox>& kept) {
     constexpr int steps = 16;
     constexpr double smallFontWeight = 0.2, farWeight = 0.0002;
     PlacedGrid best;
     double least = 0;
     for (const Grid& grid : grids) {
-        const double part = double(grid.Width()) * grid.Height() / (double(film.width) * film.height);
-        const double small = smallFontWeight * (1 - double(grid.size) / LargestFont(film));
+        const double part = double(grid.Width()) * grid.Height() / (double(page.film.width) * page.film.height);
+        const double small = smallFontWeight * (1 - double(grid.size) / LargestFont(page));
         for (int down = 0; down <= steps; ++down)
             for (int across = 0; across <= steps; ++across) {
                 const FilmBox box{safe.left + (safe.width - grid.Width()) * across / steps,
                                   safe.top + (safe.height - grid.Height()) * down / steps, grid.Width(), grid.Height()};
+                const int far = page.captions.empty()
+                                    ? across + std::abs(2 * down - steps)
+                                    : steps * (grid.rows - 1) + steps - down + std::abs(2 * across - steps);
+                const bool hides =
+                    std::any_of(kept.begin(), kept.end(), [&](const FilmBox& other) { return box.Overlaps(other); });
+                const double known = small + farWeight * far + (hides ? 2 : 0);
+                if (!best.all.IsEmpty() && known >= least) continue;
                 const double text = watch.Cover(PlaceKind::Text, box);
-                const double hidden = part * (watch.Cover(PlaceKind::Picture, box) + text) + (text > 0 ? 1 : 0);
-                const double cost = hidden + small + farWeight * (across + std::abs(2 * down - steps));
+                const double cost = known + part * (watch.Cover(PlaceKind::Picture, box) + text) + (text > 0 ? 1 : 0);
                 if (!best.all.IsEmpty() && cost >= least) continue;
                 least = cost;
-                best = {grid, box};
+                best = {grid, box, hides};
             }
     }
     return best;
-}
-
-unsigned ShadeFor(const StyledText& style, bool isBusy) {
-    const bool isLight = 3 * style.red + 6 * style.green + style.blue > 1100;
-    const unsigned alpha = isBusy ? 0xB0 : 0x60;
-    return alpha << 24 | (isLight ? 0x101420u : 0xF4F4F0u);
-}
-
-// How much of a pixel lies within a box with round corners.
-double Within(const FilmBox& box, double radius, int x, int y) {
-    const auto beyond = [&](int place, int begin, int size) {
-        const double middle = place + 0.5 - begin;
-        return std::max({radius - middle, middle - (size - radius), 0.0});
-    };
-    const double across = beyond(x, box.left, box.width), down = beyond(y, box.top, box.height);
-    return std::clamp(radius + 0.5 - std::hypot(across, down), 0.0, 1.0);
-}
-
-void DrawShade(AVFrame& picture, const FilmBox& box, unsigned shade, double radius) {
-    for (int y = box.top; y < box.top + box.height; ++y)
-        for (int x = box.left; x < box.left + box.width; ++x) {
-            std::uint8_t* const to = picture.data[0] + std::ptrdiff_t(y) * picture.linesize[0] + std::ptrdiff_t(x) * 4;
-            for (int c = 0; c < 3; ++c) to[c] = std::uint8_t(shade >> 8 * c);
-            to[3] = std::uint8_t(std::lround((shade >> 24) * Within(box, radius, x, y)));
-        }
-}
-
-void DrawText(AVFrame& picture, const AVFrame& text, int left, int top, const FilmBox& box) {
-    for (int y = std::max(top, box.top); y < std::min(top + text.height, box.top + box.height); ++y)
-        for (int x = std::max(left, box.left); x < std::min(left + text.width, box.left + box.width); ++x) {
-            const std::uint8_t* const from =
-                text.data[0] + std::ptrdiff_t(y - top) * text.linesize[0] + std::ptrdiff_t(x - left) * 4;
-            std::uint8_t* const to = picture.data[0] + std::ptrdiff_t(y) * picture.linesize[0] + std::ptrdiff_t(x) * 4;
-            const int over = from[3] * 255, under = to[3] * (255 - from[3]);
-            if (over + under == 0) continue;
-            for (int c = 0; c < 3; ++c) to[c] = std::uint8_t((from[c] * over + to[c] * under) / (over + under));
-            to[3] = std::uint8_t((over + under) / 255);
-        }
 }
 
 }  // namespace
 
 ButtonList LayOutButtons(const MenuProject& page, const MenuWatch& watch) {
     ButtonList list;
+    const std::vector<RestingPlace> places = watch.Places();
+    list.captions = LayOutCaptions(page, places);
     if (page.buttons.empty()) return list;
-    const FilmBox safe = SafeArea(page.film);
+    const FilmBox area = ListArea(page.film);
     StyledText style = StyleOf(page);
-    const std::vector<Grid> grids = FittingGrids(page, style, safe);
+    const std::vector<Grid> grids = FittingGrids(page, style, area);
     if (grids.empty())
         throw HostError(ExitCode::Usage, std::to_string(page.buttons.size()) + " buttons do not fit a menu of " +
                                              std::to_string(page.film.width) + " x " +
                                              std::to_string(page.film.height) + "; give fewer, or a larger menu");
-    const auto [grid, all] = BestPlace(grids, page.film, safe, watch);
+    const auto [grid, all, hides] = BestPlace(grids, page, area, watch, Kept(list, places, page.film));
+    list.hides = hides;
     style.size = grid.size;
     for (std::size_t i = 0; i < page.buttons.size(); ++i) {
         const int column = int(i) / grid.rows, row = int(i) % grid.rows;
-        list.boxes.push_back({all.left + column * (grid.BoxWidth() + grid.Gap()),
-                              all.top + row * (grid.BoxHeight() + grid.Gap()), grid.BoxWidth(), grid.BoxHeight()});
-        style.text = Cut(style, page.buttons[i], grid);
-        list.texts.push_back(style);
+        Label& label = list.buttons.emplace_back();
+        label.box = {all.left + grid.Left(column), all.top + row * (grid.BoxHeight() + grid.Gap()),
+                     grid.BoxWidth(column), grid.BoxHeight()};
+        label.text = style;
+        label.text.text =
+            CutInto(style, page.buttons[i], grid.textWidths[std::size_t(column)], grid.lines, "the button");
     }
-    list.shade = ShadeFor(style, watch.Cover(PlaceKind::Picture, all) > 0.01);
     return list;
 }
 
@@ -185,13 +187,8 @@ FramePtr DrawButtons(const ButtonList& list, const Film& film) {
     FramePtr picture = NewPicture(AV_PIX_FMT_BGRA, film.width, film.height);
     for (int y = 0; y < film.height; ++y)
         std::memset(picture->data[0] + std::ptrdiff_t(y) * picture->linesize[0], 0, std::size_t(film.width) * 4);
-    for (std::size_t i = 0; i < list.boxes.size(); ++i) {
-        const FilmBox& box = list.boxes[i];
-        const int size = list.texts[i].size;
-        DrawShade(*picture, box, list.shade, cornerRadius * size);
-        const FramePtr text = RenderText(list.texts[i]);
-        DrawText(*picture, *text, box.left + PartOf(sidePadding, size), box.top + (box.height - text->height) / 2, box);
-    }
+    for (const std::vector<Label>* labels : {&list.captions, &list.buttons})
+        for (const Label& label : *labels) DrawLabel(*picture, label);
     return picture;
 }
 

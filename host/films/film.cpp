@@ -221,7 +221,7 @@ FramePtr FilmPictures::Make() {
             ExitCode::Failed,
             std::string(m_generator.GetName()) + " fails at frame " + std::to_string(m_number) + ": " + *error, code);
     m_seam.Close(*frame, m_format, m_number);
-    if (m_over) m_over->Lay(*frame);
+    if (m_over && m_number >= m_film.overBegin) m_over->Lay(*frame);
     ++m_number;
     return frame;
 }

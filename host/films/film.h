@@ -39,6 +39,7 @@ struct Film {
     long long loopStart = 0;
     /// What is laid over every frame: BGRA of its size, colours not multiplied by alpha; null: nothing.
     std::shared_ptr<const AVFrame> over;
+    long long overBegin = 0;        ///< the first frame with it
     std::vector<SoundPiece> sound;  ///< where the options name none
     /// Draws over a frame that the generator made, by its number; null: nothing.
     std::function<void(AVBased::IRawVideoFrame&, long long)> drawOver;

@@ -77,7 +77,7 @@ PreparedFilm PrepareMenuPage(const MenuProject& page, const std::string& templat
     });
     faults.ThrowIfAny();
     Film film = page.film;
-    if (!page.buttons.empty())
+    if (!page.buttons.empty() || !page.captions.empty())
         film.over = DrawButtons(LayOutButtons(page, MenuWatch(page, templateName, module)), film);
     return {std::move(film), std::move(generator)};
 }

@@ -57,6 +57,20 @@ class PlainPictures final : public AVBased::IAVManager {
 
 }  // namespace
 
+FilmBox SafeArea(int width, int height) {
+    const int left = (width + 19) / 20, top = (height + 19) / 20;
+    return {left, top, width - 2 * left, height - 2 * top};
+}
+
+FilmBox RestingPlace::Reach(const Film& film) const {
+    const FilmBox safe = SafeArea(film.width, film.height).Grown(-markRoom), all = at.Grown(drift);
+    const auto begin = [](int own, int grown, int edge) { return std::min(own, std::max(grown, edge)); };
+    const int left = begin(at.left, all.left, safe.left), top = begin(at.top, all.top, safe.top);
+    const auto end = [](int own, int grown, int edge) { return std::max(own, std::min(grown, edge)); };
+    return {left, top, end(at.left + at.width, all.left + all.width, safe.left + safe.width) - left,
+            end(at.top + at.height, all.top + all.height, safe.top + safe.height) - top};
+}
+
 FilmBox StoredBox(const Film& film, const FilmBox& box) {
     if (!film.profile) return box;
     const auto scaled = [](int place, int stored, int own) { return int(std::lround(double(place) * stored / own)); };
@@ -106,8 +120,8 @@ std::vector<RestingPlace> RestingPlacesOf(const MenuProject& page, const std::st
                                           const EffectModule& module) {
     const MenuWatch watch(page, templateName, module);
     std::vector<RestingPlace> places = watch.Places();
-    const std::vector<FilmBox> buttons = LayOutButtons(page, watch).boxes;
-    for (std::size_t i = 0; i < buttons.size(); ++i) places.push_back({PlaceKind::Button, i, buttons[i]});
+    const std::vector<Label> buttons = LayOutButtons(page, watch).buttons;
+    for (std::size_t i = 0; i < buttons.size(); ++i) places.push_back({PlaceKind::Button, i, buttons[i].box});
     return places;
 }
 

@@ -17,9 +17,25 @@ struct FilmBox {
     int left = 0, top = 0, width = 0, height = 0;
 
     bool IsEmpty() const { return width <= 0 || height <= 0; }
+    bool Overlaps(const FilmBox& other) const {
+        return left < other.left + other.width && other.left < left + width && top < other.top + other.height &&
+               other.top < top + height;
+    }
+    bool IsWithin(const FilmBox& other) const {
+        return left >= other.left && top >= other.top && left + width <= other.left + other.width &&
+               top + height <= other.top + other.height;
+    }
+    FilmBox Grown(int by) const { return {left - by, top - by, width + 2 * by, height + 2 * by}; }
 };
+
 /// The same part of the frames that are stored: those of a profile have pixels of another shape.
 FilmBox StoredBox(const Film& film, const FilmBox& box);
+
+/// What every screen shows of frames of that size: all but a twentieth of their sides at each edge. Words stay within,
+/// and so do buttons with their marks, or are warned of.
+FilmBox SafeArea(int width, int height);
+/// How far the mark of a button reaches beyond it.
+inline constexpr int markRoom = 8;
 
 /// What a button may lie on.
 enum class PlaceKind { Picture, Text, Button };
@@ -32,6 +48,8 @@ struct RestingPlace {
     int drift = 0;  ///< how many pixels it reaches beyond that at most: 0 where it stands still
 
     bool Rests() const { return !at.IsEmpty(); }
+    /// All that it may take while it rests, as far as the marks of buttons there stay within the safe area.
+    FilmBox Reach(const Film& film) const;
 };
 
 /// A page of a menu, watched through the part that players repeat, with the frames that dissolve into its end. Throws

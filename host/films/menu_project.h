@@ -40,9 +40,10 @@ struct MenuProject {
     bool backgroundMoves = false;  ///< it is a video
     std::vector<MenuText> texts;
     std::vector<MenuSource> sources;
-    std::vector<std::string> buttons;  ///< texts in a list that stands still
-    bool placesSources = false;        ///< else the template does
-    int perPage = 0;                   ///< pictures and videos; 0: all on one
+    std::vector<std::string> buttons;   ///< texts in a list that stands still
+    std::vector<std::string> captions;  ///< of the pictures; none: no captions
+    bool placesSources = false;         ///< else the template does
+    int perPage = 0;                    ///< pictures and videos; 0: all on one
 };
 
 /// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.

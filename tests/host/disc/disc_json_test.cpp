@@ -68,6 +68,11 @@ constexpr char full[] = R"({
     "playAll": false,
     "chapters": false,
     "instructions": ["Arrows choose.", "Enter plays."],
+    "words": {
+      "playAll": "Alles abspielen",
+      "back": "戻る"
+    },
+    "language": "de",
     "mark": "underline",
     "chosen": "#102030",
     "pressed": "#ffffff"
@@ -121,9 +126,12 @@ TEST_F(DiscFile, ReportsAllFaultsAtOnceWithTheItemAndTheRemedy) {
             {"title": "f", "path": "f.mp4", "chapters": [)" +
                                            manyChapters + R"(]}],
         "menus": {"template": "submenu_common", "chapterTemplate": "submenu_comon", "seconds": 0,
-                  "mark": "circle", "chosen": "rod", "instructions": [7], "music": ""}})",
+                  "mark": "circle", "chosen": "rod", "words": {"bak": "x", "next": ""}, "language": "my own", "instructions": [7], "music": ""}})",
                                        ExitCode::Usage);
-    for (const char* const words : {"titl: is no key of a project; did you mean title",
+    for (const char* const words : {"menus.words.bak: is no key of a project; did you mean back",
+                                    "menus.words.next: is empty; write",
+                                    "menus.language: \"my own\" names no language; give",
+                                    "titl: is no key of a project; did you mean title",
                                     "profile: \"hd\" is no profile of DVDs; give",
                                     "gigabytes: is 25; give",
                                     "videoRate: is 9000; give",
@@ -146,7 +154,10 @@ TEST_F(DiscFile, ReportsAllFaultsAtOnceWithTheItemAndTheRemedy) {
                                     "menus.instructions[0]: is 7; give",
                                     "menus.music: names no file"})
         EXPECT_NE(faults.find(words), std::string::npos) << words << "\nin\n" << faults;
-    EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), 22) << faults;
+    EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), 25) << faults;
+    const std::string same = Refusal(
+        R"({"version": 1, "films": [{"title": "a", "path": "a"}], "menus": {"pressed": "#ffd040"}})", ExitCode::Usage);
+    EXPECT_NE(same.find("menus.pressed: is the colour of buttons that are chosen; give"), std::string::npos) << same;
 }
 
 TEST_F(DiscFile, IsRefusedWithOneLineWhereNothingElseCanBeSaid) {

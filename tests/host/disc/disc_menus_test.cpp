@@ -69,7 +69,7 @@ TEST_F(DiscMenusTest, PagesLeadToEveryFilmAndChapter) {
         const std::vector<DiscPage> pages = PagesOfDisc(project, module);
         ExpectUsable(pages);
         const bool isList = mainTemplate == std::string("menu_travel");
-        EXPECT_EQ(!pages[0].menu.buttons.empty(), isList) << mainTemplate;
+        EXPECT_EQ(pages[0].menu.captions.empty(), isList) << mainTemplate;
         std::set<std::pair<int, int>> chapters;
         std::set<int> films, reached{0};
         // A page's number lies above that of the one that leads down to it.

@@ -192,6 +192,11 @@ TEST_F(DvdAuthorTest, ANarrowDiscInAFolderKnowsTheRemotesKeys) {
     ASSERT_TRUE(all.Press(1) && all.PlayToMenu());
     EXPECT_EQ(all.Place(), PlaceOf(0));
     EXPECT_EQ(all.Chosen(), 2);
+    // But still, when the menu was only looked at.
+    ASSERT_TRUE(all.Press(3));
+    ASSERT_TRUE(all.Call(DVD_MENU_Root) && all.PlayToButtons() && all.Call(DVD_MENU_Escape));
+    EXPECT_EQ(all.Place(), FilmPlace(1, 1));
+    ASSERT_TRUE(all.PlayUntil([&](int) { return all.Place() == FilmPlace(2, 1); }));
 
     // The Menu key leads to the chapter that plays, and back into it.
     DiscWalk walk(disc);

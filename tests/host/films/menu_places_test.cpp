@@ -1,6 +1,8 @@
 #include "host/films/menu_places.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 
 #include "host/base/errors.h"
 #include "host/catalogue/catalogue.h"
@@ -35,11 +37,6 @@ class MenuPlaces : public CommandTest {
     EffectModule m_module{NIFIKRAL_MODULE_FILE, &m_manager};
 };
 
-bool Overlap(const FilmBox& a, const FilmBox& b) {
-    return a.left < b.left + b.width && b.left < a.left + a.width && a.top < b.top + b.height &&
-           b.top < a.top + a.height;
-}
-
 TEST_F(MenuPlaces, HoldButtonsThatDoNotTouchWithinTheSafeArea) {
     MakePhoto();
     for (const EffectInfo& info : Catalogue()) {
@@ -55,17 +52,87 @@ TEST_F(MenuPlaces, HoldButtonsThatDoNotTouchWithinTheSafeArea) {
                 for (std::size_t i = 0; i < count; ++i) {
                     const FilmBox& at = buttons[i].at;
                     EXPECT_TRUE(buttons[i].kind == PlaceKind::Button && buttons[i].index == i);
-                    EXPECT_GE(at.left * 10, film.width);
-                    EXPECT_GE(at.top * 10, film.height);
-                    EXPECT_LE((at.left + at.width) * 10, film.width * 9);
-                    EXPECT_LE((at.top + at.height) * 10, film.height * 9);
+                    EXPECT_TRUE(at.Grown(markRoom).IsWithin(SafeArea(film.width, film.height)));
                     EXPECT_GE(at.height, film.height / 25) << "too small to read";
-                    for (std::size_t k = 0; k < i; ++k) EXPECT_FALSE(Overlap(at, buttons[k].at)) << i << " and " << k;
+                    for (std::size_t k = 0; k < i; ++k) EXPECT_FALSE(at.Overlaps(buttons[k].at)) << i << " and " << k;
                     // The title is not hidden as long as there is room beside it.
-                    EXPECT_FALSE(count < 8 && places[4].Rests() && Overlap(at, places[4].at));
+                    EXPECT_FALSE(count < 8 && places[4].Rests() && at.Overlaps(places[4].at));
                 }
             }
     }
+}
+
+double Luminance(const std::array<double, 3>& colour) {
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour[0]) + 0.7152 * linear(colour[1]) + 0.0722 * linear(colour[2]);
+}
+
+TEST_F(MenuPlaces, CaptionsAreWholeApartAndReadableOverAnything) {
+    MakePhoto();
+    const std::vector<std::string> titles = {"The lake", "At the lake with Grandma", "湖のほとりで",
+                                             "Von Aurich bis Zell"};
+    for (const char* const name : {"menu_common", "menu_babyboy", "menu_vignette", "submenu_common"})
+        for (const char* const profile : {"pal-16:9", "ntsc-4:3"}) {
+            SCOPED_TRACE(testing::Message() << name << " " << profile);
+            MenuProject page = Page(profile, 3);
+            page.captions = titles;
+            page.placesSources = name == std::string("menu_common");
+            for (std::size_t i = 0; i < 4; ++i) {
+                MenuSource& source = page.sources[i];
+                const int half = int(i) / 2, other = int(i) % 2;
+                source.size = {160, 90};
+                source.start =
+                    source.end = {page.film.width * (1 + 4 * other) / 10, page.film.height * (3 + 3 * half) / 10};
+            }
+            const ButtonList list = LayOutButtons(page, MenuWatch(page, name, m_module));
+            ASSERT_EQ(list.captions.size(), 4u);
+            for (std::size_t i = 0; i < 4; ++i) {
+                const Label& caption = list.captions[i];
+                std::string text = caption.text.text;
+                std::replace(text.begin(), text.end(), '\n', ' ');
+                EXPECT_EQ(text, titles[i]);
+                EXPECT_TRUE(caption.box.IsWithin(SafeArea(page.film.width, page.film.height))) << i;
+                for (std::size_t k = 0; k < i; ++k) EXPECT_FALSE(caption.box.Overlaps(list.captions[k].box)) << i;
+                for (const Label& button : list.buttons)
+                    EXPECT_TRUE(list.hides || !caption.box.Overlaps(button.box)) << i;
+            }
+        }
+    for (const std::array<int, 3>& colour :
+         {std::array<int, 3>{255, 255, 255}, {255, 244, 220}, {31, 53, 80}, {0, 0, 0}, {255, 208, 64}}) {
+        Label label{{0, 0, 90, 40}, {" ", {}, {}, 20}};
+        label.text.red = std::uint8_t(colour[0]);
+        label.text.green = std::uint8_t(colour[1]);
+        label.text.blue = std::uint8_t(colour[2]);
+        const FramePtr picture = NewPicture(AV_PIX_FMT_BGRA, 90, 40);
+        DrawLabel(*picture, label);
+        const std::uint8_t* const shade = picture->data[0] + 20 * picture->linesize[0] + 45 * 4;
+        for (const double under : {0.0, 0.5, 1.0}) {
+            std::array<double, 3> text{}, behind{};
+            for (std::size_t c = 0; c < 3; ++c) {
+                text[c] = colour[c] / 255.0;
+                behind[c] = (shade[2 - c] * shade[3] / 255.0 + under * (255 - shade[3])) / 255;
+            }
+            const double one = Luminance(text), other = Luminance(behind);
+            EXPECT_GE((std::max(one, other) + 0.05) / (std::min(one, other) + 0.05), 4.5)
+                << colour[0] << " over " << under;
+        }
+    }
+}
+
+TEST_F(MenuPlaces, LongButtonsAreBrokenBeforeTheyAreCut) {
+    MakePhoto();
+    MenuProject page = Page("pal-4:3", 0);
+    std::string shorter = "A walk", longest = "x";
+    for (int i = 0; i < 12; ++i) shorter += " along the river";
+    for (int i = 0; i < 25; ++i) longest += " and then another day of rain";
+    page.buttons = {"How to watch", shorter.substr(0, 100), longest};
+    const std::vector<Label> buttons = LayOutButtons(page, MenuWatch(page, "menu_push", m_module)).buttons;
+    EXPECT_EQ(buttons[0].text.text, "How to watch");
+    EXPECT_NE(buttons[1].text.text.find('\n'), std::string::npos);
+    EXPECT_EQ(buttons[1].text.text.find("\xe2\x80\xa6"), std::string::npos);
+    EXPECT_TRUE(buttons[2].text.text.ends_with("\xe2\x80\xa6"));
 }
 
 TEST_F(MenuPlaces, HoldWhatStandsStillInEveryFrame) {
