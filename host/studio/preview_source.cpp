@@ -1,6 +1,7 @@
 #include "host/studio/preview_source.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "host/base/errors.h"
 #include "host/disc/stages.h"
@@ -9,7 +10,6 @@ namespace Nifikral {
 namespace {
 
 constexpr std::size_t pictureBytes = 256 << 20, wholeBytes = 192 << 20, mostSources = 64, mostReaders = 3;
-constexpr long long framesAhead = 12;
 
 std::string KeyOf(const WantedPicture& wanted, const std::string& file) {
     const PictureShape& shape = wanted.shape;
@@ -76,7 +76,8 @@ std::shared_ptr<PreviewSources::Reader> PreviewSources::ReaderFor(Source& source
     constexpr long long near = 50;
     std::shared_ptr<Reader> best;
     for (const std::shared_ptr<Reader>& reader : source.readers)
-        if (reader->at <= number && number - reader->at < near && (!best || reader->at > best->at)) best = reader;
+        if (reader->at - number <= framesAhead && number - reader->at < near && (!best || reader->at > best->at))
+            best = reader;
     if (!best && source.readers.size() < mostReaders) {
         best = source.readers.emplace_back(std::make_shared<Reader>());
         if (!source.facts) {
@@ -87,7 +88,8 @@ std::shared_ptr<PreviewSources::Reader> PreviewSources::ReaderFor(Source& source
     if (!best)
         best = *std::min_element(source.readers.begin(), source.readers.end(),
                                  [](const auto& a, const auto& b) { return a->lastUse < b->lastUse; });
-    best->at = number;
+    // One that has read ahead has this frame already, or goes back to it.
+    if (best->at < number || best->at - number > framesAhead) best->at = number;
     best->lastUse = ++m_uses;
     return best;
 }
@@ -104,29 +106,35 @@ SourceFacts PreviewSources::Facts(const std::string& path) {
 }
 
 // A photograph stays as it was decoded, for other sizes; of a film, the reader has the frame.
-SharedFrame PreviewSources::Whole(const std::string& key, const WantedPicture& wanted) {
-    const std::shared_ptr<Source> source = Open(key);
-    const std::shared_ptr<Reader> reader = ReaderFor(*source, wanted.path, wanted.number);
-    const std::lock_guard lock(reader->mutex);
-    const bool still = !source->facts->IsFilm();
+SharedFrame PreviewSources::Whole(const Source& source, Reader& reader, const std::string& key,
+                                  const WantedPicture& wanted) {
+    const bool still = !source.facts->IsFilm();
     if (still)
         if (SharedFrame kept = m_wholes.Find(key)) return kept;
-    if (!reader->film) reader->film = std::make_unique<FilmReader>(wanted.path);
-    SharedFrame whole = Shared(reader->film->At(wanted.number));
+    if (!reader.film) reader.film = std::make_unique<FilmReader>(wanted.path);
+    SharedFrame whole = Shared(reader.film->At(wanted.number));
     if (still) {
         m_wholes.Keep(key, whole);
-        reader->film.reset();
+        reader.film.reset();
     }
     return whole;
 }
 
 SharedFrame PreviewSources::Picture(const WantedPicture& wanted) {
+    ++m_wanting;
+    const std::shared_ptr<void> done(nullptr, [this](void*) { --m_wanting; });
+    return Made(wanted);
+}
+
+SharedFrame PreviewSources::Made(const WantedPicture& wanted) {
     const std::string file = KeyOfFile(wanted.path), key = KeyOf(wanted, file);
     if (SharedFrame kept = m_pictures.Find(key)) return kept;
-    const SharedFrame whole = Whole(file, wanted);
+    const std::shared_ptr<Source> source = Open(file);
+    const std::shared_ptr<Reader> reader = ReaderFor(*source, wanted.path, wanted.number);
+    const std::lock_guard lock(reader->mutex);
     // Another one may have waited for the same.
     if (SharedFrame kept = m_pictures.Find(key)) return kept;
-    SharedFrame picture = Shared(Scaled(*whole, wanted.shape));
+    SharedFrame picture = Shared(Scaled(*Whole(*source, *reader, file, wanted), wanted.shape));
     m_pictures.Keep(key, picture);
     return picture;
 }
@@ -158,8 +166,13 @@ void PreviewSources::Work() {
         try {
             const long long last = std::min(wanted.number + framesAhead, Facts(wanted.path).frames - 1);
             while (wanted.number < last && isLast()) {
+                // What is looked at comes first.
+                if (m_wanting > 0) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                    continue;
+                }
                 ++wanted.number;
-                Picture(wanted);
+                Made(wanted);
             }
         } catch (const std::exception&) {
             // Who looks at that frame gets to know.

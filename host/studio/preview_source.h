@@ -54,12 +54,15 @@ class PreviewSources {
 
     std::shared_ptr<Source> Open(const std::string& key);
     std::shared_ptr<Reader> ReaderFor(Source& source, const std::string& path, long long number);
-    SharedFrame Whole(const std::string& key, const WantedPicture& wanted);
+    SharedFrame Made(const WantedPicture& wanted);
+    static constexpr long long framesAhead = 12;
+    SharedFrame Whole(const Source& source, Reader& reader, const std::string& key, const WantedPicture& wanted);
     void Work();
 
     std::mutex m_mutex;
     std::map<std::string, std::shared_ptr<Source>> m_sources;  // by path and time of change
     std::atomic<long long> m_uses = 0;
+    std::atomic<int> m_wanting = 0;  // pictures that are waited for
     PictureCache m_pictures, m_wholes;
 
     std::mutex m_aheadMutex;
