@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <utility>
 
 #include "host/base/errors.h"
 
@@ -24,6 +25,8 @@ ChildProgram::ChildProgram(std::vector<std::string> words) {
     const pid_t parent = getpid();
     m_id = fork();
     if (m_id == 0) {
+        // Ctrl-C is for this program, which asks the others to end.
+        setpgid(0, 0);
         // Nobody would wait for what it makes without this program.
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (getppid() != parent) _exit(int(ExitCode::Interrupted));
@@ -62,8 +65,8 @@ bool ChildProgram::Read(const std::function<void(const std::string&)>& take) {
     return count > 0;
 }
 
-void ChildProgram::Terminate() const {
-    if (m_id > 0) kill(m_id, SIGTERM);
+void ChildProgram::Terminate() {
+    if (m_id > 0 && !std::exchange(m_asked, true)) kill(m_id, SIGTERM);
 }
 
 int ChildProgram::Wait() {

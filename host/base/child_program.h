@@ -23,14 +23,15 @@ class ChildProgram {
     int Pipe() const { return m_pipe; }
     /// Takes in what is there; `take` gets each whole line. False at the end.
     bool Read(const std::function<void(const std::string&)>& take);
-    /// Asks it to end.
-    void Terminate() const;
+    /// Asks it to end, once: asked again, it would end at once and leave what it has begun.
+    void Terminate();
     /// Waits for the end. The exit code, or that of an interrupted run.
     int Wait();
 
  private:
     pid_t m_id = -1;
     int m_pipe = -1;
+    bool m_asked = false;
     std::string m_rest;
 };
 
