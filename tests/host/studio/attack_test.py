@@ -125,7 +125,7 @@ class AttackTest(unittest.TestCase):
 
     def test_ends_cleanly_in_the_middle_of_anything(self):
         studio = Studio()
-        job = {"kind": "apply", "input": "film.mp4", "output": "long.mp4", "effects": ["simple_gauss_blur:count=50"] * 9}
+        job = {"kind": "apply", "input": "film.mp4", "output": "long.mp4", "effects": ["simple_gauss_blur:count=50"] * 60}
         for name in ("long.mp4", "long2.mp4"):
             studio.post("api/jobs", dict(job, output=name))
         greedy = socket.create_connection(("127.0.0.1", studio.port))

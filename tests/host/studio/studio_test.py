@@ -125,7 +125,7 @@ class StudioTest(unittest.TestCase):
         self.assertNotIn("superseded", json.loads(body))
 
     def test_a_cancelled_job_leaves_nothing(self):
-        job = {"kind": "apply", "input": "film.mp4", "output": "long.mp4", "effects": ["simple_gauss_blur:count=50"] * 9}
+        job = {"kind": "apply", "input": "film.mp4", "output": "long.mp4", "effects": ["simple_gauss_blur:count=50"] * 60}
         connection = http.client.HTTPConnection("127.0.0.1", self.studio.port, timeout=20)
         connection.request("GET", f"/{self.studio.token}/api/events")
         events = connection.getresponse()
