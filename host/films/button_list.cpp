@@ -108,7 +108,7 @@ std::vector<Grid> FittingGrids(const MenuProject& page, const StyledText& style,
 struct PlacedGrid {
     Grid grid;
     FilmBox all;
-    bool hides = false;
+    bool hides = false;  // something to be kept, or beside that, a text
 };
 
 // What no button may lie on, marks included, as long as there is another place.
@@ -148,7 +148,7 @@ PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, co
                 const double cost = known + part * (watch.Cover(PlaceKind::Picture, box) + text) + (text > 0 ? 1 : 0);
                 if (!best.all.IsEmpty() && cost >= least) continue;
                 least = cost;
-                best = {grid, box, hides};
+                best = {grid, box, hides || (!kept.empty() && text > 0)};
             }
     }
     return best;

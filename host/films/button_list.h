@@ -11,7 +11,7 @@ namespace Nifikral {
 struct ButtonList {
     std::vector<Label> buttons;   ///< they do not touch
     std::vector<Label> captions;  ///< of each picture that rests, below it if there is room
-    bool hides = false;           ///< buttons lie on captions or on pictures that have one
+    bool hides = false;           ///< buttons lie on captions, on pictures that have one, or beside these on a text
 };
 
 /// The most that a page may have; players of discs know no more.

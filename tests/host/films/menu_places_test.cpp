@@ -78,6 +78,8 @@ TEST_F(MenuPlaces, CaptionsAreWholeApartAndReadableOverAnything) {
             SCOPED_TRACE(testing::Message() << name << " " << profile);
             MenuProject page = Page(profile, 3);
             page.captions = titles;
+            page.texts[0].styled.text = "Summer 2026, and all that came of it";
+            page.texts[0].styled.size = page.film.height / 12;
             page.placesSources = name == std::string("menu_common");
             for (std::size_t i = 0; i < 4; ++i) {
                 MenuSource& source = page.sources[i];
@@ -86,7 +88,10 @@ TEST_F(MenuPlaces, CaptionsAreWholeApartAndReadableOverAnything) {
                 source.start =
                     source.end = {page.film.width * (1 + 4 * other) / 10, page.film.height * (3 + 3 * half) / 10};
             }
-            const ButtonList list = LayOutButtons(page, MenuWatch(page, name, m_module));
+            const MenuWatch watch(page, name, m_module);
+            const ButtonList list = LayOutButtons(page, watch);
+            for (const Label& button : list.buttons)
+                EXPECT_TRUE(list.hides || watch.Cover(PlaceKind::Text, button.box) == 0) << "the title is hidden";
             ASSERT_EQ(list.captions.size(), 4u);
             for (std::size_t i = 0; i < 4; ++i) {
                 const Label& caption = list.captions[i];
