@@ -27,10 +27,6 @@ bool HasTrait(const EffectRequest& request, EffectTraits trait) {
     return info && (info->traits & trait);
 }
 
-bool AnyHasTrait(const std::vector<EffectRequest>& requests, EffectTraits trait) {
-    return std::any_of(requests.begin(), requests.end(), [&](const auto& r) { return HasTrait(r, trait); });
-}
-
 void RefuseGenerator(const std::string& name) {
     const EffectInfo* const info = FindEffect(name);
     if (!info || !(info->traits & generator)) return;
@@ -50,7 +46,7 @@ PicturePath ChoosePath(const PreparedSource& input, const ApplyOptions& options,
         source, input.Reshape()};
     path.effectShape.format = FfmpegFormat(path.effectFormat);
     path.effectShape.matrix = AVCOL_SPC_UNSPECIFIED;
-    path.overBlack = AnyHasTrait(requests, changesAlpha) && HasAlpha(path.effectShape.format);
+    path.overBlack = AnyChangesAlpha(requests) && HasAlpha(path.effectShape.format);
     if (Depth(source.format) > 8)
         PrintWarning("the input's " + std::to_string(Depth(source.format)) + "-bit pictures (" +
                      av_get_pix_fmt_name(source.format) + ") are dithered to 8 bits (" +
@@ -164,11 +160,15 @@ void RefuseGenerators(const std::vector<EffectRequest>& requests) {
     for (const EffectRequest& request : requests) RefuseGenerator(request.effect);
 }
 
+bool AnyChangesAlpha(const std::vector<EffectRequest>& requests) {
+    return std::any_of(requests.begin(), requests.end(), [](const auto& r) { return HasTrait(r, changesAlpha); });
+}
+
 unsigned FormatForEffects(const PictureShape& source, const std::vector<EffectRequest>& requests) {
     // Planar effects paint black and white of limited range, which full-range pictures would show as greys.
     const bool asColours = source.fullRange && !IsRgb(source.format) && !requests.empty();
     const AVPixelFormat seen = asColours ? AV_PIX_FMT_BGRA : source.format;
-    return EffectFormat(seen, AnyHasTrait(requests, changesAlpha));
+    return EffectFormat(seen, AnyChangesAlpha(requests));
 }
 
 void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& module, ApplyOptions& options) {

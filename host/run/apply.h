@@ -27,6 +27,10 @@ void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& m
 /// Throws a usage error for a request of a generator, which has a command of its own.
 void RefuseGenerators(const std::vector<EffectRequest>& requests);
 
+/// Whether one of the effects changes what is transparent; the others may leave anything in the alpha of an opaque
+/// source.
+bool AnyChangesAlpha(const std::vector<EffectRequest>& requests);
+
 /// The code of the layout in which effects see the pictures of a source, where the command does not say.
 unsigned FormatForEffects(const PictureShape& source, const std::vector<EffectRequest>& requests);
 

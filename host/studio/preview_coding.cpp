@@ -20,8 +20,9 @@ FramePtr Converted(const AVFrame& frame, AVPixelFormat format) {
 
 }  // namespace
 
-std::string JpegOf(const AVFrame& frame) {
-    FramePtr picture = Converted(frame, HasAlpha(AVPixelFormat(frame.format)) ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0);
+std::string JpegOf(const AVFrame& frame, bool showsAlpha) {
+    const bool alpha = showsAlpha && HasAlpha(AVPixelFormat(frame.format));
+    FramePtr picture = Converted(frame, alpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0);
     if (picture->format == AV_PIX_FMT_BGRA) {
         PrepareForEffects(picture);
         LayOverBlack(*picture);

@@ -12,8 +12,9 @@ struct PicturePart {
     int left = 0, top = 0, width = 0, height = 0;
 };
 
-/// A picture as a JPEG file, of any layout that effects see; what is transparent is laid over black. Threads: any.
-std::string JpegOf(const AVFrame& frame);
+/// A picture as a JPEG file, of any layout that effects see; what is transparent is laid over black where
+/// that is shown. Threads: any.
+std::string JpegOf(const AVFrame& frame, bool showsAlpha = true);
 /// The same as a PNG file, with its transparency.
 std::string PngOf(const AVFrame& frame);
 /// A part of a picture, converted to BGRA.

@@ -5,6 +5,7 @@
 
 #include "host/disc/stages.h"
 #include "host/media/frame_adapter.h"
+#include "host/media/picture_formats.h"
 #include "host/run/apply.h"
 #include "host/run/request_chain.h"
 
@@ -51,6 +52,7 @@ SharedFrame StillView::Make(const StillWish& wish, PreviewSources& sources, cons
             requests.push_back(std::move(request));
         }
     RefuseGenerators(requests);
+    m_showsAlpha = HasAlpha(facts.shape.format) || AnyChangesAlpha(requests);
     const unsigned code = FormatForEffects(facts.shape, requests);
     PictureShape shape = wish.crop ? facts.shape : ShownShape(facts.shape, wish.width);
     shape.format = FfmpegFormat(code);

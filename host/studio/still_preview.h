@@ -29,6 +29,8 @@ class StillView {
     /// The wished picture in the layout that effects see. What has not changed since the last wish, from the first
     /// effect on, is not made again. Throws host errors, and Superseded between two effects.
     SharedFrame Make(const StillWish& wish, PreviewSources& sources, const EffectModule& module, const ViewTurn& turn);
+    /// Whether the alpha of the last picture counts. What effects leave there of an opaque source is no part of it.
+    bool ShowsAlpha() const { return m_showsAlpha; }
 
  private:
     struct Stage {
@@ -40,6 +42,7 @@ class StillView {
     };
 
     std::vector<Stage> m_stages;
+    bool m_showsAlpha = true;
 };
 
 /// The size of a picture in a width at most, never enlarged.

@@ -215,7 +215,7 @@ class Studio {
         }
         if (wish.crop) picture = Shared(PartOf(*picture, *wish.crop));
         const bool png = TextIn(body, "format", "jpeg") == "png";
-        std::string file = png ? PngOf(*picture) : JpegOf(*picture);
+        std::string file = png ? PngOf(*picture) : JpegOf(*picture, held.Own().ShowsAlpha());
         const auto spent = std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
         return {200,
                 png ? "image/png" : "image/jpeg",
@@ -237,7 +237,7 @@ class Studio {
         const auto make = [this, held](const StillWish& wish) {
             const SharedFrame picture = held->Own().Make(wish, m_sources, m_module, held->turn);
             m_sources.ReadAhead({wish.path, wish.number, ShapeOf(*picture)});
-            return JpegOf(*picture);
+            return JpegOf(*picture, held->Own().ShowsAlpha());
         };
         // Now, so that what is wrong is still said in words.
         const auto first = std::make_shared<std::string>(make(wish));

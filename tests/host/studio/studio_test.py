@@ -64,6 +64,14 @@ class StudioTest(unittest.TestCase):
         for one in self.studio.folder.glob("all_*"):
             one.unlink()
 
+    def test_a_preview_of_an_opaque_picture_is_as_bright_as_the_saved_one(self):
+        for effect in ("oilpainting", "gray", "transparency"):
+            self.command("apply", "-y", "a.png", "saved.jpg", effect)
+            saved = pixels((self.studio.folder / "saved.jpg").read_bytes())
+            shown = pixels(self.studio.still(path="a.png", width=640, effects=[effect])[0])
+            self.assertLess(sum(abs(a - b) for a, b in zip(shown, saved)) / len(saved), 6, effect)
+        (self.studio.folder / "saved.jpg").unlink()
+
     def test_scales_places_and_lengths_with_the_preview(self):
         share, _ = self.studio.still(path="a.png", width=160, effects=["magnifier:x=50%:y=25%:r=20%:scale=3"])
         exact, _ = self.studio.still(path="a.png", width=160, effects=["magnifier:x=320:y=100:r=80:scale=3"])
