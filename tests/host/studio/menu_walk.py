@@ -5,15 +5,14 @@ import json
 from walking import walk
 
 
-def project(page):
-    return page.run("return document.querySelector('.entry') ? true : false")
-
-
 def steps(page, studio):
     page.job("menu")
     page.panel("templates")
     page.wait("templates of one's own pictures", "return document.querySelectorAll('.tile canvas.painted').length > 3", seconds=30)
     page.shown(lambda: page.click(".tile", "menu stacking"))
+    # What follows is seen at the menu's begin: the frames of a menu are made one after another.
+    page.run("document.querySelector('.scrubber').focus()")
+    page.shown(lambda: page.key("Home"))
     page.panel("content")
     names = "return [...document.querySelectorAll('.chain .thumb + .title')].map(one => one.textContent)"
     assert page.run(names) == ["desert.png", "forest.png", "lake.png", "night.png"], page.run(names)
@@ -31,6 +30,7 @@ def steps(page, studio):
     handle = page.place(".handle", "The lake")
     page.shown(lambda: page.drag(handle, (handle[0] + 50, handle[1] + 30), "touch"))
     page.fill("textarea", "Buttons", "Play all")
+    page.fill("input[type=number]", "length, exact", "2")
     page.click("button", "Safe areas")
     page.wait("the buttons are marked", "return document.querySelectorAll('.safe').length === 2 && document.querySelector('.press')")
     page.screenshot("menu")
@@ -50,7 +50,7 @@ def steps(page, studio):
     saved = json.loads((studio.folder / "menu.json").read_text())
     assert saved["template"] == "menu_stacking" and saved["additionSourcePaths"][0] == "lake.png", saved
     assert saved["textInfos"][0]["text"] == "The lake" and "outline" in saved["textInfos"][0]["fontstyle"], saved["textInfos"][0]
-    # A short one, to be rendered: written by another program, which the page asks about before it overwrites.
+    assert saved["duration"] == 2, saved
     line = page.command()
     assert "menu menu_stacking menu.json" in line, line
     page.click("button", "Render")
