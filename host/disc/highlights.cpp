@@ -26,10 +26,23 @@ HighlightBox Grown(const DiscButton& button, int left, int others, const FilmPro
             Even(std::min(profile.height - border, button.y + button.height + others + 1))};
 }
 
+// Parts boxes in the middle of what they share: players show all that is marked within a button.
+void Part(HighlightBox& a, HighlightBox& b) {
+    const int left = std::max(a.left, b.left), right = std::min(a.right, b.right);
+    const int top = std::max(a.top, b.top), bottom = std::min(a.bottom, b.bottom);
+    if (right - left < bottom - top)
+        (a.left < b.left ? a.right : a.left) = (a.left < b.left ? b.left : b.right) = (left + right) / 2;
+    else
+        (a.top < b.top ? a.bottom : a.top) = (a.top < b.top ? b.top : b.bottom) = Even((top + bottom) / 2);
+}
+
 // Each grown as much as keeps it off the others.
 std::vector<HighlightBox> AllGrown(const DiscPage& page, int left, int others, const FilmProfile& profile) {
     std::vector<HighlightBox> boxes, grown;
     for (const DiscButton& button : page.buttons) boxes.push_back(Grown(button, 0, 0, profile));
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+        for (std::size_t j = 0; j < i; ++j)
+            if (Touch(boxes[i], boxes[j])) Part(boxes[i], boxes[j]);
     grown = boxes;
     for (std::size_t i = 0; i < boxes.size(); ++i)
         for (const auto& [more, around] : {std::pair(left, others), {others, others}, {left, 0}}) {

@@ -17,7 +17,8 @@ struct HighlightBox {
     int left = 0, top = 0, right = 0, bottom = 0;
 };
 
-/// What players mark of each button of a page: a little more than the button, as long as they do not touch.
+/// What players mark of each button of a page: a little more than the button, as long as they do not touch;
+/// those of buttons that share a place are parted in its middle.
 std::vector<HighlightBox> HighlightBoxes(const DiscPage& page, const DiscMenus& menus, const FilmProfile& profile,
                                          DiscView view);
 

@@ -346,6 +346,19 @@ TEST(DiscButtons, AreAllInReachWhereverTheyLie) {
     }
 }
 
+TEST(Highlights, AreApartWherePicturesOverlap) {
+    const FilmProfile& profile = *FindProfile("pal-4:3");
+    DiscPage page;
+    page.buttons = {{"a", 100, 100, 120, 80, {}, 0, 0, 0, 0},
+                    {"right", 210, 104, 120, 80, {}, 0, 0, 0, 0},
+                    {"below", 80, 175, 120, 80, {}, 0, 0, 0, 0}};
+    const std::vector<HighlightBox> boxes = HighlightBoxes(page, DiscMenus(), profile, DiscView::Whole);
+    EXPECT_EQ(boxes[0].right, 215);
+    EXPECT_EQ(boxes[1].left, 215);
+    EXPECT_EQ(boxes[0].bottom, 176);
+    EXPECT_EQ(boxes[2].top, 176);
+}
+
 TEST(Highlights, KeepToFewColoursAndEvenRowsInEveryView) {
     const FilmProfile& profile = *FindProfile("ntsc-16:9");
     DiscPage page;
