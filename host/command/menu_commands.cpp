@@ -48,9 +48,9 @@ void AddInit(CommandLine& line) {
     const auto given = std::make_shared<InitOptions>();
     const auto disc = std::make_shared<DiscInitOptions>();
     InitOptions& options = *given;
-    init->add_option("TEMPLATE", options.templateName,
-                     "the template that it is for, which nifikral list shows; or disc, for a disc")
-        ->required();
+    line.words[init->add_option("TEMPLATE", options.templateName,
+                                "the template that it is for, which nifikral list shows; or disc, for a disc")
+                   ->required()] = {"disc"};
     init->add_option("FOLDER", options.folder,
                      "where to put it (default: a new folder named as the template); of a disc, where its films and "
                      "photographs are");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "host/run/effect_request.h"
 
@@ -20,7 +21,7 @@ std::string Source(const OptionDescription& option) {
     if (std::find(std::begin(files), std::end(files), option.value) != std::end(files)) return "@file";
     if (option.value == "EFFECT") return "@effect";
     if (option.value == "NAME") return "@name";
-    if (option.value == "TEMPLATE") return "@template";
+    if (option.value == "TEMPLATE") return "@template " + Joined(option.words);
     return option.words.empty() ? "@text" : Joined(option.words);
 }
 
@@ -161,7 +162,7 @@ _nifikral() {
     case $source in
         @file | @text) return ;;
         @name) candidates=$_nifikral_names ;;
-        @template) candidates=$_nifikral_templates ;;
+        @template*) candidates="$_nifikral_templates ${source#@template}" ;;
         @effect)
             last=${word##*:} head=${word%"${word##*:}"}
             compopt -o nospace
@@ -219,7 +220,7 @@ _nifikral() {
     case $source in
         (@file) _files ;;
         (@name) _describe effect _nifikral_names ;;
-        (@template) _describe template _nifikral_templates ;;
+        (@template*) candidates=($_nifikral_templates ${=source#@template}); _describe template candidates ;;
         (@effect)
             if [[ $word == @* ]]; then
                 candidates=(${(f)"$(${words[1]} list --names @ 2>/dev/null)"})
@@ -351,10 +352,11 @@ std::string FishCompletion(std::span<const CommandDescription> commands, std::sp
         parameters + "    printf '%s=\\n' " + Joined(regionOptions) + "\nend\nfunction __nifikral_values\n" + values +
         "    string match -q '*:*side' -- $argv[1]; and printf '%s\\n' " + areas + "\nend\n" + fishLogic;
     const auto functionOf = [](const std::string& source) -> std::string {
-        return source == "@effect"     ? "'(__nifikral_effects)'"
-               : source == "@name"     ? "'(__nifikral_all)'"
-               : source == "@template" ? "'(__nifikral_templates)'"
-                                       : Quoted(source);
+        constexpr std::string_view templates = "@template";
+        if (source.starts_with(templates)) return Quoted("(__nifikral_templates)" + source.substr(templates.size()));
+        return source == "@effect" ? "'(__nifikral_effects)'"
+               : source == "@name" ? "'(__nifikral_all)'"
+                                   : Quoted(source);
     };
     for (const CommandDescription& command : commands) {
         script += "complete -c nifikral -n __fish_use_subcommand -a " + command.name + " -d " +

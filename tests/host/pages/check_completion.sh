@@ -48,6 +48,8 @@ nifikral apply in.mp4 out.mp4 colorfilter:color=or|colorfilter:color=orange
 nifikral slideshow holiday --fit c|crop
 nifikral menu menu_comm|menu_common
 nifikral info submenu_f|submenu_festival
+nifikral init submenu_f|submenu_festival
+nifikral init dis|disc
 nifikral generate man-|man-effects
 nifikral title x in.mp4 out.mp4 --place bottom-l|bottom-left
 nifikral plan --chunks 3 slid|slideshow
