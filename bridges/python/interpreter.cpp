@@ -5,6 +5,7 @@
 #include <exception>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
@@ -25,7 +26,7 @@ py::array RequireBytes(py::handle object, const std::string& what) {
         throw py::type_error(what + ": expected a numpy array of uint8, got " +
                              std::string(py::str(py::type::of(object).attr("__name__"))) +
                              "; numpy.asarray makes one of many kinds of picture");
-    const auto array = py::reinterpret_borrow<py::array>(object);
+    auto array = py::reinterpret_borrow<py::array>(object);
     const py::dtype type = array.dtype();
     if (type.kind() != 'u' || type.itemsize() != 1)
         throw py::type_error(what + ": expected an array of uint8, got one of " +
@@ -89,7 +90,7 @@ void Unlocked(const std::function<void()>& work) {
 void TranslateErrors() {
     py::register_exception_translator([](std::exception_ptr thrown) {
         try {
-            if (thrown) std::rethrow_exception(thrown);
+            if (thrown) std::rethrow_exception(std::move(thrown));
         } catch (const HostError& error) {
             Throw(error);
         }

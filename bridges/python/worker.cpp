@@ -188,7 +188,7 @@ void Worker::Run(State& state, const Planes& planes, bool overBlack, std::option
 py::object Worker::ProcessPacked(State& state, const py::object& picture, const py::object& out,
                                  std::optional<long long> position) {
     const ArrayView from = ViewOfPicture(picture, "picture");
-    const py::object result = out.is_none() ? py::object(LikeArray(picture)) : out;
+    py::object result = out.is_none() ? py::object(LikeArray(picture)) : out;
     const ArrayView to = ViewOfPicture(result, "out");
     if (to.height != from.height || to.width != from.width || to.channels != from.channels)
         throw py::value_error("out is not of the picture's shape");

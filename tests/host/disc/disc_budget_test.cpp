@@ -98,7 +98,7 @@ TEST_F(DiscPlanned, IsPrintedAndNothingIsMade) {
          {"Trip: 2 titles, 0:00:03, pal-16:9, menu_common\n",
           "  1. Lake: 0:00:02, 128x72, 25 frames a second, 1 sound track, 2 chapters\n",
           "  2. Quiet: 0:00:01, 32x72, 30 frames a second, no sound\n", "Video: 8000 kbit/s\n",
-          "Space: 0.03 GB of 4.70 GB, 0.03 GB of that for about 2 menu pages\n", "Time: about 0:00:0"})
+          "Space: 0.03 GB of 4.70 GB, 0.03 GB of that for about 2 menu pages\n", "Time: about 0:0"})
         EXPECT_NE(outcome.output.find(line), std::string::npos) << line << "in\n" << outcome.output;
     EXPECT_NE(outcome.errors.find("Quiet: has no sound; it gets a silent track"), std::string::npos) << outcome.errors;
     EXPECT_NE(outcome.errors.find("Quiet: is shaped 0.44 to 1; it gets wide black borders"), std::string::npos)
