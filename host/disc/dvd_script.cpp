@@ -32,7 +32,7 @@ class Script {
  public:
     Script(const DiscProject& project, const std::vector<DiscPage>& pages, const std::vector<MadeTitle>& titles,
            const std::vector<MadePage>& films, const DvdFiles& files)
-        : m_project(project), m_pages(pages), m_titles(titles), m_films(films), m_files(files) {
+        : m_pages(pages), m_titles(titles), m_films(films), m_files(files) {
         const FilmProfile& profile = *project.profile;
         m_wide = av_cmp_q(profile.shownAspect, AVRational{3, 2}) > 0;
         m_format = profile.height == 576 ? "pal" : "ntsc";
@@ -210,7 +210,6 @@ class Script {
         return text.str();
     }
 
-    const DiscProject& m_project;
     const std::vector<DiscPage>& m_pages;
     const std::vector<MadeTitle>& m_titles;
     const std::vector<MadePage>& m_films;

@@ -102,7 +102,7 @@ std::string BrokenInto(StyledText style, const std::string& words, int width, in
     return TextWidth(style, style.text, style.size) <= width ? style.text : std::string();
 }
 
-std::string CutInto(StyledText style, const std::string& words, int width, int lines, const std::string& what) {
+std::string CutInto(const StyledText& style, const std::string& words, int width, int lines, const std::string& what) {
     std::string fitting = BrokenInto(style, words, width, lines);
     if (!fitting.empty()) return fitting;
     PrintWarning(what + " \"" + words + "\" is too long for its place and cut; give it fewer characters");

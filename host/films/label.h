@@ -26,7 +26,7 @@ int TextWidth(StyledText text, const std::string& words, int size);
 /// The words, broken into up to that many lines of that width; nothing where they do not fit.
 std::string BrokenInto(StyledText style, const std::string& words, int width, int lines);
 /// The same, cut where they do not fit, with a warning that names them as `what`.
-std::string CutInto(StyledText style, const std::string& words, int width, int lines, const std::string& what);
+std::string CutInto(const StyledText& style, const std::string& words, int width, int lines, const std::string& what);
 
 /// Draws on a picture (BGRA, colours not multiplied by alpha).
 void DrawLabel(AVFrame& picture, const Label& label);

@@ -8,6 +8,7 @@ extern "C" {
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <filesystem>
 
 #include "host/base/errors.h"
@@ -80,7 +81,7 @@ void MakeUtf8(AVCodecID codec, const std::string& name, AVPacket& packet) {
                      "the subtitles " + name +
                          " are no UTF-8; they are read as Windows-1252: where letters are wrong, save them as UTF-8");
     const iconv_t conversion = iconv_open("UTF-8//IGNORE", "WINDOWS-1252");
-    if (conversion == iconv_t(-1)) return;
+    if (reinterpret_cast<std::intptr_t>(conversion) == -1) return;
     constexpr int longest = 3;  // bytes of a character
     const PacketPtr text = NewPacket();
     if (av_new_packet(text.get(), packet.size * longest) < 0) throw std::bad_alloc();

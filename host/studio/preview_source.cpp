@@ -60,7 +60,7 @@ std::shared_ptr<PreviewSources::Source> PreviewSources::Open(const std::string& 
     std::shared_ptr<Source>& source = m_sources[key];
     if (!source) source = std::make_shared<Source>();
     source->lastUse = ++m_uses;
-    const std::shared_ptr<Source> found = source;
+    std::shared_ptr<Source> found = source;
     if (m_sources.size() > mostSources)
         m_sources.erase(std::min_element(m_sources.begin(), m_sources.end(), [](const auto& a, const auto& b) {
             return a.second->lastUse < b.second->lastUse;

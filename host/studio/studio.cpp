@@ -33,7 +33,7 @@ using Headers = std::vector<std::pair<std::string, std::string>>;
 WebReply JsonReply(const Json& json, int status = 200) { return {status, "application/json", JsonText(json)}; }
 
 std::string ViewOf(const Json& body) {
-    const std::string view = TextIn(body, "view");
+    std::string view = TextIn(body, "view");
     constexpr std::size_t longest = 64;
     if (view.empty() || view.size() > longest)
         throw WebError(400, "\"view\" is missing or too long; give each picture area of a page a name of its own");

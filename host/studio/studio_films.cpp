@@ -261,7 +261,7 @@ std::string KeyOf(const Json& body) {
 }
 
 std::string ViewIn(const Json& body) {
-    const std::string view = TextIn(body, "view");
+    std::string view = TextIn(body, "view");
     constexpr std::size_t longest = 64;
     if (view.empty() || view.size() > longest) throw WebError(400, "\"view\" is missing or too long");
     return view;

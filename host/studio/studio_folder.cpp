@@ -38,7 +38,7 @@ bool StudioFolder::Holds(const fs::path& whole) const {
 }
 
 std::string StudioFolder::Existing(const std::string& path) const {
-    const std::string plain = Plain(path);
+    std::string plain = Plain(path);
     RequireWithin(plain);
     return plain;
 }
@@ -59,7 +59,7 @@ void StudioFolder::RequireWithin(const std::string& path) const {
 }
 
 std::string StudioFolder::Writable(const std::string& path) const {
-    const std::string plain = Plain(path);
+    std::string plain = Plain(path);
     const fs::path name = fs::path(plain).filename();
     if (path.empty() || name.empty() || name == ".") throw WebError(400, "\"" + path + "\" names no file");
     std::error_code error;

@@ -71,7 +71,7 @@ class ViewTurns {
         std::shared_ptr<View>& view = m_views[name];
         if (!view) view = std::make_shared<View>();
         view->lastUse = ++m_uses;
-        const std::shared_ptr<View> found = view;
+        std::shared_ptr<View> found = view;
         if (m_views.size() > m_mostViews) {
             auto oldest = m_views.begin();
             for (auto other = m_views.begin(); other != m_views.end(); ++other)
