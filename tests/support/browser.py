@@ -1,7 +1,7 @@
 """Drives a headless Chromium by the WebDriver protocol, for the tests of pages."""
 import base64, contextlib, json, os, pathlib, shutil, subprocess, tempfile, time, urllib.request
 
-KEYS = {"Enter": "\ue007", "Backspace": "\ue003", "Escape": "\ue00c", "PageDown": "\ue00f", "End": "\ue010", "Home": "\ue011",
+KEYS = {"Enter": "\ue007", "Backspace": "\ue003", "Escape": "\ue00c", "PageUp": "\ue00e", "PageDown": "\ue00f", "End": "\ue010", "Home": "\ue011",
         "Delete": "\ue017", "Tab": "\ue004", "shift": "\ue008", "control": "\ue009", "alt": "\ue00a", "up": "\ue013", "down": "\ue015", "left": "\ue012", "right": "\ue014"}
 
 
