@@ -13,6 +13,6 @@ target_compile_options(
               $<$<BOOL:${NIFIKRAL_WARNINGS_AS_ERRORS}>:-Werror>)
 if(NIFIKRAL_SANITIZE)
     target_compile_options(
-        nifikral_options INTERFACE -fsanitize=${NIFIKRAL_SANITIZE} -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+        nifikral_options INTERFACE -fsanitize=${NIFIKRAL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(nifikral_options INTERFACE -fsanitize=${NIFIKRAL_SANITIZE})
 endif()
