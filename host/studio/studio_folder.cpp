@@ -45,7 +45,7 @@ std::string StudioFolder::Existing(const std::string& path) const {
 
 std::string StudioFolder::File(const std::string& path) const {
     if (path.empty()) throw WebError(400, "the request names no file; give its path");
-    const std::string plain = Existing(path);
+    std::string plain = Existing(path);
     std::error_code error;
     if (!fs::is_regular_file(plain, error)) throw WebError(404, path + " is no file");
     return plain;
