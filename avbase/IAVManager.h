@@ -29,7 +29,8 @@ class IAVSource {
     ~IAVSource() = default;
 };
 
-/// Settings of a source, under the interface name "IAVSourceSetProperty".
+/// Settings of a source, under the interface name "IAVSourceSetProperty". Every source of the importer "ImageImporter"
+/// has them: a generator sets how long each of its pictures lasts, and shows none without.
 class IAVSourcePropertySet {
  public:
     static constexpr char name[] = "IAVSourceSetProperty";

@@ -34,27 +34,25 @@ void Interleave(PackedView to, PlanarView from) {
     }
 }
 
+// The picture as wide or as high as the box, whichever gives the smaller or the larger one.
+template <bool smaller, bool roundUp>
+FrameSize Fit(FrameSize picture, FrameSize box) {
+    if (!picture.width || !picture.height || !box.width || !box.height) return {};
+    const std::uint64_t byWidth = std::uint64_t(box.width) * picture.height;
+    const std::uint64_t byHeight = std::uint64_t(box.height) * picture.width;
+    const auto side = [](std::uint64_t product, unsigned by) {
+        const std::uint64_t quotient = (product + (roundUp ? by - 1 : 0)) / by;
+        return unsigned(std::clamp<std::uint64_t>(quotient, 1, std::numeric_limits<unsigned>::max()));
+    };
+    if (smaller ? byWidth <= byHeight : byWidth >= byHeight) return {box.width, side(byWidth, picture.width)};
+    return {side(byHeight, picture.height), box.height};
+}
+
 }  // namespace
 
-FrameSize FitInto(FrameSize picture, FrameSize box) {
-    if (!picture.width || !picture.height || !box.width || !box.height) return {};
-    const std::uint64_t byWidth = std::uint64_t(box.width) * picture.height;
-    const std::uint64_t byHeight = std::uint64_t(box.height) * picture.width;
-    const auto roundedUp = [](std::uint64_t product, unsigned by) { return unsigned((product + by - 1) / by); };
-    if (byWidth <= byHeight) return {box.width, roundedUp(byWidth, picture.width)};
-    return {roundedUp(byHeight, picture.height), box.height};
-}
-
-FrameSize FitOver(FrameSize picture, FrameSize box) {
-    if (!picture.width || !picture.height || !box.width || !box.height) return {};
-    const std::uint64_t byWidth = std::uint64_t(box.width) * picture.height;
-    const std::uint64_t byHeight = std::uint64_t(box.height) * picture.width;
-    const auto roundedUp = [](std::uint64_t n, unsigned d) {
-        return unsigned(std::min<std::uint64_t>((n + d - 1) / d, std::numeric_limits<unsigned>::max()));
-    };
-    if (byWidth >= byHeight) return {box.width, roundedUp(byWidth, picture.width)};
-    return {roundedUp(byHeight, picture.height), box.height};
-}
+FrameSize FitInto(FrameSize picture, FrameSize box) { return Fit<true, true>(picture, box); }
+FrameSize FitWithin(FrameSize picture, FrameSize box) { return Fit<true, false>(picture, box); }
+FrameSize FitOver(FrameSize picture, FrameSize box) { return Fit<false, true>(picture, box); }
 
 ImageShape ShapeOf(IRawVideoFrame& frame, ColourMatrix matrix) {
     const FrameSize size = SizeOf(frame);

@@ -15,6 +15,8 @@ inline constexpr unsigned largestSide = 16384;
 /// The size of a picture that fills a box as far as its aspect ratio allows: rounded up, so that no line is left where
 /// less than a pixel is missing. Never 0, unless either size is.
 FrameSize FitInto(FrameSize picture, FrameSize box);
+/// The same, rounded down.
+FrameSize FitWithin(FrameSize picture, FrameSize box);
 /// The least size of a picture that hides a box and keeps its aspect ratio.
 FrameSize FitOver(FrameSize picture, FrameSize box);
 

@@ -26,14 +26,26 @@ int InitPointers(T**& pointers, int n) {
     });
 }
 
-const char* ImporterFor(bool isImage) { return isImage ? importerImage : ""; }
+// Null where the host opens nothing.
+SourceOwner Open(IAVManager& manager, const std::string& path, bool isImage) {
+    return SourceOwner(manager.OpenSource(path.c_str(), isImage ? importerImage : ""));
+}
+
+// The host cannot know how long a picture is to last. Returns its settings, which belong to the source.
+IAVSourcePropertySet* SetStillDuration(IAVSource& picture, int line) {
+    auto* const settings = static_cast<IAVSourcePropertySet*>(picture.GetInterface(IAVSourcePropertySet::name));
+    Require(settings, textParamError, line);
+    settings->SetProperty(IAVSourcePropertySet::stillDuration, stillMilliseconds);
+    return settings;
+}
 
 }  // namespace
 
 SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImage, const char* message) {
     Require(manager, textNullPointer, lineOpen);
-    SourceOwner source(manager->OpenSource(path.c_str(), ImporterFor(isImage)));
+    SourceOwner source = Open(*manager, path, isImage);
     if (!source) RaiseHostFailure(message, lineOpen);
+    if (isImage) SetStillDuration(*source, lineOpen);
     return source;
 }
 
@@ -59,12 +71,9 @@ int CreateAVSources(IAVManager* manager, IAVSource**& sources, IAVSourceProperty
         std::vector<IAVSourcePropertySet*> settings(path.size());
         for (std::size_t i = 0; i < path.size(); ++i) {
             const bool isImage = kind[i] == "true";
-            opened[i].reset(manager->OpenSource(path[i].c_str(), ImporterFor(isImage)));
+            opened[i] = Open(*manager, path[i], isImage);
             Require(opened[i] != nullptr, textParamError, lineSources);
-            if (!isImage) continue;
-            settings[i] = static_cast<IAVSourcePropertySet*>(opened[i]->GetInterface(IAVSourcePropertySet::name));
-            Require(settings[i], textParamError, lineSources);
-            settings[i]->SetProperty(IAVSourcePropertySet::stillDuration, stillMilliseconds);
+            if (isImage) settings[i] = SetStillDuration(*opened[i], lineSources);
         }
         IAVSource** newSources = nullptr;
         IAVSourcePropertySet** newSets = nullptr;

@@ -8,8 +8,9 @@
 /// Opening pictures, videos and texts through the host's interfaces.
 namespace AVBased {
 
-/// Opens a file as a picture, or as whatever the host finds in it. Raises "Null Pointer" for a null manager; the host's
-/// error, or `message` when the host gives nothing and files nothing.
+/// Opens a file as a picture, which is set to last 5 seconds, or as whatever the host finds in it. Raises "Null
+/// Pointer" for a null manager; the host's error, or `message` when the host gives nothing and files nothing; "Param
+/// Error" for a picture whose length cannot be set.
 SourceOwner OpenSource(IAVManager* manager, const std::string& path, bool isImage,
                        const char* message = TarvoBased::textNullPointer);
 /// The source's next frame. Raises the host's error, or "Null Pointer".

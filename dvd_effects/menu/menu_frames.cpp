@@ -90,7 +90,7 @@ int AddBlack(IRawVideoFrame* picture, unsigned width, unsigned height, IImageCon
              int& placedHeight, CRawVideoFrame* frame, int centred) {
     return AtBoundary(lineAddBlack, dvdEffectsUtilsName, [&] {
         Require(picture && frame, textNullPointer, lineAddBlack);
-        const FrameSize own = SizeOf(*picture), placed = FitInto(own, {width, height});
+        const FrameSize own = SizeOf(*picture), placed = FitWithin(own, {width, height});
         frame->SetSize(width, height);
         FrameOwner scaled;
         if (placed == own && placed.width && picture->GetPixelFormat() == frame->GetPixelFormat()) {

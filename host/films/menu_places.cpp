@@ -36,9 +36,11 @@ class PlainPictures final : public AVBased::IAVManager {
     AVBased::IAVSource* OpenSource(const char*, const char*) override { return new Picture; }
 
  private:
-    class Picture final : public AVBased::IAVSource {
+    class Picture final : public AVBased::IAVSource, public AVBased::IAVSourcePropertySet {
      public:
         void* GetInterface(const char* name) override {
+            if (std::strcmp(name, AVBased::IAVSourcePropertySet::name) == 0)
+                return static_cast<AVBased::IAVSourcePropertySet*>(this);
             TarvoBased::GetTarvoException()->SetException(TarvoBased::errorNoInterface, name, 0, "menu_places");
             return nullptr;
         }
@@ -49,6 +51,7 @@ class PlainPictures final : public AVBased::IAVManager {
                             std::size_t(frame->width) * 4);
             return new FrameAdapter(std::move(frame), AVBased::formatRgba32, 0);
         }
+        bool SetProperty(int, int) override { return true; }
         bool IsStill() override { return true; }
         void Free() override { delete this; }
         virtual ~Picture() = default;

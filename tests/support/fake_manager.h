@@ -30,7 +30,7 @@ class FakeManager final : public IAVManager, public IAVImporter {
     enum class Fault { Null, NullWithError, Throw };
 
     std::map<std::string, FakeFile> files;
-    int openSources = 0, framesRead = 0;
+    int openSources = 0, framesRead = 0, lengthsSet = 0;
     std::string lastHtml, lastImporter;
     /// The size of every text.
     unsigned textWidth = 8, textHeight = 4;
@@ -131,7 +131,8 @@ class FakeManager final : public IAVManager, public IAVImporter {
             return m_lines.c_str();
         }
         bool SetProperty(int identifier, int value) override {
-            return !m_manager.Fails() && identifier == 2 && value == 5000;
+            m_manager.lengthsSet += identifier == 2 && value == 5000;
+            return !m_manager.Fails();
         }
 
      private:

@@ -115,6 +115,11 @@ TEST_F(Helpers, AddBlackAroundAPicture) {
     ASSERT_EQ(AddBlack(&picture, 8, 6, converter, width, height, &planar, 0), 1);
     const ConverterOwner owner(converter);
     EXPECT_EQ(width * 10 + height, 84);
+    TestFrame upright(30, 16, 21);
+    IImageConverter* own = nullptr;
+    ASSERT_EQ(AddBlack(&upright, 56, 40, own, width, height, &frame, 0), 1);
+    const ConverterOwner ownOwner(own);
+    EXPECT_EQ(width * 100 + height, 3040);  // and not 31 wide, which were too much
     EXPECT_EQ(planar.GetBuffer(0)[0], 235);
     EXPECT_EQ(planar.GetBuffer(0)[64 * 5], 16);
     EXPECT_EQ(planar.GetBuffer(1)[64 * 2], 128);

@@ -165,6 +165,7 @@ TEST_F(Menu, KeepsVideosOpenAndReadsPicturesOnce) {
         EXPECT_EQ(grid[0][8], 0xFF000000 | n);
         EXPECT_EQ(manager.openSources, 1);
         EXPECT_EQ(manager.framesRead, int(n) + 1);
+        EXPECT_EQ(manager.lengthsSet, 1) << "the picture's";
     }
     ASSERT_TRUE(menu->SetProperty("additionSourceNumber", "1"));
     EXPECT_EQ(manager.openSources, 0);
