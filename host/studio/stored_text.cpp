@@ -1,8 +1,13 @@
 #include "host/studio/stored_text.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <mutex>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 #include "host/base/errors.h"
 #include "host/films/text_renderer.h"
@@ -14,7 +19,8 @@ namespace Nifikral {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr char draftFolder[] = ".nifikral-studio", draftFile[] = ".nifikral-studio/draft.json";
+constexpr char draftFolder[] = ".nifikral-studio/drafts";
+constexpr std::size_t mostDrafts = 20;
 
 std::string ReadText(const std::string& path) {
     std::error_code error;
@@ -50,6 +56,33 @@ std::mutex& Writing() {
     return mutex;
 }
 
+std::string DraftOf(const std::string& page) {
+    const auto small = [](char letter) { return (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9'); };
+    if (page.size() < 4 || page.size() > 16 || !std::ranges::all_of(page, small))
+        throw WebError(400, "\"page\" is not 4 to 16 small letters and digits");
+    return std::string(draftFolder) + "/" + page + ".json";
+}
+
+void RequireNoLinks() {
+    std::error_code error;
+    for (const fs::path& folder : {fs::path(draftFolder).parent_path(), fs::path(draftFolder)})
+        if (fs::is_symlink(folder, error))
+            throw WebError(403, folder.string() + " is a link; remove it, the studio makes a folder of this name");
+}
+
+// The newest first.
+std::vector<fs::path> DraftsByAge() {
+    std::vector<std::pair<fs::file_time_type, fs::path>> found;
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(draftFolder, error))
+        if (entry.path().extension() == ".json" && entry.symlink_status(error).type() == fs::file_type::regular)
+            found.emplace_back(entry.last_write_time(error), entry.path());
+    std::ranges::sort(found, std::greater{});
+    std::vector<fs::path> drafts;
+    for (auto& [age, path] : found) drafts.push_back(std::move(path));
+    return drafts;
+}
+
 }  // namespace
 
 WebReply ReadStoredText(const StudioFolder& folder, const std::string& path) {
@@ -81,21 +114,27 @@ WebReply WriteStoredText(const StudioFolder& folder, const WebRequest& request) 
     return {200, "application/json", JsonText({{"etag", tag}}), {{"ETag", tag}}};
 }
 
-WebReply ReadDraft() {
+WebReply ReadDraft(const std::string& page) {
+    const std::string own = DraftOf(page);
+    const std::lock_guard lock(Writing());
+    RequireNoLinks();
     std::error_code error;
-    const std::string text = fs::is_regular_file(draftFile, error) ? ReadText(draftFile) : "";
-    return {200, "application/json", text.empty() ? "null" : text};
+    const std::vector<fs::path> drafts = DraftsByAge();
+    const std::string found = fs::is_regular_file(own, error) ? own : drafts.empty() ? "" : drafts.front().string();
+    return {200, "application/json", found.empty() ? "null" : ReadText(found)};
 }
 
-WebReply WriteDraft(const std::string& body) {
+WebReply WriteDraft(const std::string& page, const std::string& body) {
+    const std::string own = DraftOf(page);
     ParseWebJson(body);
     const std::lock_guard lock(Writing());
+    RequireNoLinks();
     std::error_code error;
-    if (fs::is_symlink(draftFolder, error) || fs::is_symlink(draftFile, error))
-        throw WebError(403, std::string(draftFolder) + " is a link; remove it, the studio makes a folder of this name");
-    fs::create_directory(draftFolder, error);
+    fs::create_directories(draftFolder, error);
     if (error) throw WebError(507, std::string(draftFolder) + " cannot be made: " + error.message());
-    WriteWhole(draftFile, body, true);
+    WriteWhole(own, body, true);
+    const std::vector<fs::path> drafts = DraftsByAge();
+    for (std::size_t i = mostDrafts; i < drafts.size(); ++i) fs::remove(drafts[i], error);
     return {200, "application/json", "{}"};
 }
 

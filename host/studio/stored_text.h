@@ -13,7 +13,10 @@ WebReply ReadStoredText(const StudioFolder& folder, const std::string& path);
 /// Writes it whole or not at all, and only over what the request's If-Match or If-None-Match says.
 WebReply WriteStoredText(const StudioFolder& folder, const WebRequest& request);
 
-WebReply ReadDraft();
-WebReply WriteDraft(const std::string& body);
+/// What a page was editing last, which it names by 4 to 16 small letters and digits; of a page that has written nothing
+/// yet, what any page wrote last, or null.
+WebReply ReadDraft(const std::string& page);
+/// Keeps what a page is editing, a JSON value. Those of the last twenty pages stay.
+WebReply WriteDraft(const std::string& page, const std::string& body);
 
 }  // namespace Nifikral

@@ -156,8 +156,9 @@ class Studio {
              [](Studio& own, const WebRequest& request) {
                  return JsonReply(own.m_films.CheckDisc(ParseWebJson(request.body)));
              }},
-            {"GET", "draft", [](Studio&, const WebRequest&) { return ReadDraft(); }},
-            {"PUT", "draft", [](Studio&, const WebRequest& request) { return WriteDraft(request.body); }},
+            {"GET", "draft", [](Studio&, const WebRequest& request) { return ReadDraft(request.Query("page")); }},
+            {"PUT", "draft",
+             [](Studio&, const WebRequest& request) { return WriteDraft(request.Query("page"), request.body); }},
         };
         return routes;
     }

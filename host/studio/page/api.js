@@ -1,8 +1,17 @@
 // The server, spoken to: plain calls, views of which the newest request wins, streams of frames, and events.
 import {notice} from "./dom.js";
 
-/** This page among others: it survives a reload, and a second page has its own. */
-export const page = sessionStorage.page ??= Math.random().toString(36).slice(2, 10);
+/** This page among others: its name survives a reload. A copy of the page, which the browser gives the same name, takes another one. */
+async function ownName() {
+    const taken = name => new Promise(resolve => navigator.locks.request(`page ${name}`, {ifAvailable: true}, lock => {
+        resolve(!lock);
+        return lock && new Promise(() => {});
+    }));
+    let name = sessionStorage.page;
+    while (!name || await taken(name)) name = Array.from(crypto.getRandomValues(new Uint8Array(8)), value => (value % 36).toString(36)).join("");
+    return sessionStorage.page = name;
+}
+export const page = await ownName();
 
 export class Fault extends Error {
     constructor(message, status, superseded) { super(message); this.status = status; this.superseded = superseded; }

@@ -93,7 +93,7 @@ class AttackTest(unittest.TestCase):
             self.assertEqual(status, 400, (body[:60], answer))
             self.assertTrue(json.loads(answer)["error"])
         try:
-            status = self.studio.raw("PUT", f"/{self.studio.token}/api/draft", '"' + "x" * (5 << 20) + '"',
+            status = self.studio.raw("PUT", f"/{self.studio.token}/api/draft?page=large", '"' + "x" * (5 << 20) + '"',
                                      {"Content-Type": "application/json"})[0]
         except OSError:
             status = 413  # it hung up in the middle

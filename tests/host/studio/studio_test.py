@@ -192,8 +192,16 @@ class StudioTest(unittest.TestCase):
         self.assertEqual(put('{"a": 1} // note', If_Match=headers["ETag"]), 200)
         self.assertEqual(put("{}", If_Match=headers["ETag"]), 412)
         self.assertEqual((self.studio.folder / "p.json").read_text(), '{"a": 1} // note')
-        self.assertEqual(self.studio.ask("PUT", "api/draft", {"chain": ["gray"]})[0], 200)
-        self.assertEqual(self.studio.get("api/draft"), {"chain": ["gray"]})
+
+    def test_keeps_what_each_page_edits(self):
+        self.assertIsNone(self.studio.get("api/draft?page=first"))
+        for page in ["first", "second", *[f"page{i}" for i in range(19)]]:
+            time.sleep(0.01)  # shorter than that, file times may be equal
+            self.assertEqual(self.studio.ask("PUT", "api/draft?page=" + page, {"of": page})[0], 200)
+        self.assertEqual(self.studio.get("api/draft?page=second"), {"of": "second"})
+        self.assertEqual(self.studio.get("api/draft?page=first"), {"of": "page18"}, "the newest in place of one that went")
+        for page in ("", "abc", "../../a", "x" * 17, "Upper"):
+            self.assertEqual(self.studio.ask("PUT", "api/draft?page=" + page, {})[0], 400, page)
 
     def test_takes_requests_apart_and_reports_what_is_wrong_with_them(self):
         parts = self.studio.post("api/request", {"text": "rotate@1s-2s:x=50%:inside=circle,1,2,3"})["requests"]
