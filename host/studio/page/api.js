@@ -104,7 +104,7 @@ export async function paint(canvas, path, body, signal) {
     canvas.classList.add("painted");
 }
 
-/** The frames of a stream, each a bitmap; reading slower makes the server wait. */
+/** The frames of a stream, each a JPEG; reading slower makes the server wait. */
 export async function* frames(path, body, signal) {
     const reply = await call("POST", path, body, {signal});
     const rate = reply.headers.get("X-Rate")?.split("/").map(Number);
@@ -131,7 +131,7 @@ export async function* frames(path, body, signal) {
             const size = new DataView(head.buffer, head.byteOffset).getUint32(0);
             const data = await take(size);
             if (!data) return;
-            yield {picture: await createImageBitmap(new Blob([data], {type: "image/jpeg"})), rate};
+            yield {jpeg: new Blob([data], {type: "image/jpeg"}), rate};
         }
     } finally { reader.cancel().catch(() => {}); }
 }
@@ -139,7 +139,8 @@ export async function* frames(path, body, signal) {
 /** Plays a stream at its pace: draw(bitmap, index) takes each frame and closes it. A few frames are read ahead. */
 export async function play(path, body, rate, draw, signal) {
     const source = frames(path, body, signal), ahead = [];
-    const more = () => { ahead.push(source.next().catch(error => ({done: true, error}))); };
+    const decoded = async ({value, done}) => done ? {done} : {value: {...value, picture: await createImageBitmap(value.jpeg)}};
+    const more = () => { ahead.push(source.next().then(decoded).catch(error => ({done: true, error}))); };
     for (let i = 0; i < 4; ++i) more();
     let begin = 0;
     for (let index = 0; ; ++index) {

@@ -34,7 +34,7 @@ export function discJob(job, catalogue) {
         aboutOf = path;
         about = null;
         try { const facts_ = path && /\.\w+$/.test(path) ? await facts(path) : null; if (aboutOf === path) about = facts_; } catch (error) { report(error); }
-        timeline.node.hidden = addChapter.hidden = about?.kind !== "film";
+        timeline.node.hidden = about?.kind !== "film";
         stage.setEmpty(about ? "" : film() ? "A slideshow of the pictures of a folder." : project() ? "Choose a film." : "Begin with the films and photographs of this folder.");
         if (!about) return;
         stage.setSource(about.width, about.height);
@@ -43,11 +43,18 @@ export function discJob(job, catalogue) {
         mark();
         draw();
     }
-    function mark() { if (about?.kind === "film") timeline.setMarks((film()?.chapters ?? []).map(chapter => ({begin: beginOf(chapter), end: beginOf(chapter), kind: "chapter"}))); }
+    function mark() {
+        if (about?.kind === "film") timeline.setMarks((film()?.chapters ?? []).map((chapter, i) => ({begin: beginOf(chapter), end: beginOf(chapter), kind: "chapter",
+            label: `Chapter ${i + 1}`, move: at => setChapter(chosen, i, {begin: Number(round(at, 2))}), remove: () => removeChapter(chosen, i)})));
+    }
+    const sorted = chapters => [...chapters].sort((a, b) => beginOf(a) - beginOf(b));
+    const setChapter = (i, at, part) => setFilm(i, ({chapters}) => ({chapters: sorted(chapters.map((chapter, index) => index === at ? {begin: beginOf(chapter), ...(typeof chapter === "object" && chapter), ...part} : chapter))}));
+    const removeChapter = (i, at) => setFilm(i, ({chapters}) => ({chapters: chapters.filter((_, index) => index !== at)}));
     const addChapter = button("Chapter here", () => {
         const at = Number(round(timeline.at, 2));
-        setFilm(chosen, ({chapters = []}) => ({chapters: [...chapters.filter(chapter => beginOf(chapter) !== at), at].sort((a, b) => beginOf(a) - beginOf(b))}));
-    }, {hidden: true}, "plus");
+        setFilm(chosen, ({chapters = []}) => ({chapters: sorted([...chapters.filter(chapter => beginOf(chapter) !== at), at])}));
+    }, {class: "compact", "aria-label": "Chapter here", title: "A chapter begins at this time"}, "plus");
+    timeline.node.append(addChapter);
 
     // The films in their order.
     const list = el("ol", {class: "chain", "aria-label": "Films, in their order"});
@@ -72,10 +79,10 @@ export function discJob(job, catalogue) {
             el("div", {class: "inside"}, room, chapters));
         const chapterItem = ({at}) => {
             const one = () => (now().chapters ?? [])[at] ?? 0;
-            const change = part => setFilm(i, ({chapters: all}) => ({chapters: all.map((chapter, index) => index === at ? {begin: beginOf(chapter), ...(typeof chapter === "object" && chapter), ...part} : chapter).sort((a, b) => beginOf(a) - beginOf(b))}));
+            const change = part => setChapter(i, at, part);
             const begin = el("input", {type: "number", min: 0, step: 0.04, "aria-label": `Begin of chapter ${at + 1}, in seconds`, onchange: () => change({begin: Number(begin.value)}), onfocus: () => { choose(i); timeline.set(beginOf(one())); }});
             const name = el("input", {type: "text", placeholder: `Chapter ${at + 1}`, "aria-label": `Title of chapter ${at + 1}`, onchange: () => change({title: name.value || undefined})});
-            return {node: el("li", {class: "control"}, begin, name, iconButton("trash", `Remove chapter ${at + 1}`, () => setFilm(i, ({chapters: all}) => ({chapters: all.filter((_, index) => index !== at)})))), update() {
+            return {node: el("li", {class: "control"}, begin, name, iconButton("trash", `Remove chapter ${at + 1}`, () => removeChapter(i, at))), update() {
                 if (document.activeElement !== begin) begin.value = round(beginOf(one()));
                 if (document.activeElement !== name) name.value = one().title ?? "";
             }};
@@ -133,14 +140,14 @@ export function discJob(job, catalogue) {
 
     // The forms of the disc and its menus.
     const updates = [];
-    const line = (label, parameter, get, put) => { const one = control(parameter, label, {get: () => String(get() ?? ""), set: put, size: () => stage.source}); updates.push(one.update); return one.node; };
+    const line = (label, parameter, get, put) => { const one = control(parameter, label, {get: () => String(get() ?? ""), set: put, size: () => stage.source, base}); updates.push(one.update); return one.node; };
     const words = values => ({kind: "word", words: values, name: "", meaning: ""});
-    const text = {kind: "text", name: "", meaning: ""}, toggle = {kind: "switch", name: "", meaning: ""}, colour = {kind: "colour", name: "colour", meaning: ""};
+    const file = (...kinds) => ({kind: "file", kinds, name: "", meaning: ""}), text = {kind: "text", name: "", meaning: ""}, toggle = {kind: "switch", name: "", meaning: ""}, colour = {kind: "colour", name: "colour", meaning: ""};
     const menus = () => project()?.menus ?? {}, part = kind => catalogue.templates.filter(name => name.startsWith(kind)), optional = value => value === "" ? undefined : value;
     const form = el("div", {}, el("h3", {text: "Disc"}), line("title", text, () => project()?.title, value => set({title: value})), line("for", words(["pal-16:9", "pal-4:3", "ntsc-16:9", "ntsc-4:3"]), () => project()?.profile, value => set({profile: value})),
         line("holds", words(["4.7", "8.5"]), () => project()?.gigabytes ?? 4.7, value => set({gigabytes: Number(value)})),
         el("h3", {text: "Menus"}), line("main", words(part("menu_")), () => menus().template, value => setMenus({template: value})), line("chapters", words(part("submenu_")), () => menus().chapterTemplate ?? "submenu_common", value => setMenus({chapterTemplate: value})),
-        line("background", text, () => menus().background, value => setMenus({background: optional(value)})), line("music", text, () => menus().music, value => setMenus({music: optional(value)})),
+        line("background", file("picture", "film"), () => menus().background, value => setMenus({background: optional(value)})), line("music", file("sound", "film"), () => menus().music, value => setMenus({music: optional(value)})),
         line("repeats after", {kind: "number", name: "seconds", meaning: "after which a menu starts over", sensible: {minimum: 5, maximum: 60}, step: 1, unit: "s"}, () => menus().seconds ?? 20, (value, name) => setMenus({seconds: Number(value)}, name)),
         line("play all", toggle, () => Number(menus().playAll ?? true), value => setMenus({playAll: value === "1"})), line("chapter menus", toggle, () => Number(menus().chapters ?? true), value => setMenus({chapters: value === "1"})),
         line("mark", words(["frame", "underline", "marker"]), () => menus().mark ?? "frame", value => setMenus({mark: value})), line("chosen", colour, () => menus().chosen ?? "#ffcc00", (value, name) => setMenus({chosen: value}, name && "chosen")),
@@ -162,7 +169,7 @@ export function discJob(job, catalogue) {
 
     return {
         kinds: ["film", "picture", "project"], many: true, take, current: () => doc().path,
-        centre: el("div", {class: "centre"}, el("div", {class: "bar"}, path, addChapter, ...needs), stage.node, timeline.node),
+        centre: el("div", {class: "centre"}, el("div", {class: "bar"}, path, ...needs), stage.node, timeline.node),
         panels: [{id: "films", label: "Films", node: el("div", {class: "panel"}, begin, readout, bar, faults, list)}, {id: "disc", label: "Settings", node: el("div", {class: "panel"}, form)}],
         key: event => timeline.key(event),
         leave: () => timeline.stop(),

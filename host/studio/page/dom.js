@@ -24,7 +24,7 @@ const ICONS = {
     menu: "M4 5h16v14H4zM7 9h6M7 12h6M7 15h6M16 9v6", slideshow: "M7 8h13v11H7zM4 16V5h12M11 11l4 2.5-4 2.5z",
     disc: "M12 3a9 9 0 1 0 .01 0zM12 10a2 2 0 1 0 .01 0z", undo: "M9 7L4 12l5 5M4 12h10a5 5 0 0 1 5 5", redo: "M15 7l5 5-5 5M20 12H10a5 5 0 0 0-5 5",
     theme: "M12 4a8 8 0 1 0 .01 0zM12 4v16a8 8 0 0 0 0-16z", queue: "M5 7h14M5 12h14M5 17h9", close: "M6 6l12 12M18 6L6 18", play: "M8 5l11 7-11 7z",
-    pause: "M8 5v14M16 5v14", up: "M6 14l6-6 6 6", down: "M6 10l6 6 6-6", left: "M14 6l-6 6 6 6", right: "M10 6l6 6-6 6", plus: "M12 5v14M5 12h14",
+    pause: "M8 5v14M16 5v14", up: "M6 14l6-6 6 6", down: "M6 10l6 6 6-6", left: "M14 6l-6 6 6 6", right: "M10 6l6 6-6 6", plus: "M12 5v14M5 12h14", minus: "M5 12h14",
     folder: "M3 6h7l2 2h9v11H3z", sound: "M9 18a2.5 2.5 0 1 1-.01 0zM9 15V5l10-2v11M19 14a2.5 2.5 0 1 1-5 2.5 2.5 2.5 0 0 1 5 0z",
     eye: "M2 12s4-6 10-6 10 6 10 6-4 6-10 6-10-6-10-6zM12 9a3 3 0 1 0 .01 0z", grip: "M9 6h.01M15 6h.01M9 12h.01M15 12h.01M9 18h.01M15 18h.01",
     split: "M12 3v18M4 7h5M4 12h5M4 17h5M15 7h5v10h-5", save: "M5 4h11l3 3v13H5zM8 4v5h7V4M8 20v-6h8v6", copy: "M8 8h12v12H8zM4 16V4h12",

@@ -1,6 +1,9 @@
 // Forms made of the catalogue alone: a control for every kind of parameter, in groups, with its range, unit and step.
-import {clamp, el, iconButton, round} from "./dom.js";
+import {clamp, el, iconButton, relative, round} from "./dom.js";
 import {curve, isMoving, valueAt, withValueAt} from "./keys.js";
+import {filesOfKinds, takesFiles} from "./library.js";
+
+let lists = 0;
 
 export const PLACES = {column: "width", row: "height", length: "shorter"};
 
@@ -90,11 +93,20 @@ const CONTROLS = {
     colour(parameter, label, {get, set}) {
         const swatch = el("input", {type: "color", "aria-label": label, oninput: () => set(swatch.value, parameter.name)});
         const text = el("input", {type: "text", size: 9, "aria-label": `${label}, as text`, onchange: () => set(text.value.trim())});
-        return {nodes: [swatch, text], update: () => { swatch.value = hexColour(get()); if (document.activeElement !== text) text.value = /^\d+$/.test(get()) ? hexColour(get()) : get(); }};
+        return {nodes: [swatch, text], update: () => { swatch.value = hexColour(get()); if (document.activeElement !== text) text.value = /^(\d+|0x[0-9a-f]+)$/i.test(get()) ? hexColour(get()) : get(); }};
     },
     seed(parameter, label, {get, set}) {
         const number = el("input", {type: "number", step: 1, "aria-label": label, onchange: () => set(number.value || "0")});
         return {nodes: [number, iconButton("dice", "Another one", () => set(String(Math.floor(Math.random() * 1e6))))], update: () => { number.value = get(); }};
+    },
+    file(parameter, label, {get, set, base}) {
+        const list = el("datalist", {id: `files-${++lists}`});
+        const name = el("input", {type: "text", list: list.id, spellcheck: "false", "aria-label": label, onchange: () => set(name.value), onfocus: async () => {
+            const files = await filesOfKinds(parameter.kinds).catch(() => []);
+            list.replaceChildren(...files.map(path => el("option", {value: relative(base(), path)})));
+        }});
+        takesFiles(name, ([{path}]) => set(relative(base(), path)));
+        return {nodes: [name, list], update: () => { if (document.activeElement !== name) name.value = get(); }};
     },
     text(parameter, label, {get, set}) {
         const text = el("input", {type: "text", "aria-label": label, onchange: () => set(text.value)});

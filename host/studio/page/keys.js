@@ -1,6 +1,6 @@
 // Values that change: the command's own texts of them, "1..4~in-out" and "@0:1,2s:4", as key points, and back; and a curve
 // on which they are set.
-import {clamp, draggable, el, round, svg} from "./dom.js";
+import {clamp, draggable, el, iconButton, round, svg} from "./dom.js";
 
 export const SHAPES = ["linear", "in", "out", "in-out", "hold"];
 const ease = {linear: t => t, in: t => t * t, out: t => t * (2 - t), "in-out": t => t * t * (3 - 2 * t), hold: t => t < 1 ? 0 : 1};
@@ -61,20 +61,27 @@ export function curve({label, get, set, range, step, unit, seconds, rate, now, s
         chosen = Math.max(0, next.indexOf(at));
         set(textOf(next), name);
     }
+    const snap = (value, by) => Math.round(value / by) * by;
     const place = event => {
         const box = drawing.getBoundingClientRect(), px = (event.clientX - box.x) / box.width * W, py = (event.clientY - box.y) / box.height * H;
         const value = range[0] + (H - pad - py) / (H - 2 * pad) * (range[1] - range[0]);
-        const snap = (v, by) => Math.round(v / by) * by;
         return {at: snap(clamp((px - pad) / (W - 2 * pad), 0, 1) * seconds(), 1 / rate()), value: round(snap(clamp(value, range[0], range[1]), step), 4) + suffix()};
     };
-    drawing.addEventListener("dblclick", event => edit(next => { next.push({...place(event), shape: "linear"}); chosen = next.length - 1; }));
+    const insert = point => edit(next => { next.push({...point, shape: "linear"}); chosen = next.length - 1; });
+    drawing.addEventListener("dblclick", event => insert(place(event)));
+    function insertNow() {
+        const at = now(), same = list().findIndex(point => Math.abs(point.at - at) < 0.5 / rate());
+        if (same >= 0) { chosen = same; update(); } else insert({at, value: round(snap(valueAt(get(), at, seconds(), rate()), step), 4) + suffix()});
+        dots[chosen].focus();
+    }
+    function remove(index) { if (dots.length > 1) edit(next => { next.splice(index, 1); chosen = Math.max(0, index - 1); }); }
     function dot(index) {
         const node = svg("circle", {r: 6, tabindex: 0, role: "slider", class: "key-point"});
         draggable(node, () => { chosen = index; return {move: event => edit(next => { next[chosen] = {...next[chosen], ...place(event)}; }, "curve")}; });
         node.addEventListener("focus", () => { chosen = index; update(); });
         node.addEventListener("keydown", event => {
             const by = event.shiftKey ? 10 : 1, move = {ArrowLeft: [-by, 0], ArrowRight: [by, 0], ArrowUp: [0, by], ArrowDown: [0, -by]}[event.key];
-            if (event.key === "Delete" && dots.length > 2) edit(next => { next.splice(index, 1); chosen = 0; });
+            if (event.key === "Delete") remove(index);
             else if (event.key === "Enter") seek?.(list()[index].at);
             else if (move) edit(next => {
                 const point = next[index];
@@ -115,8 +122,11 @@ export function curve({label, get, set, range, step, unit, seconds, rate, now, s
         });
         shape.value = all[chosen].shape;
         shape.disabled = chosen === 0;
+        less.disabled = all.length === 1;
         readout.textContent = `${round(all[chosen].at)} s: ${all[chosen].value}`;
     }
+    const less = iconButton("trash", "Remove the chosen key point (Delete)", () => remove(chosen));
     update();
-    return {node: el("div", {class: "curve-box"}, drawing, el("div", {class: "row"}, readout, shape)), update};
+    return {node: el("div", {class: "curve-box"}, drawing, el("div", {class: "row"}, readout,
+        iconButton("plus", "Add a key point at this time (or double-click on the curve)", insertNow), less, shape)), update};
 }

@@ -1,6 +1,6 @@
 // The folder's files. Only the rows that are seen exist, so that thousands scroll as smoothly as ten.
-import {background, forget, listen, query, read, report} from "./api.js";
-import {announce, button, clamp, el, icon} from "./dom.js";
+import {background, forget, frames, listen, query, read, report} from "./api.js";
+import {announce, button, clamp, el, icon, iconButton} from "./dom.js";
 import * as store from "./store.js";
 
 const CELL = 104, ROW = 112, SPARE = 3;
@@ -150,6 +150,9 @@ export class Library {
     mark(path) { if (this.current !== path) { this.current = path; this.paint(true); } }
 }
 
+/** The paths of the folder that is open, of some kinds. */
+export const filesOfKinds = async kinds => (await read("api/folder?" + query({path: store.get().folder}))).entries.filter(({kind}) => kinds.includes(kind)).map(({path}) => path);
+
 /** Lets a list take files that are dragged from the library. */
 export function takesFiles(node, take) {
     node.addEventListener("dragover", event => { if (event.dataTransfer.types.includes(DRAGGED)) { event.preventDefault(); node.classList.add("takes"); } });
@@ -163,35 +166,79 @@ export function takesFiles(node, take) {
     });
 }
 
+/** Calls node.seen(now) whenever a node comes into sight, or leaves it. */
+const seen = new IntersectionObserver(list => { for (const {target, isIntersecting} of list) target.seen?.(isIntersecting); }, {rootMargin: "120px"});
+
 /** A tile of a picture and a line below it, which is drawn when it is first seen. */
-const seen = new IntersectionObserver(list => { for (const {target, isIntersecting} of list) if (isIntersecting) target.seen?.(); }, {rootMargin: "120px"});
 export function tile(label, about, onclick) {
     const canvas = el("canvas", {width: 160, height: 90, "aria-hidden": "true"});
     const node = el("button", {type: "button", class: "tile", title: about, tabindex: -1, onclick}, canvas, el("span", {class: "name", text: label}));
     let draw = null;
-    node.seen = () => { const now = draw; draw = null; now?.(); };
+    node.seen = now => { if (!now || !draw) return; const work = draw; draw = null; work(); };
     seen.observe(node);
     return {node, canvas, /** Draws anew as soon as the tile is seen. */ refresh(work) { draw = work; seen.unobserve(node); seen.observe(node); }};
+}
+
+// Small films move while they are seen: all at one pace, every second frame of what the server streams.
+const FILM_MS = 80, EVERY = 2;
+const moving = new Set(), switches = [], less = matchMedia("(prefers-reduced-motion: reduce)");
+const atRest = () => Boolean(localStorage.filmsRest ?? less.matches);
+setInterval(() => { if (!document.hidden && !atRest()) for (const step of moving) step(); }, FILM_MS);
+
+/** A switch that lets all small films rest, as they do from the beginning where the system asks for less motion. */
+export function restButton() {
+    const node = iconButton("pause", "Let the small films rest", () => { localStorage.filmsRest = atRest() ? "" : "yes"; for (const mark of switches) mark(); });
+    const mark = () => node.setAttribute("aria-pressed", atRest());
+    switches.push(mark);
+    mark();
+    return node;
+}
+
+/** A tile that plays a small film of its own: show(film) sets what, an async function that gives [path, body] of a stream. */
+export function filmTile(label, about, onclick) {
+    const one = tile(label, about, onclick), jpegs = [];
+    let film = null, loading = null, at = 0, decoding = false;
+    async function draw(jpeg) {
+        if (decoding) return;
+        decoding = true;
+        const picture = await createImageBitmap(jpeg).finally(() => { decoding = false; });
+        if (one.canvas.width !== picture.width) Object.assign(one.canvas, {width: picture.width, height: picture.height});
+        one.canvas.getContext("2d").drawImage(picture, 0, 0);
+        one.canvas.classList.add("painted");
+        picture.close();
+    }
+    const step = () => { if (jpegs.length > 1) draw(jpegs[at++ % jpegs.length]); };
+    async function load() {
+        const own = loading = new AbortController();
+        try {
+            await background.run(async () => {
+                jpegs.length = 0;
+                const [path, body] = await film(own.signal);
+                let count = 0;
+                for await (const {jpeg} of frames(path, body, own.signal)) {
+                    if (own.signal.aborted) return;
+                    if (count++ % EVERY === 0) { jpegs.push(jpeg); draw(jpeg); }
+                }
+                film = null;
+            }, own.signal);
+            if (one.node.inSight) moving.add(step);
+        } catch (error) { if (!own.signal.aborted) { film = null; report(error); } }
+        if (loading === own) loading = null;
+    }
+    one.node.seen = now => {
+        one.node.inSight = now;
+        moving.delete(step);
+        if (!now) { loading?.abort(); loading = null; }
+        else if (film) { if (!loading) load(); }
+        else moving.add(step);
+    };
+    return {...one, show(next) { film = next; loading?.abort(); loading = null; at = 0; moving.delete(step); if (one.node.inSight) load(); }};
 }
 
 /** A small picture of a file for a line of a list, loaded when it is first seen. */
 export function thumbBox(path) {
     const box = el("span", {class: "thumb"});
-    box.seen = () => { box.seen = null; seen.unobserve(box); box.append(thumb(path, 160).image); };
+    box.seen = now => { if (!now) return; box.seen = null; seen.unobserve(box); box.append(thumb(path, 160).image); };
     seen.observe(box);
     return box;
-}
-
-/** Lets a tile play its small film while the pointer or the focus is on it. */
-export function playsWhenPointed(one, start) {
-    let abort = null;
-    const end = () => { abort?.abort(); abort = null; };
-    const begin = () => { if (!abort) start((abort = new AbortController()).signal); };
-    for (const name of ["pointerenter", "focus"]) one.node.addEventListener(name, begin);
-    for (const name of ["pointerleave", "blur"]) one.node.addEventListener(name, end);
-}
-export function drawInto(canvas, picture) {
-    if (canvas.width !== picture.width) Object.assign(canvas, {width: picture.width, height: picture.height});
-    canvas.getContext("2d").drawImage(picture, 0, 0);
-    picture.close();
 }

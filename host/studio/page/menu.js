@@ -1,9 +1,9 @@
 // A disc menu: its template, pictures, texts and buttons, and how it looks and works.
-import {Latest, bitmap, load, page, paint, play, post, query, read, report} from "./api.js";
+import {Latest, bitmap, load, page, post, report} from "./api.js";
 import {announce, button, clamp, el, field, fileName, folderOf, iconButton, keyed, moved, relative, reorderable, resolve, round, roving, svg} from "./dom.js";
 import {control} from "./forms.js";
 import {Handles} from "./handles.js";
-import {drawInto, playsWhenPointed, takesFiles, thumbBox, tile} from "./library.js";
+import {filesOfKinds, filmTile, restButton, takesFiles, thumbBox} from "./library.js";
 import {copyCommand, render, saveFile} from "./queue.js";
 import {Stage} from "./stage.js";
 import * as store from "./store.js";
@@ -15,6 +15,7 @@ const number = (name, low, high, step, unit, meaning) => ({name, kind: "number",
 const SIZE = number("size", 8, 200, 1, "px", "height of the letters"), SECONDS = number("duration", 1, 60, 0.5, "s", "length of the menu"),
     LOOP = number("loopStart", 0, 30, 0.5, "s", "seconds that lead to the part that players repeat"), ACROSS = number("x", 0, 1920, 1, "px", "left edge"), DOWN = number("y", 0, 1080, 1, "px", "upper edge"),
     COLOUR = {name: "color", kind: "colour", meaning: "colour of the letters"};
+const TILE_FRAMES = 150;
 // What belongs to a place in the template and stays there when pictures are ordered anew.
 const PLACES = ["additionSourceSizes", "maskPaths", "startPositions", "endPositions", "moveFormulas", "moveSpeeds", "startTrans", "endTrans", "fadeSpeeds"];
 
@@ -147,8 +148,7 @@ export function menuJob(job, catalogue) {
     }
     async function ownPictures() {
         if (paths().length) return paths().map(path => resolve(base(), path));
-        const {entries} = await read("api/folder?" + query({path: store.get().folder}));
-        return entries.filter(({kind}) => kind === "picture").slice(0, 6).map(({path}) => path);
+        return (await filesOfKinds(["picture"])).slice(0, 6);
     }
 
     const pictureList = el("ol", {class: "chain", "aria-label": "Pictures and films, in their order"});
@@ -191,8 +191,8 @@ export function menuJob(job, catalogue) {
         setProject(now => ({textInfos: [...(now.textInfos ?? []), {text: "New text", size: 40, color: "#ffffff", fontstyle: "bold shadow", box: [Math.round((checked?.width ?? 1280) * 0.1), Math.round((checked?.height ?? 720) * 0.45)]}]}));
     }, {class: "quiet"}, "plus");
     const lines = el("textarea", {rows: 3, "aria-label": "Buttons, one a line", onchange: () => setProject({buttons: lines.value.trim() ? lines.value.trim().split("\n") : undefined})});
-    const background = el("input", {type: "text", spellcheck: "false", onchange: () => setProject({sourcePath: background.value || undefined})});
-    takesFiles(background, ([{path}]) => setProject({sourcePath: relative(base(), path)}));
+    const background = control({kind: "file", kinds: ["picture", "film"], name: "sourcePath", meaning: "a picture or film behind the others"}, "background",
+        {base, get: () => project()?.sourcePath ?? "", set: value => setProject({sourcePath: value || undefined})});
     const profile = el("select", {onchange: () => setProject({profile: profile.value || undefined})}, el("option", {value: "", text: "as the template has it"}), catalogue.profiles.map(({name}) => el("option", {value: name, text: name})));
     const times = [[SECONDS, "length", 10], [LOOP, "loop begins", 0]].map(([parameter, label, start]) => control(parameter, label, {size: () => stage.source,
         get: () => String(project()?.[parameter.name] ?? start), set: (value, name) => setProject({[parameter.name]: Number(value)}, name)}));
@@ -200,7 +200,7 @@ export function menuJob(job, catalogue) {
         keyed(pictureList, paths().map((path, i) => ({path, key: `${path}|${paths().slice(0, i).filter(other => other === path).length}`})), ({key}) => key, pictureItem);
         keyed(textList, (project()?.textInfos ?? []).map((_, i) => ({i})), ({i}) => i, textItem);
         if (document.activeElement !== lines) lines.value = (project()?.buttons ?? []).join("\n");
-        if (document.activeElement !== background) background.value = project()?.sourcePath ?? "";
+        background.update();
         profile.value = project()?.profile ?? "";
         for (const one of times) one.update();
     }
@@ -210,24 +210,18 @@ export function menuJob(job, catalogue) {
     const stop = roving(gallery, ".tile");
     let madeOf = "";
     const tiles = catalogue.templates.map(name => {
-        const one = tile(name.replace(/_/g, " "), catalogue.effects.find(effect => effect.name === name)?.summary ?? "", () => choose(name)), view = `${page}/menu/tile-${name}`;
-        playsWhenPointed(one, async signal => {
-            if (one.menu) play("api/menu/stream", {...one.menu, view, width: 240, from: 0, to: 200}, 25, picture => signal.aborted ? picture.close() : drawInto(one.canvas, picture), signal).catch(report);
-        });
+        const one = filmTile(name.replace(/_/g, " "), catalogue.effects.find(effect => effect.name === name)?.summary ?? "", () => choose(name));
         gallery.append(one.node);
-        return {name, view, ...one, node: one.node, one};
+        return {name, ...one};
     });
     stop();
     async function refreshTiles() {
         const pictures = (await ownPictures().catch(() => [])).slice(0, 8), key = pictures.join("|");
         if (key === madeOf) return;
         madeOf = key;
-        for (const {name, view, one} of tiles) one.refresh(async () => {
-            try {
-                const {project: made} = await post("api/menu/new", {template: name, pictures, title: "Summer", file: "menu.json"});
-                one.menu = {template: name, project: made, file: "menu.json"};
-                await paint(one.canvas, "api/menu/frame", {...one.menu, view, frame: 100, width: 240});
-            } catch (error) { report(error); }
+        for (const {name, show} of tiles) show(async signal => {
+            const {project: made} = await post("api/menu/new", {template: name, pictures, title: "Summer", file: "menu.json"}, {signal});
+            return ["api/menu/stream", {template: name, project: made, file: "menu.json", view: `${page}/menu/tile-${name}`, width: 240, from: 0, to: TILE_FRAMES}];
         });
     }
 
@@ -239,13 +233,13 @@ export function menuJob(job, catalogue) {
         button("Save", save, {}, "save"), button("Render", async () => { if (await save()) render("Render the menu", doc().path.replace(/json$/, "mp4"), film); }, {class: "primary"}, "film")];
     const faults = el("ul", {class: "faults", "aria-label": "Faults", role: "status"});
     const content = el("div", {class: "panel"}, faults, el("h3", {text: "Pictures and films"}), pictureList, el("h3", {text: "Texts"}), textList, addText, el("h3", {text: "Buttons, one a line"}), lines,
-        el("h3", {text: "The menu"}), field("Background, a picture or film", background), field("Made for", profile), times.map(one => one.node), el("datalist", {id: "faces"}, FACES.map(value => el("option", {value}))));
+        el("h3", {text: "The menu"}), background.node, field("Made for", profile), times.map(one => one.node), el("datalist", {id: "faces"}, FACES.map(value => el("option", {value}))));
     stage.setEmpty("Choose a template.");
 
     return {
         kinds: ["picture", "film", "project"], many: true, take, current: () => doc().path,
         centre: el("div", {class: "centre"}, el("div", {class: "bar"}, title, pager, ...needs), stage.node, timeline.node),
-        panels: [{id: "templates", label: "Templates", node: el("div", {class: "panel"}, gallery)}, {id: "content", label: "Content", node: content},
+        panels: [{id: "templates", label: "Templates", node: el("div", {class: "panel"}, el("div", {class: "row heading"}, el("h3", {text: "With your own pictures"}), restButton()), gallery)}, {id: "content", label: "Content", node: content},
             {id: "remote", label: "Remote", node: el("div", {class: "panel"}, remote, heard)}],
         key: event => timeline.key(event),
         leave: () => timeline.stop(),
@@ -255,6 +249,7 @@ export function menuJob(job, catalogue) {
             known = state.menu;
             stage.setEmpty(project() ? "" : "Choose a template.");
             for (const one of needs) one.disabled = !project();
+            timeline.node.hidden = !project();
             addText.disabled = !project();
             if (document.activeElement !== title) title.value = doc().path;
             for (const one of tiles) one.node.setAttribute("aria-pressed", one.name === doc().template);

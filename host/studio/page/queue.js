@@ -9,6 +9,7 @@ export const panel = el("aside", {class: "queue", hidden: true, "aria-label": "Q
 export const opener = iconButton("queue", "Queue", () => toggle(panel.hidden), {class: "icon-button opener", "aria-expanded": "false"});
 const count = el("span", {class: "count", hidden: true});
 opener.append(count);
+addEventListener("keydown", event => { if (event.key === "Escape" && !panel.hidden && !document.querySelector("dialog")) toggle(false); });
 
 function toggle(open) { panel.hidden = !open; opener.setAttribute("aria-expanded", open); if (open) panel.querySelector("button").focus(); else opener.focus(); }
 

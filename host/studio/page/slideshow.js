@@ -1,8 +1,8 @@
 // A slideshow: its pictures in order, times, transitions, motion and music.
-import {Latest, bitmap, facts, page, paint, play, post, report} from "./api.js";
+import {Latest, bitmap, facts, page, post, report} from "./api.js";
 import {button, clock, el, field, fileName, iconButton, keyed, moved, reorderable, round, roving, svg} from "./dom.js";
 import {control} from "./forms.js";
-import {drawInto, playsWhenPointed, takesFiles, thumbBox, tile} from "./library.js";
+import {filmTile, restButton, takesFiles, thumbBox} from "./library.js";
 import {copyCommand, render} from "./queue.js";
 import {Stage} from "./stage.js";
 import * as store from "./store.js";
@@ -46,6 +46,7 @@ export function slideshowJob(job, catalogue) {
         stage.setSource(checked.width, checked.height);
         timeline.setLength(checked.frames / rate, rate);
         timeline.setMarks(checked.slides.map(({begin}) => ({begin: begin / rate, end: begin / rate, kind: "chapter"})).slice(1));
+        count();
         draw();
     });
     const width = () => stage.need().width ?? 960;
@@ -128,14 +129,12 @@ export function slideshowJob(job, catalogue) {
     // Transitions as small films of the first pictures.
     const words = catalogue.transitions.filter(word => word !== "random"), gallery = el("div", {class: "tiles", role: "group", "aria-label": "Transitions, in turn"});
     const tiles = words.map(word => {
-        const one = tile(word, `Transition ${word}`, () => set(({transitions}) => {
+        const one = filmTile(word, `Transition ${word}`, () => set(({transitions}) => {
             const next = transitions.includes(word) ? transitions.filter(other => other !== word) : [...transitions, word];
             return {transitions: next.length ? next : transitions};
         }));
-        const request = () => ({view: `${page}/show/tile-${word}`, width: 160, show: {inputs: small(), seconds: 0.4, transitionSeconds: 1.2, transitions: [word], motions: ["none"], fit: "crop", size: "240x180", rate: 25}});
-        playsWhenPointed(one, signal => { if (small().length > 1) play("api/slideshow/stream", {...request(), from: 0, to: 50}, 25, picture => signal.aborted ? picture.close() : drawInto(one.canvas, picture), signal).catch(report); });
         gallery.append(one.node);
-        return {word, one, request};
+        return {word, one};
     });
     roving(gallery, ".tile")();
     const small = () => doc().inputs.slice(0, 2).map(({path}) => path);
@@ -143,7 +142,8 @@ export function slideshowJob(job, catalogue) {
         const key = small().join("|");
         if (key === madeOf || small().length < 2) return;
         madeOf = key;
-        for (const {one, request} of tiles) one.refresh(() => paint(one.canvas, "api/slideshow/frame", {...request(), frame: 24}).catch(report));
+        for (const {word, one} of tiles) one.show(async () => ["api/slideshow/stream", {view: `${page}/show/tile-${word}`, from: 0, to: 50,
+            show: {inputs: small(), seconds: 0.4, transitionSeconds: 1.2, transitions: [word], motions: ["none"], fit: "crop", size: "240x180", rate: 25}}]);
     }
     const motionChips = control({name: "motions", kind: "word", words: catalogue.motions, separator: ";", meaning: "how pictures move, in turn"}, "in turn",
         {get: () => doc().motions.join(";"), set: value => set({motions: value ? value.split(";") : ["none"]}), size: () => stage.source});
@@ -154,12 +154,13 @@ export function slideshowJob(job, catalogue) {
     const output = () => ({kind: "slideshow", ...show()});
     const total = el("h2", {class: "file-title"}), missing = el("ul", {class: "faults"}), hint = el("p", {class: "hint", text: "No picture yet. Choose some among the files and add them."});
     const needs = [iconButton("copy", "Copy the command line", () => copyCommand({...output(), output: "slideshow.mp4"})), button("Render", () => render("Render the slideshow", "slideshow.mp4", output), {class: "primary"}, "film")];
+    const count = () => { const {length} = doc().inputs; total.textContent = length ? `${length} ${length === 1 ? "picture" : "pictures"}${checked ? `, ${clock(timeline.seconds, 0)}` : ""}` : ""; };
     return {
         kinds: ["picture", "film", "sound"], many: true, take,
         centre: el("div", {class: "centre"}, el("div", {class: "bar"}, total, ...needs), stage.node, timeline.node),
         panels: [{id: "slides", label: "Pictures", node: el("div", {class: "panel"}, missing, hint, list)},
-            {id: "show", label: "Settings", node: el("div", {class: "panel"}, el("h3", {text: "Times"}), times[0].node, times[1].node, el("h3", {text: "Transitions, in turn"}), gallery, el("h3", {text: "Motion"}), motionChips.node, times[2].node,
-                el("h3", {text: "Music"}), noMusic, music, el("label", {class: "control"}, el("span", {class: "label", text: "as long as it"}), asLong), el("h3", {text: "The film"}), field("Pictures of another shape", fit), field("Size", size))}],
+            {id: "show", label: "Settings", node: el("div", {class: "panel"}, el("h3", {text: "Times"}), times[0].node, times[1].node, el("div", {class: "row heading"}, el("h3", {text: "Transitions, in turn"}), restButton()), gallery, el("h3", {text: "Motion"}), motionChips.node, times[2].node,
+                el("h3", {text: "Music"}), noMusic, music, el("label", {class: "control"}, el("span", {class: "label", text: "as long as the music"}), asLong), el("h3", {text: "The film"}), field("Pictures of another shape", fit), field("Size", size))}],
         key: event => timeline.key(event),
         leave: () => timeline.stop(),
         update(state) {
@@ -169,8 +170,9 @@ export function slideshowJob(job, catalogue) {
             const some = doc().inputs.length > 0;
             stage.setEmpty(some ? "" : "Add pictures to see the slideshow.");
             hint.hidden = some;
-            total.textContent = some ? `${doc().inputs.length} pictures` : "";
+            count();
             for (const one of needs) one.disabled = !some;
+            timeline.node.hidden = !some;
             for (const {word, one} of tiles) one.node.setAttribute("aria-pressed", doc().transitions.includes(word));
             for (const one of [...times, motionChips]) one.update();
             fit.value = doc().fit;

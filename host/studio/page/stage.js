@@ -25,7 +25,7 @@ export class Stage {
         this.empty = el("p", {class: "hint"});
         this.tools = el("div", {class: "tools"}, iconButton("fit", "Fit (0)", () => this.setZoom(0)), this.percent,
             el("button", {type: "button", class: "icon-button", "aria-label": "1:1, single pixels", title: "1:1, single pixels (1)", onclick: () => this.setZoom(1), text: "1:1"}),
-            iconButton("plus", "Zoom in (+)", () => this.step(1)));
+            iconButton("minus", "Zoom out (-)", () => this.step(-1)), iconButton("plus", "Zoom in (+)", () => this.step(1)));
         this.node = el("div", {class: "stage", tabindex: 0, role: "group", "aria-label": "Picture: + and - zoom, 0 fits, arrow keys move"},
             this.canvas, this.overlay, this.divider, this.tools, this.empty);
         this.node.addEventListener("keydown", event => this.key(event));

@@ -1,6 +1,6 @@
 // A scrubber with play, single frames, in and out.
 import {play, report} from "./api.js";
-import {clamp, clock, el, iconButton} from "./dom.js";
+import {clamp, clock, draggable, el, iconButton, round} from "./dom.js";
 
 export class Timeline {
     /** seek(seconds) shows a frame; stream(from) returns [path, body] of what plays from there; draw(bitmap) shows it. */
@@ -9,7 +9,7 @@ export class Timeline {
         this.bar = el("input", {type: "range", class: "scrubber", min: 0, value: 0, "aria-label": label ?? "Time", oninput: () => { this.stop(); this.set(Number(this.bar.value) / this.rate); }});
         this.toggle = iconButton("play", "Play (space)", () => this.playing ? this.stop() : this.start());
         this.readout = el("output", {class: "time"});
-        this.marks = el("div", {class: "marks", "aria-hidden": "true"});
+        this.marks = el("div", {class: "marks"});
         this.speed = el("output", {class: "muted speed"});
         const end = (which, label, about) => el("button", {type: "button", class: "quiet", title: about, onclick: () => inOut(which), text: label});
         this.ends = inOut ? {in: end("in", "In", "Begin here (I); again: at the film's begin"), out: end("out", "Out", "End here (O); again: at the film's end")} : {};
@@ -24,14 +24,46 @@ export class Timeline {
         this.bar.max = Math.max(0, Math.round(seconds * rate) - 1);
         this.set(clamp(this.at, 0, seconds), false);
     }
-    /** Parts of the time that are marked: [{begin, end, class}]. */
+    /**
+     * Parts of the time that are marked: [{begin, end, kind}]. One with move(at) has a label, and is dragged, or moved by arrow
+     * keys, to another time; remove() takes it away.
+     */
     setMarks(list) {
-        this.marks.replaceChildren(...list.map(({begin, end, kind}) => {
+        const had = [...this.marks.children].indexOf(document.activeElement);
+        this.marks.replaceChildren(...list.map(({begin, end, kind, label, move, remove}) => {
             const mark = el("span", {class: kind});
             mark.style.left = `${begin / this.seconds * 100}%`;
             mark.style.width = `${(end - begin) / this.seconds * 100}%`;
+            if (move) this.makeMovable(mark, begin, label, move, remove);
             return mark;
         }));
+        if (had >= 0) this.marks.children[Math.min(had, list.length - 1)]?.focus();
+    }
+    makeMovable(mark, begin, label, move, remove) {
+        mark.classList.add("movable");
+        for (const [name, value] of Object.entries({role: "slider", tabindex: 0, "aria-label": label, "aria-valuemin": 0, "aria-valuemax": round(this.seconds), "aria-valuenow": round(begin),
+            "aria-valuetext": clock(begin), title: `${label}, ${clock(begin)}: drag it, or move it by arrow keys`})) mark.setAttribute(name, value);
+        draggable(mark, () => {
+            let at = begin;
+            this.stop();
+            return {
+                move: event => {
+                    const box = this.marks.getBoundingClientRect();
+                    at = clamp(Math.round((event.clientX - box.x) / box.width * this.seconds * this.rate) / this.rate, 0, this.seconds - 1 / this.rate);
+                    mark.style.left = `${at / this.seconds * 100}%`;
+                    this.set(at);
+                },
+                end: () => { if (at !== begin) move(at); else this.set(at); },
+            };
+        });
+        mark.addEventListener("keydown", event => {
+            const step = {ArrowLeft: -1, ArrowRight: 1, PageDown: -25, PageUp: 25}[event.key];
+            if (step) { const at = clamp(begin + step / this.rate, 0, this.seconds - 1 / this.rate); this.set(at); move(at); }
+            else if (event.key === "Delete") remove();
+            else return;
+            event.preventDefault();
+            event.stopPropagation();
+        });
     }
     set(at, seeks = true) {
         this.at = clamp(at, 0, Math.max(0, this.seconds - 1 / this.rate));

@@ -92,8 +92,13 @@ def film(page, studio):
     at = "return Number(document.querySelector('.scrubber').value)"
     last = page.run(at)
     assert last == page.run("return Number(document.querySelector('.scrubber').max)") and last > 20
-    page.run("document.querySelector('.stage').focus()")
-    page.key("Home")
+    points = lambda: page.run("return document.querySelectorAll('.key-point').length")
+    page.run("document.querySelector('.scrubber').focus()")
+    page.key("left", "left")
+    page.click("button", "Add a key point at this time")
+    assert points() == 3
+    page.click("button", "Remove the chosen key point", "keys")
+    assert points() == 2
     page.run("document.querySelector('.scrubber').focus()")
     page.key("Home")
     for _ in range(5):

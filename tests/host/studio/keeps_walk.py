@@ -44,10 +44,22 @@ def side_by_side(page, studio):
         page.panel("add")
         page.shown(lambda: page.click(".tile", "invert"))
         time.sleep(0.6)
+        studio.stop(signal.SIGKILL)
+        studio.start()
         for one, chain in ((page, "emboss,gray,invert"), (other, "emboss")):
+            # What the studio has kept, not the browser.
+            one.run("addEventListener('pagehide', event => event.stopImmediatePropagation(), true); sessionStorage.removeItem('draft')")
             one.open(studio.address)
             ready(one)
             one.wait(chain, CHAIN + " === arguments[0]", chain)
+            one.call("POST", "/se/log", {"type": "browser"})
+        # A copy of a page goes on with its work under a name of its own.
+        other.run("open(location.href)")
+        name, handles = other.run("return sessionStorage.page"), other.call("GET", "/window/handles", None)
+        other.call("POST", "/window", {"handle": handles[-1]})
+        ready(other)
+        other.wait("the copy", CHAIN + " === 'emboss'")
+        assert other.run("return sessionStorage.page") != name
         other.calm()
     finally:
         other.close()

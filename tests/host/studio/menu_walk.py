@@ -9,6 +9,8 @@ def steps(page, studio):
     page.job("menu")
     page.panel("templates")
     page.wait("templates of one's own pictures", "return document.querySelectorAll('.tile canvas.painted').length > 3", seconds=30)
+    first = "return document.querySelector('.tile canvas').toDataURL()"
+    page.wait("templates move", first + " !== arguments[0]", page.run(first))
     page.shown(lambda: page.click(".tile", "menu stacking"))
     # What follows is seen at the menu's begin: the frames of a menu are made one after another.
     page.run("document.querySelector('.scrubber').focus()")
