@@ -17,7 +17,9 @@ mapfile -t wanted < <(cd "$lists" && grep -hv -e '^#' -e '^$' "$@" | sort -u)
 
 command -v dpkg-query >/dev/null ||
     fail "this is no Debian system; install what these Debian packages hold, then call cmake yourself: ${wanted[*]}"
-installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' | sed -n 's/^installed //p')
+# What an installed package provides is installed as well.
+installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}, ${Provides}\n' |
+    sed -n 's/ ([^)]*)//g; s/^installed //; T; s/, */\n/g; p')
 missing=()
 for package in "${wanted[@]}"; do
     grep -qxF "$package" <<<"$installed" || missing+=("$package")

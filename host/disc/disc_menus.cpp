@@ -42,17 +42,6 @@ std::string InList(std::string text) {
     return text;
 }
 
-// A gradient from a dark blue to a darker one, as a file.
-std::string PlainBackground(const Film& film) {
-    constexpr double from[] = {58, 78, 104}, to[] = {16, 22, 34};
-    std::string picture = "P6\n" + std::to_string(film.width) + " " + std::to_string(film.height) + "\n255\n";
-    for (int y = 0; y < film.height; ++y)
-        for (int x = 0; x < film.width; ++x)
-            for (int c = 0; c < 3; ++c)
-                picture += char(std::lround(std::lerp(from[c], to[c], 0.7 * y / film.height + 0.3 * x / film.width)));
-    return picture;
-}
-
 class PageMaker {
  public:
     PageMaker(const DiscProject& project, const EffectModule& module) : m_project(project), m_module(module) {}
@@ -308,11 +297,25 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
     return pages.Take();
 }
 
+bool WantsBackground(const DiscPage& page) {
+    return page.menu.background.empty() && page.templateName == placedTemplate;
+}
+
+// A gradient from a dark blue to a darker one.
+std::string PlainBackground(const Film& film) {
+    constexpr double from[] = {58, 78, 104}, to[] = {16, 22, 34};
+    std::string picture = "P6\n" + std::to_string(film.width) + " " + std::to_string(film.height) + "\n255\n";
+    for (int y = 0; y < film.height; ++y)
+        for (int x = 0; x < film.width; ++x)
+            for (int c = 0; c < 3; ++c)
+                picture += char(std::lround(std::lerp(from[c], to[c], 0.7 * y / film.height + 0.3 * x / film.width)));
+    return picture;
+}
+
 void RenderPage(const DiscProject& project, const DiscPage& page, const EffectModule& module, FilmOptions options) {
     if (!project.menus.music.empty()) options.sounds = {project.menus.music};
     options.fade = project.menus.fade;
-    if (!page.menu.background.empty() || page.templateName != placedTemplate)
-        return RenderMenuPage(page.menu, page.templateName, options, module, page.name);
+    if (!WantsBackground(page)) return RenderMenuPage(page.menu, page.templateName, options, module, page.name);
     // Never finished, it goes away by itself.
     const PartFile background(options.run.output.path + ".ppm", true);
     background.Write(PlainBackground(page.menu.film));

@@ -19,7 +19,6 @@ namespace Nifikral {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr char draftFolder[] = ".nifikral-studio/drafts";
 constexpr std::size_t mostDrafts = 20;
 
 std::string ReadText(const std::string& path) {
@@ -56,25 +55,20 @@ std::mutex& Writing() {
     return mutex;
 }
 
+std::string DraftFolder() { return std::string(studioFolder) + "/drafts"; }
+
 std::string DraftOf(const std::string& page) {
     const auto small = [](char letter) { return (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9'); };
     if (page.size() < 4 || page.size() > 16 || !std::ranges::all_of(page, small))
         throw WebError(400, "\"page\" is not 4 to 16 small letters and digits");
-    return std::string(draftFolder) + "/" + page + ".json";
-}
-
-void RequireNoLinks() {
-    std::error_code error;
-    for (const fs::path& folder : {fs::path(draftFolder).parent_path(), fs::path(draftFolder)})
-        if (fs::is_symlink(folder, error))
-            throw WebError(403, folder.string() + " is a link; remove it, the studio makes a folder of this name");
+    return DraftFolder() + "/" + page + ".json";
 }
 
 // The newest first.
 std::vector<fs::path> DraftsByAge() {
     std::vector<std::pair<fs::file_time_type, fs::path>> found;
     std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(draftFolder, error))
+    for (const fs::directory_entry& entry : fs::directory_iterator(DraftFolder(), error))
         if (entry.path().extension() == ".json" && entry.symlink_status(error).type() == fs::file_type::regular)
             found.emplace_back(entry.last_write_time(error), entry.path());
     std::ranges::sort(found, std::greater{});
@@ -114,10 +108,27 @@ WebReply WriteStoredText(const StudioFolder& folder, const WebRequest& request) 
     return {200, "application/json", JsonText({{"etag", tag}}), {{"ETag", tag}}};
 }
 
+void RequireNoLink(const std::string& path) {
+    std::error_code error;
+    for (const std::string& folder : {std::string(studioFolder), path})
+        if (fs::is_symlink(folder, error))
+            throw WebError(403, folder + " is a link; remove it, the studio makes a folder of this name");
+}
+
+void WriteStudioFile(const std::string& path, const std::string& text) {
+    const std::string folder = fs::path(path).parent_path();
+    RequireNoLink(folder);
+    RequireNoLink(path);
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) throw WebError(507, folder + " cannot be made: " + error.message());
+    WriteWhole(path, text, true);
+}
+
 WebReply ReadDraft(const std::string& page) {
     const std::string own = DraftOf(page);
     const std::lock_guard lock(Writing());
-    RequireNoLinks();
+    RequireNoLink(DraftFolder());
     std::error_code error;
     const std::vector<fs::path> drafts = DraftsByAge();
     const std::string found = fs::is_regular_file(own, error) ? own : drafts.empty() ? "" : drafts.front().string();
@@ -128,11 +139,8 @@ WebReply WriteDraft(const std::string& page, const std::string& body) {
     const std::string own = DraftOf(page);
     ParseWebJson(body);
     const std::lock_guard lock(Writing());
-    RequireNoLinks();
+    WriteStudioFile(own, body);
     std::error_code error;
-    fs::create_directories(draftFolder, error);
-    if (error) throw WebError(507, std::string(draftFolder) + " cannot be made: " + error.message());
-    WriteWhole(own, body, true);
     const std::vector<fs::path> drafts = DraftsByAge();
     for (std::size_t i = mostDrafts; i < drafts.size(); ++i) fs::remove(drafts[i], error);
     return {200, "application/json", "{}"};

@@ -156,6 +156,18 @@ class Studio {
              [](Studio& own, const WebRequest& request) {
                  return JsonReply(own.m_films.CheckDisc(ParseWebJson(request.body)));
              }},
+            {"POST", "disc/pages",
+             [](Studio& own, const WebRequest& request) {
+                 return JsonReply(own.m_films.DiscMenus(ParseWebJson(request.body)));
+             }},
+            {"POST", "disc/frame",
+             [](Studio& own, const WebRequest& request) {
+                 return own.m_films.Frame(StudioFilms::Kind::Disc, ParseWebJson(request.body));
+             }},
+            {"POST", "disc/stream",
+             [](Studio& own, const WebRequest& request) {
+                 return own.m_films.Stream(StudioFilms::Kind::Disc, ParseWebJson(request.body));
+             }},
             {"GET", "draft", [](Studio&, const WebRequest& request) { return ReadDraft(request.Query("page")); }},
             {"PUT", "draft",
              [](Studio&, const WebRequest& request) { return WriteDraft(request.Query("page"), request.body); }},

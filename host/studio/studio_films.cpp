@@ -8,6 +8,7 @@
 
 #include "host/disc/disc_budget.h"
 #include "host/disc/disc_json.h"
+#include "host/disc/disc_menus.h"
 #include "host/disc/disc_survey.h"
 #include "host/disc/stages.h"
 #include "host/films/captions.h"
@@ -17,6 +18,7 @@
 #include "host/films/menu_places.h"
 #include "host/films/text_renderer.h"
 #include "host/studio/preview_coding.h"
+#include "host/studio/stored_text.h"
 
 namespace Nifikral {
 namespace fs = std::filesystem;
@@ -98,10 +100,8 @@ Json StudioFilms::NewMenu(const Json& body) const {
     options.overwrite = true;
     for (const std::string& picture : WordsIn(body, "pictures")) options.pictures.push_back(m_folder.Existing(picture));
     // What the template needs beside one's own pictures stays there.
-    options.folder = ".nifikral-studio/" + options.templateName;
-    std::error_code error;
-    if (fs::is_symlink(".nifikral-studio", error) || fs::is_symlink(options.folder, error))
-        throw WebError(403, options.folder + " is a link; remove it, the studio makes a folder of this name");
+    options.folder = studioFolder + ("/" + options.templateName);
+    RequireNoLink(options.folder);
     const ExampleProject written = WriteExampleProject(options, m_module);
     Json project = LoadProject(written.file);
     const std::string file = TextIn(body, "file", "menu.json");
@@ -244,6 +244,17 @@ FilmView::Prepare StudioFilms::PreparationOf(Kind kind, const Json& body, int wi
             return PrepareSlideshow(wish.options, std::move(wish.slides), m_module).made;
         };
     }
+    if (kind == Kind::Disc)
+        return [this, body] {
+            const auto pages = ReadDiscPages(body);
+            DiscPage page = (*pages)[std::size_t(IntegerIn(body, "page", 1, int(pages->size()), 1) - 1)];
+            if (WantsBackground(page)) {
+                page.menu.background =
+                    studioFolder + std::string("/background-") + page.menu.film.profile->name + ".ppm";
+                WriteStudioFile(page.menu.background, PlainBackground(page.menu.film));
+            }
+            return PrepareMenuPage(page.menu, page.templateName, m_module, page.name);
+        };
     return [this, body] {
         const std::vector<MenuProject> pages = ReadMenu(body);
         const int page = IntegerIn(body, "page", 1, int(pages.size()), 1);
@@ -331,6 +342,60 @@ Json StudioFilms::CheckDisc(const Json& body) const {
                 {"menuBytes", plan.menuBytes}, {"text", DescribePlan(project, format, plan)}};
     } catch (const HostError& error) {
         return {{"faults", LinesOf(error.what())}};
+    }
+}
+
+std::shared_ptr<const std::vector<DiscPage>> StudioFilms::ReadDiscPages(const Json& body) {
+    const std::string file = m_folder.Writable(TextIn(body, "file", "disc.json"));
+    RequireFilesWithin(ProjectIn(body), file, m_folder);
+    const std::string of = file + JsonText(ProjectIn(body));
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_discOf == of) return m_discPages;
+    }
+    Faults faults("");
+    const DiscProject project = ReadDiscProject(ProjectIn(body), file, faults);
+    faults.ThrowIfAny();
+    auto pages = std::make_shared<const std::vector<DiscPage>>(PagesOfDisc(project, m_module));
+    const std::lock_guard lock(m_mutex);
+    m_discOf = of;
+    m_discPages = pages;
+    return pages;
+}
+
+Json StudioFilms::DiscMenus(const Json& body) {
+    const auto target = [](const DiscTarget& to) -> Json {
+        constexpr const char* kinds[] = {"film", "chapter", "all", "page"};
+        return {{"kind", kinds[int(to.kind)]}, {"film", to.film}, {"chapter", to.chapter}, {"page", to.page + 1}};
+    };
+    try {
+        Json pages = Json::array();
+        const auto laidOut = ReadDiscPages(body);
+        for (const DiscPage& page : *laidOut) {
+            const Film& film = page.menu.film;
+            const double across = film.profile->width, down = film.profile->height;
+            Json buttons = Json::array();
+            for (const DiscButton& button : page.buttons)
+                buttons.push_back(
+                    {{"text", button.caption},
+                     {"box", {button.x / across, button.y / down, button.width / across, button.height / down}},
+                     {"to", target(button.target)},
+                     {"up", button.up},
+                     {"down", button.down},
+                     {"left", button.left},
+                     {"right", button.right}});
+            pages.push_back({{"name", page.name},
+                             {"film", page.film},
+                             {"width", film.width},
+                             {"height", film.height},
+                             {"frames", film.frames},
+                             {"rate", RateJson(film.frameRate)},
+                             {"loopStart", film.loopStart},
+                             {"buttons", std::move(buttons)}});
+        }
+        return {{"faults", Json::array()}, {"pages", std::move(pages)}};
+    } catch (const HostError& error) {
+        return {{"faults", LinesOf(error.what())}, {"pages", Json::array()}};
     }
 }
 

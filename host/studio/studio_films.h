@@ -1,10 +1,12 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
+#include "host/disc/disc_page.h"
 #include "host/films/media_manager.h"
 #include "host/films/menu_project.h"
 #include "host/films/slideshow.h"
@@ -28,7 +30,9 @@ class StudioFilms {
     Json CheckShow(const Json& show);
     Json SurveyDisc(const Json& body) const;
     Json CheckDisc(const Json& body) const;
-    enum class Kind { Menu, Show };
+    /// The pages of a disc's menus: how long they are, and their buttons, whose boxes are shares of the picture.
+    Json DiscMenus(const Json& body);
+    enum class Kind { Menu, Show, Disc };
     WebReply Frame(Kind kind, const Json& body);
     WebReply Stream(Kind kind, const Json& body);
 
@@ -49,6 +53,7 @@ class StudioFilms {
     };
 
     std::vector<MenuProject> ReadMenu(const Json& body);
+    std::shared_ptr<const std::vector<DiscPage>> ReadDiscPages(const Json& body);
     ShowWish ReadShow(const Json& show, int width);
     FilmView::Prepare PreparationOf(Kind kind, const Json& body, int width);
 
@@ -58,6 +63,9 @@ class StudioFilms {
     EffectModule m_module;
     std::mutex m_mutex;
     std::map<std::string, Slide> m_tried;  // by path and time of change; without a path: it cannot be read
+    // The menus that were laid out last, and of what: laying them out takes long.
+    std::string m_discOf;
+    std::shared_ptr<const std::vector<DiscPage>> m_discPages;
     static constexpr std::size_t mostViews = 64;
     ViewTurns<FilmView> m_views{mostViews};
 };

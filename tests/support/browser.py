@@ -51,6 +51,12 @@ class Browser:
     def open(self, page):
         self.call("POST", "/url", {"url": page})
 
+    def resize(self, width, height, touch=False):
+        """The page as wide as this, narrower than a window can be; with fingers in place of a mouse."""
+        for command, values in (("setDeviceMetricsOverride", {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": touch}),
+                                ("setTouchEmulationEnabled", {"enabled": touch})):
+            self.call("POST", "/goog/cdp/execute", {"cmd": "Emulation." + command, "params": values})
+
     def run(self, script, *arguments):
         return self.call("POST", "/execute/sync", {"script": script, "args": list(arguments)})
 

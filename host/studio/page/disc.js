@@ -1,6 +1,7 @@
 // A disc: its films and slideshows, their chapters, the menus, and what room they take.
 import {Latest, bitmap, facts, load, page, post, report} from "./api.js";
 import {button, clock, el, field, fileName, folderOf, iconButton, keyed, moved, relative, reorderable, resolve, round, stem} from "./dom.js";
+import {discMenus} from "./disc_menus.js";
 import {control} from "./forms.js";
 import {takesFiles, thumbBox} from "./library.js";
 import {copyCommand, render, saveFile} from "./queue.js";
@@ -34,7 +35,7 @@ export function discJob(job, catalogue) {
         aboutOf = path;
         about = null;
         try { const facts_ = path && /\.\w+$/.test(path) ? await facts(path) : null; if (aboutOf === path) about = facts_; } catch (error) { report(error); }
-        timeline.node.hidden = about?.kind !== "film";
+        timeline.node.hidden = about?.kind !== "film" || store.get().panel === "menus";
         stage.setEmpty(about ? "" : film() ? "A slideshow of the pictures of a folder." : project() ? "Choose a film." : "Begin with the films and photographs of this folder.");
         if (!about) return;
         stage.setSource(about.width, about.height);
@@ -98,6 +99,15 @@ export function discJob(job, catalogue) {
     }
     function choose(i) { if (chosen === i) return; chosen = i; timeline.stop(); lists(); look(); }
     const lists = () => keyed(list, (project()?.films ?? []).map((film_, i) => ({film: film_, i, key: `${film_.path ?? film_.pictures}|${i}`})), ({key}) => key, item);
+
+    // A button of a menu leads to a film, or a chapter of one.
+    const shownMenus = discMenus({disc: () => ({project: project(), file: doc().path}), async play({kind, film: i, chapter}) {
+        store.show({panel: "films"});
+        choose(i);
+        await look();
+        timeline.set(kind === "chapter" ? beginOf(film().chapters[chapter]) : 0);
+        if (about?.kind === "film") timeline.start();
+    }});
 
     // The room they take.
     let plan = null;
@@ -169,11 +179,17 @@ export function discJob(job, catalogue) {
 
     return {
         kinds: ["film", "picture", "project"], many: true, take, current: () => doc().path,
-        centre: el("div", {class: "centre"}, el("div", {class: "bar"}, path, ...needs), stage.node, timeline.node),
-        panels: [{id: "films", label: "Films", node: el("div", {class: "panel"}, begin, readout, bar, faults, list)}, {id: "disc", label: "Settings", node: el("div", {class: "panel"}, form)}],
-        key: event => timeline.key(event),
-        leave: () => timeline.stop(),
+        centre: el("div", {class: "centre"}, el("div", {class: "bar"}, path, ...needs), stage.node, timeline.node, shownMenus.centre),
+        panels: [{id: "films", label: "Films", node: el("div", {class: "panel"}, begin, readout, bar, faults, list)}, {id: "disc", label: "Settings", node: el("div", {class: "panel"}, form)},
+            {id: "menus", label: "Menus", node: shownMenus.panel}],
+        key: event => (store.get().panel === "menus" ? shownMenus : timeline).key(event),
+        leave: () => { timeline.stop(); shownMenus.stop(); },
         update(state) {
+            const menusShown = state.panel === "menus";
+            stage.node.hidden = menusShown;
+            timeline.node.hidden = menusShown || about?.kind !== "film";
+            if (menusShown) timeline.stop();
+            shownMenus.update(menusShown);
             if (known === state.disc) return;
             known = state.disc;
             for (const one of needs) one.disabled = !project();

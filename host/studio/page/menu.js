@@ -5,6 +5,7 @@ import {control} from "./forms.js";
 import {Handles} from "./handles.js";
 import {filesOfKinds, filmTile, restButton, takesFiles, thumbBox} from "./library.js";
 import {copyCommand, render, saveFile} from "./queue.js";
+import {buttonMarks, remoteControl} from "./remote.js";
 import {Stage} from "./stage.js";
 import * as store from "./store.js";
 import {Timeline} from "./timeline.js";
@@ -90,14 +91,15 @@ export function menuJob(job, catalogue) {
         const box = stage.box(), nodes = [];
         const rect = (x, y, w, h, name) => svg("rect", {class: name, x: box.x + x * box.w, y: box.y + y * box.h, width: w * box.w, height: h * box.h, rx: 3});
         if (checked && safe.getAttribute("aria-pressed") === "true") nodes.push(rect(0.05, 0.05, 0.9, 0.9, "safe"), rect(0.1, 0.1, 0.8, 0.8, "safe"));
-        if (checked) onPage(checked.buttons).forEach(({box: [x, y, w, h]}, i) => nodes.push(rect(x / checked.width, y / checked.height, w / checked.width, h / checked.height, i === pressed ? "press chosen" : "press")));
+        const shares = ({box: [x, y, w, h]}) => [x / checked.width, y / checked.height, w / checked.width, h / checked.height];
+        if (checked) nodes.push(...buttonMarks(stage, onPage(checked.buttons).map(shares), pressed));
         marks.replaceChildren(...nodes);
     }
 
     // The remote control moves as players do: to the nearest button in a direction.
-    const heard = el("p", {class: "muted", role: "status"});
-    function go(dx, dy) {
-        const buttons = onPage(checked?.buttons), centre = ({box: [x, y, w, h]}) => [x + w / 2, y + h / 2];
+    const STEPS = {up: [0, -1], down: [0, 1], left: [-1, 0], right: [1, 0]};
+    function go(to) {
+        const [dx, dy] = STEPS[to], buttons = onPage(checked?.buttons), centre = ({box: [x, y, w, h]}) => [x + w / 2, y + h / 2];
         if (!buttons.length) return heard.textContent = "This menu has no buttons.";
         const [x, y] = centre(buttons[pressed] ?? buttons[0]);
         let best = null, least = Infinity;
@@ -106,15 +108,16 @@ export function menuJob(job, catalogue) {
             if (i !== pressed && along > 1 && along + 2 * aside < least) { least = along + 2 * aside; best = i; }
         });
         if (best !== null) pressed = best;
-        heard.textContent = `Button ${pressed + 1} of ${buttons.length}${buttons[pressed].text ? ": " + buttons[pressed].text : ""}`;
+        say();
+    }
+    function say() {
+        const buttons = onPage(checked?.buttons);
+        heard.textContent = `Button ${pressed + 1} of ${buttons.length}${buttons[pressed]?.text ? ": " + buttons[pressed].text : ""}`;
         drawMarks();
     }
-    const remoteKeys = {ArrowUp: [0, -1], ArrowDown: [0, 1], ArrowLeft: [-1, 0], ArrowRight: [1, 0]};
-    const place = (node, area) => { node.style.gridArea = area; return node; };
-    const remote = el("div", {class: "remote", role: "group", "aria-label": "Remote control", onkeydown: event => { const to = remoteKeys[event.key]; if (to) { go(...to); event.preventDefault(); } }},
-        ...Object.entries(remoteKeys).map(([key, to]) => place(iconButton(key.slice(5).toLowerCase(), key.slice(5), () => go(...to)), key.slice(5).toLowerCase())),
-        place(iconButton("ok", "OK", () => { const one = onPage(checked?.buttons)[pressed]; heard.textContent = one ? `Plays ${one.text || `film ${pressed + 1}`}.` : "This menu has no buttons."; }), "ok"),
-        place(iconButton("back", "Back to the first button", () => { pressed = 0; go(0, 0); }), "back"));
+    const {node: remote, heard} = remoteControl({go,
+        ok: () => { const one = onPage(checked?.buttons)[pressed]; heard.textContent = one ? `Plays ${one.text || `film ${pressed + 1}`}.` : "This menu has no buttons."; },
+        back: () => { pressed = 0; say(); }});
 
     // What is on the menu.
     const paths = () => (project()?.additionSourcePaths ?? []);
@@ -168,7 +171,7 @@ export function menuJob(job, catalogue) {
     function textItem({i}) {
         const text = () => project()?.textInfos?.[i] ?? {text: "", box: [0, 0]}, context = (get, set) => ({get, set, size: () => stage.source});
         const words = el("input", {type: "text", "aria-label": `Text ${i + 1}`, oninput: () => setText(i, {text: words.value}, "words")});
-        const face = el("input", {type: "text", list: "faces", onchange: () => setText(i, {face: face.value || undefined})});
+        const face = el("input", {type: "text", list: "faces", "aria-label": `Font of text ${i + 1}`, onchange: () => setText(i, {face: face.value || undefined})});
         const at = part => (text().move?.end ?? text().box ?? [0, 0])[part];
         const setAt = (part, value) => setText(i, now => { const next = [...(now.move?.end ?? now.box)]; next[part] = Number(value); return now.move?.end ? {move: {...now.move, end: next}} : {box: next}; }, `at ${part}`);
         const controls = [control(SIZE, "size", context(() => String(text().size ?? 32), value => setText(i, {size: Number(value)}, "size"))),

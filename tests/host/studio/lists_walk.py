@@ -56,6 +56,17 @@ def disc(page, studio):
     page.fill(".control input[type=text]", "Title of chapter 1", "End")
     page.wait("the room is known", "return document.querySelector('.space-bar span')", seconds=40)
     page.screenshot("disc")
+
+    # The menus, and the way through them by the remote control: by the arrows to a film, which plays.
+    page.shown(lambda: page.panel("menus"))
+    heard = "return document.querySelector('.remote + p').textContent"
+    assert "The clip" in page.run(heard), page.run(heard)
+    page.click(".remote button", "Right")
+    assert "Button 2 of" in page.run(heard), page.run(heard)
+    page.click(".remote button", "Left", "touch")
+    page.click(".remote button", "OK", "keys")
+    page.wait("the film plays", "return document.querySelector('#panel-tab-films').ariaSelected === 'true' && find('.scrubber', 'Time in the film')?.value > 0")
+    page.panel("films")
     page.click("button", "Save")
     written(page, "disc.json")
     saved = json.loads((studio.folder / "disc.json").read_text())

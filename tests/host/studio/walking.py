@@ -56,7 +56,7 @@ class Page(Browser):
 
     def shown(self, act):
         """Does something and waits until the picture on the stage has changed for it."""
-        self.run("""window.shown = 0; document.querySelector(".stage").addEventListener("shown", () => ++window.shown)""")
+        self.run("""window.shown = 0; for (const stage of document.querySelectorAll(".stage")) stage.addEventListener("shown", () => ++window.shown)""")
         act()
         self.wait("the stage shows nothing new", "return window.shown")
 
