@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <utility>
 
@@ -74,7 +75,19 @@ int ChildProgram::Wait() {
     while (waitpid(m_id, &status, 0) < 0 && errno == EINTR) {
     }
     m_id = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : int(ExitCode::Interrupted);
+    return EndOf(status);
+}
+
+int EndOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status); }
+
+std::string DescribeEnd(int end) {
+    // The system takes memory back by this signal.
+    if (end == -SIGKILL)
+        return "its run was killed, as happens when memory runs out; close other programs and run it again";
+    if (end < 0)
+        return std::string("its run crashed (") + strsignal(-end) +
+               "); run it again, and leave the file out or convert it if that fails too";
+    return "its run ended with the code " + std::to_string(end) + "; run it again";
 }
 
 std::string OwnProgram() { return std::filesystem::read_symlink("/proc/self/exe").string(); }

@@ -25,7 +25,7 @@ class ChildProgram {
     bool Read(const std::function<void(const std::string&)>& take);
     /// Asks it to end, once: asked again, it would end at once and leave what it has begun.
     void Terminate();
-    /// Waits for the end. The exit code, or that of an interrupted run.
+    /// Waits for the end, and returns it as EndOf does.
     int Wait();
 
  private:
@@ -34,6 +34,13 @@ class ChildProgram {
     bool m_asked = false;
     std::string m_rest;
 };
+
+/// From the status of a program that was waited for: its exit code, or minus the signal that ended it.
+int EndOf(int status);
+
+/// The reason and the remedy for an end other than 0 of which the program has printed nothing, such as "its run crashed
+/// ...".
+std::string DescribeEnd(int end);
 
 /// The path of the program that runs.
 std::string OwnProgram();

@@ -161,10 +161,8 @@ void MakeStages(const std::vector<Stage>& stages, const std::function<void(doubl
             ThrowIfInterrupted();
             if (code != 0) {
                 const std::string& error = child.LastError();
-                throw HostError(ExitCode(code), child.Of().name + ": " +
-                                                    (error.empty() ? "its run ended with the code " +
-                                                                         std::to_string(code) + "; run it again"
-                                                                   : error));
+                throw HostError(code < 0 ? ExitCode::Failed : ExitCode(code),
+                                child.Of().name + ": " + (error.empty() || code < 0 ? DescribeEnd(code) : error));
             }
             if (!IsMade(child.Of()))
                 throw HostError(

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <sstream>
 
+#include "host/base/child_program.h"
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 
@@ -93,12 +94,13 @@ std::string RunTool(const Tool& tool) {
     int status = 0;
     while (waitpid(program, &status, 0) < 0 && errno == EINTR) continue;
     ThrowIfInterrupted();
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    if (const int end = EndOf(status); end != 0) {
         if (printed.find(std::strerror(ENOSPC)) != std::string::npos)
             throw HostError(ExitCode::Output,
                             tool.words[0] + " finds no space left on the disk; make room or name another place");
         std::string cause = FirstLineWith(printed, {"ERR"});
-        if (cause.empty()) cause = LastLine(printed);
+        if (cause.empty() && end > 0) cause = LastLine(printed);
+        if (cause.empty()) cause = DescribeEnd(end);
         throw HostError(ExitCode::Failed, tool.words[0] + " fails: " + cause);
     }
     return printed;

@@ -136,8 +136,7 @@ void JobQueue::End(Job& job) {
     job.secondsLeft.reset();
     job.state = code == 0 ? State::Done : job.cancelled ? State::Cancelled : State::Failed;
     if (job.state == State::Done) job.share = 1;
-    if (job.state == State::Failed && job.message.empty())
-        job.message = "its run ended with the code " + std::to_string(code) + "; start it again";
+    if (job.state == State::Failed && job.message.empty()) job.message = DescribeEnd(code);
 }
 
 // All programs are started and waited for on this thread: they end with it.

@@ -86,6 +86,22 @@ TEST_F(StagesTest, TheFirstFailureEndsTheOthersAndKeepsWhatIsComplete) {
     EXPECT_FALSE(std::filesystem::exists(folder / "work/slow.key"));
 }
 
+TEST_F(StagesTest, ACrashIsReportedWithTheStageAndARemedy) {
+    // What it has printed before is not the reason.
+    const std::string says = "echo 'nifikral: error: a picture is damaged' >&2; ";
+    for (const auto& [end, reason] : {std::pair("kill -KILL $$",
+                                                "bad: its run was killed, as happens when memory runs "
+                                                "out; close other programs and run it again"),
+                                      std::pair("kill -SEGV $$", "bad: its run crashed (Segmentation fault)")})
+        try {
+            Run({Of("bad", says + end)});
+            ADD_FAILURE() << end;
+        } catch (const HostError& error) {
+            EXPECT_TRUE(std::string_view(error.what()).starts_with(reason)) << error.what();
+            EXPECT_EQ(error.Code(), ExitCode::Failed);
+        }
+}
+
 TEST_F(StagesTest, PrintAWarningOnceWhoeverHasIt) {
     const std::string warn = "echo 'nifikral: warning: boxes are drawn' >&2; echo made > work/";
     PrintWarning("a film is silent");
