@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "host/base/errors.h"
 #include "host/base/log.h"
@@ -14,6 +15,7 @@
 #include "host/films/menu.h"
 #include "host/films/slideshow.h"
 #include "host/media/browser_media.h"
+#include "host/media/encoder.h"
 #include "host/media/media_sink.h"
 #include "host/media/part_file.h"
 #include "host/media/subtitle_file.h"
@@ -38,6 +40,15 @@ std::string FilmFile(const std::string& folder, int film, const std::string& res
     return Numbered(folder, "film", film, rest);
 }
 
+// The pictures that a coder of H.264 holds decide what its run takes in memory: those that it looks ahead at, and those
+// of each of its threads. Several films are made at once, so that few threads keep all cores busy.
+std::vector<std::string> EncoderOptions(int threads) {
+    constexpr int mostThreads = 6;
+    std::vector<std::string> options = {"threads=" + std::to_string(std::min(threads, mostThreads))};
+    if (FindEncoder("", AV_CODEC_ID_H264).name == std::string_view("libx264")) options.emplace_back("rc-lookahead=10");
+    return options;
+}
+
 RunOptions OptionsFor(const std::string& output, int threads) {
     RunOptions run;
     run.output.path = output;
@@ -45,6 +56,7 @@ RunOptions OptionsFor(const std::string& output, int threads) {
     run.output.progressive = true;
     run.output.audioEncoder = "aac";
     run.threads = threads;
+    run.output.encoderOptions = EncoderOptions(run.ThreadCount());
     return run;
 }
 
