@@ -11,6 +11,7 @@
 #include "host/base/log.h"
 #include "host/base/number_text.h"
 #include "host/base/progress.h"
+#include "host/disc/disc_folder.h"
 #include "host/disc/disc_trial.h"
 #include "host/disc/dvd_author.h"
 #include "host/disc/dvd_title.h"
@@ -83,7 +84,8 @@ PlannedTitle PlanFilm(const DiscFilm& film, const FilmProfile& profile, DiscForm
     PlannedTitle title;
     title.seconds = facts.seconds;
     title.copied = isDvd && IsReadyFor(profile, facts);
-    title.bytes = title.copied ? facts.bytes : 0;
+    // Browsers get films of about the size that they have.
+    title.bytes = title.copied || !isDvd ? facts.bytes : 0;
     title.besideRate = RateBeside(facts);
     title.description = std::to_string(facts.width) + "x" + std::to_string(facts.height) + ", " +
                         NumberText(std::round(av_q2d(facts.frameRate) * 100) / 100) + " frames a second, " +
@@ -169,7 +171,10 @@ DiscPlan PlanDisc(const DiscProject& project, DiscFormat format, Faults& faults)
         Try("menus.background", faults, [&] { ReadableSlides(FindSlides({menus.background}), true); });
     for (std::size_t i = 0; i < menus.instructions.size(); ++i)
         CheckTitle("menus.instructions[" + std::to_string(i) + "]", menus.instructions[i], faults);
-    if (format == DiscFormat::Dvd) ShareSpace(plan, project, faults);
+    if (format == DiscFormat::Dvd)
+        ShareSpace(plan, project, faults);
+    else
+        for (const PlannedTitle& title : plan.titles) plan.usedBytes += title.bytes;
     return plan;
 }
 
@@ -217,11 +222,11 @@ void CheckDiscOutput(const std::string& output, DiscFormat format, bool overwrit
         return;
     }
     // The titles and the folder of the disc, and the image of that.
-    const long long needed = plan.usedBytes * (isImage ? 3 : 2);
+    const long long needed = plan.usedBytes * (isImage ? 3 : 2), made = (long long)SizeOfFilesIn(WorkFolder(output));
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     const fs::space_info space = fs::space(folder, error);
-    if (!error && space.available < std::uintmax_t(needed))
-        faults.AddOutput(output + " needs " + Gigabytes(needed) + " while it is made, and " + folder.string() +
+    if (!error && (long long)space.available < needed - made)
+        faults.AddOutput(output + " needs " + Gigabytes(needed - made) + " while it is made, and " + folder.string() +
                          " has " + Gigabytes((long long)space.available) + " free; make room or name another place");
 }
 

@@ -18,8 +18,8 @@ struct PlannedTitle {
     double seconds = 0;
     bool copied = false;           ///< it goes onto the disc as it is coded
     int besideRate = silenceRate;  ///< of sound and subtitles on the disc, in kbit/s
-    long long bytes = 0;           ///< that it takes on the disc; what a copied one has now until ShareSpace
-    std::string description;       ///< of its source, in words
+    long long bytes = 0;      ///< that it takes on the disc, of browsers about; until ShareSpace, what a copied one has
+    std::string description;  ///< of its source, in words
 };
 
 struct DiscPlan {

@@ -34,6 +34,19 @@ void CheckDiscFolder(const std::string& output, const std::vector<std::string_vi
                         output + ": the folder " + parent.string() + " does not exist; make it first (mkdir -p)");
 }
 
+std::string WorkFolder(std::string output) {
+    while (output.size() > 1 && output.ends_with('/')) output.pop_back();
+    return output + ".work";
+}
+
+std::uintmax_t SizeOfFilesIn(const fs::path& folder) {
+    std::uintmax_t bytes = 0;
+    std::error_code error;
+    for (const auto& entry : fs::recursive_directory_iterator(folder, error))
+        if (const auto size = entry.file_size(error); !error) bytes += size;
+    return bytes;
+}
+
 TemporaryFolder::TemporaryFolder(fs::path path) : m_path(std::move(path)) {
     std::error_code error;
     fs::remove_all(m_path, error);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -12,6 +13,12 @@ namespace Nifikral {
 /// of a folder that holds anything but `parts`, or of a disc when `overwrite` is not set. `kind` names the disc.
 void CheckDiscFolder(const std::string& output, const std::vector<std::string_view>& parts, const std::string& kind,
                      bool overwrite);
+
+/// Where the parts of a disc are kept, beside the output.
+std::string WorkFolder(std::string output);
+
+/// The bytes of all files in a folder, 0 where there is none.
+std::uintmax_t SizeOfFilesIn(const std::filesystem::path& folder);
 
 /// A folder, emptied at first, that goes away with this object. Throws output errors.
 class TemporaryFolder {

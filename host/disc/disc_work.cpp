@@ -9,6 +9,7 @@
 #include "host/base/log.h"
 #include "host/base/progress.h"
 #include "host/base/version.h"
+#include "host/disc/disc_folder.h"
 #include "host/disc/disc_json.h"
 #include "host/disc/disc_menus.h"
 #include "host/disc/dvd_author.h"
@@ -26,11 +27,6 @@ namespace fs = std::filesystem;
 constexpr int fullRate = 8000;      // kbit/s, where the plan knows of no film to encode
 constexpr double authoring = 0.06;  // of the time that the stages take
 constexpr std::string_view filmStage = "film-", pageStage = "page-";
-
-std::string WorkFolder(std::string output) {
-    while (output.size() > 1 && output.ends_with('/')) output.pop_back();
-    return output + ".work";
-}
 
 std::string ProjectIn(const std::string& folder) { return folder + "/disc.json"; }
 std::string TitleIn(const std::string& folder, std::size_t film) {
@@ -210,8 +206,9 @@ Work BeginWork(const PlannedDisc& disc, const DiscOptions& options, const std::s
 void MakeDisc(const DiscOptions& options, const EffectModule& module) {
     const PlannedDisc disc = PlanDisc(options);
     const std::string folder = WorkFolder(options.output);
-    const WorkLock lock(folder);
+    WorkLock lock(folder);
     const Work work = BeginWork(disc, options, folder, module);
+    lock.Keep();
     const std::vector<Stage> stages = StagesOf(work, disc.plan, options);
     double all = 0, left = 0;
     for (const Stage& stage : stages) {
@@ -264,11 +261,12 @@ void RunDisc(const DiscOptions& options, const EffectModule& module) {
 CommandPlan ShareOutDisc(const DiscOptions& options, const EffectModule& module) {
     const PlannedDisc disc = PlanDisc(options);
     const std::string folder = WorkFolder(options.output);
-    const WorkLock lock(folder);
+    WorkLock lock(folder);
     CommandPlan plan;
     plan.output = options.output;
     for (Stage& stage : StagesOf(BeginWork(disc, options, folder, module), disc.plan, options))
         plan.makers.push_back(std::move(stage.words));
+    lock.Keep();
     plan.last = {"disc", ProjectIn(folder), "-o", options.output, "--format", options.format};
     // So that the whole plan can be run again.
     plan.last.emplace_back(options.overwrite ? "-y" : "--skip-existing");

@@ -118,13 +118,6 @@ double SizeOf(const fs::path& path) {
     return error ? 0 : double(size);
 }
 
-double SizeOfFilesIn(const fs::path& folder) {
-    double size = 0;
-    std::error_code error;
-    for (const auto& entry : fs::recursive_directory_iterator(folder, error)) size += SizeOf(entry.path());
-    return size;
-}
-
 // Counts in bytes that are written: the menus with their marks, the disc and the image.
 class AuthorProgress {
  public:
@@ -246,7 +239,7 @@ void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, 
     const TemporaryFolder folder(isImage ? files.Path() / "disc" : FolderBeside(output));
     PrintOutput(RunTool(
         {{"dvdauthor", "-o", folder.Path().string(), "-x", script.string()}, "dvdauthor", {}, {}, progress.During([&] {
-             return SizeOfFilesIn(folder.Path());
+             return double(SizeOfFilesIn(folder.Path()));
          })}));
     progress.End(progress.Disc());
     CheckDvd(folder.Path().string(), pages, titles);

@@ -176,9 +176,9 @@ void MakeStages(const std::vector<Stage>& stages, const std::function<void(doubl
     }
 }
 
-WorkLock::WorkLock(const std::string& folder) {
+WorkLock::WorkLock(const std::string& folder) : m_folder(folder) {
     std::error_code error;
-    fs::create_directories(folder, error);
+    m_isNew = fs::create_directories(folder, error);
     m_file = open((folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (m_file < 0) throw HostError(ExitCode::Output, folder + " cannot be written; name another place");
     if (flock(m_file, LOCK_EX | LOCK_NB) != 0) {
@@ -188,6 +188,10 @@ WorkLock::WorkLock(const std::string& folder) {
     ClearDeadParts(folder + "/");
 }
 
-WorkLock::~WorkLock() { close(m_file); }
+WorkLock::~WorkLock() {
+    std::error_code error;
+    if (m_isNew) fs::remove_all(m_folder, error);
+    close(m_file);
+}
 
 }  // namespace Nifikral

@@ -41,7 +41,12 @@ class WorkLock {
     WorkLock(const WorkLock&) = delete;
     WorkLock& operator=(const WorkLock&) = delete;
 
+    /// From now on the folder stays; a new one that nothing can be made in goes away with this object.
+    void Keep() { m_isNew = false; }
+
  private:
+    std::string m_folder;
+    bool m_isNew = false;
     int m_file;
 };
 

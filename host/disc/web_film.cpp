@@ -45,7 +45,8 @@ std::string FilmFile(const std::string& folder, int film, const std::string& res
 std::vector<std::string> EncoderOptions(int threads) {
     constexpr int mostThreads = 6;
     std::vector<std::string> options = {"threads=" + std::to_string(std::min(threads, mostThreads))};
-    if (FindEncoder("", AV_CODEC_ID_H264).name == std::string_view("libx264")) options.emplace_back("rc-lookahead=10");
+    if (FindEncoder("", AV_CODEC_ID_H264).name == std::string_view("libx264"))
+        options.emplace_back("x264-params=rc-lookahead=10:sync-lookahead=0");
     return options;
 }
 

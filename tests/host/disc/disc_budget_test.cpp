@@ -137,6 +137,40 @@ TEST_F(DiscPlanned, ReportsAllFaultsOfTheProjectAtOnce) {
     EXPECT_EQ(Nifikral("disc disc.json -o there.iso --dry-run").exitCode, int(ExitCode::Output));
     EXPECT_EQ(Nifikral("disc disc.json -o there.iso -y --dry-run").exitCode, 0);
     EXPECT_EQ(Nifikral("disc disc.json -o nowhere/new.iso --dry-run").exitCode, int(ExitCode::Output));
+    // What shows only when the menus are laid out leaves nothing either.
+    Write(R"({"title": "a", "path": "good.mkv"})",
+          R"("menus": {"instructions": ["1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12"]}, )");
+    const auto files = Files();
+    for (const std::string command : {"disc", "plan disc"}) {
+        const Outcome refused = Nifikral(command + " disc.json -o new.iso");
+        EXPECT_EQ(refused.exitCode, int(ExitCode::Usage));
+        EXPECT_NE(refused.errors.find("menus.instructions: are 12 lines"), std::string::npos) << refused.errors;
+        EXPECT_EQ(Files(), files);
+    }
+}
+
+TEST_F(DiscPlanned, NeedsRoomOnTheDiskBesideWhatIsMadeAlready) {
+    const auto available = std::filesystem::space(folder).available;
+    DiscPlan plan;
+    plan.usedBytes = (long long)(available / 2);
+    const auto refuses = [&](const std::string& output) {
+        Faults faults("disc.json");
+        CheckDiscOutput((folder / output).string(), DiscFormat::Dvd, false, plan, faults);
+        try {
+            faults.ThrowIfAny();
+        } catch (const HostError& error) {
+            EXPECT_NE(std::string(error.what()).find("make room"), std::string::npos) << error.what();
+            EXPECT_EQ(error.Code(), ExitCode::Output);
+            return true;
+        }
+        return false;
+    };
+    EXPECT_TRUE(refuses("new.iso"));
+    std::filesystem::create_directory(folder / "new.iso.work");
+    std::ofstream(folder / "new.iso.work/film-1.mpg");
+    // It takes none of the disk, as long as nothing is written.
+    std::filesystem::resize_file(folder / "new.iso.work/film-1.mpg", available);
+    EXPECT_FALSE(refuses("new.iso"));
 }
 
 }  // namespace

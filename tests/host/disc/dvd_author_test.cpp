@@ -167,7 +167,7 @@ TEST_F(DvdAuthorTest, AWideDiscInAnImageLeadsWhereItsButtonsSay) {
     ExpectAfterFilm("disc.iso", 1, 2, 0, 1);
     ExpectAfterFilm("disc.iso", 2, 2, 0, 2);
     const std::string listed = Wait(Start({"lsdvd", "-x", "disc.iso"})).output;
-    for (const char* const fact : {"Disc Title: SOMMER_MEER", "Format: PAL, Aspect ratio: 16/9",
+    for (const char* const fact : {"Disc Title: SOMMER_MEER", "Format: PAL, Aspect ratio: 16/9", "DF: Letterbox",
                                    "Title: 01, Length: 00:00:03.000 Chapters: 03", "Audio: 1, Language: en",
                                    "Audio: 2, Language: de", "Subtitle: 01, Language: fr", "Title: 03", "Language: iw"})
         EXPECT_NE(listed.find(fact), std::string::npos) << fact << "\n" << listed;

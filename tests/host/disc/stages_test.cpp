@@ -28,7 +28,8 @@ class StagesTest : public CommandTest {
         return Of(name, "echo made > work/" + name, key);
     }
     void Run(const std::vector<Stage>& stages) const {
-        const WorkLock lock(work);
+        WorkLock lock(work);
+        lock.Keep();
         MakeStages(
             stages, [](double) {}, (folder / "program").string());
     }
