@@ -74,8 +74,11 @@ class ButtonMuxer {
         const std::string pressed = draw("-pressed.png", m_project.menus.pressed);
         const fs::path script = m_folder / (stem + ".xml"), output = m_folder / (stem + ".mpg");
         WriteText(script, Script(page, film, boxes, chosen, pressed));
-        const std::string printed =
-            RunTool({{"spumux", "-s", whole ? "0" : "1", script.string()}, "dvdauthor", input, output.string()});
+        const std::string printed = RunTool({{"spumux", "-s", whole ? "0" : "1", script.string()},
+                                             "dvdauthor",
+                                             m_folder.string(),
+                                             input,
+                                             output.string()});
         PrintOutput(printed);
         // It ends well although it has left marks out.
         std::string fault = FirstLineWith(printed, {"ERR:", "WARN:"});
@@ -169,6 +172,7 @@ void WriteImage(const DiscProject& project, const fs::path& folder, const std::s
     PrintOutput(RunTool(
         {{"genisoimage", "-quiet", "-dvd-video", "-V", Label(project.title), "-o", image.Path(), folder.string()},
          "genisoimage",
+         folder.string(),
          {},
          {},
          progress.During([&] { return SizeOf(image.Path()); })}));
@@ -237,10 +241,12 @@ void AuthorDisc(const DiscProject& project, const std::vector<DiscPage>& pages, 
     WriteText(script, DvdScript(project, pages, titles, films, names));
     // A folder gets its name by being moved, which only works within a file system.
     const TemporaryFolder folder(isImage ? files.Path() / "disc" : FolderBeside(output));
-    PrintOutput(RunTool(
-        {{"dvdauthor", "-o", folder.Path().string(), "-x", script.string()}, "dvdauthor", {}, {}, progress.During([&] {
-             return double(SizeOfFilesIn(folder.Path()));
-         })}));
+    PrintOutput(RunTool({{"dvdauthor", "-o", folder.Path().string(), "-x", script.string()},
+                         "dvdauthor",
+                         folder.Path().string(),
+                         {},
+                         {},
+                         progress.During([&] { return double(SizeOfFilesIn(folder.Path())); })}));
     progress.End(progress.Disc());
     CheckDvd(folder.Path().string(), pages, titles);
     if (isImage)

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <sstream>
 
 #include "host/base/child_program.h"
@@ -42,6 +43,14 @@ std::string LastLine(const std::string& printed) {
     for (std::string line; std::getline(lines, line);)
         if (line.find_first_not_of(" \t\r") != std::string::npos) last = line;
     return last;
+}
+
+// Not every program prints why its last bytes were not written.
+bool IsFull(const std::string& folder) {
+    constexpr std::uintmax_t nothing = 1 << 20;
+    std::error_code error;
+    const std::filesystem::space_info space = std::filesystem::space(folder, error);
+    return !error && space.available < nothing;
 }
 
 // What a program prints until it ends; an interruption ends it.
@@ -95,7 +104,7 @@ std::string RunTool(const Tool& tool) {
     while (waitpid(program, &status, 0) < 0 && errno == EINTR) continue;
     ThrowIfInterrupted();
     if (const int end = EndOf(status); end != 0) {
-        if (printed.find(std::strerror(ENOSPC)) != std::string::npos)
+        if (printed.find(std::strerror(ENOSPC)) != std::string::npos || IsFull(tool.place))
             throw HostError(ExitCode::Output,
                             tool.words[0] + " finds no space left on the disk; make room or name another place");
         std::string cause = FirstLineWith(printed, {"ERR"});

@@ -10,6 +10,7 @@ namespace Nifikral {
 struct Tool {
     std::vector<std::string> words;        ///< its name and arguments
     std::string package;                   ///< the Debian package that has it
+    std::string place = {};                ///< the folder that it writes into
     std::string input = {}, output = {};   ///< files for its stdin and stdout; empty: nothing
     std::function<void()> meanwhile = {};  ///< called a few times a second until it ends
 };
