@@ -1,11 +1,14 @@
 // Prints a hash of what every effect and generator makes of pseudo-random frames and settings: the same ones on every
-// machine. Usage: module_hashes [EXPECTED]; with a file of such lines it prints what differs from them, and fails then.
+// machine. Usage: module_hashes [EXPECTED [THREADS]]; with a file of such lines it prints what differs from them, and
+// fails then. Each thread makes them all, with objects of its own.
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <random>
 #include <string>
+#include <thread>
 
 #include "TarvoBased/IStrings.h"
 #include "TarvoBased/ITarvoException.h"
@@ -147,17 +150,30 @@ std::vector<std::string> Lines() {
     return lines;
 }
 
-int Run(const char* expected) {
+// Those of each thread, one after another.
+std::vector<std::string> LinesOf(std::size_t threads) {
+    std::vector<std::vector<std::string>> lines(threads);
+    std::vector<std::thread> running;
+    for (std::vector<std::string>& own : lines) running.emplace_back([&own] { own = Lines(); });
+    for (std::thread& thread : running) thread.join();
+    std::vector<std::string> all;
+    for (const std::vector<std::string>& own : lines) all.insert(all.end(), own.begin(), own.end());
+    return all;
+}
+
+int Run(const char* expected, std::size_t threads) {
     std::ifstream file(expected ? expected : "");
     if (expected && !file) {
         std::fprintf(stderr, "module_hashes: %s cannot be read\n", expected);
         return 2;
     }
+    std::vector<std::string> wanted;
+    for (std::string line; std::getline(file, line);) wanted.push_back(line);
+    const std::vector<std::string> lines = LinesOf(threads);
     int differences = 0;
-    for (const std::string& line : Lines()) {
-        std::string wanted;
-        std::getline(file, wanted);
-        if (expected && line == wanted) continue;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::string& line = lines[i];
+        if (lines.size() == threads * wanted.size() && line == wanted[i % wanted.size()]) continue;
         std::puts(line.c_str());
         ++differences;
     }
@@ -170,4 +186,6 @@ int Run(const char* expected) {
 }  // namespace
 }  // namespace AVBased::Testing
 
-int main(int argc, char** argv) { return AVBased::Testing::Run(argc > 1 ? argv[1] : nullptr); }
+int main(int argc, char** argv) {
+    return AVBased::Testing::Run(argc > 1 ? argv[1] : nullptr, argc > 2 ? std::size_t(std::atoi(argv[2])) : 1);
+}
