@@ -98,7 +98,9 @@ def value_type(parameter):
 
 
 def overloads(effects, head, tail, result, indent):
-    """A signature for each effect, with its parameters, and one for any other request."""
+    """A signature for each effect, with its parameters, and one for any other request, which has its parameters in it:
+    taken there as keywords too, a parameter that an effect does not have would never be found."""
+    region = ", inside: str = ..., outside: str = ..., soft: Union[int, str] = ..."
     text = ""
     for effect in effects:
         keywords = "".join(f", {p['short']}: {value_type(p)} = ..." for p in effect["parameters"])
@@ -109,9 +111,9 @@ def overloads(effects, head, tail, result, indent):
             if not values and len(limits) == 2 and p["kind"] != "switch":
                 values = f"{limits['minimum']} to {limits['maximum']} {unit}".rstrip()
             meaning.append(f"{p['short']}: {p['meaning']}" + (f"; {values}" if values else ""))
-        text += (f"@overload\n{head.replace('NAME', 'Literal[' + json.dumps(effect['name']) + ']')}{tail}{keywords}) -> {result}:\n"
+        text += (f"@overload\n{head.replace('NAME', 'Literal[' + json.dumps(effect['name']) + ']')}{tail}{keywords}{region}) -> {result}:\n"
                  + described("\n".join(meaning), 4))
-    text += f"@overload\n{head.replace('NAME', 'Union[str, _Effects]' if 'picture' in head else 'str')}{tail}, **parameters: Any) -> {result}: ...\n"
+    text += f"@overload\n{head.replace('NAME', 'Union[str, _Effects]' if 'picture' in head else 'str')}{tail}) -> {result}: ...\n"
     return textwrap.indent(text, " " * indent)
 
 

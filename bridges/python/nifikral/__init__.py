@@ -142,7 +142,8 @@ class Effect(_Effects):
 
     Parameters are what `effects()[name].parameters` lists. A value is a number, or a text as the command nifikral takes
     it: "50%" of the picture, "0..8" over the duration, "@0:1,25:3" for key points. `name` may be a whole request of the
-    command too, such as "rotate:x=50%:scale=2".
+    command too, such as "rotate:x=50%:scale=2". `inside` or `outside`, such as "circle,50%,50%,20%" or the file of a
+    picture, is where the effect shows, and `soft` how gradually.
 
     A call without `position` works on the frame that follows the last one; `position` counts from 0. Fades need
     `duration`, in frames. `rate` is that of frames a second, where times are in seconds.

@@ -185,7 +185,7 @@ class Objects(TestCase):
                 kind = node.args.posonlyargs[1].annotation
                 if ast.unparse(kind).startswith("Literal"):
                     names = {argument.arg for argument in node.args.kwonlyargs}
-                    stubs[ast.literal_eval(kind.slice)] = names - {"out", "position", "order"}
+                    stubs[ast.literal_eval(kind.slice)] = names - {"out", "position", "order", "inside", "outside", "soft"}
         effects = {name: set(info.parameters) for name, info in nifikral.effects().items()
                    if "generator" not in info.traits or name == "title"}
         self.assertEqual(stubs, effects)
