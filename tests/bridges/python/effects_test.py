@@ -52,15 +52,19 @@ class Results(TestCase):
         planes = tuple(noise(*shape, seed=n) // 2 + 60 for n, shape in enumerate([(height, width), chroma, chroma]))
         with tempfile.TemporaryDirectory() as folder:
             with open(f"{folder}/in.y4m", "wb") as film:
-                film.write(b"YUV4MPEG2 W%d H%d F25:1 C420\nFRAME\n" % (width, height))
-                film.write(b"".join(plane.tobytes() for plane in planes))
-            for request in "oilpainting", "rotate", "aged_film", "transparency:opacity=40":
-                command("apply", "-q", "-y", "--format", "35" if "opacity" in request else "0", "in.y4m", "out.y4m", request,
-                        folder=folder)
+                film.write(b"YUV4MPEG2 W%d H%d F25:1 C420\n" % (width, height))
+                film.write((b"FRAME\n" + b"".join(plane.tobytes() for plane in planes)) * 3)
+            for request, changes in (("oilpainting", {}), ("rotate", {}), ("aged_film", {}), ("transparency:opacity=40", {}),
+                                     ("directfadein", {}), ("rotate", {"scale": "0..6", "x": "@0:10%,2:80%"}),
+                                     ("brightness_contrast", {"brightness": "-40..40~in-out", "inside": "circle,20%..80%,50%,9"})):
+                text = ":".join([request, *map("=".join, changes.items())])
+                alpha = "opacity" in request or "fade" in request
+                command("apply", "-q", "-y", "--format", "35" if alpha else "0", "in.y4m", "out.y4m", text, folder=folder)
                 with open(f"{folder}/out.y4m", "rb") as film:
-                    made = film.read().split(b"FRAME\n", 1)[1]
-                result = nifikral.apply(planes, request)
-                self.assertEqual(b"".join(plane.tobytes() for plane in result), made, request)
+                    made = film.read().split(b"FRAME\n")[1:]
+                effect = nifikral.Effect(request, duration=3, **changes) if changes or "fade" in request else nifikral.Effect(request)
+                for frame in made:
+                    self.assertEqual(b"".join(plane.tobytes() for plane in effect(planes)), frame, text)
 
 
 class Layouts(TestCase):
