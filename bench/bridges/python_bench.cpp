@@ -1,6 +1,6 @@
 // What a call from Python takes beside the same call of the module, both in turn on the same 1920x1080 picture, and
-// what a picture of three channels adds. Usage: nifikral_python_bench [ROUNDS]; PYTHONPATH names the folder of the
-// built package.
+// what other orders and a picture of three channels add. Usage: nifikral_python_bench [ROUNDS]; PYTHONPATH names the
+// folder of the built package.
 #include <pybind11/embed.h>
 #include <pybind11/numpy.h>
 
@@ -64,28 +64,36 @@ const Row rows[] = {{"invert"},
 void Compare(const Row& row, int rounds) {
     py::dict settings;
     for (const auto& [name, value] : row.settings) settings[name] = value;
-    const py::object effect = py::module_::import("nifikral").attr("Effect")(row.effect, **settings);
+    const py::object make = py::module_::import("nifikral").attr("Effect");
+    const py::object bgr = make(row.effect, py::arg("order") = "bgr", **settings);
+    const py::object rgb = make(row.effect, py::arg("order") = "rgb", **settings);
+    const auto inPlace = [](const py::object& effect, const py::array& picture) {
+        effect(picture, py::arg("out") = picture, py::arg("position") = 1);
+    };
     const py::array_t<std::uint8_t> four = Picture(4), three = Picture(3);
     BridgedEffect own(*TheBridgeModule().module, row.effect);
     for (const auto& [name, value] : row.settings) own.Set(name, std::to_string(value));
     const BorrowedPlane plane{const_cast<unsigned char*>(four.data()), width * 4, width * 4, height};
     BorrowedFrame frame(AVBased::formatRgba32, width, height, {&plane, 1});
-    const std::function<void()> calls[] = {[&] { own.Process(frame, 1); },
-                                           [&] { effect(four, py::arg("out") = four, py::arg("position") = 1); },
-                                           [&] { effect(three, py::arg("out") = three, py::arg("position") = 1); }};
-    std::vector<double> times[3], fours, threes;
+    const std::function<void()> calls[] = {[&] { own.Process(frame, 1); }, [&] { inPlace(bgr, four); },
+                                           [&] { inPlace(rgb, four); }, [&] { inPlace(bgr, three); },
+                                           [&] { inPlace(rgb, three); }};
+    constexpr int kinds = 5;
+    std::vector<double> times[kinds], ratios[2], differences[2];
     for (int round = 0; round < rounds; ++round) {
         // Each kind of call finds the caches as its own kind left them; the order turns from round to round.
-        for (int turn = 0; turn < 3; ++turn) {
-            const int kind = (round + turn) % 3;
+        for (int turn = 0; turn < kinds; ++turn) {
+            const int kind = (round + turn) % kinds;
             calls[kind]();
             times[kind].push_back(Milliseconds(calls[kind]));
         }
-        fours.push_back(times[1].back() / times[0].back());
-        threes.push_back(times[2].back() - times[1].back());
+        for (int order = 0; order < 2; ++order) {
+            ratios[order].push_back(times[1 + order].back() / times[0].back());
+            differences[order].push_back(times[3 + order].back() - times[1].back());
+        }
     }
-    std::printf("%-22s %9.3f %9.3f %8.3f %12.3f\n", row.effect, Median(times[0]), Median(times[1]), Median(fours),
-                Median(threes));
+    std::printf("%-22s %9.3f %9.3f %9.3f %10.3f %10.3f\n", row.effect, Median(times[0]), Median(ratios[0]),
+                Median(ratios[1]), Median(differences[0]), Median(differences[1]));
 }
 
 }  // namespace
@@ -93,6 +101,7 @@ void Compare(const Row& row, int rounds) {
 int main(int count, char** arguments) {
     const int rounds = count > 1 ? std::atoi(arguments[1]) : 61;
     const py::scoped_interpreter interpreter;
-    std::printf("%-22s %9s %9s %8s %12s\n", "in place, 1920x1080", "C++ ms", "Python ms", "ratio", "+ 3 ch. ms");
+    std::printf("%-22s %9s %9s %9s %10s %10s\n", "in place, 1920x1080", "C++ ms", "x bgra", "x rgba", "+ bgr ms",
+                "+ rgb ms");
     for (const Row& row : rows) Compare(row, rounds);
 }
