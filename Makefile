@@ -54,6 +54,19 @@ debs: packages  ## make Debian packages in build/package
 	rm -f build/package/*.deb
 	cd build/package && cpack -G DEB
 
+# The system's own command says what bytes those for the other processor have to give.
+debs-arm64: packages  ## make Debian packages for 64-bit ARM in build/package-arm64
+	scripts/install_packages.sh package arm64
+	scripts/arm64_sysroot.sh build/arm64-sysroot
+	cmake --preset package-arm64
+	cmake --build --preset package-arm64
+	rm -f build/package-arm64/*.deb
+	cd build/package-arm64 && cpack -G DEB
+
+test-packages-arm64: debs-arm64 $(release)/build.ninja  ## unpack these and use them in qemu
+	cmake --build --preset release --target nifikral nifikral_module
+	scripts/test_packages_arm64.sh build/package-arm64 $(release)/bin/nifikral
+
 test-packages: debs  ## install the packages into a clean Debian and use them there, as root
 	scripts/test_packages.sh build/package
 
@@ -83,4 +96,4 @@ configure: packages
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
 .PHONY: help run reference pictures test test-arm64 test-processors bench bench-peers debs \
-    test-packages format check-format tidy clean packages configure
+    debs-arm64 test-packages test-packages-arm64 format check-format tidy clean packages configure

@@ -11,6 +11,8 @@ target_compile_options(
               # No contraction: the order and rounding of every floating-point step belongs to the result.
               -ffp-contract=off
               $<$<BOOL:${NIFIKRAL_WARNINGS_AS_ERRORS}>:-Werror>)
+# How the build runs a program that it has built.
+set(NIFIKRAL_RUN ${CMAKE_COMMAND} -E env ASAN_OPTIONS=detect_leaks=0 ${CMAKE_CROSSCOMPILING_EMULATOR})
 if(NIFIKRAL_SANITIZE)
     target_compile_options(
         nifikral_options INTERFACE -fsanitize=${NIFIKRAL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

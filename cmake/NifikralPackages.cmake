@@ -15,6 +15,11 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The module's own libraries are not in a system package: each package names the one that contains them.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
+if(CMAKE_CROSSCOMPILING)
+    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
+    set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_LIST_DIR}/arm64_packages.cmake)
+endif()
+
 # Packages hold manual pages compressed.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress_man_pages.cmake)
 # For the texts of menus and titles, and for video DVDs.

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian packages into a clean Debian 12 of its own, with their declared dependencies and nothing else, and
 # puts effects on pictures there: with the command, in ffmpeg, in GStreamer and in Python. Needs root, debootstrap and
-# the network; exits with 77 where it cannot run.
+# the network; exits with 77 where it cannot run. Packages for 64-bit ARM go through scripts/test_packages_arm64.sh.
 # Usage: scripts/test_packages.sh FOLDER_WITH_PACKAGES
 set -euo pipefail
 packages=$(realpath "$1")
