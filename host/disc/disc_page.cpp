@@ -64,7 +64,8 @@ void BringIntoReach(std::vector<DiscButton>& buttons, std::size_t lost, const st
     const Place to = MiddleOf(buttons[lost]);
     const auto distance = [&](std::size_t i) {
         const Place place = MiddleOf(buttons[i]);
-        return std::hypot(to.across - place.across, to.down - place.down);
+        const double across = to.across - place.across, down = to.down - place.down;
+        return across * across + down * down;
     };
     std::size_t nearest = 0;
     for (std::size_t i = 0; i < buttons.size(); ++i)

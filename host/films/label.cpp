@@ -48,7 +48,7 @@ double Within(const FilmBox& box, double radius, int x, int y) {
         return std::max({radius - middle, middle - (size - radius), 0.0});
     };
     const double across = beyond(x, box.left, box.width), down = beyond(y, box.top, box.height);
-    return std::clamp(radius + 0.5 - std::hypot(across, down), 0.0, 1.0);
+    return std::clamp(radius + 0.5 - std::sqrt(across * across + down * down), 0.0, 1.0);
 }
 
 void DrawShade(AVFrame& picture, const FilmBox& box, unsigned shade, double radius) {
