@@ -43,7 +43,7 @@ export const button = (label, onclick, attributes = {}, iconName) =>
 /** Brings the children of a node in line with items; a node that stays keeps its focus. make(item) returns {node, update}. */
 export function keyed(parent, items, keyOf, make) {
     const parts = parent.parts ??= new Map(), kept = new Set(items.map(keyOf));
-    for (const [key, part] of parts) if (!kept.has(key)) { part.node.remove(); parts.delete(key); }
+    for (const [key, part] of parts) if (!kept.has(key)) { part.node.remove(); part.dispose?.(); parts.delete(key); }
     let before = null;
     items.forEach((item, index) => {
         const key = keyOf(item);
@@ -102,21 +102,27 @@ export function draggable(node, begin) {
     });
 }
 
+/** From an edge of a panel as near as this, dragging scrolls. */
+const EDGE = 40;
+
 /** Orders the children of a list by a grip that is dragged, and by Alt with the arrow keys; move(from, to). */
 export function reorderable(list, move) {
-    const items = () => [...list.children];
+    // Of a long list only a part is there; its lines know their places.
+    const items = () => [...list.children], placeOf = item => item.place ?? items().indexOf(item), count = () => list.count ?? items().length;
     return {
         grip(item) {
             const grip = iconButton("grip", "Drag to order, or Alt with arrow keys", null, {class: "icon-button grip"});
             draggable(grip, () => {
-                const from = items().indexOf(item);
+                const from = placeOf(item), panel = list.closest(".panel");
                 let to = from;
                 item.classList.add("dragged");
                 return {
                     move(event) {
                         const over = document.elementsFromPoint(event.clientX, event.clientY).find(node => node.parentElement === list);
-                        if (over) to = items().indexOf(over);
-                        items().forEach((node, index) => node.classList.toggle("drop", index === to && to !== from));
+                        if (over) to = placeOf(over);
+                        for (const node of items()) node.classList.toggle("drop", placeOf(node) === to && to !== from);
+                        const {top, bottom} = panel?.getBoundingClientRect() ?? {};
+                        if (event.clientY > bottom - EDGE) panel.scrollTop += EDGE / 2; else if (event.clientY < top + EDGE) panel.scrollTop -= EDGE / 2;
                     },
                     end(event) {
                         for (const node of items()) node.classList.remove("drop", "dragged");
@@ -126,11 +132,11 @@ export function reorderable(list, move) {
             });
             item.addEventListener("keydown", event => {
                 if (!event.altKey) return;
-                const step = {ArrowUp: -1, ArrowLeft: -1, ArrowDown: 1, ArrowRight: 1}[event.key], from = items().indexOf(item), to = from + step;
-                if (!step || to < 0 || to >= items().length) return;
+                const step = {ArrowUp: -1, ArrowLeft: -1, ArrowDown: 1, ArrowRight: 1}[event.key], from = placeOf(item), to = from + step;
+                if (!step || to < 0 || to >= count()) return;
                 event.preventDefault();
                 move(from, to);
-                announce(`Place ${to + 1} of ${items().length}`);
+                announce(`Place ${to + 1} of ${count()}`);
             });
             return grip;
         },

@@ -238,7 +238,7 @@ export function filmTile(label, about, onclick) {
 /** A small picture of a file for a line of a list, loaded when it is first seen. */
 export function thumbBox(path) {
     const box = el("span", {class: "thumb"});
-    box.seen = now => { if (!now) return; box.seen = null; seen.unobserve(box); box.append(thumb(path, 160).image); };
+    box.seen = now => { if (!now) return; box.seen = null; seen.unobserve(box); const one = thumb(path, 160); box.dispose = one.dispose; box.append(one.image); };
     seen.observe(box);
     return box;
 }

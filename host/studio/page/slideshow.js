@@ -4,6 +4,7 @@ import {button, clock, el, field, fileName, iconButton, keyed, moved, reorderabl
 import {control} from "./forms.js";
 import {filmTile, restButton, takesFiles, thumbBox} from "./library.js";
 import {copyCommand, render} from "./queue.js";
+import {LongList} from "./long_list.js";
 import {Stage} from "./stage.js";
 import * as store from "./store.js";
 import {Timeline} from "./timeline.js";
@@ -70,19 +71,20 @@ export function slideshowJob(job, catalogue) {
     const change = (id, part, label) => set(({inputs}) => ({inputs: inputs.map(entry => entry.id === id ? {...entry, ...part} : entry)}), label && `${id} ${label}`);
     function item({id, path}) {
         const entry = () => doc().inputs.find(other => other.id === id) ?? {};
-        let inside = null, node = el("li", {class: "entry"});
+        let inside = null, node = el("li", {class: "entry"}), picture = thumbBox(path);
         const head = el("button", {type: "button", class: "title", "aria-expanded": "false", title: path, onclick: () => { opened = opened === id ? null : id; if (opened) seekTo(id); lists(); }}, el("span", {text: fileName(path)}));
         const time = el("span", {class: "muted"});
-        node.append(el("div", {class: "row"}, order.grip(node), thumbBox(path), head, time, iconButton("trash", `Remove ${fileName(path)}`, () => set(({inputs}) => ({inputs: inputs.filter(other => other.id !== id)})))));
-        return {node, update(_, index) {
+        node.append(el("div", {class: "row"}, order.grip(node), picture, head, time, iconButton("trash", `Remove ${fileName(path)}`, () => set(({inputs}) => ({inputs: inputs.filter(other => other.id !== id)})))));
+        return {node, dispose: () => picture.dispose?.(), update(_, index) {
             head.setAttribute("aria-expanded", opened === id);
             time.textContent = `${round(entry().seconds ?? doc().seconds)} s`;
-            // Only an open line has controls: thousands of lines stay light.
+            // Only an open line has controls.
             if (opened === id && !inside) node.append((inside = details(id, entry, path)).node);
             else if (opened !== id && inside) { inside.node.remove(); inside = null; }
             inside?.update(index);
         }};
     }
+    const slides = new LongList(list, item);
     function details(id, entry, path) {
         const seconds = control(TIMES[0][0], "alone", {get: () => String(entry().seconds ?? doc().seconds), set: (value, name) => change(id, {seconds: Number(value)}, name), size: () => stage.source});
         const caption = el("input", {type: "text", onchange: () => change(id, {caption: caption.value || undefined})});
@@ -119,7 +121,7 @@ export function slideshowJob(job, catalogue) {
     const asLong = el("input", {type: "checkbox", role: "switch", "aria-label": "As long as the music", onchange: () => set({length: asLong.checked ? "audio" : null})});
     const noMusic = el("p", {class: "muted", text: "None. Add a sound file of the folder."});
     function lists() {
-        keyed(list, doc().inputs, entry => entry.id, item);
+        slides.set(doc().inputs, opened);
         keyed(music, doc().audio.map(path => ({path})), ({path}) => path, musicItem);
         asLong.checked = doc().length === "audio";
         asLong.disabled = !doc().audio.length;

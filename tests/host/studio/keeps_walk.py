@@ -82,6 +82,19 @@ def scrolls(page, studio):
     page.key("End")
     page.wait("the last one has the focus", "return document.activeElement.ariaPosInSet === '2000'")
 
+    # All of them go into the slideshow by keys, whose list is as light, and is ordered in its midst.
+    for keys in (["Home"], [" "], ["End"], ["shift", " "], ["Enter"]):
+        page.key(*keys)
+    page.wait("all are added", "return document.querySelector('.chain > li')?.getAttribute('aria-setsize') === '2000'")
+    page.run("document.querySelector('.chain').closest('.panel').scrollTop = 50000")
+    page.wait("the list is drawn there", "return Number(document.querySelector('.chain > li')?.ariaPosInSet) > 900")
+    assert page.run("return document.querySelectorAll('.chain > li').length") < 60
+    place = "return [...document.querySelectorAll('.chain .title')].find(one => one.textContent === arguments[0]).closest('li').ariaPosInSet"
+    name = page.run("const one = document.querySelectorAll('.chain .title')[9]; one.focus(); return one.textContent")
+    before = int(page.run(place, name))
+    page.key("alt", "down")
+    assert int(page.run(place, name)) == before + 1
+
 
 def steps(page, studio):
     outlives(page, studio)
