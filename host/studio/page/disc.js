@@ -94,7 +94,7 @@ export function discJob(job, catalogue) {
             chapters.hidden = chosen !== i;
             keyed(chapters, chosen === i ? (now().chapters ?? []).map((_, at) => ({at})) : [], ({at}) => at, chapterItem);
             const planned = plan?.titles?.[i];
-            room.textContent = planned ? `${clock(planned.seconds, 0)}, ${bytes(planned.bytes)}${planned.copied ? ", copied as it is" : ""}` : pictures ? `${pictures.length} pictures or folders` : path;
+            room.textContent = planned ? `${clock(planned.seconds, 0)}, ${bytes(planned.bytes)}${planned.copied ? ", copied as it is" : ""}` : path ?? (pictures.length === 1 ? pictures[0] : `${pictures.length} pictures or folders`);
         }};
     }
     function choose(i) { if (chosen === i) return; chosen = i; timeline.stop(); lists(); look(); }
@@ -152,7 +152,7 @@ export function discJob(job, catalogue) {
     const updates = [];
     const line = (label, parameter, get, put) => { const one = control(parameter, label, {get: () => String(get() ?? ""), set: put, size: () => stage.source, base}); updates.push(one.update); return one.node; };
     const words = values => ({kind: "word", words: values, name: "", meaning: ""});
-    const file = (...kinds) => ({kind: "file", kinds, name: "", meaning: ""}), text = {kind: "text", name: "", meaning: ""}, toggle = {kind: "switch", name: "", meaning: ""}, colour = {kind: "colour", name: "colour", meaning: ""};
+    const file = (...kinds) => ({kind: "source", kinds, name: "", meaning: ""}), text = {kind: "text", name: "", meaning: ""}, toggle = {kind: "switch", name: "", meaning: ""}, colour = {kind: "colour", name: "colour", meaning: ""};
     const menus = () => project()?.menus ?? {}, part = kind => catalogue.templates.filter(name => name.startsWith(kind)), optional = value => value === "" ? undefined : value;
     const form = el("div", {}, el("h3", {text: "Disc"}), line("title", text, () => project()?.title, value => set({title: value})), line("for", words(["pal-16:9", "pal-4:3", "ntsc-16:9", "ntsc-4:3"]), () => project()?.profile, value => set({profile: value})),
         line("holds", words(["4.7", "8.5"]), () => project()?.gigabytes ?? 4.7, value => set({gigabytes: Number(value)})),

@@ -99,7 +99,8 @@ const CONTROLS = {
         const number = el("input", {type: "number", step: 1, "aria-label": label, onchange: () => set(number.value || "0")});
         return {nodes: [number, iconButton("dice", "Another one", () => set(String(Math.floor(Math.random() * 1e6))))], update: () => { number.value = get(); }};
     },
-    file(parameter, label, {get, set, base}) {
+    /** A file of the folder: its name is typed, chosen or dropped. */
+    source(parameter, label, {get, set, base}) {
         const list = el("datalist", {id: `files-${++lists}`});
         const name = el("input", {type: "text", list: list.id, spellcheck: "false", "aria-label": label, onchange: () => set(name.value), onfocus: async () => {
             const files = await filesOfKinds(parameter.kinds).catch(() => []);

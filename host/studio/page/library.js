@@ -235,9 +235,10 @@ export function filmTile(label, about, onclick) {
     return {...one, show(next) { film = next; loading?.abort(); loading = null; at = 0; moving.delete(step); if (one.node.inSight) load(); }};
 }
 
-/** A small picture of a file for a line of a list, loaded when it is first seen. */
+/** A small picture of a file for a line of a list, loaded when it is first seen; a folder has none. */
 export function thumbBox(path) {
     const box = el("span", {class: "thumb"});
+    if (!/\.\w+$/.test(path)) { box.append(icon("folder")); return box; }
     box.seen = now => { if (!now) return; box.seen = null; seen.unobserve(box); const one = thumb(path, 160); box.dispose = one.dispose; box.append(one.image); };
     seen.observe(box);
     return box;

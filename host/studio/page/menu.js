@@ -194,7 +194,7 @@ export function menuJob(job, catalogue) {
         setProject(now => ({textInfos: [...(now.textInfos ?? []), {text: "New text", size: 40, color: "#ffffff", fontstyle: "bold shadow", box: [Math.round((checked?.width ?? 1280) * 0.1), Math.round((checked?.height ?? 720) * 0.45)]}]}));
     }, {class: "quiet"}, "plus");
     const lines = el("textarea", {rows: 3, "aria-label": "Buttons, one a line", onchange: () => setProject({buttons: lines.value.trim() ? lines.value.trim().split("\n") : undefined})});
-    const background = control({kind: "file", kinds: ["picture", "film"], name: "sourcePath", meaning: "a picture or film behind the others"}, "background",
+    const background = control({kind: "source", kinds: ["picture", "film"], name: "sourcePath", meaning: "a picture or film behind the others"}, "background",
         {base, get: () => project()?.sourcePath ?? "", set: value => setProject({sourcePath: value || undefined})});
     const profile = el("select", {onchange: () => setProject({profile: profile.value || undefined})}, el("option", {value: "", text: "as the template has it"}), catalogue.profiles.map(({name}) => el("option", {value: name, text: name})));
     const times = [[SECONDS, "length", 10], [LOOP, "loop begins", 0]].map(([parameter, label, start]) => control(parameter, label, {size: () => stage.source,

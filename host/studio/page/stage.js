@@ -27,7 +27,7 @@ export class Stage {
             el("button", {type: "button", class: "icon-button", "aria-label": "1:1, single pixels", title: "1:1, single pixels (1)", onclick: () => this.setZoom(1), text: "1:1"}),
             iconButton("minus", "Zoom out (-)", () => this.step(-1)), iconButton("plus", "Zoom in (+)", () => this.step(1)));
         this.node = el("div", {class: "stage", tabindex: 0, role: "group", "aria-label": "Picture: + and - zoom, 0 fits, arrow keys move"},
-            this.canvas, this.overlay, this.divider, this.tools, this.empty);
+            this.canvas, this.divider, this.overlay, this.tools, this.empty);
         this.node.addEventListener("keydown", event => this.key(event));
         this.node.addEventListener("wheel", event => { event.preventDefault(); this.step(event.deltaY < 0 ? 1 : -1, this.share(event)); }, {passive: false});
         this.pan();
@@ -154,7 +154,7 @@ export class Stage {
         const spread = () => { const [a, b] = [...fingers.values()]; return Math.hypot(a.clientX - b.clientX, a.clientY - b.clientY); };
         let pinch = 0;
         this.node.addEventListener("pointerdown", event => {
-            if (event.target !== this.canvas && event.target !== this.overlay) return;
+            if (event.target !== this.canvas) return;
             fingers.set(event.pointerId, event);
             this.node.setPointerCapture(event.pointerId);
             pinch = fingers.size === 2 ? spread() : 0;

@@ -8,10 +8,10 @@ from walking import walk
 VERSION = "4.14.1"
 VIEWS = [("picture", "add"), ("picture", "chain"), ("film", "chain"), ("menu", "templates"), ("menu", "content"), ("menu", "remote"), ("slideshow", "slides"),
          ("slideshow", "show"), ("disc", "films"), ("disc", "disc"), ("disc", "menus")]
-# What reaches beyond the page, or beyond a box that does not scroll, cannot be reached.
-CUT = """return [...document.querySelectorAll("button, input, select, textarea, .handle, h1, h2")].filter(node => {
-    const box = node.getBoundingClientRect();
-    return node.checkVisibility() && box.width > 1 && !node.closest(".space") && (box.left < -1 || box.right > innerWidth + 1);
+# What reaches beyond the page, or its panel, cannot be reached.
+CUT = """return [...document.querySelectorAll("button, input, select, textarea, .handle, h1, h2, .control")].filter(node => {
+    const box = node.getBoundingClientRect(), room = node.closest(".panel")?.getBoundingClientRect() ?? {left: 0, right: innerWidth};
+    return node.checkVisibility() && box.width > 1 && !node.closest(".space") && (box.left < room.left - 1 || box.right > room.right + 1);
 }).map(node => node.ariaLabel || node.textContent || node.id)"""
 
 

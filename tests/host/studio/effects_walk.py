@@ -50,6 +50,12 @@ def picture(page, studio):
 
     # The split line shows the original on its left.
     page.click("button", "Compare with the original")
+    # A handle is reached on the line as well.
+    page.click(".entry .title", "rotate")
+    middle = page.place(".handle", "place")
+    page.drag(page.place(".split"), (middle[0], middle[1] + 90))
+    page.shown(lambda: page.drag(middle, (middle[0] + 20, middle[1])))
+    assert abs(page.place(".handle", "place")[0] - middle[0] - 20) < 2
     page.run("document.querySelector('.split').focus()")
     page.key("Home")
     assert page.run("return document.querySelector('.split').getAttribute('aria-valuenow')") == "0"
