@@ -38,6 +38,14 @@ std::vector<DiscChapter> Marks(const MediaSource& film) {
     return chapters;
 }
 
+// Found when a disc is planned, not after hours of encoding.
+void RequireDecoder(const std::string& path, const AVStream& sound, std::size_t number) {
+    if (avcodec_find_decoder(sound.codecpar->codec_id)) return;
+    throw HostError(ExitCode::Input, path + ": no decoder is known for sound track " + std::to_string(number + 1) +
+                                         "; leave it out: ffmpeg -i IN -map 0 -map -0:a:" + std::to_string(number) +
+                                         " -c copy OUT");
+}
+
 bool IsSoundOfDvd(const AVCodecParameters& sound) {
     constexpr AVCodecID codecs[] = {AV_CODEC_ID_AC3, AV_CODEC_ID_DTS, AV_CODEC_ID_PCM_DVD, AV_CODEC_ID_MP2};
     return sound.sample_rate == 48000 &&
@@ -94,6 +102,7 @@ FilmFacts FactsOf(const std::string& path) {
     facts.title = TidyTitle(Entry(film.Metadata(), "title"));
     facts.chapters = Marks(film);
     for (const AVStream* const sound : film.AudioStreams()) {
+        RequireDecoder(path, *sound, facts.soundLanguages.size());
         facts.soundLanguages.push_back(Entry(sound->metadata, "language"));
         if (facts.soundLanguages.size() <= mostSounds) facts.soundRate += DvdBitRate(*sound->codecpar) / 1000;
     }

@@ -71,6 +71,16 @@ TEST_F(Facts, RefuseWhatIsNoFilm) {
     EXPECT_NE(Refusal("a.wav").find("holds no picture and no video"), std::string::npos);
     EXPECT_NE(Refusal("broken.mp4").find("broken.mp4 is no picture or video"), std::string::npos);
     EXPECT_NE(Refusal("none.mp4").find("none.mp4: no such file"), std::string::npos);
+    // A kind of sound that nobody knows, as that of phones may be.
+    Ffmpeg(
+        "-f lavfi -i testsrc2=size=64x36:duration=1 -f lavfi -i sine=duration=1 -map 0 -map 1 -map 1 -c:a:0 aac "
+        "-c:a:1 pcm_s16le b.mov");
+    std::string film = ReadFile(folder / "b.mov");
+    film.replace(film.find("sowt"), 4, "what");
+    std::ofstream(folder / "b.mov", std::ios::binary) << film;
+    EXPECT_NE(Refusal("b.mov").find("b.mov: no decoder is known for sound track 2; leave it out: ffmpeg -i IN -map 0 "
+                                    "-map -0:a:1 -c copy OUT"),
+              std::string::npos);
 }
 
 TEST_F(Facts, CutTitlesAfterAWord) {
