@@ -121,9 +121,16 @@ std::vector<FilmBox> Kept(const ButtonList& list, const std::vector<RestingPlace
     return kept;
 }
 
+// Where the title begins, if that is at the left: templates may have a panel there.
+int TitleBegin(const MenuProject& page, const FilmBox& safe, int width) {
+    const int title = page.texts.empty() ? 0 : page.texts.front().box[0];
+    if (title > page.film.width / 4) return safe.left;
+    return std::clamp(title, safe.left, std::max(safe.left, safe.left + safe.width - width));
+}
+
 // The grid and its place that hide the least, as a part of the frame: no text and nothing else that is to be kept, if
-// that can be; a small font is as bad as hiding something. Of places that are alike the one in the middle of the left
-// side is taken, and below captions the one in the middle of the lower end.
+// that can be; a small font is as bad as hiding something. Of places that are alike the one at the title's beginning,
+// in the middle, is taken, and below captions the one in the middle of the lower end.
 PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, const FilmBox& safe,
                      const MenuWatch& watch, const std::vector<FilmBox>& kept) {
     constexpr int steps = 16;
@@ -133,12 +140,14 @@ PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, co
     for (const Grid& grid : grids) {
         const double part = double(grid.Width()) * grid.Height() / (double(page.film.width) * page.film.height);
         const double small = smallFontWeight * (1 - double(grid.size) / LargestFont(page));
+        const int title = TitleBegin(page, safe, grid.Width());
         for (int down = 0; down <= steps; ++down)
-            for (int across = 0; across <= steps; ++across) {
-                const FilmBox box{safe.left + (safe.width - grid.Width()) * across / steps,
-                                  safe.top + (safe.height - grid.Height()) * down / steps, grid.Width(), grid.Height()};
+            for (int across = -1; across <= steps; ++across) {
+                const int left = across < 0 ? title : safe.left + (safe.width - grid.Width()) * across / steps;
+                const FilmBox box{left, safe.top + (safe.height - grid.Height()) * down / steps, grid.Width(),
+                                  grid.Height()};
                 const int far = page.captions.empty()
-                                    ? across + std::abs(2 * down - steps)
+                                    ? across + 1 + std::abs(2 * down - steps)
                                     : steps * (grid.rows - 1) + steps - down + std::abs(2 * across - steps);
                 const bool hides =
                     std::any_of(kept.begin(), kept.end(), [&](const FilmBox& other) { return box.Overlaps(other); });

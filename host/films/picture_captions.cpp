@@ -21,36 +21,40 @@ class CaptionLayout {
 
     std::vector<Label> Make() {
         const int largest = std::max(14, m_page.film.height / 26), least = std::max(13, m_page.film.height / 36);
-        for (int size = largest; size >= least; --size)
-            if (TryAll(size, false)) return m_labels;
-        TryAll(least, true);
+        // Below one picture and above another, it would not be clear whose caption is which.
+        for (const Side side : {Side::Below, Side::Above, Side::BelowOrWithin})
+            for (int size = largest; size >= least; --size)
+                if (TryAll(size, side, false)) return m_labels;
+        TryAll(least, Side::BelowOrWithin, true);
         return m_labels;
     }
 
  private:
+    enum class Side { Below, Above, BelowOrWithin };
+
     bool IsCaptioned(const RestingPlace& place) const {
         return place.kind == PlaceKind::Picture && place.Rests() && place.index < m_page.captions.size();
     }
 
-    bool TryAll(int size, bool cuts) {
+    bool TryAll(int size, Side side, bool cuts) {
         m_labels.clear();
         m_style.size = size;
         for (const RestingPlace& place : m_places)
-            if (IsCaptioned(place) && !Try(place, cuts)) return false;
+            if (IsCaptioned(place) && !Try(place, side, cuts)) return false;
         return true;
     }
 
-    bool Try(const RestingPlace& place, bool cuts) {
+    bool Try(const RestingPlace& place, Side side, bool cuts) {
         const FilmBox reach = place.Reach(m_page.film);
         const int wide = WidthBeside(place);
-        for (const bool below : {true, false}) {
-            std::optional<Label> label = Written(place, wide, cuts);
-            if (!label) continue;
-            label->box.top = below ? reach.top + reach.height + gap : reach.top - gap - label->box.height;
-            if (!label->box.IsWithin(m_safe) || Hides(label->box, place)) continue;
-            m_labels.push_back(*label);
-            return true;
+        if (std::optional<Label> label = Written(place, wide, cuts)) {
+            label->box.top = side == Side::Above ? reach.top - gap - label->box.height : reach.top + reach.height + gap;
+            if (label->box.IsWithin(m_safe) && !Hides(label->box, place)) {
+                m_labels.push_back(*label);
+                return true;
+            }
         }
+        if (side != Side::BelowOrWithin) return false;
         std::optional<Label> label = Written(place, std::min(wide, place.at.width), cuts);
         if (!label) return false;
         const int lowest = std::min(place.at.top + place.at.height, m_safe.top + m_safe.height);

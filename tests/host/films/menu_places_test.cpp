@@ -93,6 +93,11 @@ TEST_F(MenuPlaces, CaptionsAreWholeApartAndReadableOverAnything) {
             for (const Label& button : list.buttons)
                 EXPECT_TRUE(list.hides || watch.Cover(PlaceKind::Text, button.box) == 0) << "the title is hidden";
             ASSERT_EQ(list.captions.size(), 4u);
+            // All above their pictures or none, lest one is taken for that of the row above.
+            const std::vector<RestingPlace> places = watch.Places();
+            std::ptrdiff_t above = 0;
+            for (std::size_t i = 0; i < 4; ++i) above += list.captions[i].box.top < places[i].at.top;
+            EXPECT_TRUE(above == 0 || above == 4) << above;
             for (std::size_t i = 0; i < 4; ++i) {
                 const Label& caption = list.captions[i];
                 std::string text = caption.text.text;
