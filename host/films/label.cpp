@@ -93,11 +93,11 @@ int TextWidth(StyledText text, const std::string& words, int size) {
     return words.empty() ? 0 : RenderText(text)->width;
 }
 
-std::string BrokenInto(StyledText style, const std::string& words, int width, int lines) {
+std::string BrokenInto(StyledText style, const std::string& words, int width, int lines, bool wholeWords) {
     style.text = words;
     // Words stay whole as long as they fit.
     if (lines > 1) style.text = BreakLines(style, width, false);
-    if (TextWidth(style, style.text, style.size) > width) style.text = BreakLines(style, width, true);
+    if (!wholeWords && TextWidth(style, style.text, style.size) > width) style.text = BreakLines(style, width, true);
     if (std::count(style.text.begin(), style.text.end(), '\n') >= lines) return {};
     return TextWidth(style, style.text, style.size) <= width ? style.text : std::string();
 }

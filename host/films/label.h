@@ -23,8 +23,9 @@ int LabelHeight(int fontSize, int lines = 1);
 /// How wide a line of text gets at a size of its font.
 int TextWidth(StyledText text, const std::string& words, int size);
 
-/// The words, broken into up to that many lines of that width; nothing where they do not fit.
-std::string BrokenInto(StyledText style, const std::string& words, int width, int lines);
+/// The text, broken into up to that many lines of that width, within words too unless these are to stay whole; nothing
+/// where it does not fit.
+std::string BrokenInto(StyledText style, const std::string& words, int width, int lines, bool wholeWords = false);
 /// The same, cut where they do not fit, with a warning that names them as `what`.
 std::string CutInto(const StyledText& style, const std::string& words, int width, int lines, const std::string& what);
 

@@ -22,9 +22,12 @@ class CaptionLayout {
     std::vector<Label> Make() {
         const int largest = std::max(14, m_page.film.height / 26), least = std::max(13, m_page.film.height / 36);
         // Below one picture and above another, it would not be clear whose caption is which.
-        for (const Side side : {Side::Below, Side::Above, Side::BelowOrWithin})
-            for (int size = largest; size >= least; --size)
-                if (TryAll(size, side, false)) return m_labels;
+        for (const bool whole : {true, false}) {
+            m_wholeWords = whole;
+            for (const Side side : {Side::Below, Side::Above, Side::BelowOrWithin})
+                for (int size = largest; size >= least; --size)
+                    if (TryAll(size, side, false)) return m_labels;
+        }
         TryAll(least, Side::BelowOrWithin, true);
         return m_labels;
     }
@@ -84,7 +87,7 @@ class CaptionLayout {
         Label label{{}, m_style, true};
         const std::string& words = m_page.captions[place.index];
         label.text.text = cuts ? CutInto(m_style, words, room, mostLines, "the caption")
-                               : BrokenInto(m_style, words, room, mostLines);
+                               : BrokenInto(m_style, words, room, mostLines, m_wholeWords);
         if (label.text.text.empty()) return std::nullopt;
         const auto lines = int(std::count(label.text.text.begin(), label.text.text.end(), '\n')) + 1;
         const int own = TextWidth(m_style, label.text.text, m_style.size) + 2 * LabelPadding(m_style.size);
@@ -105,6 +108,7 @@ class CaptionLayout {
     const std::vector<RestingPlace>& m_places;
     FilmBox m_safe;
     StyledText m_style;
+    bool m_wholeWords = true;
     std::vector<Label> m_labels;
 };
 

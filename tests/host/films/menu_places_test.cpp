@@ -71,9 +71,9 @@ double Luminance(const std::array<double, 3>& colour) {
 
 TEST_F(MenuPlaces, CaptionsAreWholeApartAndReadableOverAnything) {
     MakePhoto();
-    const std::vector<std::string> titles = {"The lake", "At the lake with Grandma", "湖のほとりで",
+    const std::vector<std::string> titles = {"Photographers", "At the lake with Grandma", "湖のほとりで",
                                              "Von Aurich bis Zell"};
-    for (const char* const name : {"menu_common", "menu_babyboy", "menu_vignette", "submenu_common"})
+    for (const char* const name : {"menu_common", "menu_babyboy", "menu_babygirl", "menu_vignette", "submenu_common"})
         for (const char* const profile : {"pal-16:9", "ntsc-4:3"}) {
             SCOPED_TRACE(testing::Message() << name << " " << profile);
             MenuProject page = Page(profile, 3);
