@@ -87,6 +87,8 @@ class Background {
     }
 }
 export const background = new Background(2);
+/** Small films take long, and do not hold up thumbnails either. */
+export const slowly = new Background(1);
 
 /** A picture as a bitmap, from any of the calls that return one. */
 export async function bitmap(path, body, signal) {

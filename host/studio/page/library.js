@@ -1,5 +1,5 @@
 // The folder's files. Only the rows that are seen exist, so that thousands scroll as smoothly as ten.
-import {background, forget, frames, listen, query, read, report} from "./api.js";
+import {background, forget, frames, listen, query, read, report, slowly} from "./api.js";
 import {announce, button, clamp, el, icon, iconButton} from "./dom.js";
 import * as store from "./store.js";
 
@@ -211,7 +211,7 @@ export function filmTile(label, about, onclick) {
     async function load() {
         const own = loading = new AbortController();
         try {
-            await background.run(async () => {
+            await slowly.run(async () => {
                 jpegs.length = 0;
                 const [path, body] = await film(own.signal);
                 let count = 0;
