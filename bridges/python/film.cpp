@@ -29,9 +29,8 @@ py::array FilmFrames::Frame(long long number, int channels, Order order) {
     const ArrayView to = ViewOfPicture(array, "frame");
     Unlocked([&] {
         const std::lock_guard guard(m_mutex);
-        if (number < m_pictures->Number() && !Seeks())
+        if (!m_pictures->GoTo(number))
             throw HostError(ExitCode::Usage, "these frames are made one after another; begin again");
-        if (number != m_pictures->Number()) m_pictures->GoTo(number);
         const FramePtr frame = m_pictures->Make();
         if (channels < 4) LayOverBlack(*frame);
         ArrayView row = to;

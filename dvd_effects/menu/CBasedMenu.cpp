@@ -7,8 +7,8 @@ namespace AVBased {
 
 namespace {
 
-// Lines that the host reads beside an error of a template, and of its places.
-enum Line : int { lineScene = 180, lineWatch = 220, linePlace = 240 };
+// Lines that the host reads beside an error of a template, of its places and of going to a frame.
+enum Line : int { lineScene = 180, lineWatch = 220, linePlace = 240, lineGoTo = 260 };
 
 constexpr unsigned mostMoments = 256;
 
@@ -67,6 +67,7 @@ CBasedMenu::CBasedMenu(const char* name, IAVManager* manager)
       m_textImporter(manager ? manager->GetImporter(importerSimpleHtmlText) : nullptr) {
     DeclareProperties(*this, properties);
     AddInterface(IMenuPlaces::name, static_cast<IMenuPlaces*>(this));
+    AddInterface(IMenuPlayback::name, static_cast<IMenuPlayback*>(this));
 }
 
 void CBasedMenu::OnSetProperty(const std::string& name, PropertyNode& node) {
@@ -155,6 +156,18 @@ bool CBasedMenu::GetPlace(int kind, unsigned index, MenuPlace* place) {
             throw TarvoBased::CBaseException(TarvoBased::errorBadIndex, TarvoBased::textBadIndex, linePlace,
                                              basedMenuName);
         *place = m_places->PlaceOf(kind, index);
+        return true;
+    });
+}
+
+bool CBasedMenu::GoTo(unsigned frame) {
+    return TarvoBased::AtBoundary(lineGoTo, basedMenuName, [&] {
+        const std::int64_t frames = std::int64_t(frame) - m_frameNumber;
+        Require(frames >= 0 || !(m_sources.HasVideos() || m_background.HasVideo()), TarvoBased::textInvalidParamValue,
+                lineGoTo, basedMenuName);
+        m_sources.Pass(frames);
+        m_background.Pass(frames);
+        m_frameNumber = frame;
         return true;
     });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "avbase/IMenuPlayback.h"
 #include "dvd_effects/menu/menu_background.h"
 #include "dvd_effects/menu/menu_motion.h"
 #include "dvd_effects/menu/menu_sources.h"
@@ -15,7 +16,7 @@ namespace AVBased {
 /// frames; a template says how large its pictures are, what is done to them once, and how a frame is drawn.
 ///
 /// What a frame lacks because a file, a mask or a text failed is filed, and the rest is still composed.
-class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, protected PictureRules {
+class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, public IMenuPlayback, protected PictureRules {
  public:
     /// `manager` is borrowed; without one, opening anything fails.
     CBasedMenu(const char* name, IAVManager* manager);
@@ -26,6 +27,7 @@ class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, protected 
     bool Watch(unsigned first, unsigned end) override;
     bool GetPlace(int kind, unsigned index, MenuPlace* place) override;
     double GetCover(int kind, int left, int top, int width, int height) override;
+    bool GoTo(unsigned frame) override;
 
  protected:
     /// Draws the sources and the texts over the background. What it raises is filed. It may be called for any frame
@@ -40,7 +42,7 @@ class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, protected 
     /// their size or kind. The background is painted after it.
     virtual void MakeScenery() {}
 
-    /// The frame in work: 1 is the first one. Counts every processed frame; nothing sets it back.
+    /// The frame in work: 1 is the first one. Counts every processed frame.
     std::uint32_t FrameNumber() const { return m_frameNumber; }
     /// The size of the menu, which begins at the frame's top-left corner.
     FrameSize MenuSize() const;

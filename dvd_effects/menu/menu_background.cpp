@@ -37,6 +37,12 @@ void MenuBackground::Forget() {
     m_isReady = false;
 }
 
+void MenuBackground::Pass(std::int64_t frames) {
+    Attempt(lineBackground, [&] {
+        for (; frames > 0 && HasVideo(); --frames) ReadFrame(*m_source);
+    });
+}
+
 void MenuBackground::Draw(Canvas& canvas, const FrameKind& kind, FrameSize menu,
                           const std::function<void(Canvas&)>& paint) {
     if (!m_isReady) Attempt(lineBackground, [&] { m_source ? Advance(kind, menu) : Paint(kind, menu, paint); });

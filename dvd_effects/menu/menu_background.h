@@ -17,6 +17,9 @@ class MenuBackground {
     void OpenMask(IAVManager* manager, const std::string& path);
     /// Composes it anew for the next frame.
     void Forget();
+    bool HasVideo() const { return m_source && !m_source->IsStill(); }
+    /// Reads past so many frames of a video; errors are filed.
+    void Pass(std::int64_t frames);
 
     /// Fills a frame with it, in its top-left corner `menu` large. `paint` paints the one of a menu that names none; it
     /// may be empty. Errors are filed.

@@ -1,5 +1,8 @@
 #include "dvd_effects/menu/menu_sources.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "dvd_effects/menu/host_sources.h"
 #include "dvd_effects/menu/list_parsers.h"
 #include "dvd_effects/menu/menu_errors.h"
@@ -76,6 +79,25 @@ void MenuSources::Prepare(IAVManager* manager, const FrameKind& kind, const Pict
             record.source = std::move(opened);
             if (record.isImage) AdvanceOne(i, rules);
         });
+    }
+    Pass(std::exchange(m_toPass, 0));
+}
+
+bool MenuSources::HasVideos() const {
+    return std::any_of(m_records.get(), m_records.get() + m_count,
+                       [](const additionsource_t& record) { return record.source != nullptr; });
+}
+
+void MenuSources::Pass(std::int64_t frames) {
+    if (!m_isReady) m_toPass += frames;
+    for (unsigned i = 0; i < m_count && m_isReady; ++i) {
+        const additionsource_t& record = m_records[i];
+        if (!record.source) continue;
+        for (IAVSource* const source : {record.source.get(), record.maskSource.get()})
+            Attempt(lineSource, [&] {
+                for (std::int64_t left = source && !source->IsStill() ? frames : 0; left > 0; --left)
+                    ReadFrame(*source);
+            });
     }
 }
 

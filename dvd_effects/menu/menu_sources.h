@@ -62,6 +62,11 @@ class MenuSources {
     void Prepare(IAVManager* manager, const FrameKind& kind, const PictureRules& rules);
     /// Takes the next frame of every video; errors are filed.
     void Advance(const PictureRules& rules);
+    /// Whether any is a video, once they were opened.
+    bool HasVideos() const;
+    /// Reads past so many frames of every video; errors are filed. Before they are opened, past so many more as soon as
+    /// they are, or fewer for a number below 0.
+    void Pass(std::int64_t frames);
     /// In their order; valid until something is set or the next frame is taken.
     std::vector<ShownSource> Shown() const;
 
@@ -73,6 +78,7 @@ class MenuSources {
     std::vector<std::int32_t> m_sizes;
     std::string m_paths, m_maskPaths;
     std::vector<MenuPicture> m_pictures;
+    std::int64_t m_toPass = 0;
     bool m_isReady = false;
 };
 

@@ -14,6 +14,7 @@ extern "C" {
 #include <sstream>
 
 #include "TarvoBased/ITarvoException.h"
+#include "avbase/IMenuPlayback.h"
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
 #include "host/base/log.h"
@@ -117,7 +118,7 @@ class FilmMaker final : public PictureMaker {
 
     std::optional<SourceStep> Next() override {
         const FrameRange& made = m_frames.made;
-        if (m_pictures->Number() < made.first) m_pictures->GoTo(made.first);
+        if (m_pictures->Number() < made.first) static_cast<void>(m_pictures->GoTo(made.first));
         if (m_pictures->Number() > made.last) return std::nullopt;
         SourceStep step;
         step.number = m_pictures->Number();
@@ -191,13 +192,39 @@ FilmPictures::FilmPictures(AVBased::IVideoProc& generator, const Film& film, uns
     if (film.over) m_over.emplace(*film.over, formatCode);
 }
 
-void FilmPictures::GoTo(long long number) {
-    if (m_film.seeks) {
-        m_number = number;
-        m_generator.Seek(unsigned(number));
+bool FilmPictures::GoTo(long long number) {
+    if (number > m_seam.Lead() && !m_seam.HasLead()) {
+        if (!Jump(m_seam.Lead())) return false;
+        while (!m_seam.HasLead() && m_number < number) Make();
     }
-    // What a frame shows may follow from those before it, so the generator makes these as well.
+    return Jump(number);
+}
+
+bool FilmPictures::Jump(long long number) {
+    if (number == m_number) return true;
+    TarvoBased::GetTarvoException()->Clear();
+    auto* const menu = static_cast<AVBased::IMenuPlayback*>(m_generator.GetInterface(AVBased::IMenuPlayback::name));
+    TarvoBased::GetTarvoException()->Clear();
+    const bool gone = m_film.seeks ? m_generator.Seek(unsigned(number)) : menu && menu->GoTo(unsigned(number));
+    if (gone) {
+        m_number = number;
+        RequireDone();
+        return true;
+    }
+    TarvoBased::GetTarvoException()->Clear();
+    if (number < m_number) return false;
+    // What a frame shows may follow from those before it.
     while (m_number < number) Make();
+    return true;
+}
+
+void FilmPictures::RequireDone() {
+    ThrowIfInterrupted();
+    const int code = FiledCode();
+    if (const std::optional<std::string> error = TakeModuleError())
+        throw HostError(
+            ExitCode::Failed,
+            std::string(m_generator.GetName()) + " fails at frame " + std::to_string(m_number) + ": " + *error, code);
 }
 
 FramePtr FilmPictures::Make() {
@@ -214,12 +241,7 @@ FramePtr FilmPictures::Make() {
     TarvoBased::GetTarvoException()->Clear();
     m_generator.ProcFrameInPlace(&record, int(m_number), &adapter);
     if (m_film.drawOver) m_film.drawOver(adapter, m_number);
-    ThrowIfInterrupted();
-    const int code = FiledCode();
-    if (const std::optional<std::string> error = TakeModuleError())
-        throw HostError(
-            ExitCode::Failed,
-            std::string(m_generator.GetName()) + " fails at frame " + std::to_string(m_number) + ": " + *error, code);
+    RequireDone();
     m_seam.Close(*frame, m_format, m_number);
     if (m_over && m_number >= m_film.overBegin) m_over->Lay(*frame);
     ++m_number;

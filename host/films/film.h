@@ -33,7 +33,7 @@ struct Film {
     AVRational frameRate = {25, 1};
     long long frames = 0;
     const FilmProfile* profile = nullptr;  ///< videos are stored in its size
-    bool seeks = false;                    ///< the generator jumps to any frame; others have to make those before it
+    bool seeks = false;                    ///< the generator's Seek goes to any frame
     /// The first frame of the part that a player repeats; those before it lead there. The end is dissolved into them,
     /// so that it goes on at this frame as they do. 0: the film repeats as a whole, as the generator makes it.
     long long loopStart = 0;
@@ -62,12 +62,16 @@ class FilmPictures {
 
     /// The number of the next one.
     long long Number() const { return m_number; }
-    /// Goes on at a later one, or where the film seeks, at any.
-    void GoTo(long long number);
+    /// Goes on at another one. False for an earlier one where the generator does not go back. Throws HostError where it
+    /// fails.
+    bool GoTo(long long number);
     /// Throws HostError where the generator fails.
     FramePtr Make();
 
  private:
+    bool Jump(long long number);
+    void RequireDone();
+
     AVBased::IVideoProc& m_generator;
     const Film& m_film;
     unsigned m_format;

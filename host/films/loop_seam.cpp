@@ -44,10 +44,14 @@ long long LoopSeam::LengthOf(long long begin, long long end, AVRational frameRat
 }
 
 LoopSeam::LoopSeam(long long begin, long long end, AVRational frameRate)
-    : m_begin(begin), m_end(end), m_length(LengthOf(begin, end, frameRate)) {}
+    : m_begin(begin), m_end(end), m_length(LengthOf(begin, end, frameRate)), m_before(std::size_t(m_length)) {}
+
+bool LoopSeam::HasLead() const {
+    return std::all_of(m_before.begin(), m_before.end(), [](const FramePtr& frame) { return frame != nullptr; });
+}
 
 void LoopSeam::Close(AVFrame& frame, unsigned formatCode, long long number) {
-    if (number >= m_begin - m_length && number < m_begin) m_before.push_back(CopyOf(frame));
+    if (number >= Lead() && number < m_begin) m_before[std::size_t(number - Lead())] = CopyOf(frame);
     const long long place = number - (m_end - m_length);
     if (place < 0 || m_length == 0) return;
     FrameAdapter to(frame, formatCode, 0), from(*m_before.at(std::size_t(place)), formatCode, 0);
