@@ -9,7 +9,6 @@
 #include "host/films/text_renderer.h"
 #include "host/media/disc_subtitles.h"
 #include "host/media/media_input.h"
-#include "host/media/media_source.h"
 #include "host/media/output_sound.h"
 #include "host/media/subtitle_file.h"
 
@@ -21,21 +20,6 @@ constexpr int mostRate = 9'800'000;  // bits a second of pictures and sound toge
 std::string Entry(const AVDictionary* metadata, const char* key) {
     const AVDictionaryEntry* const entry = av_dict_get(metadata, key, nullptr, 0);
     return entry ? entry->value : "";
-}
-
-std::vector<DiscChapter> Marks(const MediaSource& film) {
-    constexpr double shortest = 1;  // seconds; players skip over shorter ones
-    const double start = film.Window().first;
-    std::vector<DiscChapter> chapters;
-    for (const AVChapter* const mark : film.Chapters()) {
-        const double begin = std::max(0.0, double(mark->start) * av_q2d(mark->time_base) - start);
-        if (begin >= film.Length() - shortest || chapters.size() == mostChapters) break;
-        if (chapters.empty() && begin >= shortest) chapters.emplace_back();
-        if (!chapters.empty() && begin < chapters.back().begin + shortest) continue;
-        chapters.push_back({chapters.empty() ? 0 : begin, TidyTitle(Entry(mark->metadata, "title"))});
-    }
-    if (chapters.size() < 2) chapters.clear();
-    return chapters;
 }
 
 // Found when a disc is planned, not after hours of encoding.
@@ -81,6 +65,21 @@ bool IsCodedForDvd(const std::string& path, const MediaSource& film, const FilmF
 
 }  // namespace
 
+std::vector<DiscChapter> MarksOf(const MediaSource& film) {
+    constexpr double shortest = 1;  // seconds; players skip over shorter ones
+    const double start = film.Window().first;
+    std::vector<DiscChapter> chapters;
+    for (const AVChapter* const mark : film.Chapters()) {
+        const double begin = std::max(0.0, double(mark->start) * av_q2d(mark->time_base) - start);
+        if (begin >= film.Length() - shortest || chapters.size() == mostChapters) break;
+        if (chapters.empty() && begin >= shortest) chapters.emplace_back();
+        if (!chapters.empty() && begin < chapters.back().begin + shortest) continue;
+        chapters.push_back({chapters.empty() ? 0 : begin, TidyTitle(Entry(mark->metadata, "title"))});
+    }
+    if (chapters.size() < 2) chapters.clear();
+    return chapters;
+}
+
 FilmFacts FactsOf(const std::string& path) {
     MediaSource::Options options;
     options.extras = true;
@@ -100,7 +99,7 @@ FilmFacts FactsOf(const std::string& path) {
     facts.shownAspect = double(first.width) / first.height * (pixel.num > 0 && pixel.den > 0 ? av_q2d(pixel) : 1);
     facts.frameRate = film.FrameRate();
     facts.title = TidyTitle(Entry(film.Metadata(), "title"));
-    facts.chapters = Marks(film);
+    facts.chapters = MarksOf(film);
     for (const AVStream* const sound : film.AudioStreams()) {
         RequireDecoder(path, *sound, facts.soundLanguages.size());
         facts.soundLanguages.push_back(Entry(sound->metadata, "language"));

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/disc/disc_project.h"
+#include "host/media/media_source.h"
 
 namespace Nifikral {
 
@@ -17,13 +18,16 @@ struct FilmFacts {
     double shownAspect = 1;     ///< width to height of the upright pictures, as they are shown
     AVRational frameRate = {25, 1};
     std::string title;                  ///< its own; empty, or UTF-8
-    std::vector<DiscChapter> chapters;  ///< its own marks, the first at 0; none where it has fewer than two
+    std::vector<DiscChapter> chapters;  ///< its own marks
     /// Of each sound track and each track of subtitles, as the file has it; "" where it does not say.
     std::vector<std::string> soundLanguages, subtitleLanguages;
     int soundRate = 0;  ///< kbit/s that its sound takes on a video DVD
     long long bytes = 0;
     bool codedForDvd = false;  ///< as MPEG-2 with key frames, sound and rates as video DVDs have them
 };
+
+/// The marks of a film that was opened with its extras, the first at 0; none where it has fewer than two.
+std::vector<DiscChapter> MarksOf(const MediaSource& film);
 
 /// Opens a film, and decodes its first picture for a trial. Throws input errors that name the file and the remedy.
 FilmFacts FactsOf(const std::string& path);

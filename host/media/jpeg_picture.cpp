@@ -81,9 +81,19 @@ FramePtr DecodeHead(std::span<const std::uint8_t> head) {
     return frame;
 }
 
+// The smallest scale at which the decoder leaves a side long enough.
+tjscalingfactor ScaleFor(int side, int enough) {
+    tjscalingfactor best{1, 1};
+    int count = 0;
+    const tjscalingfactor* const all = tjGetScalingFactors(&count);
+    for (int i = 0; i < count && enough > 0; ++i)
+        if (const int scaled = TJSCALED(side, all[i]); scaled >= enough && scaled < TJSCALED(side, best)) best = all[i];
+    return best;
+}
+
 }  // namespace
 
-std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> file) {
+std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> file, int enoughSide) {
     // What is larger FFmpeg refuses, and says so.
     constexpr long long mostPixels = 250'000'000;
     const HandlePtr handle = Require<HandlePtr>(tjInitDecompress());
@@ -95,6 +105,9 @@ std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> fil
                                            [&](const auto& row) { return row.first == sampling; });
     const FramePtr head = DecodeHead(Head(file));
     if (known == std::end(samplings) || !head) return nullptr;
+    const tjscalingfactor scale = ScaleFor(std::max(width, height), enoughSide);
+    width = TJSCALED(width, scale);
+    height = TJSCALED(height, scale);
     FramePtr frame = NewPicture(AV_PIX_FMT_BGRA, width, height);
     if (tjDecompress2(handle.get(), file.data(), file.size(), frame->data[0], width, frame->linesize[0], height,
                       TJPF_BGRA, TJFLAG_ACCURATEDCT | TJFLAG_STOPONWARNING) != 0)

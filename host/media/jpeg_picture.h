@@ -6,8 +6,9 @@
 namespace Nifikral {
 
 /// A whole and healthy file of grey or YCbCr in 8 bits, decoded to BGRA. Null for every other: FFmpeg decodes them, or
-/// says what is wrong.
-std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> file);
+/// says what is wrong. `enoughSide`: a longer side of at least this is enough, for a picture that is looked at small;
+/// 0: the picture comes as it is.
+std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> file, int enoughSide = 0);
 
 /// Writes pictures of BGR0 or of full-range planes. Threads: one at a time.
 class JpegWriter {

@@ -112,7 +112,8 @@ bool HoldsPictureFiles(const AVFormatContext& input) {
     return format == "image2" || format.ends_with("_pipe");
 }
 
-std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alone, StandardInput* standardInput) {
+std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alone, StandardInput* standardInput,
+                                               int enoughSide) {
     if (standardInput)
         return IsForPictureReader(standardInput->Peek(pictureHeadBytes)) ? OpenPictureReader(standardInput->ReadAll())
                                                                          : nullptr;
@@ -122,7 +123,7 @@ std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alo
     std::uint8_t head[pictureHeadBytes] = {};
     file.read(reinterpret_cast<char*>(head), sizeof head);
     if (IsForPictureReader(head)) return OpenPictureReader(ReadWholeFile(path));
-    return alone && IsJpeg(path, head) ? OpenJpegPicture(ReadWholeFile(path)) : nullptr;
+    return alone && IsJpeg(path, head) ? OpenJpegPicture(ReadWholeFile(path), enoughSide) : nullptr;
 }
 
 InputPtr InputOf(const PictureReader& reader, const AVFrame& first) {

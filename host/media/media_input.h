@@ -27,8 +27,9 @@ bool HoldsFilm(const std::string& path);
 bool HoldsPictureFiles(const AVFormatContext& input);
 
 /// The reader for a file or stdin; null where it is for FFmpeg. `alone`: the file is not one of many, which FFmpeg
-/// decodes several at a time.
-std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alone, StandardInput* standardInput);
+/// decodes several at a time. `enoughSide`: as MediaSource::Options has it.
+std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alone, StandardInput* standardInput,
+                                               int enoughSide = 0);
 /// A container without packets for what a reader brings, of pictures like `first`.
 InputPtr InputOf(const PictureReader& reader, const AVFrame& first);
 

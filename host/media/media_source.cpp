@@ -40,7 +40,7 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
     CheckLocalFile(file);
     if (IsPipe(path)) m_standardInput = std::make_unique<StandardInput>();
     try {
-        m_reader = OpenPictureFile(file, m_files.empty(), m_standardInput.get());
+        m_reader = OpenPictureFile(file, m_files.empty(), m_standardInput.get(), options.enoughSide);
     } catch (const PictureFault& fault) {
         Refuse((m_files.empty() ? m_name : file) + " is damaged or cut short (" + fault.what() +
                "); repair it or save it anew");
@@ -98,19 +98,46 @@ void MediaSource::OpenDecoder(const std::string& file) {
     if (error < 0) Refuse(m_name + ": its decoder does not start (" + ErrorText(error) + "); convert it first");
     if (m_input->start_time != AV_NOPTS_VALUE)
         m_origin = av_rescale_q(m_input->start_time, AV_TIME_BASE_Q, m_video->time_base);
-    m_pending = m_options.begin > 0 ? DecodeFrom(m_options.begin) : DecodeNext();
+    m_pending = m_options.begin > 0 || m_options.keyFrame ? DecodeFrom(m_options.begin) : DecodeNext();
+}
+
+bool MediaSource::Seek(std::int64_t time) {
+    if (avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, time, time, 0) < 0) return false;
+    avcodec_flush_buffers(m_decoder.get());
+    m_inputEnded = m_finished = false;
+    m_lastTime = AV_NOPTS_VALUE;
+    m_audio.clear();
+    return true;
 }
 
 // The first picture at a time or behind it; the film's first one where there is none, or no way to go there.
 FramePtr MediaSource::DecodeFrom(double seconds) {
     const std::int64_t time = m_origin + std::int64_t(seconds / av_q2d(m_video->time_base));
-    if (avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, time, time, 0) < 0) return DecodeNext();
+    if (!Seek(time)) return DecodeNext();
+    if (m_options.keyFrame)
+        if (FramePtr frame = DecodeKeyFrame()) return frame;
     for (FramePtr frame = DecodeNext(); frame; frame = DecodeNext())
         if (frame->pts == AV_NOPTS_VALUE || frame->pts >= time) return frame;
-    m_inputEnded = false;
-    avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, m_origin, m_origin, 0);
-    avcodec_flush_buffers(m_decoder.get());
+    Seek(m_origin);
     return DecodeNext();
+}
+
+// A decoder that is asked for what it has need not wait for the pictures that are shown before this one.
+FramePtr MediaSource::DecodeKeyFrame() {
+    for (const long long before = m_packets; m_packets == before;)
+        if (!ReadPacket()) break;
+    avcodec_send_packet(m_decoder.get(), nullptr);
+    FramePtr frame = ReceiveFrame();
+    avcodec_flush_buffers(m_decoder.get());
+    return frame;
+}
+
+bool MediaSource::GoTo(double seconds) {
+    if (!m_decoder || !m_files.empty() || m_origin == AV_NOPTS_VALUE || !Seek(m_origin)) return false;
+    m_options.begin = seconds;
+    m_pending = DecodeFrom(seconds);
+    if (m_pending) m_orientation.Apply(m_pending);
+    return m_pending != nullptr;
 }
 
 PictureShape MediaSource::Shape(const AVFrame& frame) const {

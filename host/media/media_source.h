@@ -44,12 +44,20 @@ class MediaSource {
         const char* damageRemedy = "--keep-going takes what is readable";
         /// Seconds of the film that are skipped: it is as if it began behind them. For pictures without sound.
         double begin = 0;
+        /// Of a film only its key frame at `begin` or before it, which is there at once.
+        bool keyFrame = false;
+        /// Photographs may come smaller than they are, with a longer side of at least this; 0: as they are.
+        int enoughSide = 0;
     };
 
     MediaSource(const std::string& path, const Options& options);
 
     /// The next picture of the range; without a frame once, at the end, then nothing.
     std::optional<SourceStep> Next();
+
+    /// Goes on as if the film began at a time, like Options::begin; to one that reads a whole film alone. False where
+    /// that is impossible: then nothing can be read any more.
+    bool GoTo(double seconds);
 
     /// For one who has the pictures already, instead of Next: more audio of the range, up to a time or further; nothing
     /// behind its end.
@@ -81,7 +89,9 @@ class MediaSource {
  private:
     void OpenReader();
     void OpenDecoder(const std::string& file);
+    bool Seek(std::int64_t time);
     FramePtr DecodeFrom(double seconds);
+    FramePtr DecodeKeyFrame();
     void RefuseHugePictures() const;
     FramePtr DecodeNext();
     FramePtr ReadNext();

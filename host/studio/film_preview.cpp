@@ -9,39 +9,39 @@
 
 namespace Nifikral {
 
-void FilmView::Begin(const Prepare& prepare) {
+void FilmView::Begin(const FilmWish& wish) {
     m_frames.reset();
     m_film.reset();
-    m_film.emplace(prepare());
+    m_film.emplace(wish.prepare());
     // As a video is made.
     m_frames.emplace(*m_film->generator, m_film->film, EffectFormat(AV_PIX_FMT_YUV420P, false));
 }
 
-std::string FilmView::Frame(const std::string& key, long long number, int width, const Prepare& prepare,
-                            const ViewTurn& turn) {
-    const std::string own = key + "/" + std::to_string(width);
-    if (m_key != own || !m_frames) {
-        m_key.clear();
-        m_made.clear();
-        m_bytes = 0;
-        Begin(prepare);
-        m_key = own;
-    }
-    number = std::clamp(number, 0LL, m_film->film.frames - 1);
-    if (const auto made = m_made.find(number); made != m_made.end()) return made->second;
-    if (m_frames->Number() > number && !m_film->film.seeks) Begin(prepare);
-    if (m_film->film.seeks && m_frames->Number() != number) m_frames->GoTo(number);
+void FilmView::GoTo(const FilmWish& wish, long long number, const ViewTurn& turn) {
+    if (m_frames->Number() > number && !m_frames->GoTo(number)) Begin(wish);
+    // Videos are read on the way.
+    constexpr long long step = 25;
     while (m_frames->Number() < number) {
         turn.RequireNewest();
-        m_frames->Make();
+        static_cast<void>(m_frames->GoTo(std::min(number, m_frames->Number() + step)));
     }
+}
+
+std::string FilmView::Frame(const FilmWish& wish, FilmFrames& made, const ViewTurn& turn) {
+    std::string key = wish.key + "/" + std::to_string(wish.width);
+    if (m_key != key || !m_frames) {
+        m_key.clear();
+        Begin(wish);
+        m_name = std::to_string(std::hash<std::string>()(key)) + "/" + std::to_string(key.size()) + "/";
+        m_key = std::move(key);
+    }
+    const long long number = std::clamp(wish.number, 0LL, m_film->film.frames - 1);
+    const std::string name = m_name + std::to_string(number);
+    if (std::string picture = made.Find(name); !picture.empty()) return picture;
+    GoTo(wish, number, turn);
     const FramePtr frame = m_frames->Make();
-    std::string picture = JpegOf(*Scaled(*frame, ShownShape(ShapeOf(*frame), width)));
-    constexpr std::size_t mostBytes = 32 << 20;
-    if (m_bytes + picture.size() < mostBytes) {
-        m_bytes += picture.size();
-        m_made[number] = picture;
-    }
+    std::string picture = JpegOf(*Scaled(*frame, ShownShape(ShapeOf(*frame), wish.width)));
+    made.Keep(name, picture, picture.size());
     return picture;
 }
 

@@ -1,35 +1,41 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 
 #include "host/films/film.h"
+#include "host/studio/last_used.h"
 #include "host/studio/view_turns.h"
 
 namespace Nifikral {
 
-/// What a view keeps of a film that a generator makes: the generator where it stands, and the frames that it has made.
+/// Frames as JPEGs, which all views of a film share.
+using FilmFrames = LastUsed<std::string>;
+
+/// A frame of a film that a generator makes.
+struct FilmWish {
+    std::string key;  ///< of everything that the film is made from
+    std::function<PreparedFilm()> prepare;
+    long long number = 0;  ///< behind the end, the last one
+    int width = 0;         ///< that it has at most
+};
+
+/// What a view keeps of a film: the generator where it stands.
 class FilmView {
  public:
-    using Prepare = std::function<PreparedFilm()>;
-
-    /// A frame as a JPEG, at most so wide; behind the end, the last one. `key` says what the film is made from; another
-    /// one is prepared. Throws host errors, and Superseded between two frames.
-    std::string Frame(const std::string& key, long long number, int width, const Prepare& prepare,
-                      const ViewTurn& turn);
+    /// The frame, and among those that were made. Throws host errors, and Superseded on the way there.
+    std::string Frame(const FilmWish& wish, FilmFrames& made, const ViewTurn& turn);
     /// Of the film that was shown last.
     const Film& Shown() const { return m_film->film; }
 
  private:
-    void Begin(const Prepare& prepare);
+    void Begin(const FilmWish& wish);
+    void GoTo(const FilmWish& wish, long long number, const ViewTurn& turn);
 
-    std::string m_key;
+    std::string m_key, m_name;  // of the film; in short, for its frames
     std::optional<PreparedFilm> m_film;
     std::optional<FilmPictures> m_frames;
-    std::map<long long, std::string> m_made;
-    std::size_t m_bytes = 0;
 };
 
 }  // namespace Nifikral

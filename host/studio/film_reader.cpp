@@ -4,19 +4,21 @@
 #include <cmath>
 
 #include "host/base/errors.h"
+#include "host/disc/film_facts.h"
 #include "host/run/run_options.h"
-#include "host/studio/picture_cache.h"
+#include "host/studio/shared_frame.h"
 
 namespace Nifikral {
 namespace {
 
-MediaSource::Options Opening(double begin) {
+MediaSource::Options Opening(int threads, int enoughSide) {
     MediaSource::Options options;
-    options.threads = RunOptions().ThreadCount();
+    options.threads = threads;
     options.keepGoing = true;
-    options.audio = false;
+    options.extras = true;
     options.largestSide = 16384;
-    options.begin = begin;
+    options.enoughSide = enoughSide;
+    options.keyFrame = enoughSide > 0;
     return options;
 }
 
@@ -32,14 +34,20 @@ long long SourceFacts::FramesBefore(double time) const {
     return std::clamp((long long)std::ceil(time * av_q2d(rate) - 0.01), 0LL, frames);
 }
 
-FilmReader::FilmReader(std::string path) : m_path(std::move(path)) {
-    m_source.emplace(m_path, Opening(0));
+FilmReader::FilmReader(std::string path, const MediaSource::Options& options)
+    : m_path(std::move(path)), m_options(options) {
+    m_source.emplace(m_path, m_options);
     m_facts.shape = m_source->Shape(m_source->FirstFrame());
     const AVRational rate = m_source->FrameRate();
     av_reduce(&m_facts.rate.num, &m_facts.rate.den, rate.num, rate.den, INT_MAX);
     m_facts.frames = std::max(1LL, m_source->EstimatedFrameCount());
     m_facts.seconds = m_facts.IsFilm() ? double(m_facts.frames) / av_q2d(m_facts.rate) : 0;
+    m_facts.sound = !m_source->AudioStreams().empty();
+    m_facts.chapters = MarksOf(*m_source);
 }
+
+FilmReader::FilmReader(std::string path) : FilmReader(std::move(path), Opening(RunOptions().ThreadCount(), 0)) {}
+FilmReader::FilmReader(std::string path, int enoughSide) : FilmReader(std::move(path), Opening(1, enoughSide)) {}
 
 void FilmReader::Open(long long number) {
     m_last.reset();
@@ -47,7 +55,9 @@ void FilmReader::Open(long long number) {
     m_ended = false;
     // Half a frame before it, since times are rounded.
     const double begin = number > 0 ? (double(number) - 0.5) / av_q2d(m_facts.rate) : 0;
-    m_source.emplace(m_path, Opening(begin));
+    if (m_source && m_source->GoTo(begin)) return;
+    m_options.begin = begin;
+    m_source.emplace(m_path, m_options);
 }
 
 FramePtr FilmReader::At(long long number) {
@@ -68,6 +78,13 @@ FramePtr FilmReader::At(long long number) {
     }
     if (!m_last) throw HostError(ExitCode::Input, m_path + " has no picture at frame " + std::to_string(number));
     return Referenced(*m_last);
+}
+
+FramePtr FilmReader::Near(long long number) {
+    if (number > 0) Open(number);
+    std::optional<SourceStep> step = m_source->Next();
+    if (!step || !step->frame) throw HostError(ExitCode::Input, m_path + " has no picture that can be shown");
+    return std::move(step->frame);
 }
 
 }  // namespace Nifikral

@@ -2,7 +2,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "host/disc/disc_project.h"
 #include "host/media/media_source.h"
 
 namespace Nifikral {
@@ -13,6 +15,8 @@ struct SourceFacts {
     AVRational rate = {25, 1};
     long long frames = 1;
     double seconds = 0;  ///< of a film; 0: a picture
+    bool sound = false;
+    std::vector<DiscChapter> chapters;  ///< that a film marks
 
     bool IsFilm() const { return frames > 1; }
     /// The number of the frame that is seen at a time.
@@ -26,15 +30,21 @@ struct SourceFacts {
 class FilmReader {
  public:
     explicit FilmReader(std::string path);
+    /// For one picture that is looked at small: photographs come with a longer side of at least that.
+    FilmReader(std::string path, int enoughSide);
 
     const SourceFacts& Facts() const { return m_facts; }
     /// A frame by its number, or the last one there is before it. Throws what MediaSource throws.
     FramePtr At(long long number);
+    /// The picture of a reader for one: the film's key frame at a frame or before it.
+    FramePtr Near(long long number);
 
  private:
+    FilmReader(std::string path, const MediaSource::Options& options);
     void Open(long long number);
 
     std::string m_path;
+    MediaSource::Options m_options;
     SourceFacts m_facts;
     std::optional<MediaSource> m_source;
     FramePtr m_last;  // that came out

@@ -5,7 +5,7 @@
 #include "host/media/frame_adapter.h"
 #include "host/media/jpeg_picture.h"
 #include "host/media/picture_formats.h"
-#include "host/studio/picture_cache.h"
+#include "host/studio/shared_frame.h"
 
 namespace Nifikral {
 namespace {

@@ -114,7 +114,7 @@ SharedFrame PreviewSources::Whole(const Source& source, Reader& reader, const st
     if (!reader.film) reader.film = std::make_unique<FilmReader>(wanted.path);
     SharedFrame whole = Shared(reader.film->At(wanted.number));
     if (still) {
-        m_wholes.Keep(key, whole);
+        m_wholes.Keep(key, whole, BytesOf(*whole));
         reader.film.reset();
     }
     return whole;
@@ -135,7 +135,7 @@ SharedFrame PreviewSources::Made(const WantedPicture& wanted) {
     // Another one may have waited for the same.
     if (SharedFrame kept = m_pictures.Find(key)) return kept;
     SharedFrame picture = Shared(Scaled(*Whole(*source, *reader, file, wanted), wanted.shape));
-    m_pictures.Keep(key, picture);
+    m_pictures.Keep(key, picture, BytesOf(*picture));
     return picture;
 }
 

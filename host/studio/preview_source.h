@@ -10,7 +10,8 @@
 #include <vector>
 
 #include "host/studio/film_reader.h"
-#include "host/studio/picture_cache.h"
+#include "host/studio/last_used.h"
+#include "host/studio/shared_frame.h"
 
 namespace Nifikral {
 
@@ -63,7 +64,7 @@ class PreviewSources {
     std::map<std::string, std::shared_ptr<Source>> m_sources;  // by path and time of change
     std::atomic<long long> m_uses = 0;
     std::atomic<int> m_wanting = 0;  // pictures that are waited for
-    PictureCache m_pictures, m_wholes;
+    LastUsed<SharedFrame> m_pictures, m_wholes;
 
     std::mutex m_aheadMutex;
     std::condition_variable m_aheadChanged;

@@ -22,6 +22,7 @@
 #include "host/studio/studio_events.h"
 #include "host/studio/studio_films.h"
 #include "host/studio/studio_json.h"
+#include "host/studio/thumbnails.h"
 #include "host/studio/web_server.h"
 
 namespace Nifikral {
@@ -91,12 +92,14 @@ class Studio {
              }},
             {"GET", "thumb",
              [](Studio& own, const WebRequest& request) {
-                 return Thumbnail(own.m_folder, request.Query("path"), int(QueryNumber(request, "size", 16, 512, 160)),
-                                  QueryNumber(request, "at", 0, longestFilm, -1));
+                 return own.m_thumbnails.Reply(request.Query("path"), int(QueryNumber(request, "size", 16, 512, 160)),
+                                               QueryNumber(request, "at", 0, longestFilm, -1),
+                                               request.Header("if-none-match"));
              }},
             {"GET", "facts",
              [](Studio& own, const WebRequest& request) {
-                 return WebReply{200, "application/json", FileFacts(own.m_folder, request.Query("path"))};
+                 return WebReply{200, "application/json",
+                                 FileFacts(own.m_folder, request.Query("path"), own.m_sources)};
              }},
             {"GET", "catalogue",
              [](Studio& own, const WebRequest&) {
@@ -297,6 +300,7 @@ class Studio {
     const EffectModule& m_module;
     StudioFolder m_folder;
     PreviewSources m_sources;
+    Thumbnails m_thumbnails{m_folder};
     StudioFilms m_films{m_folder, m_module.Path()};
     JobQueue m_jobs;
     StudioEvents m_events{m_jobs};

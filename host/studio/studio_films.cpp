@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <set>
 #include <sstream>
 
@@ -30,15 +31,19 @@ constexpr long long mostFrames = 24LL * 3600 * 120;
 const std::set<std::string> fileKeys = {"sourcePath", "backgroundMask", "additionSourcePaths", "maskPaths", "path",
                                         "pictures",   "music",          "background"};
 
-// Whether every file that a project names lies in the folder.
-void RequireFilesWithin(const Json& json, const std::string& project, const StudioFolder& folder, bool named = false) {
+// Calls work with the path of every file that a project names.
+void EachFile(const Json& json, const std::string& project, const std::function<void(const std::string&)>& work,
+              bool named = false) {
     if (json.is_string() && named && !json.get_ref<const std::string&>().empty())
-        folder.RequireWithin(ProjectPath(project, json.get<std::string>()));
+        work(ProjectPath(project, json.get<std::string>()));
     if (json.is_array())
-        for (const Json& entry : json) RequireFilesWithin(entry, project, folder, named);
+        for (const Json& entry : json) EachFile(entry, project, work, named);
     if (json.is_object())
-        for (const auto& [key, value] : json.items())
-            RequireFilesWithin(value, project, folder, fileKeys.contains(key));
+        for (const auto& [key, value] : json.items()) EachFile(value, project, work, fileKeys.contains(key));
+}
+
+void RequireFilesWithin(const Json& json, const std::string& project, const StudioFolder& folder) {
+    EachFile(json, project, [&](const std::string& path) { folder.RequireWithin(path); });
 }
 
 const Json& ProjectIn(const Json& body) {
@@ -86,7 +91,7 @@ FramePtr StudioFilms::Store::Find(const std::string& path) {
 }
 
 void StudioFilms::Store::Keep(const std::string& path, const AVFrame& picture) {
-    m_pictures.Keep(KeyOfFile(path), Shared(Referenced(picture)));
+    m_pictures.Keep(KeyOfFile(path), Shared(Referenced(picture)), BytesOf(picture));
 }
 
 StudioFilms::StudioFilms(const StudioFolder& folder, const std::string& module)
@@ -235,17 +240,32 @@ Json StudioFilms::CheckShow(const Json& show) {
             {"height", film.height}, {"slides", std::move(slides)},      {"missing", wish.missing}};
 }
 
-FilmView::Prepare StudioFilms::PreparationOf(Kind kind, const Json& body, int width) {
+FilmWish StudioFilms::WishOf(Kind kind, const Json& body) {
+    FilmWish wish;
+    wish.width = IntegerIn(body, "width", smallestWidth, largestWidth, usualWidth);
+    Json made = body;
+    for (const char* const key : {"view", "frame", "from", "to", "width"}) made.erase(key);
+    wish.key = JsonText(made);
     if (kind == Kind::Show) {
         const Json* const show = MemberOf(body, "show");
         if (!show) throw WebError(400, "\"show\" is missing");
-        return [this, show = *show, width] {
-            ShowWish wish = ReadShow(show, width);
-            return PrepareSlideshow(wish.options, std::move(wish.slides), m_module).made;
+        for (const Json& input : ListIn(*show, "inputs"))
+            wish.key +=
+                KeyOfFile(m_folder.Existing(input.is_string() ? input.get<std::string>() : TextIn(input, "path")));
+        wish.prepare = [this, show = *show, width = wish.width] {
+            ShowWish of = ReadShow(show, width);
+            return PrepareSlideshow(of.options, std::move(of.slides), m_module).made;
         };
+        return wish;
     }
-    if (kind == Kind::Disc)
-        return [this, body] {
+    const bool disc = kind == Kind::Disc;
+    const std::string file = m_folder.Writable(TextIn(body, "file", disc ? "disc.json" : "menu.json"));
+    EachFile(ProjectIn(body), file, [&](const std::string& path) {
+        m_folder.RequireWithin(path);
+        wish.key += KeyOfFile(path);
+    });
+    if (disc) {
+        wish.prepare = [this, body] {
             const auto pages = ReadDiscPages(body);
             DiscPage page = (*pages)[std::size_t(IntegerIn(body, "page", 1, int(pages->size()), 1) - 1)];
             if (WantsBackground(page)) {
@@ -255,21 +275,17 @@ FilmView::Prepare StudioFilms::PreparationOf(Kind kind, const Json& body, int wi
             }
             return PrepareMenuPage(page.menu, page.templateName, m_module, page.name);
         };
-    return [this, body] {
+        return wish;
+    }
+    wish.prepare = [this, body] {
         const std::vector<MenuProject> pages = ReadMenu(body);
         const int page = IntegerIn(body, "page", 1, int(pages.size()), 1);
         return PrepareMenuPage(pages[std::size_t(page - 1)], TextIn(body, "template"), m_module, "the menu");
     };
+    return wish;
 }
 
 namespace {
-
-// What a film is made from: all that the page says of it but the frames.
-std::string KeyOf(const Json& body) {
-    Json made = body;
-    for (const char* const key : {"view", "frame", "from", "to", "width"}) made.erase(key);
-    return JsonText(made);
-}
 
 std::string ViewIn(const Json& body) {
     std::string view = TextIn(body, "view");
@@ -281,31 +297,30 @@ std::string ViewIn(const Json& body) {
 }  // namespace
 
 WebReply StudioFilms::Frame(Kind kind, const Json& body) {
-    const int width = IntegerIn(body, "width", smallestWidth, largestWidth, usualWidth);
-    const auto number = (long long)NumberIn(body, "frame", 0, double(mostFrames), 0);
+    FilmWish wish = WishOf(kind, body);
+    wish.number = (long long)NumberIn(body, "frame", 0, double(mostFrames), 0);
     const auto held = m_views.Take(ViewIn(body));
-    return {200, "image/jpeg",
-            held.Own().Frame(KeyOf(body), number, width, PreparationOf(kind, body, width), held.turn)};
+    return {200, "image/jpeg", held.Own().Frame(wish, m_frames, held.turn)};
 }
 
 WebReply StudioFilms::Stream(Kind kind, const Json& body) {
-    const int width = IntegerIn(body, "width", smallestWidth, largestWidth, usualWidth);
-    const auto first = (long long)NumberIn(body, "from", 0, double(mostFrames), 0);
+    FilmWish wish = WishOf(kind, body);
+    wish.number = (long long)NumberIn(body, "from", 0, double(mostFrames), 0);
     auto end = (long long)NumberIn(body, "to", 0, double(mostFrames), double(mostFrames));
     const auto held = std::make_shared<ViewTurns<FilmView>::Held>(m_views.Take("stream " + ViewIn(body)));
-    const FilmView::Prepare prepare = PreparationOf(kind, body, width);
-    const std::string key = KeyOf(body);
     // Now, so that what is wrong is still said in words.
-    held->Own().Frame(key, first, width, prepare, held->turn);
+    held->Own().Frame(wish, m_frames, held->turn);
     const Film& film = held->Own().Shown();
     end = std::min(end, film.frames);
     WebReply reply{200, "application/octet-stream", {}};
     reply.headers = {{"X-Rate", std::to_string(film.frameRate.num) + "/" + std::to_string(film.frameRate.den)},
                      {"X-Frames", std::to_string(film.frames)}};
-    reply.stream = [=, number = first](const WebReply::Send& send) mutable {
-        if (number >= end) return false;
+    reply.stream = [=, this](const WebReply::Send& send) mutable {
+        if (wish.number >= end) return false;
         held->turn.RequireNewest();
-        return send(Framed(held->Own().Frame(key, number++, width, prepare, held->turn)));
+        const std::string picture = held->Own().Frame(wish, m_frames, held->turn);
+        ++wish.number;
+        return send(Framed(picture));
     };
     return reply;
 }

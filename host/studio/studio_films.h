@@ -11,7 +11,8 @@
 #include "host/films/menu_project.h"
 #include "host/films/slideshow.h"
 #include "host/studio/film_preview.h"
-#include "host/studio/picture_cache.h"
+#include "host/studio/last_used.h"
+#include "host/studio/shared_frame.h"
 #include "host/studio/studio_folder.h"
 #include "host/studio/studio_json.h"
 #include "host/studio/web_message.h"
@@ -44,7 +45,7 @@ class StudioFilms {
 
      private:
         static constexpr std::size_t mostBytes = 384 << 20;
-        PictureCache m_pictures{mostBytes};
+        LastUsed<SharedFrame> m_pictures{mostBytes};
     };
     struct ShowWish {
         SlideshowOptions options;
@@ -55,7 +56,8 @@ class StudioFilms {
     std::vector<MenuProject> ReadMenu(const Json& body);
     std::shared_ptr<const std::vector<DiscPage>> ReadDiscPages(const Json& body);
     ShowWish ReadShow(const Json& show, int width);
-    FilmView::Prepare PreparationOf(Kind kind, const Json& body, int width);
+    // All but the number.
+    FilmWish WishOf(Kind kind, const Json& body);
 
     const StudioFolder& m_folder;
     Store m_store;
@@ -66,7 +68,8 @@ class StudioFilms {
     // The menus that were laid out last, and of what: laying them out takes long.
     std::string m_discOf;
     std::shared_ptr<const std::vector<DiscPage>> m_discPages;
-    static constexpr std::size_t mostViews = 64;
+    static constexpr std::size_t mostViews = 64, mostBytes = 160 << 20;
+    FilmFrames m_frames{mostBytes};
     ViewTurns<FilmView> m_views{mostViews};
 };
 

@@ -11,7 +11,7 @@ namespace Nifikral {
 /// A request's turn at a view: it holds the view for itself as long as it lives.
 class ViewTurn {
  public:
-    /// Throws Superseded when a newer request of the view has come.
+    /// Throws Superseded when a newer request of the view has come, and what ends an interrupted run.
     void RequireNewest() const;
 
  private:
