@@ -111,11 +111,14 @@ void ThrowWriteError(const std::string& path, int error) {
                     path + " cannot be written (" + ErrorText(error) + "); " + remedy + "; no half file was kept");
 }
 
-PartFile::PartFile(const std::string& path, bool overwrite)
-    : m_name(path), m_final(Followed(path).string()), m_part(m_final), m_overwrite(overwrite) {
+PartFile::PartFile(const std::string& path, bool overwrite, Links links)
+    : m_name(path),
+      m_final(links == Links::Follow ? Followed(path).string() : path),
+      m_part(m_final),
+      m_overwrite(overwrite) {
     CheckOutputPath(path, overwrite);
     std::error_code error;
-    if (fs::exists(m_final, error) && !fs::is_regular_file(m_final, error)) return;
+    if (links == Links::Follow && fs::exists(m_final, error) && !fs::is_regular_file(m_final, error)) return;
     m_lock = OpenPart(m_final, m_part);
     if (m_lock < 0) ThrowWriteError(m_name, AVERROR(errno));
 }

@@ -16,11 +16,13 @@ void CheckOutputPath(const std::string& path, bool overwrite);
 void ClearDeadParts(const std::string& path);
 
 /// A file that stands under its final name only when it is complete: until Commit it is a part file beside it, which
-/// goes away with this object. A link to a file is followed. Something that is no regular file (a device) is written
-/// directly.
+/// goes away with this object. A link to a file is followed, or with Links::Replace becomes the file. Something that is
+/// no regular file (a device) is written directly.
 class PartFile {
  public:
-    PartFile(const std::string& path, bool overwrite);
+    enum class Links { Follow, Replace };
+
+    PartFile(const std::string& path, bool overwrite, Links links = Links::Follow);
     ~PartFile();
     PartFile(const PartFile&) = delete;
     PartFile& operator=(const PartFile&) = delete;

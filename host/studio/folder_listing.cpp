@@ -35,14 +35,14 @@ std::string FileKind(const fs::path& path) {
 }
 
 std::string ListFolder(const StudioFolder& folder, const std::string& path) {
-    const std::string own = folder.Existing(path);
+    const HeldPath held = folder.Hold(folder.Existing(path));
     struct Entry {
         std::string name, kind;
         struct stat facts = {};
     };
     std::vector<Entry> entries;
     std::error_code error;
-    for (fs::directory_iterator file(own, error), end; !error && file != end; file.increment(error)) {
+    for (fs::directory_iterator file(held.Path(), error), end; !error && file != end; file.increment(error)) {
         Entry entry{file->path().filename().string(), {}};
         if (entry.name.starts_with('.') || FirstInvalidByte(entry.name)) continue;
         if (stat(file->path().c_str(), &entry.facts) != 0) continue;

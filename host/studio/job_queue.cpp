@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "host/base/errors.h"
-#include "host/media/part_file.h"
 #include "host/studio/web_message.h"
 
 namespace Nifikral {
@@ -18,7 +17,7 @@ Json OrNull(const std::optional<double>& number) { return number ? Json(*number)
 
 }  // namespace
 
-JobQueue::JobQueue() : m_worker([this] { Work(); }) {}
+JobQueue::JobQueue(const StudioFolder& folder) : m_folder(folder), m_worker([this] { Work(); }) {}
 
 JobQueue::~JobQueue() {
     {
@@ -92,11 +91,7 @@ bool JobQueue::Start(Job& job) {
     job.state = State::Running;
     Change();
     try {
-        for (const JobFile& file : job.words.files) {
-            PartFile part(file.path, true);
-            part.Write(file.text);
-            part.Commit();
-        }
+        for (const JobFile& file : job.words.files) m_folder.Write(file.path, file.text);
         std::vector<std::string> words = {OwnProgram(), job.words.words.front(), "--progress=json"};
         words.insert(words.end(), job.words.words.begin() + 1, job.words.words.end());
         job.child = std::make_unique<ChildProgram>(std::move(words));

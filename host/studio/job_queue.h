@@ -17,7 +17,8 @@ namespace Nifikral {
 /// Runs of the command that pages have asked for, in programs of their own: two at once, the others wait. Threads: any.
 class JobQueue {
  public:
-    JobQueue();
+    /// `folder` is borrowed: what a run needs beside it is written there.
+    explicit JobQueue(const StudioFolder& folder);
     /// Ends what runs, and waits for that: no half output is left.
     ~JobQueue();
     JobQueue(const JobQueue&) = delete;
@@ -50,6 +51,7 @@ class JobQueue {
     void End(Job& job);
     void Change();
 
+    const StudioFolder& m_folder;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<std::unique_ptr<Job>> m_jobs;

@@ -12,7 +12,6 @@
 #include "host/base/errors.h"
 #include "host/films/text_renderer.h"
 #include "host/media/media_input.h"
-#include "host/media/part_file.h"
 #include "host/studio/studio_json.h"
 
 namespace Nifikral {
@@ -21,11 +20,12 @@ namespace {
 
 constexpr std::size_t mostDrafts = 20;
 
-std::string ReadText(const std::string& path) {
+std::string ReadText(const StudioFolder& folder, const std::string& path) {
+    const HeldPath held = folder.Hold(folder.File(path));
     std::error_code error;
-    if (fs::file_size(path, error) > mostBodyBytes)
+    if (!fs::is_regular_file(held.Path(), error) || fs::file_size(held.Path(), error) > mostBodyBytes)
         throw WebError(413, path + " is larger than 4 MB; edit it with another program");
-    const std::vector<std::uint8_t> bytes = ReadWholeFile(path);
+    const std::vector<std::uint8_t> bytes = ReadWholeFile(held.Path());
     return {bytes.begin(), bytes.end()};
 }
 
@@ -41,12 +41,6 @@ void RequireText(const std::string& path) {
     const std::string extension = fs::path(path).extension();
     if (extension != ".json" && extension != ".presets" && extension != ".txt")
         throw WebError(400, path + " is no text that the studio edits; name it .json, .presets or .txt");
-}
-
-void WriteWhole(const std::string& path, const std::string& text, bool overwrite) {
-    PartFile file(path, overwrite);
-    file.Write(text);
-    file.Commit();
 }
 
 // Two pages are not to write over one another between a look and a write.
@@ -81,7 +75,7 @@ std::vector<fs::path> DraftsByAge() {
 
 WebReply ReadStoredText(const StudioFolder& folder, const std::string& path) {
     RequireText(path);
-    std::string text = ReadText(folder.File(path));
+    std::string text = ReadText(folder, path);
     const std::string tag = TagOf(text);
     return {200, "text/plain; charset=utf-8", std::move(text), {{"ETag", tag}}};
 }
@@ -100,10 +94,10 @@ WebReply WriteStoredText(const StudioFolder& folder, const WebRequest& request) 
     const std::lock_guard lock(Writing());
     std::error_code error;
     const bool exists = fs::exists(own, error);
-    if (match.empty() ? exists : !exists || TagOf(ReadText(own)) != match)
+    if (match.empty() ? exists : !exists || TagOf(ReadText(folder, path)) != match)
         throw WebError(412, path + (exists ? " has changed meanwhile; read it again, or choose another name"
                                            : " is gone; save it under a name of its own"));
-    WriteWhole(own, text, true);
+    folder.Write(path, text);
     const std::string tag = TagOf(text);
     return {200, "application/json", JsonText({{"etag", tag}}), {{"ETag", tag}}};
 }
@@ -115,31 +109,32 @@ void RequireNoLink(const std::string& path) {
             throw WebError(403, folder + " is a link; remove it, the studio makes a folder of this name");
 }
 
-void WriteStudioFile(const std::string& path, const std::string& text) {
-    const std::string folder = fs::path(path).parent_path();
-    RequireNoLink(folder);
+void WriteStudioFile(const StudioFolder& folder, const std::string& path, const std::string& text) {
+    const std::string within = fs::path(path).parent_path();
+    folder.RequireWithin(".");
+    RequireNoLink(within);
     RequireNoLink(path);
     std::error_code error;
-    fs::create_directories(folder, error);
-    if (error) throw WebError(507, folder + " cannot be made: " + error.message());
-    WriteWhole(path, text, true);
+    fs::create_directories(within, error);
+    if (error) throw WebError(507, within + " cannot be made: " + error.message());
+    folder.Write(path, text);
 }
 
-WebReply ReadDraft(const std::string& page) {
+WebReply ReadDraft(const StudioFolder& folder, const std::string& page) {
     const std::string own = DraftOf(page);
     const std::lock_guard lock(Writing());
     RequireNoLink(DraftFolder());
     std::error_code error;
     const std::vector<fs::path> drafts = DraftsByAge();
     const std::string found = fs::is_regular_file(own, error) ? own : drafts.empty() ? "" : drafts.front().string();
-    return {200, "application/json", found.empty() ? "null" : ReadText(found)};
+    return {200, "application/json", found.empty() ? "null" : ReadText(folder, found)};
 }
 
-WebReply WriteDraft(const std::string& page, const std::string& body) {
+WebReply WriteDraft(const StudioFolder& folder, const std::string& page, const std::string& body) {
     const std::string own = DraftOf(page);
     ParseWebJson(body);
     const std::lock_guard lock(Writing());
-    WriteStudioFile(own, body);
+    WriteStudioFile(folder, own, body);
     std::error_code error;
     const std::vector<fs::path> drafts = DraftsByAge();
     for (std::size_t i = mostDrafts; i < drafts.size(); ++i) fs::remove(drafts[i], error);

@@ -18,12 +18,12 @@ inline constexpr char studioFolder[] = ".nifikral-studio";
 /// Throws where that folder, or a folder or file in it, is a link.
 void RequireNoLink(const std::string& path);
 /// Writes such a file as a whole, over what is there.
-void WriteStudioFile(const std::string& path, const std::string& text);
+void WriteStudioFile(const StudioFolder& folder, const std::string& path, const std::string& text);
 
 /// What a page was editing last, which it names by 4 to 16 small letters and digits; of a page that has written nothing
 /// yet, what any page wrote last, or null.
-WebReply ReadDraft(const std::string& page);
+WebReply ReadDraft(const StudioFolder& folder, const std::string& page);
 /// Keeps what a page is editing, a JSON value. Those of the last twenty pages stay.
-WebReply WriteDraft(const std::string& page, const std::string& body);
+WebReply WriteDraft(const StudioFolder& folder, const std::string& page, const std::string& body);
 
 }  // namespace Nifikral

@@ -171,9 +171,12 @@ class Studio {
              [](Studio& own, const WebRequest& request) {
                  return own.m_films.Stream(StudioFilms::Kind::Disc, ParseWebJson(request.body));
              }},
-            {"GET", "draft", [](Studio&, const WebRequest& request) { return ReadDraft(request.Query("page")); }},
+            {"GET", "draft",
+             [](Studio& own, const WebRequest& request) { return ReadDraft(own.m_folder, request.Query("page")); }},
             {"PUT", "draft",
-             [](Studio&, const WebRequest& request) { return WriteDraft(request.Query("page"), request.body); }},
+             [](Studio& own, const WebRequest& request) {
+                 return WriteDraft(own.m_folder, request.Query("page"), request.body);
+             }},
         };
         return routes;
     }
@@ -302,7 +305,7 @@ class Studio {
     PreviewSources m_sources;
     Thumbnails m_thumbnails{m_folder};
     StudioFilms m_films{m_folder, m_module.Path()};
-    JobQueue m_jobs;
+    JobQueue m_jobs{m_folder};
     StudioEvents m_events{m_jobs};
     ViewTurns<StillView> m_stills{mostViews};
 };

@@ -271,7 +271,7 @@ FilmWish StudioFilms::WishOf(Kind kind, const Json& body) {
             if (WantsBackground(page)) {
                 page.menu.background =
                     studioFolder + std::string("/background-") + page.menu.film.profile->name + ".ppm";
-                WriteStudioFile(page.menu.background, PlainBackground(page.menu.film));
+                WriteStudioFile(m_folder, page.menu.background, PlainBackground(page.menu.film));
             }
             return PrepareMenuPage(page.menu, page.templateName, m_module, page.name);
         };

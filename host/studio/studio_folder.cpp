@@ -1,6 +1,15 @@
 #include "host/studio/studio_folder.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
 #include "host/base/errors.h"
+#include "host/media/part_file.h"
 #include "host/studio/web_message.h"
 
 namespace Nifikral {
@@ -25,16 +34,23 @@ std::string Plain(const std::string& path) {
 
 }  // namespace
 
+HeldPath::HeldPath(HeldPath&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+
+HeldPath::~HeldPath() {
+    if (m_descriptor >= 0) close(m_descriptor);
+}
+
+fs::path HeldPath::Place() const {
+    std::error_code error;
+    return fs::read_symlink(Path(), error);
+}
+
 StudioFolder::StudioFolder(const std::string& path) {
     std::error_code error;
     m_root = fs::canonical(path.empty() ? "." : path, error);
     if (!error) fs::current_path(m_root, error);
     if (error) throw HostError(ExitCode::Input, path + " cannot be entered (" + error.message() + "); name a folder");
-}
-
-bool StudioFolder::Holds(const fs::path& whole) const {
-    const auto [root, part] = std::mismatch(m_root.begin(), m_root.end(), whole.begin(), whole.end());
-    return root == m_root.end();
+    m_held.emplace(open(".", O_PATH | O_CLOEXEC));
 }
 
 std::string StudioFolder::Existing(const std::string& path) const {
@@ -51,11 +67,38 @@ std::string StudioFolder::File(const std::string& path) const {
     return plain;
 }
 
-void StudioFolder::RequireWithin(const std::string& path) const {
+HeldPath StudioFolder::Hold(const std::string& path) const {
+    struct stat own = {};
+    if (stat(m_held->Path().c_str(), &own) != 0 || own.st_nlink == 0)
+        throw WebError(404, m_root.string() + " is gone; bring it back and start the studio there again");
+    HeldPath held(open(path.c_str(), O_PATH | O_CLOEXEC));
+    if (!held.IsOpen())
+        throw WebError(404, path + (errno == EMFILE || errno == ENFILE
+                                        ? " cannot be opened: too many files are open; ask for less at once"
+                                        : " is not there; it was moved or deleted"));
+    const fs::path root = m_held->Place(), place = held.Place();
+    if (std::mismatch(root.begin(), root.end(), place.begin(), place.end()).first != root.end())
+        throw WebError(403, path + " leads out of the studio's folder");
+    return held;
+}
+
+void StudioFolder::Write(const std::string& path, const std::string& text) const {
+    const fs::path own = Plain(path);
     std::error_code error;
-    const fs::path whole = fs::canonical(path, error);
-    if (error) throw WebError(404, (path == "." ? m_root.string() : path) + " is not there; it was moved or deleted");
-    if (!Holds(whole)) throw WebError(403, path + " leads out of the studio's folder");
+    // A link within the folder is followed.
+    const bool link = fs::is_symlink(own, error);
+    const fs::path final = link ? Hold(own.string()).Place() : own;
+    const HeldPath folder = Hold(final.has_parent_path() ? final.parent_path().string() : ".");
+    try {
+        PartFile file((fs::path(folder.Path()) / final.filename()).string(), true, PartFile::Links::Replace);
+        file.Write(text);
+        file.Commit();
+    } catch (const HostError& fault) {
+        std::string line = fault.what();
+        if (const std::size_t at = line.find(folder.Path()); at != std::string::npos)
+            line.replace(at, folder.Path().size(), folder.Place().string());
+        throw HostError(fault.Code(), line);
+    }
 }
 
 std::string StudioFolder::Writable(const std::string& path) const {
