@@ -3,12 +3,16 @@
 import concurrent.futures
 import json
 import os
+import resource
+import shutil
 import socket
 import subprocess
+import threading
 import time
 import unittest
 
-from studio import Studio
+from jsonschema import Draft202012Validator
+from studio import SCHEMA, Studio, fits
 
 
 class AttackTest(unittest.TestCase):
@@ -92,6 +96,16 @@ class AttackTest(unittest.TestCase):
                                                 {"Content-Type": "application/json"})
             self.assertEqual(status, 400, (body[:60], answer))
             self.assertTrue(json.loads(answer)["error"])
+        Draft202012Validator.check_schema(SCHEMA)
+        for path, body in (("still", {"view": "v"}), ("still", {"view": "v" * 65, "path": "a.png"}), ("still", []),
+                           ("still", {"view": "v", "path": "../a.png"}), ("stream", {"view": "v", "path": "/a"}),
+                           ("still", {"view": "v", "path": "a.png", "effects": "gray"}),
+                           ("still", {"view": "v", "path": "a.png", "width": 1e9}),
+                           ("jobs", {"kind": "erase", "output": "a.png"}), ("slideshow/check", {"inputs": []}),
+                           ("jobs", {"kind": "slideshow", "inputs": ["a.png"]}), ("file", {"text": 5})):
+            method = "PUT" if path == "file" else "POST"
+            self.assertFalse(fits(method, "api/" + path, body), (path, body))
+            self.assertGreaterEqual(self.studio.ask(method, "api/" + path, body)[0], 400, (path, body))
         try:
             status = self.studio.raw("PUT", f"/{self.studio.token}/api/draft?page=large", '"' + "x" * (5 << 20) + '"',
                                      {"Content-Type": "application/json"})[0]
@@ -132,6 +146,12 @@ class AttackTest(unittest.TestCase):
         greedy.sendall((f"GET /{studio.token}/api/events HTTP/1.1\r\nHost: 127.0.0.1:{studio.port}\r\n\r\n").encode())
         while studio.get("api/jobs")["jobs"][1]["state"] != "running":
             time.sleep(0.05)
+        # An upload that stops half way, and a preview that takes its time.
+        begun = [socket.create_connection(("127.0.0.1", studio.port)) for _ in range(2)]
+        for one, body in zip(begun, ("{", json.dumps({"view": "v", "path": "a.png", "effects": job["effects"]}))):
+            length = len(body) + (body == "{") * 1000
+            one.sendall((f"POST /{studio.token}/api/still HTTP/1.1\r\nHost: 127.0.0.1:{studio.port}\r\n"
+                         f"Content-Type: application/json\r\nContent-Length: {length}\r\n\r\n{body}").encode())
         time.sleep(0.5)
         begin = time.time()
         self.assertEqual(studio.end(), 0)
@@ -139,8 +159,62 @@ class AttackTest(unittest.TestCase):
         self.assertEqual([one.name for one in studio.folder.iterdir() if "long" in one.name], [])
         processes = subprocess.run(["ps", "-eo", "args"], capture_output=True, text=True, check=True).stdout
         self.assertNotIn(str(studio.folder), processes)
-        greedy.close()
+        for one in (greedy, *begun):
+            one.close()
         studio.remove()
+
+    def test_reports_a_lost_folder_and_a_full_disk_and_loses_nothing(self):
+        full = Studio(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000)))
+        self.addCleanup(full.remove)
+        self.addCleanup(full.run.kill)
+        self.assertEqual(full.ask("PUT", "api/draft?page=test", {"kept": 1})[0], 200)
+        status, body, _ = full.ask("PUT", "api/draft?page=test", {"large": "x" * 30000})
+        self.assertEqual(status, 507)
+        self.assertIn("test.json cannot be written", json.loads(body)["error"])
+        self.assertNotIn("/proc/", json.loads(body)["error"])
+        self.assertEqual(full.get("api/draft?page=test"), {"kept": 1})
+        full.post("api/jobs", {"kind": "apply", "input": "film.mp4", "output": "o.mkv", "effects": ["gray"]})
+        while (job := full.get("api/jobs")["jobs"][0])["state"] in ("waiting", "running"):
+            time.sleep(0.05)
+        self.assertEqual(job["state"], "failed")
+        self.assertIn("o.mkv cannot be written", job["message"])
+        self.assertEqual(sorted(os.listdir(full.folder)), [".nifikral-studio", "a.png", "b 2.png", "film.mp4"])
+        # One that is moved goes on; one that is gone is named.
+        moved = full.folder.rename(full.outside / "moved")
+        self.assertEqual(full.get("api/draft?page=test"), {"kept": 1})
+        shutil.rmtree(moved)
+        for method, path, body in (("GET", "folder", None), ("GET", "facts?path=a.png", None), ("PUT", "draft?page=test", {}),
+                                   ("POST", "jobs", {"kind": "apply", "input": "a.png", "output": "x.png", "effects": []})):
+            status, answer, _ = full.ask(method, "api/" + path, body)
+            self.assertEqual(status, 404, path)
+            self.assertIn(f"{full.folder} is gone", json.loads(answer)["error"])
+        self.assertEqual(full.end(), 0)
+
+    def test_a_link_that_is_swapped_meanwhile_leads_nowhere(self):
+        inside, outside = self.studio.folder / "swap", self.studio.outside
+        (self.studio.folder / "real").mkdir()
+        (self.studio.folder / "real" / "secret.json").write_text('"OWN"')
+        inside.symlink_to("real")
+        ends = threading.Event()
+
+        def swap():
+            while not ends.is_set():
+                for target in ("..", "real"):
+                    os.symlink(target, inside.with_name("next"))
+                    os.replace(inside.with_name("next"), inside)
+
+        thread = threading.Thread(target=swap)
+        thread.start()
+        try:
+            for i in range(400):
+                self.assertNotIn(b"SECRET", self.studio.ask("GET", "api/file?path=swap/secret.json")[1])
+                self.studio.ask("PUT", f"api/file?path=swap/new{i}.json", {"text": "1"}, If_None_Match="*")
+        finally:
+            ends.set()
+            thread.join()
+            inside.unlink()
+            shutil.rmtree(self.studio.folder / "real")
+        self.assertEqual(sorted(os.listdir(outside)), ["own", "secret.json", "secret.png"])
 
 
 if __name__ == "__main__":

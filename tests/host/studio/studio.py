@@ -9,6 +9,9 @@ import signal
 import subprocess
 import tempfile
 
+from jsonschema import Draft202012Validator
+
+SCHEMA = json.loads((pathlib.Path(__file__).resolve().parents[3] / "docs/studio.schema.json").read_text())
 PROGRAM = os.environ["NIFIKRAL_PROGRAM"]
 
 
@@ -20,13 +23,19 @@ def make_samples(folder):
         subprocess.run([*make, source, "-frames:v", "1", str(folder / name)], check=True)
 
 
+def fits(method, path, body):
+    """Whether a body is what the published schema says of its request."""
+    own = {"$defs": SCHEMA["$defs"], **SCHEMA["properties"][f"{method} {path.split('?')[0]}"]}
+    return Draft202012Validator(own).is_valid(body)
+
+
 class Studio:
-    def __init__(self, *options):
+    def __init__(self, *options, **running):
         self.outside = pathlib.Path(tempfile.mkdtemp())
         self.folder = self.outside / "own"
         self.folder.mkdir()
         make_samples(self.folder)
-        self.run = subprocess.Popen([PROGRAM, "studio", str(self.folder), *options], stdout=subprocess.PIPE, text=True)
+        self.run = subprocess.Popen([PROGRAM, "studio", str(self.folder), *options], stdout=subprocess.PIPE, text=True, **running)
         line = self.run.stdout.readline()
         self.port, self.token = re.search(r"http://127\.0\.0\.1:(\d+)/([0-9a-f]{32})/", line).groups()
         self.port = int(self.port)
@@ -54,8 +63,9 @@ class Studio:
         headers = {name.replace("_", "-"): value for name, value in headers.items()}
         if body is not None:
             headers["Content-Type"] = "application/json"
-            body = json.dumps(body)
-        return self.raw(method, f"/{self.token}/{path}", body, headers)
+        answer = self.raw(method, f"/{self.token}/{path}", None if body is None else json.dumps(body), headers)
+        assert body is None or answer[0] >= 300 or fits(method, path, body), ("no such request is published", path, body)
+        return answer
 
     def get(self, path):
         status, body, _ = self.ask("GET", path)

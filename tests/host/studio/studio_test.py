@@ -12,8 +12,8 @@ import unittest
 from studio import PROGRAM, Studio
 
 
-def pixels(picture):
-    run = subprocess.run(["ffmpeg", "-v", "error", "-i", "-", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"],
+def pixels(picture, *options):
+    run = subprocess.run(["ffmpeg", "-v", "error", "-i", "-", *options, "-f", "rawvideo", "-pix_fmt", "rgb24", "-"],
                          input=picture, capture_output=True, check=True)
     return run.stdout
 
@@ -49,6 +49,18 @@ class StudioTest(unittest.TestCase):
         self.assertEqual((facts["width"], facts["height"], facts["frames"], facts["rate"]), (320, 180, 100, [25, 1]))
         status, picture, headers = self.studio.ask("GET", "api/thumb?path=b%202.png&size=64")
         self.assertEqual((status, headers["Content-Type"], len(pixels(picture))), (200, "image/jpeg", 64 * 48 * 3))
+        again = self.studio.ask("GET", "api/thumb?path=b%202.png&size=64", If_None_Match=headers["ETag"])
+        self.assertEqual(again[:2], (304, b""))
+        # A photograph is decoded in a smaller size, upright and with its colours; of a film the next key frame will do.
+        subprocess.run(["ffmpeg", "-v", "error", "-i", "a.png", "-vf", "scale=1600:-2", "-pix_fmt", "yuvj420p", "photo.jpg"],
+                       cwd=self.studio.folder, check=True)
+        small = [pixels(self.studio.ask("GET", f"api/thumb?path={name}&size=200")[1]) for name in ("a.png", "photo.jpg")]
+        self.assertEqual([len(one) for one in small], [200 * 125 * 3] * 2)
+        self.assertLess(sum(abs(a - b) for a, b in zip(*small)) / len(small[0]), 6)
+        shown = pixels(self.studio.ask("GET", "api/thumb?path=film.mp4&size=320&at=2")[1])
+        frame = pixels(self.studio.still(path="film.mp4", at=30 / 25)[0])
+        self.assertLess(sum(abs(a - b) for a, b in zip(shown, frame)) / len(frame), 6)
+        (self.studio.folder / "photo.jpg").unlink()
         catalogue = self.studio.get("api/catalogue")
         self.assertIn("rotate", [effect["name"] for effect in catalogue["effects"]])
         self.assertIn("crossfade", catalogue["transitions"])
@@ -71,6 +83,15 @@ class StudioTest(unittest.TestCase):
             shown = pixels(self.studio.still(path="a.png", width=640, effects=[effect])[0])
             self.assertLess(sum(abs(a - b) for a, b in zip(shown, saved)) / len(saved), 6, effect)
         (self.studio.folder / "saved.jpg").unlink()
+
+    def test_a_jpeg_preview_shows_what_the_exact_one_shows(self):
+        for effect in self.studio.get("api/catalogue")["effects"]:
+            if {"generator", "changes-alpha"} & set(effect["traits"]):
+                continue
+            wish = {"path": "a.png", "width": 161, "effects": effect["example"]}
+            shown, exact = (pixels(self.studio.still(**wish, format=kind)[0], "-vf", "scale=23:14:flags=area")
+                            for kind in ("jpeg", "png"))
+            self.assertLess(sum(abs(a - b) for a, b in zip(shown, exact)) / len(exact), 8, effect["name"])
 
     def test_scales_places_and_lengths_with_the_preview(self):
         share, _ = self.studio.still(path="a.png", width=160, effects=["magnifier:x=50%:y=25%:r=20%:scale=3"])
@@ -144,25 +165,43 @@ class StudioTest(unittest.TestCase):
         self.assertEqual(self.studio.ask("DELETE", "api/jobs/" + name)[0], 200)
         self.wait(name, "cancelled")
         self.assertEqual([one.name for one in self.studio.folder.iterdir() if "long" in one.name], [])
+        # At its start, somewhere in it, and about its end.
+        job = {"kind": "apply", "input": "film.mp4", "output": "long.mp4", "effects": ["gray"], "overwrite": True}
+        for pause in (0, 0.02, 0.06, 0.12, 0.2, 0.3, 0.4, 0.5):
+            name = self.studio.post("api/jobs", job)["id"]
+            time.sleep(pause)
+            self.studio.ask("DELETE", "api/jobs/" + name)
+            states = lambda: {one["id"]: one["state"] for one in self.studio.get("api/jobs")["jobs"]}
+            while states().get(name) in ("waiting", "running"):
+                time.sleep(0.02)
+            left = [one for one in self.studio.folder.iterdir() if "long" in one.name]
+            self.assertTrue(not left or (left == [self.studio.folder / "long.mp4"] and states().get(name) in (None, "done")), left)
+            for one in left:
+                subprocess.run(["ffmpeg", "-v", "error", "-xerror", "-i", one, "-f", "null", "-"], check=True)
+                one.unlink()
 
     def test_edits_a_menu_as_the_command_makes_it(self):
         new = self.studio.post("api/menu/new", {"template": "menu_common", "title": "Ours",
-                                                "pictures": ["a.png", "b 2.png"]})
+                                                "pictures": ["a.png", "film.mp4"]})
         menu = {"template": "menu_common", "project": new["project"]}
-        menu["project"].update(width=320, height=180, duration=1, buttons=["One", "Two"], loopStart=0)
+        menu["project"].update(width=320, height=180, duration=1, buttons=["One", "Two"], loopStart=0.4, moveSpeeds=[2, 1],
+                               additionSourceSizes=[[120, 75], [120, 68]], startPositions=[[0, 60], [160, 60]],
+                               endPositions=[[40, 60], [170, 60]], startTrans=[255, 255])
         check = self.studio.post("api/menu/check", menu)
         self.assertEqual(check["faults"], [])
         self.assertEqual((check["frames"], len(check["pictures"]), [one["text"] for one in check["buttons"]]),
                          (25, 2, ["One", "Two"]))
         late = self.studio.ask("POST", "api/menu/frame", dict(menu, view="m", frame=24))[1]
         early = self.studio.ask("POST", "api/menu/frame", dict(menu, view="m", frame=3))[1]
-        stream = self.studio.ask("POST", "api/menu/stream", dict(menu, view="m", **{"from": 0, "to": 25}))[1]
+        # Of another project, so that its frames are made anew, one after the other.
+        stream = self.studio.ask("POST", "api/menu/stream", dict(menu, view="m", file="o.json", **{"from": 0, "to": 25}))[1]
         frames = []
         while stream:
             length = struct.unpack(">I", stream[:4])[0]
             frames.append(stream[4:4 + length])
             stream = stream[4 + length:]
         self.assertEqual((len(frames), frames[3], frames[24]), (25, early, late))
+        self.assertNotEqual(early, late)
         menu["project"]["textInfos"][0]["size"] = "large"
         self.assertIn("textInfos[0].size", self.studio.post("api/menu/check", menu)["faults"][0])
 
