@@ -114,7 +114,7 @@ void ReadPackets(const std::string& path, AVFormatContext& input, const std::fun
             return;
         }
         const AVRational base = input.streams[packet->stream_index]->time_base;
-        const std::int64_t shift = av_rescale_q(start, AV_TIME_BASE_Q, base);
+        const std::int64_t shift = av_rescale_q(start, containerTimes, base);
         if (packet->pts != AV_NOPTS_VALUE) packet->pts -= shift;
         if (packet->dts != AV_NOPTS_VALUE) packet->dts -= shift;
         if (packet->dts != AV_NOPTS_VALUE) reached = double(packet->dts) * av_q2d(base);

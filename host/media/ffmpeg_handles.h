@@ -41,6 +41,9 @@ inline PacketPtr NewPacket() { return Require<PacketPtr>(av_packet_alloc()); }
 /// A frame with memory of its own for a picture of this format and size.
 FramePtr NewPicture(AVPixelFormat format, int width, int height);
 
+/// The unit of a container's own times; FFmpeg's AV_TIME_BASE_Q is C alone.
+inline constexpr AVRational containerTimes = {1, AV_TIME_BASE};
+
 std::string ErrorText(int error);
 
 }  // namespace Nifikral

@@ -97,7 +97,7 @@ void MediaSource::OpenDecoder(const std::string& file) {
     if (error >= 0) error = avcodec_open2(m_decoder.get(), codec, nullptr);
     if (error < 0) Refuse(m_name + ": its decoder does not start (" + ErrorText(error) + "); convert it first");
     if (m_input->start_time != AV_NOPTS_VALUE)
-        m_origin = av_rescale_q(m_input->start_time, AV_TIME_BASE_Q, m_video->time_base);
+        m_origin = av_rescale_q(m_input->start_time, containerTimes, m_video->time_base);
     m_pending = m_options.begin > 0 || m_options.keyFrame ? DecodeFrom(m_options.begin) : DecodeNext();
 }
 

@@ -209,7 +209,7 @@ PacketPtr OutputExtras::Convert(const Subtitles& subtitles, AVPacket& packet) {
     int got = 0;
     MakeUtf8(subtitles.decoder->codec_id, avcodec_get_name(subtitles.decoder->codec_id), packet);
     if (avcodec_decode_subtitle2(subtitles.decoder.get(), &text, &got, &packet) < 0 || !got) return nullptr;
-    text.pts = av_rescale_q(packet.pts, subtitles.timeBase, AV_TIME_BASE_Q);
+    text.pts = av_rescale_q(packet.pts, subtitles.timeBase, containerTimes);
     std::vector<std::uint8_t> coded(1 << 16);
     const int size = avcodec_encode_subtitle(subtitles.encoder.get(), coded.data(), int(coded.size()), &text);
     avsubtitle_free(&text);
