@@ -1,5 +1,6 @@
 #include "host/base/interruption.h"
 
+#include <atomic>
 #include <csignal>
 
 #include "host/base/errors.h"
@@ -7,9 +8,11 @@
 namespace Nifikral {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+// Without a lock, so that a signal's handler may set it while any thread reads.
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 
-void OnSignal(int) { interrupted = 1; }
+void OnSignal(int) { interrupted = true; }
 
 }  // namespace
 
