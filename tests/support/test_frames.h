@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -34,7 +35,7 @@ struct FrameLayout {
 /// A host's frame with guarded planes, any pitches, and a count of the frames alive.
 class TestFrame final : public IRawVideoFrame {
  public:
-    static inline int alive = 0;
+    static inline std::atomic<int> alive = 0;
     bool refuseClone = false;
 
     /// `reportedCode` replaces the format code that the frame reports, for codes that have no layout.
