@@ -39,6 +39,18 @@ test-processors: configure  ## run the effects as on older processors
 	cmake --build --preset release --target module_hashes effects_tests
 	scripts/test_processors.sh $(release)
 
+test-clang: packages  ## build everything with Clang and run every test
+	scripts/install_packages.sh test clang
+	cmake --preset clang
+	cmake --build --preset clang
+	ctest --preset clang
+
+test-tsan: packages  ## run what has threads under the thread sanitizer
+	scripts/install_packages.sh test
+	cmake --preset tsan
+	cmake --build --preset tsan
+	ctest --preset tsan
+
 # BENCH is passed on, for instance BENCH=--benchmark_filter=gray.
 bench: configure  ## time the effects
 	cmake --build --preset release --target nifikral_bench
@@ -95,5 +107,5 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run reference pictures test test-arm64 test-processors bench bench-peers debs \
+.PHONY: help run reference pictures test test-arm64 test-processors test-clang test-tsan bench bench-peers debs \
     debs-arm64 test-packages test-packages-arm64 format check-format tidy clean packages configure

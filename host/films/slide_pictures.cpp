@@ -13,6 +13,7 @@
 #include "host/base/log.h"
 #include "host/base/natural_order.h"
 #include "host/base/progress.h"
+#include "host/base/turn.h"
 #include "host/catalogue/effect_module.h"
 #include "host/films/media_manager.h"
 #include "host/films/slide_list.h"
@@ -137,12 +138,17 @@ std::vector<Slide> ReadableSlides(std::vector<Slide> slides, bool strict) {
     {
         Progress progress((long long)slides.size(), "picture", "checking ");
         std::mutex mutex;
-        tbb::parallel_for(std::size_t(0), slides.size(), [&](std::size_t i) {
+        static char checking;
+        const auto check = [&](std::size_t i) {
+            const Turn turn(&checking);
             if (IsInterrupted()) return;
             faults[i] = TrySlide(slides[i]);
             const std::lock_guard lock(mutex);
             progress.Advance();
-        });
+        };
+        { const Turn before(&checking); }
+        tbb::parallel_for(std::size_t(0), slides.size(), check);
+        const Turn behind(&checking);
     }
     ThrowIfInterrupted();
     std::vector<Slide> good;

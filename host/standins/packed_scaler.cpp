@@ -10,7 +10,8 @@ extern "C" {
 #include "TarvoBased/CBaseException.h"
 #include "TarvoBased/error_codes.h"
 
-#if defined(__x86_64__)
+// The thread sanitizer looks at the choice between clones before it is ready.
+#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
 #define NIFIKRAL_CLONES gnu::target_clones("default", "avx2")
 #else
 #define NIFIKRAL_CLONES gnu::noinline
