@@ -173,7 +173,7 @@ TEST(LayTransformed, GivesTheSameBytesOnEveryProcessor) {
 }
 
 TEST(LayTransformed, ShowsNothingWhereNothingIsToShow) {
-    constexpr double infinite = std::numeric_limits<double>::infinity(), nan = std::nan("");
+    constexpr double infinite = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
     std::mt19937 random(2);
     const Layer layer = RandomLayer(9, 9, random);
     const Placement bad[] = {

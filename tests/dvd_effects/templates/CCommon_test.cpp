@@ -9,7 +9,7 @@
 namespace AVBased::Testing {
 namespace {
 
-constexpr std::uint32_t red = 0xFFFF0000, green = 0xFF00FF00, blue = 0xFF0000FF, white = 0xFFFFFFFF;
+constexpr std::uint32_t red = 0xFFFF0000, green = 0xFF00FF00, blue = 0xFF0000FF;
 constexpr char unknownTail[] = ";false";
 
 EffectOwner MakeMenu(FakeManager* manager, const Settings& settings) {
