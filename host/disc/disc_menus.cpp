@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "host/base/errors.h"
 #include "host/films/button_list.h"
@@ -219,12 +220,13 @@ std::size_t PagesFor(std::size_t count, std::size_t each) { return (count + each
 // Cuts entries into pages that lead to each other.
 class PageList {
  public:
-    PageList(const PageMaker& maker, const DiscWords& words) : m_maker(maker), m_words(words) {}
+    PageList(const PageMaker& maker, const DiscWords& words, int only) : m_maker(maker), m_words(words), m_only(only) {}
 
     void Add(const std::string& name, int film, const std::string& templateName, const std::string& title,
              const std::vector<Entry>& entries, const std::vector<Command>& commands, std::size_t each) {
         const std::size_t count = PagesFor(entries.size(), each), first = m_pages.size();
         for (std::size_t i = 0; i < count; ++i) {
+            if (SkipsNext()) continue;
             const auto begin = entries.begin() + std::ptrdiff_t(i * each);
             const auto end = begin + std::ptrdiff_t(std::min(each, entries.size() - i * each));
             std::vector<Command> all = commands;
@@ -234,18 +236,28 @@ class PageList {
                                            {begin, end}, all));
         }
     }
-    void Add(DiscPage page) { m_pages.push_back(std::move(page)); }
+    void Add(const std::function<DiscPage()>& make) {
+        if (!SkipsNext()) m_pages.push_back(make());
+    }
     std::vector<DiscPage> Take() { return std::move(m_pages); }
 
  private:
+    // Laying out a page takes much longer than leaving it empty.
+    bool SkipsNext() {
+        if (m_only < 0 || m_pages.size() == std::size_t(m_only)) return false;
+        m_pages.emplace_back();
+        return true;
+    }
+
     const PageMaker& m_maker;
     const DiscWords& m_words;
+    int m_only;
     std::vector<DiscPage> m_pages;
 };
 
 }  // namespace
 
-std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule& module) {
+std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule& module, int only) {
     const PageMaker maker(project, module);
     const DiscMenus& menus = project.menus;
     std::vector<std::size_t> chaptered;
@@ -260,7 +272,7 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
         chapterPages.push_back(chapterPages.back() + PagesFor(project.films[film].chapters.size(), eachChapter));
 
     const DiscWords& words = menus.words;
-    PageList pages(maker, words);
+    PageList pages(maker, words, only);
     std::vector<Entry> films, choices;
     for (std::size_t i = 0; i < project.films.size(); ++i) {
         const DiscFilm& film = project.films[i];
@@ -279,7 +291,8 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
         choices.push_back({{films[chaptered[i]].command.caption, ToPage(chapterPages[i])}, films[chaptered[i]].source});
     if (choices.size() > 1)
         pages.Add("choice", -1, menus.chapterTemplate, words.chapters, choices, {{words.back, ToPage(0)}}, eachChapter);
-    if (!menus.instructions.empty()) pages.Add(maker.MakeInstructions("instructions", {{words.back, ToPage(0)}}));
+    if (!menus.instructions.empty())
+        pages.Add([&] { return maker.MakeInstructions("instructions", {{words.back, ToPage(0)}}); });
     for (const std::size_t i : chaptered) {
         const DiscFilm& film = project.films[i];
         std::vector<Entry> chapters;

@@ -14,8 +14,9 @@ namespace Nifikral {
 /// The pages of a disc's menus with their buttons, for players of DVDs and for browsers alike: the main menu, on as
 /// many pages as it takes; where several films have chapters, the choice among them; a page of instructions, where
 /// there are any; and each film's chapters. Buttons lie on the pictures, with captions below, where a template's
-/// pictures rest, else in a list of texts. Throws what reading the films and pictures throws.
-std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule& module);
+/// pictures rest, else in a list of texts. `only` is the number of the one that is laid out, from 0, while the others
+/// stay empty; below 0, all are. Throws what reading the films and pictures throws.
+std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule& module, int only = -1);
 
 /// Whether neither the template nor the project has a background for a page; and a plain one for it, as a PPM picture.
 bool WantsBackground(const DiscPage& page);

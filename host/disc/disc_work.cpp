@@ -226,7 +226,8 @@ void MakeDisc(const DiscOptions& options, const EffectModule& module) {
 void MakeStage(const DiscOptions& options, const EffectModule& module) {
     Work work = WorkIn(options.output, IsWeb(options));
     if (options.stage.starts_with(pageStage)) {
-        work.pages = PagesOfDisc(work.project, module);
+        constexpr std::size_t mostPages = 10'000;
+        work.pages = PagesOfDisc(work.project, module, int(NumberIn(options.stage, pageStage, mostPages)));
         const std::size_t page = NumberIn(options.stage, pageStage, work.pages.size());
         MakeStage(PageStage(work, page), [&] {
             if (work.web)

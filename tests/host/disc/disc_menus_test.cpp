@@ -15,6 +15,21 @@ using Kind = DiscTarget::Kind;
 
 class DiscMenusTest : public CommandTest {
  protected:
+    // A page is the same when it alone is laid out.
+    void ExpectTheSameAlone(const std::vector<DiscPage>& pages) const {
+        for (std::size_t i = 0; i < pages.size(); ++i) {
+            const std::vector<DiscPage> alone = PagesOfDisc(project, module, int(i));
+            ASSERT_EQ(alone.size(), pages.size());
+            EXPECT_EQ(alone[i].name, pages[i].name);
+            EXPECT_EQ(MenuProperties(alone[i].menu), MenuProperties(pages[i].menu)) << pages[i].name;
+            ASSERT_EQ(alone[i].buttons.size(), pages[i].buttons.size()) << pages[i].name;
+            for (std::size_t k = 0; k < pages[i].buttons.size(); ++k) {
+                EXPECT_EQ(alone[i].buttons[k].y, pages[i].buttons[k].y) << pages[i].name;
+                EXPECT_TRUE(alone[i].buttons[k].target == pages[i].buttons[k].target) << pages[i].name;
+            }
+            EXPECT_TRUE(alone[(i + 1) % pages.size()].buttons.empty());
+        }
+    }
     // Films of a second in one colour, and of another one behind it.
     void MakeProject(const std::string& profile, std::size_t films) {
         Ffmpeg(
@@ -86,6 +101,7 @@ TEST_F(DiscMenusTest, PagesLeadToEveryFilmAndChapter) {
         }
         EXPECT_EQ(films.size(), 12u) << mainTemplate;
         EXPECT_EQ(chapters.size(), 16u) << mainTemplate;
+        if (isList) ExpectTheSameAlone(pages);
     }
 }
 
