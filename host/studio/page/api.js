@@ -26,7 +26,7 @@ export async function call(method, path, body, options = {}) {
             keepalive: rest.keepalive && text.length < 60000});
     } catch (error) {
         if (error.name === "AbortError") throw error;
-        throw new Fault("The studio's server does not reply; start `nifikral studio` again, and this page goes on.", 0);
+        throw new Fault("The studio has ended; start `nifikral studio` again and open its new address: what was edited until then is there.", 0);
     }
     if (reply.ok) return reply;
     const fault = await reply.json().catch(() => ({}));

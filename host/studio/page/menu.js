@@ -211,7 +211,7 @@ export function menuJob(job, catalogue) {
     // Templates, each made of one's own pictures.
     const gallery = el("div", {class: "gallery tiles wide", role: "group", "aria-label": "Templates with your pictures"});
     const stop = roving(gallery, ".tile");
-    let madeOf = "";
+    let madeOf = null;
     const tiles = catalogue.templates.map(name => {
         const one = filmTile(name.replace(/_/g, " "), catalogue.effects.find(effect => effect.name === name)?.summary ?? "", () => choose(name));
         gallery.append(one.node);
