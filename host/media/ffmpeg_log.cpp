@@ -11,6 +11,7 @@ extern "C" {
 #include <cstdarg>
 #include <cstdio>
 #include <initializer_list>
+#include <new>
 
 #include "host/base/log.h"
 
@@ -29,8 +30,7 @@ bool IsA(const void* object, const AVClass* kind) {
     return object && *static_cast<const AVClass* const*>(object) == kind;
 }
 
-void Capture(void* object, int level, const char* format, va_list arguments) {
-    if (level > AV_LOG_INFO) return;
+void Take(void* object, int level, const char* format, va_list arguments) {
     char line[512];
     int prefix = 0;
     av_log_format_line2(object, level, format, arguments, line, sizeof line, &prefix);
@@ -44,6 +44,15 @@ void Capture(void* object, int level, const char* format, va_list arguments) {
     if (level > AV_LOG_WARNING) return;
     if (listener) listener->Hear(text, level <= AV_LOG_ERROR, IsA(object, avformat_get_class()));
     PrintDetail("ffmpeg: " + text);
+}
+
+void Capture(void* object, int level, const char* format, va_list arguments) {
+    if (level > AV_LOG_INFO) return;
+    try {
+        Take(object, level, format, arguments);
+    } catch (const std::bad_alloc&) {
+        // A message is lost: exceptions do not pass through C.
+    }
 }
 
 }  // namespace
