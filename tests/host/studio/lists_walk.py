@@ -45,7 +45,7 @@ def disc(page, studio):
     page.run("document.querySelector('.scrubber').focus()")
     page.key("End")
     page.click("button", "Chapter here")
-    begin = "return Number(document.querySelector('.control input[type=number]')?.value)"
+    begin = "return Number(document.querySelector('li.control input[type=number]')?.value)"
     last, flag = page.wait("the chapter is listed", begin), page.place(".movable", "Chapter 1")
     page.drag(flag, (flag[0] - 60, flag[1]), "touch")
     dragged = page.run(begin)
@@ -53,7 +53,7 @@ def disc(page, studio):
     page.run("document.querySelector('.movable').focus()")
     page.key("left")
     assert 0.03 < dragged - page.run(begin) < 0.05, page.run(begin)
-    page.fill(".control input[type=text]", "Title of chapter 1", "End")
+    page.fill("li.control input[type=text]", "Title of chapter 1", "End")
     page.wait("the room is known", "return document.querySelector('.space-bar span')", seconds=40)
     page.screenshot("disc")
 
