@@ -82,6 +82,9 @@ void AddRunOptions(CLI::App& app, CommandLine& line, RunOptions& options) {
     app.add_flag("--no-sound{false}", options.output.sound, "leave the sound out");
     app.add_flag("-y,--overwrite", options.output.overwrite, "overwrite an existing output");
     app.add_flag("--dry-run", options.dryRun, "check everything and print what would be done");
+    app.add_flag("--sandbox", options.confined,
+                 "read only what the command line names (of a project or a list its folder) and write only into the "
+                 "output's folder; the kernel sees to it");
     Take(line, app.add_option("--progress", line.progress, "how progress is printed on stderr")->type_name("FORM"),
          {"line", "json"});
     app.add_flag("-q,--quiet", line.quiet, "errors only");

@@ -8,6 +8,7 @@
 #include "host/base/interruption.h"
 #include "host/base/log.h"
 #include "host/base/progress.h"
+#include "host/base/sandbox.h"
 #include "host/base/standard_output.h"
 #include "host/command/command_line.h"
 #include "host/command/cpu_features.h"
@@ -56,6 +57,7 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
                                              ", without --chunk");
     if (run != line.runs.end()) {
         run->second->output.mark = RunMark(words);
+        if (run->second->confined) run->second->namedWords = words;
         if (purpose.prepare) purpose.prepare(*run->second);
     }
     if (!line.progress.empty() && line.progress != "line" && line.progress != "json")
@@ -72,12 +74,17 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     return 0;
 }
 
+std::string LineOf(const HostError& error) {
+    const bool mayBeConfined = error.Code() == ExitCode::Input && IsInSandbox();
+    return error.what() + std::string(mayBeConfined ? " (with --sandbox, name all inputs on the command line)" : "");
+}
+
 // The exit code of a whole run, whose errors are printed. Without memory, even printing may fail.
 int RunToCode(const std::string& program, const Words& words) {
     try {
         return Run(program, words, {});
     } catch (const HostError& error) {
-        PrintError(error.what());
+        PrintError(LineOf(error));
         return int(error.Code());
     } catch (const std::bad_alloc&) {
         throw;

@@ -12,6 +12,7 @@ extern "C" {
 #include "host/catalogue/catalogue.h"
 #include "host/films/button_list.h"
 #include "host/films/menu_pages.h"
+#include "host/run/confinement.h"
 
 namespace Nifikral {
 namespace {
@@ -109,6 +110,7 @@ void RequireMenuTemplate(const std::string& name, const EffectModule& module) {
 }
 
 void RenderMenu(const MenuOptions& options, const EffectModule& module) {
+    ConfineRun(options.film.run);
     RequireMenuTemplate(options.templateName, module);
     Faults faults(options.project);
     const FilmProfile* const profile = RequireProfile(options.film.run.profile);

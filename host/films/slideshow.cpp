@@ -12,6 +12,7 @@
 #include "host/films/slide_pictures.h"
 #include "host/films/text_renderer.h"
 #include "host/media/frame_rate.h"
+#include "host/run/confinement.h"
 
 namespace Nifikral {
 namespace {
@@ -191,6 +192,7 @@ PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModul
 }
 
 void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) {
+    ConfineRun(options.film.run);
     if (const std::string side = OddSide(ShapeOfFilm(options), options.film.run.output); !side.empty())
         throw HostError(ExitCode::Usage, "--size " + options.size + " has an odd " + side +
                                              ", and videos need even sides; give one more or make pictures");

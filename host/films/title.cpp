@@ -9,6 +9,7 @@
 #include "host/films/styled_text.h"
 #include "host/films/text_renderer.h"
 #include "host/media/media_input.h"
+#include "host/run/confinement.h"
 #include "host/run/many_files.h"
 
 namespace Nifikral {
@@ -115,6 +116,7 @@ EffectRequest TitleRequest(const TitleOptions& options, const TitleTimes& when) 
 }
 
 void PutTitle(const TitleOptions& options, const EffectModule& module) {
+    ConfineRun(options.run);
     RequireUtf8("the title", options.text);
     RequireUtf8("--face", options.face);
     const Settings look = Look(options);

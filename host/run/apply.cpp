@@ -14,6 +14,7 @@ extern "C" {
 #include "host/catalogue/catalogue.h"
 #include "host/media/film_profile.h"
 #include "host/run/chunks.h"
+#include "host/run/confinement.h"
 #include "host/run/effect_workers.h"
 #include "host/run/many_files.h"
 #include "host/run/request_chain.h"
@@ -190,6 +191,7 @@ void ReadApplyWords(const std::vector<std::string>& words, const EffectModule& m
 }
 
 void Apply(const ApplyOptions& options, const EffectModule& module) {
+    ConfineRun(options.run);
     EffectRun run{ParseEffectRequests(options.effects, module, options.presets)};
     RefuseGenerators(run.requests);
     ApplyOptions marked = options;

@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/media/frame_range.h"
 #include "host/media/media_sink.h"
@@ -23,6 +24,8 @@ struct RunOptions {
     std::string profile;      ///< the name of what a film is fitted to, or empty
     int threads = 0;          ///< 0: all cores
     bool dryRun = false;
+    bool confined = false;                ///< reach nothing but what the command line names and the output's folder
+    std::vector<std::string> namedWords;  ///< the words of the command line, where it is confined
     std::string chunk;          ///< "A-B": only these of the run's frames, to be joined later; empty: the whole run
     bool skipExisting = false;  ///< leave an output that is complete as it is
     bool namesMany = false;     ///< the output's path may be a folder or a pattern, for any number of inputs
