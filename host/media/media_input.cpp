@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <vector>
 
 #include "host/base/errors.h"
 #include "host/base/interruption.h"
@@ -18,6 +19,17 @@ namespace fs = std::filesystem;
 int OnWait(void*) { return IsInterrupted(); }
 
 [[noreturn]] void Refuse(const std::string& line) { throw HostError(ExitCode::Input, line); }
+
+// What a film is follows from the heads of its pictures. Of H.264 the first one would be decoded for it, which takes
+// long where it is large.
+int FindStreams(AVFormatContext& input) {
+    std::vector<AVDictionary*> options(input.nb_streams);
+    for (unsigned i = 0; i < input.nb_streams; ++i)
+        if (input.streams[i]->codecpar->codec_id == AV_CODEC_ID_H264) av_dict_set(&options[i], "skip_frame", "all", 0);
+    const int error = avformat_find_stream_info(&input, options.data());
+    for (AVDictionary*& entries : options) av_dict_free(&entries);
+    return error;
+}
 
 bool IsAddress(const std::string& path) { return path.find("://") != std::string::npos; }
 
@@ -82,7 +94,7 @@ InputPtr OpenInput(const std::string& path, const AVInputFormat* format, Standar
     // Any text file passes for terminal art.
     const bool media = input && std::string(input->iformat->name) != "tty";
     const bool listed = headOnly && input && !(input->ctx_flags & AVFMTCTX_NOHEADER);
-    if (media && !listed) error = avformat_find_stream_info(input.get(), nullptr);
+    if (media && !listed) error = FindStreams(*input);
     ThrowIfInterrupted();
     if (const std::string& size = listener.SizeRefused(); !size.empty())
         Refuse((standardInput ? "the picture from stdin" : path) + " is " + size +

@@ -105,7 +105,7 @@ bool MediaSource::Seek(std::int64_t time) {
     if (avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, time, time, 0) < 0) return false;
     avcodec_flush_buffers(m_decoder.get());
     m_inputEnded = m_finished = false;
-    m_lastTime = AV_NOPTS_VALUE;
+    m_lastTime = m_skipBefore = AV_NOPTS_VALUE;
     m_audio.clear();
     return true;
 }
@@ -114,8 +114,14 @@ bool MediaSource::Seek(std::int64_t time) {
 FramePtr MediaSource::DecodeFrom(double seconds) {
     const std::int64_t time = m_origin + std::int64_t(seconds / av_q2d(m_video->time_base));
     if (!Seek(time)) return DecodeNext();
-    if (m_options.keyFrame)
+    // Of pictures in two fields a packet may hold one.
+    const bool whole = m_video->codecpar->field_order <= AV_FIELD_PROGRESSIVE;
+    if (m_options.keyFrame && whole) {
         if (FramePtr frame = DecodeKeyFrame()) return frame;
+        Seek(time);
+    }
+    // H.264 says for certain which pictures no other one is made from.
+    if (whole && m_decoder->codec_id == AV_CODEC_ID_H264) m_skipBefore = time;
     for (FramePtr frame = DecodeNext(); frame; frame = DecodeNext())
         if (frame->pts == AV_NOPTS_VALUE || frame->pts >= time) return frame;
     Seek(m_origin);
@@ -132,9 +138,10 @@ FramePtr MediaSource::DecodeKeyFrame() {
     return frame;
 }
 
-bool MediaSource::GoTo(double seconds) {
+bool MediaSource::GoTo(double seconds, bool keyFrame) {
     if (!m_decoder || !m_files.empty() || m_origin == AV_NOPTS_VALUE || !Seek(m_origin)) return false;
     m_options.begin = seconds;
+    m_options.keyFrame = keyFrame;
     m_pending = DecodeFrom(seconds);
     if (m_pending) m_orientation.Apply(m_pending);
     return m_pending != nullptr;
@@ -382,6 +389,8 @@ void MediaSource::SendPacket(const AVPacket& packet) {
         !IsWholeJpeg({packet.data, std::size_t(packet.size)}))
         m_damage->Add(m_packets, "the file ends before its end");
     m_decoder->reordered_opaque = m_packets++;
+    const bool passed = packet.pts != AV_NOPTS_VALUE && packet.pts < m_skipBefore;
+    m_decoder->skip_frame = passed ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     const int sent = avcodec_send_packet(m_decoder.get(), &packet);
     if (sent >= 0 || sent == AVERROR(EAGAIN) || sent == AVERROR_EOF) return;
     // Where frames are decoded one at a time, the error is this packet's.

@@ -44,7 +44,7 @@ class MediaSource {
         const char* damageRemedy = "--keep-going takes what is readable";
         /// Seconds of the film that are skipped: it is as if it began behind them. For pictures without sound.
         double begin = 0;
-        /// Of a film only its key frame at `begin` or before it, which is there at once.
+        /// Comes with the film's key frame at `begin` or before it, which is there at once; GoTo leads on from it.
         bool keyFrame = false;
         /// Photographs may come smaller than they are, with a longer side of at least this; 0: as they are.
         int enoughSide = 0;
@@ -55,9 +55,10 @@ class MediaSource {
     /// The next picture of the range; without a frame once, at the end, then nothing.
     std::optional<SourceStep> Next();
 
-    /// Goes on as if the film began at a time, like Options::begin; to one that reads a whole film alone. False where
-    /// that is impossible: then nothing can be read any more.
-    bool GoTo(double seconds);
+    /// Goes on as if the film began at a time, like Options::begin, or with its key frame there, like
+    /// Options::keyFrame; for one that reads a whole film alone. False where that is impossible: then nothing can be
+    /// read any more.
+    bool GoTo(double seconds, bool keyFrame = false);
 
     /// For one who has the pictures already, instead of Next: more audio of the range, up to a time or further; nothing
     /// behind its end.
@@ -122,7 +123,7 @@ class MediaSource {
     FramePtr m_pending;
     std::deque<PacketPtr> m_audio;
     long long m_decoded = 0, m_packets = 0;
-    std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE;
+    std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE, m_skipBefore = AV_NOPTS_VALUE;
     double m_endTime = 0;
     bool m_endsEarly = false;  // as its container says
     bool m_inputEnded = false, m_finished = false, m_damageReported = false;

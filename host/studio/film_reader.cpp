@@ -18,7 +18,7 @@ MediaSource::Options Opening(int threads, int enoughSide) {
     options.extras = true;
     options.largestSide = 16384;
     options.enoughSide = enoughSide;
-    options.keyFrame = enoughSide > 0;
+    options.keyFrame = true;
     return options;
 }
 
@@ -42,25 +42,43 @@ FilmReader::FilmReader(std::string path, const MediaSource::Options& options)
     av_reduce(&m_facts.rate.num, &m_facts.rate.den, rate.num, rate.den, INT_MAX);
     m_facts.frames = std::max(1LL, m_source->EstimatedFrameCount());
     m_facts.seconds = m_facts.IsFilm() ? double(m_facts.frames) / av_q2d(m_facts.rate) : 0;
+    m_isAtKeyFrame = m_facts.IsFilm();
     m_facts.sound = !m_source->AudioStreams().empty();
     m_facts.chapters = MarksOf(*m_source);
 }
 
 FilmReader::FilmReader(std::string path) : FilmReader(std::move(path), Opening(RunOptions().ThreadCount(), 0)) {}
+FilmReader::FilmReader(std::string path, SourceFacts facts)
+    : m_path(std::move(path)), m_options(Opening(RunOptions().ThreadCount(), 0)), m_facts(std::move(facts)) {}
 FilmReader::FilmReader(std::string path, int enoughSide) : FilmReader(std::move(path), Opening(1, enoughSide)) {}
 
-void FilmReader::Open(long long number) {
+void FilmReader::Open(long long number, bool keyFrame) {
     m_last.reset();
     m_lastNumber = -1;
     m_ended = false;
     // Half a frame before it, since times are rounded.
     const double begin = number > 0 ? (double(number) - 0.5) / av_q2d(m_facts.rate) : 0;
-    if (m_source && m_source->GoTo(begin)) return;
+    m_isAtKeyFrame = keyFrame;
+    if (m_source && m_source->GoTo(begin, keyFrame)) return;
     m_options.begin = begin;
+    m_options.keyFrame = keyFrame;
     m_source.emplace(m_path, m_options);
 }
 
+// Where the film's first key frame is its first frame, as in most, it is there before the decoder would hand it out.
+void FilmReader::TakeKeyFrame() {
+    std::optional<SourceStep> step = m_source->Next();
+    if (!step || !step->frame) return;
+    const double seconds = double(step->frame->pts) * av_q2d(m_source->VideoStream().time_base);
+    if (std::llround(seconds * av_q2d(m_facts.rate)) != 0) return;
+    m_last = std::move(step->frame);
+    m_lastNumber = 0;
+}
+
 FramePtr FilmReader::At(long long number) {
+    if (m_isAtKeyFrame && number == 0 && !m_last) TakeKeyFrame();
+    if (m_last && m_lastNumber == number) return Referenced(*m_last);
+    if (m_isAtKeyFrame) Open(number);
     constexpr double stepSeconds = 2;
     const auto ahead = (long long)(stepSeconds * av_q2d(m_facts.rate));
     if (!m_source || number < m_lastNumber || (m_lastNumber < 0 ? number > ahead : number > m_lastNumber + ahead))
@@ -81,7 +99,7 @@ FramePtr FilmReader::At(long long number) {
 }
 
 FramePtr FilmReader::Near(long long number) {
-    if (number > 0) Open(number);
+    if (number > 0) Open(number, true);
     std::optional<SourceStep> step = m_source->Next();
     if (!step || !step->frame) throw HostError(ExitCode::Input, m_path + " has no picture that can be shown");
     return std::move(step->frame);

@@ -30,6 +30,8 @@ struct SourceFacts {
 class FilmReader {
  public:
     explicit FilmReader(std::string path);
+    /// For one that is known: nothing is opened before a frame is asked for.
+    FilmReader(std::string path, SourceFacts facts);
     /// For one picture that is looked at small: photographs come with a longer side of at least that.
     FilmReader(std::string path, int enoughSide);
 
@@ -41,7 +43,8 @@ class FilmReader {
 
  private:
     FilmReader(std::string path, const MediaSource::Options& options);
-    void Open(long long number);
+    void Open(long long number, bool keyFrame = false);
+    void TakeKeyFrame();
 
     std::string m_path;
     MediaSource::Options m_options;
@@ -50,6 +53,7 @@ class FilmReader {
     FramePtr m_last;  // that came out
     long long m_lastNumber = -1;
     bool m_ended = false;
+    bool m_isAtKeyFrame = false;  // nothing comes behind it before the source goes somewhere
 };
 
 }  // namespace Nifikral

@@ -94,7 +94,13 @@ std::shared_ptr<PreviewSources::Reader> PreviewSources::ReaderFor(Source& source
     return best;
 }
 
+std::shared_ptr<void> PreviewSources::Wanting() {
+    ++m_wanting;
+    return {nullptr, [this](void*) { --m_wanting; }};
+}
+
 SourceFacts PreviewSources::Facts(const std::string& path) {
+    const auto wanting = Wanting();
     const std::shared_ptr<Source> source = Open(KeyOfFile(path));
     {
         const std::lock_guard lock(source->mutex);
@@ -111,7 +117,7 @@ SharedFrame PreviewSources::Whole(const Source& source, Reader& reader, const st
     const bool still = !source.facts->IsFilm();
     if (still)
         if (SharedFrame kept = m_wholes.Find(key)) return kept;
-    if (!reader.film) reader.film = std::make_unique<FilmReader>(wanted.path);
+    if (!reader.film) reader.film = std::make_unique<FilmReader>(wanted.path, *source.facts);
     SharedFrame whole = Shared(reader.film->At(wanted.number));
     if (still) {
         m_wholes.Keep(key, whole, BytesOf(*whole));
@@ -121,8 +127,7 @@ SharedFrame PreviewSources::Whole(const Source& source, Reader& reader, const st
 }
 
 SharedFrame PreviewSources::Picture(const WantedPicture& wanted) {
-    ++m_wanting;
-    const std::shared_ptr<void> done(nullptr, [this](void*) { --m_wanting; });
+    const auto wanting = Wanting();
     return Made(wanted);
 }
 

@@ -53,6 +53,8 @@ class PreviewSources {
         std::vector<std::shared_ptr<Reader>> readers;
     };
 
+    // While it lives, nothing is read ahead.
+    std::shared_ptr<void> Wanting();
     std::shared_ptr<Source> Open(const std::string& key);
     std::shared_ptr<Reader> ReaderFor(Source& source, const std::string& path, long long number);
     SharedFrame Made(const WantedPicture& wanted);

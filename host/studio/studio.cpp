@@ -47,7 +47,7 @@ double QueryNumber(const WebRequest& request, const char* name, double low, doub
 }
 
 constexpr double longestFilm = 24 * 3600;
-constexpr int smallestWidth = 16, largestWidth = 4096;
+constexpr int smallestWidth = 16, tileWidth = 160, largestWidth = 4096;
 
 class Studio {
  public:
@@ -228,10 +228,9 @@ class Studio {
         if (const Json* const crop = MemberOf(body, "crop")) ReadCrop(*crop, facts, wish);
         SharedFrame picture = held.Own().Make(wish, m_sources, m_module, held.turn);
         held.turn.RequireNewest();
-        if (facts.IsFilm() && !wish.crop) {
-            PictureShape shape = ShapeOf(*picture);
-            m_sources.ReadAhead({path, wish.number, shape});
-        }
+        // On tiles nobody goes through a film.
+        if (facts.IsFilm() && !wish.crop && wish.width > tileWidth)
+            m_sources.ReadAhead({path, wish.number, ShapeOf(*picture)});
         if (wish.crop) picture = Shared(PartOf(*picture, *wish.crop));
         const bool png = TextIn(body, "format", "jpeg") == "png";
         std::string file = png ? PngOf(*picture) : JpegOf(*picture, held.Own().ShowsAlpha());

@@ -19,7 +19,7 @@ export function effectsJob(job, catalogue) {
     const film = job === "film", effects = new Map(catalogue.effects.map(effect => [effect.name, effect]));
     const doc = () => store.get()[job];
     const set = (part, label) => store.change(job, part, label);
-    let about = null, opened = null, tilesOf = "";
+    let about = null, opened = null, tilesOf = "", shownOf = "", adding = false;
 
     const stage = new Stage(film ? "The film's frame under the effects" : "The picture under the effects", () => ask_());
     const handles = new Handles(stage);
@@ -31,10 +31,15 @@ export function effectsJob(job, catalogue) {
     const span = () => film ? {...(doc().in !== null && {in: doc().in}), ...(doc().out !== null && {out: doc().out})} : {};
     const body = (view, chain) => ({view: `${page}/${job}/${view}`, path: doc().path, at: timeline?.at ?? 0, ...stage.need(), effects: chain, ...span()});
     const result = new Latest(async (request, signal) => {
-        const picture = await bitmap("api/still", request, signal);
-        if (request.path !== doc().path || timeline?.playing) return picture.close();
-        stage.show(picture, request.crop);
-        stage.node.dispatchEvent(new CustomEvent("shown", {detail: request.effects}));
+        try {
+            const picture = await bitmap("api/still", request, signal);
+            if (request.path !== doc().path || timeline?.playing) return picture.close();
+            stage.show(picture, request.crop);
+            stage.node.dispatchEvent(new CustomEvent("shown", {detail: request.effects}));
+        } finally {
+            shownOf = request.path;
+            refreshTiles();
+        }
     });
     const original = new Latest(async (request, signal) => stage.show(await bitmap("api/still", request, signal), request.crop, "original"));
     let originalOf = "";
@@ -203,9 +208,10 @@ export function effectsJob(job, catalogue) {
         for (const one of tiles) one.node.hidden = !words.every(word => one.words.includes(word));
         for (const section of sections) section.hidden = ![...section.querySelectorAll(".tile")].some(node => !node.hidden);
     }
+    /** The tiles wait until the picture itself is there. */
     function refreshTiles() {
         const key = `${doc().path}|${timeline ? Math.round(timeline.at) : 0}`;
-        if (!about || key === tilesOf) return;
+        if (!adding || !about || shownOf !== doc().path || key === tilesOf) return;
         tilesOf = key;
         for (const [index, one] of tiles.entries())
             one.refresh(() => paint(one.canvas, "api/still", {view: `${page}/${job}/tile${index}`, path: doc().path, at: timeline?.at ?? 0, width: 160, effects: one.texts}).catch(report));
@@ -240,7 +246,7 @@ export function effectsJob(job, catalogue) {
         ask_();
         showHandles();
         refreshForms();
-        if (store.get().panel === "add") refreshTiles();
+        refreshTiles();
     }
     const marks = () => {
         if (!film || !about) return;
@@ -263,8 +269,9 @@ export function effectsJob(job, catalogue) {
         leave() { timeline?.stop(); result.cancel(); },
         update(state) {
             const now = state[job];
+            adding = state.panel === "add";
             if (openedPath !== now.path) open(now.path);
-            if (state.panel === "add") refreshTiles();
+            refreshTiles();
             if (drawn === now) return;
             const before = drawn;
             drawn = now;
