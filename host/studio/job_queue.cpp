@@ -1,6 +1,7 @@
 #include "host/studio/job_queue.h"
 
 #include <poll.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 
@@ -134,8 +135,11 @@ void JobQueue::End(Job& job) {
     if (job.state == State::Failed && job.message.empty()) job.message = DescribeEnd(code);
 }
 
-// All programs are started and waited for on this thread: they end with it.
+// All programs are started and waited for on this thread: they end with it, and leave the processors to what is looked
+// at, as it does.
 void JobQueue::Work() {
+    constexpr int behindPreviews = 5;
+    setpriority(PRIO_PROCESS, 0, behindPreviews);
     constexpr int milliseconds = 100;
     for (;;) {
         std::vector<Job*> running;
