@@ -98,7 +98,7 @@ PlannedTitle PlanFilm(const DiscFilm& film, const FilmProfile& profile, DiscForm
 
 PlannedTitle PlanShow(const DiscFilm& film) {
     PlannedTitle title;
-    const std::vector<Slide> slides = ReadableSlides(FindSlides(film.pictures), false);
+    const std::vector<Slide> slides = ReadableSlides(FindSlides(film.pictures), {});
     for (const Slide& slide : slides)
         title.seconds += slide.seconds.value_or(slide.filmSeconds > 0 ? slide.filmSeconds : film.pictureSeconds);
     title.description =
@@ -168,7 +168,7 @@ DiscPlan PlanDisc(const DiscProject& project, DiscFormat format, Faults& faults)
     const DiscMenus& menus = project.menus;
     if (!menus.music.empty()) Try("menus.music", faults, [&] { SoundSeconds(menus.music); });
     if (!menus.background.empty())
-        Try("menus.background", faults, [&] { ReadableSlides(FindSlides({menus.background}), true); });
+        Try("menus.background", faults, [&] { ReadableSlides(FindSlides({menus.background}), {.strict = true}); });
     for (std::size_t i = 0; i < menus.instructions.size(); ++i)
         CheckTitle("menus.instructions[" + std::to_string(i) + "]", menus.instructions[i], faults);
     if (format == DiscFormat::Dvd)

@@ -105,7 +105,7 @@ class PageMaker {
         source.isImage = false;
         source.begin = begin;
         if (!film.path.empty()) return source;
-        const Slide first = ReadableSlides(FindSlides(film.pictures), false).front();
+        const Slide first = ReadableSlides(FindSlides(film.pictures), {}).front();
         source.path = first.path;
         source.isImage = !first.plays;
         source.begin = 0;

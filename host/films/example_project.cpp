@@ -212,8 +212,8 @@ std::vector<Box> Rows(int count) {
 }
 
 // The largest one of a picture's shape in the middle of a box.
-Box Fitted(const std::string& picture, const Box& box) {
-    MediaManager manager;
+Box Fitted(const std::string& picture, const Box& box, PictureStore* store) {
+    MediaManager manager(store);
     AVBased::IAVSource* const source = manager.OpenSource(PathInList(picture).c_str(), "");
     AVBased::IRawVideoFrame* const frame = source ? source->ReadFrame() : nullptr;
     unsigned across = unsigned(box.width), down = unsigned(box.height);
@@ -229,13 +229,13 @@ Box Fitted(const std::string& picture, const Box& box) {
 }
 
 // For the template that places nothing by itself: pictures that come from the left into rows.
-std::string PlacedSources(const std::vector<Slide>& pictures, const fs::path& folder) {
+std::string PlacedSources(const std::vector<Slide>& pictures, const fs::path& folder, PictureStore* store) {
     // Frames of the way into the menu, from beyond its edge.
     constexpr int speed = 16, frames = 79;
     const std::vector<Box> boxes = Rows(int(std::min(pictures.size(), placedPerPage)));
     Json sizes, starts, ends, formulas, speeds, invisible, opaque, fades;
     for (std::size_t i = 0; i < pictures.size(); ++i) {
-        const Box box = Fitted(pictures[i].path, boxes[i % placedPerPage]);
+        const Box box = Fitted(pictures[i].path, boxes[i % placedPerPage], store);
         sizes.push_back({box.width, box.height});
         starts.push_back({box.x - speed * frames, box.y});
         ends.push_back({box.x, box.y});
@@ -293,14 +293,14 @@ ExampleProject WriteExampleProject(const InitOptions& options, const EffectModul
     const fs::path folder = options.folder.empty() ? options.templateName : options.folder;
     const bool placed = options.templateName == "menu_common";
     std::vector<Slide> pictures;
-    if (!options.pictures.empty()) pictures = ReadableSlides(FindSlides(options.pictures), false);
+    if (!options.pictures.empty()) pictures = ReadableSlides(FindSlides(options.pictures), {.store = options.store});
 
     std::vector<ExamplePicture> files;
     if (pictures.empty() || placed) files = DrawExamplePictures();
     if (!pictures.empty()) std::erase_if(files, [](const auto& file) { return file.file != "background.png"; });
     std::string sources = placed ? placedSources : std::string(arrangedSources) + arrangedPictures + ",\n";
     if (!pictures.empty())
-        sources = placed ? PlacedSources(pictures, folder)
+        sources = placed ? PlacedSources(pictures, folder, options.store)
                          : arrangedSources + NamesInProject(pictures, folder).dump() + ",\n";
     const std::size_t perPage = placed ? placedPerPage : std::size_t(UsualPerPage(options.templateName));
     const bool hasPages = perPage > 0 && pictures.size() > perPage;

@@ -17,6 +17,7 @@
 #include "host/catalogue/effect_module.h"
 #include "host/films/media_manager.h"
 #include "host/films/slide_list.h"
+#include "host/media/jpeg_picture.h"
 #include "host/media/media_source.h"
 #include "host/media/sound_track.h"
 
@@ -84,8 +85,12 @@ std::string DateOf(const MediaSource& film) {
 }
 
 // What hinders a slide, "" for nothing; else its facts are stored.
-std::string TrySlide(Slide& slide) {
-    MediaManager manager;
+std::string TrySlide(Slide& slide, const SlideTrial& trial) {
+    if (trial.headsOnly && HasJpegHead(slide.path)) {
+        slide.facts = ReadPhotograph(slide.path);
+        return {};
+    }
+    MediaManager manager(trial.store);
     AVBased::IAVSource* const source = manager.OpenSource(PathInList(slide.path).c_str(), "");
     if (!source) return TakeFiledMessage().value_or(slide.path + " cannot be read");
     slide.plays = !source->IsStill();
@@ -133,7 +138,7 @@ std::vector<Slide> FindSlides(const std::vector<std::string>& inputs) {
     return slides;
 }
 
-std::vector<Slide> ReadableSlides(std::vector<Slide> slides, bool strict) {
+std::vector<Slide> ReadableSlides(std::vector<Slide> slides, const SlideTrial& trial) {
     std::vector<std::string> faults(slides.size());
     {
         Progress progress((long long)slides.size(), "picture", "checking ");
@@ -142,7 +147,7 @@ std::vector<Slide> ReadableSlides(std::vector<Slide> slides, bool strict) {
         const auto check = [&](std::size_t i) {
             const Turn turn(&checking);
             if (IsInterrupted()) return;
-            faults[i] = TrySlide(slides[i]);
+            faults[i] = TrySlide(slides[i], trial);
             const std::lock_guard lock(mutex);
             progress.Advance();
         };
@@ -159,9 +164,9 @@ std::vector<Slide> ReadableSlides(std::vector<Slide> slides, bool strict) {
             continue;
         }
         lines += faults[i] + "\n";
-        if (!strict) PrintWarning(faults[i] + " (skipped)");
+        if (!trial.strict) PrintWarning(faults[i] + " (skipped)");
     }
-    if (strict && !lines.empty()) throw HostError(ExitCode::Input, lines);
+    if (trial.strict && !lines.empty()) throw HostError(ExitCode::Input, lines);
     if (good.empty())
         throw HostError(ExitCode::Input,
                         "none of the pictures can be read (" + std::to_string(slides.size()) + " tried); name others");

@@ -10,6 +10,8 @@
 
 namespace Nifikral {
 
+class PictureStore;
+
 /// What a slideshow shows in one piece: a picture, an animation or a film.
 struct Slide {
     std::string path;
@@ -32,9 +34,15 @@ bool IsFilmName(const std::filesystem::path& path);
 /// a folder holds is printed under -v. Throws input errors, and usage errors for lists.
 std::vector<Slide> FindSlides(const std::vector<std::string>& inputs);
 
+struct SlideTrial {
+    bool strict = false;            ///< none may be missing
+    bool headsOnly = false;         ///< of JPEG files only the head is looked at, which takes no time
+    PictureStore* store = nullptr;  ///< where the pictures that were opened are kept
+};
+
 /// Those that can be read, after a trial of all. The others are printed as warnings; when none is left, or any is
-/// missing and `strict` is set, an input error is thrown.
-std::vector<Slide> ReadableSlides(std::vector<Slide> slides, bool strict);
+/// missing that may not be, an input error is thrown.
+std::vector<Slide> ReadableSlides(std::vector<Slide> slides, const SlideTrial& trial);
 
 /// What OrderSlides takes.
 std::vector<std::string> SlideOrders();

@@ -188,7 +188,7 @@ PreparedFilm PrepareSlideshow(const SlideshowOptions& options, const EffectModul
     for (const Slide& slide : found) options.film.run.RefuseAsOutput(slide.path);
     for (const std::string& sound : options.film.sounds) options.film.run.RefuseAsOutput(sound);
     options.film.Seconds();
-    return PrepareSlideshow(options, ReadableSlides(found, options.strict), module).made;
+    return PrepareSlideshow(options, ReadableSlides(found, {.strict = options.strict}), module).made;
 }
 
 void MakeSlideshow(const SlideshowOptions& options, const EffectModule& module) {

@@ -7,8 +7,10 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "host/base/errors.h"
 
@@ -118,6 +120,18 @@ std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> fil
     frame->pts = 0;
     frame->pkt_duration = PictureReader::stillDuration;
     return std::make_unique<JpegPicture>(std::move(frame), known->second);
+}
+
+bool HasJpegHead(const std::string& path) {
+    // Profiles, notes and a thumbnail may stand before what counts.
+    constexpr std::size_t enough = 256 << 10;
+    std::vector<unsigned char> head(enough);
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(head.data()), enough);
+    const HandlePtr handle = Require<HandlePtr>(tjInitDecompress());
+    int width = 0, height = 0, sampling = 0, colours = 0;
+    return tjDecompressHeader3(handle.get(), head.data(), (unsigned long)file.gcount(), &width, &height, &sampling,
+                               &colours) == 0;
 }
 
 struct JpegWriter::Parts {

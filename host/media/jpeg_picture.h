@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "host/media/picture_reader.h"
 
 /// JPEG files by libjpeg-turbo, which is several times as fast at single ones as FFmpeg's own code.
@@ -9,6 +11,9 @@ namespace Nifikral {
 /// says what is wrong. `enoughSide`: a longer side of at least this is enough, for a picture that is looked at small;
 /// 0: the picture comes as it is.
 std::unique_ptr<PictureReader> OpenJpegPicture(std::span<const std::uint8_t> file, int enoughSide = 0);
+
+/// Whether a file begins as one that libjpeg-turbo takes; what follows may be damaged.
+bool HasJpegHead(const std::string& path);
 
 /// Writes pictures of BGR0 or of full-range planes. Threads: one at a time.
 class JpegWriter {

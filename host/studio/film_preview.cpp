@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/base/errors.h"
 #include "host/media/picture_formats.h"
 #include "host/studio/preview_coding.h"
 #include "host/studio/preview_source.h"
@@ -27,6 +28,16 @@ void FilmView::GoTo(const FilmWish& wish, long long number, const ViewTurn& turn
     }
 }
 
+FramePtr FilmView::Made(const FilmWish& wish, long long number, const ViewTurn& turn) {
+    for (;;) try {
+            GoTo(wish, std::min(number, m_film->film.frames - 1), turn);
+            return m_frames->Make();
+        } catch (const HostError&) {
+            if (!wish.mends || !wish.mends(number)) throw;
+            Begin(wish);
+        }
+}
+
 std::string FilmView::Frame(const FilmWish& wish, FilmFrames& made, const ViewTurn& turn) {
     std::string key = wish.key + "/" + std::to_string(wish.width);
     if (m_key != key || !m_frames) {
@@ -38,8 +49,7 @@ std::string FilmView::Frame(const FilmWish& wish, FilmFrames& made, const ViewTu
     const long long number = std::clamp(wish.number, 0LL, m_film->film.frames - 1);
     const std::string name = m_name + std::to_string(number);
     if (std::string picture = made.Find(name); !picture.empty()) return picture;
-    GoTo(wish, number, turn);
-    const FramePtr frame = m_frames->Make();
+    const FramePtr frame = Made(wish, number, turn);
     std::string picture = JpegOf(*Scaled(*frame, ShownShape(ShapeOf(*frame), wish.width)));
     made.Keep(name, picture, picture.size());
     return picture;

@@ -17,6 +17,8 @@ using FilmFrames = LastUsed<std::string>;
 struct FilmWish {
     std::string key;  ///< of everything that the film is made from
     std::function<PreparedFilm()> prepare;
+    /// Whether a film, one of whose frames cannot be made, is another one when it is prepared anew. May be empty.
+    std::function<bool(long long)> mends;
     long long number = 0;  ///< behind the end, the last one
     int width = 0;         ///< that it has at most
 };
@@ -31,6 +33,7 @@ class FilmView {
 
  private:
     void Begin(const FilmWish& wish);
+    FramePtr Made(const FilmWish& wish, long long number, const ViewTurn& turn);
     void GoTo(const FilmWish& wish, long long number, const ViewTurn& turn);
 
     std::string m_key, m_name;  // of the film; in short, for its frames

@@ -97,12 +97,13 @@ void StudioFilms::Store::Keep(const std::string& path, const AVFrame& picture) {
 StudioFilms::StudioFilms(const StudioFolder& folder, const std::string& module)
     : m_folder(folder), m_manager(&m_store), m_module(module, &m_manager) {}
 
-Json StudioFilms::NewMenu(const Json& body) const {
+Json StudioFilms::NewMenu(const Json& body) {
     InitOptions options;
     options.templateName = TextIn(body, "template");
     RequireMenuTemplate(options.templateName, m_module);
     options.title = TextIn(body, "title");
     options.overwrite = true;
+    options.store = &m_store;
     for (const std::string& picture : WordsIn(body, "pictures")) options.pictures.push_back(m_folder.Existing(picture));
     // What the template needs beside one's own pictures stays there.
     options.folder = studioFolder + ("/" + options.templateName);
@@ -203,7 +204,7 @@ StudioFilms::ShowWish StudioFilms::ReadShow(const Json& show, int width) {
     for (const Slide& slide : unknown) m_tried[KeyOfFile(slide.path)] = {};
     try {
         if (!unknown.empty())
-            for (Slide& slide : ReadableSlides(unknown, false)) m_tried[KeyOfFile(slide.path)] = slide;
+            for (Slide& slide : ReadableSlides(unknown, {.headsOnly = true})) m_tried[KeyOfFile(slide.path)] = slide;
     } catch (const HostError&) {
         // None of them can be read.
         unknown.clear();
@@ -240,6 +241,25 @@ Json StudioFilms::CheckShow(const Json& show) {
             {"height", film.height}, {"slides", std::move(slides)},      {"missing", wish.missing}};
 }
 
+bool StudioFilms::LeavesOut(const Json& show, long long number) {
+    ShowWish wish = ReadShow(show, 0);
+    const PreparedShow prepared = PrepareSlideshow(wish.options, std::move(wish.slides), m_module);
+    bool found = false;
+    for (std::size_t i = 0; i < prepared.slides.size(); ++i) {
+        if (number < prepared.spans[i].begin || number >= prepared.spans[i].end) continue;
+        const std::string& path = prepared.slides[i].path;
+        try {
+            ReadableSlides(FindSlides({path}), {});
+        } catch (const HostError&) {
+            const std::lock_guard lock(m_mutex);
+            m_tried[KeyOfFile(path)] = {};
+            ++m_leftOut;
+            found = true;
+        }
+    }
+    return found;
+}
+
 FilmWish StudioFilms::WishOf(Kind kind, const Json& body) {
     FilmWish wish;
     wish.width = IntegerIn(body, "width", smallestWidth, largestWidth, usualWidth);
@@ -252,6 +272,11 @@ FilmWish StudioFilms::WishOf(Kind kind, const Json& body) {
         for (const Json& input : ListIn(*show, "inputs"))
             wish.key +=
                 KeyOfFile(m_folder.Existing(input.is_string() ? input.get<std::string>() : TextIn(input, "path")));
+        {
+            const std::lock_guard lock(m_mutex);
+            wish.key += std::to_string(m_leftOut);
+        }
+        wish.mends = [this, show = *show](long long number) { return LeavesOut(show, number); };
         wish.prepare = [this, show = *show, width = wish.width] {
             ShowWish of = ReadShow(show, width);
             return PrepareSlideshow(of.options, std::move(of.slides), m_module).made;

@@ -26,7 +26,7 @@ class StudioFilms {
     /// `module` is the file of the module; pictures that its generators open are kept for the next time.
     StudioFilms(const StudioFolder& folder, const std::string& module);
 
-    Json NewMenu(const Json& body) const;
+    Json NewMenu(const Json& body);
     Json CheckMenu(const Json& body);
     Json CheckShow(const Json& show);
     Json SurveyDisc(const Json& body) const;
@@ -56,6 +56,8 @@ class StudioFilms {
     std::vector<MenuProject> ReadMenu(const Json& body);
     std::shared_ptr<const std::vector<DiscPage>> ReadDiscPages(const Json& body);
     ShowWish ReadShow(const Json& show, int width);
+    // Whether a slide that is seen there turns out to be damaged: it is left out from now on.
+    bool LeavesOut(const Json& show, long long number);
     // All but the number.
     FilmWish WishOf(Kind kind, const Json& body);
 
@@ -65,6 +67,7 @@ class StudioFilms {
     EffectModule m_module;
     std::mutex m_mutex;
     std::map<std::string, Slide> m_tried;  // by path and time of change; without a path: it cannot be read
+    int m_leftOut = 0;                     // of them, when they were looked at
     // The menus that were laid out last, and of what: laying them out takes long.
     std::string m_discOf;
     std::shared_ptr<const std::vector<DiscPage>> m_discPages;

@@ -37,7 +37,7 @@ TEST_F(Damage, OfOnePictureIsNotItsNeighboursWhenManyAreReadAtOnce) {
     SetVerbosity(Verbosity::Quiet);
     for (int run = 0; run < 25; ++run) {
         std::vector<std::string> readable;
-        for (const Slide& slide : ReadableSlides(all, false)) readable.push_back(slide.path);
+        for (const Slide& slide : ReadableSlides(all, {})) readable.push_back(slide.path);
         ASSERT_EQ(readable, good) << "run " << run;
     }
     SetVerbosity(Verbosity::Normal);

@@ -212,6 +212,16 @@ class StudioTest(unittest.TestCase):
         self.assertEqual((check["frames"], check["slides"][1]["caption"]), (100, "Here"))
         status, picture, _ = self.studio.ask("POST", "api/slideshow/frame", {"view": "s", "show": show, "frame": 70})
         self.assertEqual((status, len(pixels(picture))), (200, 320 * 180 * 3))
+        # A photograph whose damage shows once it is decoded is left out, as the command leaves it out.
+        subprocess.run(["ffmpeg", "-v", "error", "-i", "a.png", "cut.jpg"], cwd=self.studio.folder, check=True)
+        cut = self.studio.folder / "cut.jpg"
+        cut.write_bytes(cut.read_bytes()[:-2000])
+        damaged = dict(show, inputs=["cut.jpg", *show["inputs"]])
+        frames = [self.studio.ask("POST", "api/slideshow/frame", {"view": "d", "show": one, "frame": 20})[:2] for one in (damaged, show)]
+        self.assertEqual(frames[0], frames[1])
+        check = self.studio.post("api/slideshow/check", damaged)
+        self.assertEqual((check["frames"], check["missing"]), (100, ["cut.jpg"]))
+        cut.unlink()
         line = self.studio.post("api/command", dict(show, kind="slideshow", output="show.mp4"))
         self.assertEqual(line["files"], [{"path": "show.txt", "text": "a.png |  | \nb 2.png | 1 | Here\n"}])
         self.wait(self.studio.post("api/jobs", dict(show, kind="slideshow", output="show.mp4"))["id"], "done")
