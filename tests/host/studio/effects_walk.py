@@ -122,10 +122,43 @@ def film(page, studio):
     studio.same_bytes(line, "soft.mp4")
 
 
+def narrow(page, studio):
+    """A film on a telephone, by fingers alone."""
+    page.resize(390, 844, touch=True)
+    page.pointer = "touch"
+    page.job("film")
+    page.panel("files")
+    page.shown(lambda: page.click(".file", "pan"))
+    page.panel("add")
+    page.wait("tiles show the film", "return document.querySelectorAll('.tile canvas.painted').length > 3")
+    page.shown(lambda: page.click(".tile", "rotate"))
+    middle = page.place(".handle", "place")
+    page.shown(lambda: page.drag(middle, (middle[0] - 40, middle[1]), "touch"))
+    assert value(page, "centre, across") < 45
+    page.click("button", "Key points: let radius change")
+    point = page.place(".key-point:last-of-type")
+    page.shown(lambda: page.drag(point, (point[0], point[1] - 20), "touch"))
+    at, (x, y) = "return Number(document.querySelector('.scrubber').value)", page.place(".scrubber")
+    page.shown(lambda: page.drag((x - 40, y), (x + 20, y), "touch", 12))
+    there = page.run(at)
+    assert there > 5, there
+    page.click("button", "In")
+    page.click("button", "Play")
+    page.wait("it plays to the end", "return Number(document.querySelector('.scrubber').value) === Number(document.querySelector('.scrubber').max)")
+    page.screenshot("film-narrow")
+    page.click("button", "Render")
+    page.dialog("narrow.mp4")
+    finished(page, "narrow.mp4")
+    line = page.command()
+    assert "@0s:" in line and "--frames=" in line, line
+    studio.same_bytes(line, "narrow.mp4")
+
+
 def steps(page, studio):
     picture(page, studio)
     film(page, studio)
+    narrow(page, studio)
 
 
 if __name__ == "__main__":
-    walk(steps, clip=1.2)
+    walk(steps, clip=1.2, pan=1)

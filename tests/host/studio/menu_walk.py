@@ -60,6 +60,14 @@ def steps(page, studio):
     page.wait("the menu is rendered", "return [...document.querySelectorAll('.notice')].some(one => one.textContent.includes('film.mp4 is written'))", seconds=60)
     studio.same_bytes(line, "film.mp4")
 
+    # A template that leaves its pictures' places open: one is dragged.
+    page.panel("templates")
+    page.shown(lambda: page.click(".tile", "menu common"))
+    place = page.place(".handle", "picture 1")
+    page.shown(lambda: page.drag(place, (place[0] - 40, place[1] + 30)))
+    there = page.place(".handle", "picture 1")
+    assert abs(there[0] - place[0] + 40) < 2 and abs(there[1] - place[1] - 30) < 2, (place, there)
+
 
 if __name__ == "__main__":
     walk(steps, clip=0.5)

@@ -126,6 +126,31 @@ class StudioTest(unittest.TestCase):
         dropped = [json.loads(body) for status, body, _ in answers if status == 409]
         self.assertTrue(dropped and all(one["superseded"] for one in dropped), [one[0] for one in answers])
 
+    def test_two_pages_at_once_do_not_disturb_each_other(self):
+        self.command("apply", "-y", "film.mp4", "other.mp4", "emboss")
+        slow = ["simple_gauss_blur:count=50"] * 4
+        wishes = [{"path": "film.mp4", "effects": ["rotate:r=40%:scale=3", *slow]}, {"path": "other.mp4", "effects": ["invert", *slow]}]
+        places = [50, 3, 88, 4, 51, 20, 89]
+        alone = [[self.studio.still(**wish, view="alone", at=place / 25)[0] for place in places] for wish in wishes]
+
+        def scrub(page):
+            return [self.studio.still(**wishes[page], view=f"page{page}/film", at=place / 25)[0] for place in places]
+
+        def play(page):
+            return self.studio.ask("POST", "api/stream", dict(wishes[page], view=f"page{page}/film", **{"from": 0.5, "to": 2}))[1]
+
+        def hurry(page):
+            return self.studio.ask("POST", "api/still", dict(wishes[page], view=f"page{page}/hurry", at=1.5))[0]
+
+        played = [play(page) for page in range(2)]
+        with concurrent.futures.ThreadPoolExecutor(16) as pool:
+            scrubs, plays = ([pool.submit(work, page) for page in range(2)] for work in (scrub, play))
+            hurries = [pool.submit(hurry, 0) for _ in range(8)]
+            self.assertEqual([one.result() for one in scrubs], alone)
+            self.assertEqual([one.result() for one in plays], played)
+            self.assertLessEqual({one.result() for one in hurries}, {200, 409})
+        (self.studio.folder / "other.mp4").unlink()
+
     def test_streams_every_frame_of_a_part(self):
         status, body, headers = self.studio.ask(
             "POST", "api/stream", {"view": "play", "path": "film.mp4", "width": 160, "effects": ["gray"], "from": 1,

@@ -15,6 +15,7 @@ function find(selector, text) {
 
 class Page(Browser):
     """The page of a studio: things are found by what they say, as people do it."""
+    pointer = "mouse"  # what a click is made with, if nothing else is said
     STATE = """return [...document.querySelectorAll(".notice")].map(one => one.textContent)"""
 
     def has(self, selector, text=""):
@@ -37,14 +38,23 @@ class Page(Browser):
         return self.run(FIND + """const node = find(...arguments); node.scrollIntoView({block: "nearest", inline: "nearest"});
             const box = node.getBoundingClientRect(); return [box.x + box.width / 2, box.y + box.height / 2]""", selector, text)
 
-    def click(self, selector, text="", how="mouse"):
+    def click(self, selector, text="", how=None):
         """By mouse or touch where the thing is, or by Enter where the focus is put on it."""
+        how = how or self.pointer
         if how == "keys":
             self.place(selector, text)
             self.run(FIND + "find(...arguments).focus()", selector, text)
             self.key("Enter")
-        else:
+            return
+        self.run("window.clicked = false; addEventListener('click', () => { window.clicked = true; }, {capture: true, once: true})")
+        for _ in range(5):
             self.point(*self.place(selector, text), how)
+            # A finger that a busy machine lets rest too long does not click.
+            end = time.monotonic() + 1
+            while how == "touch" and not self.run("return window.clicked") and time.monotonic() < end:
+                time.sleep(0.03)
+            if how != "touch" or self.run("return window.clicked"):
+                return
 
     def fill(self, selector, label, value):
         """Types a value in place of what a field holds."""
@@ -88,6 +98,12 @@ class Page(Browser):
         for name in names:
             self.click(".file", name)
         self.click(".foot button", "Add")
+
+    def drop(self, name, selector):
+        """Drags a file of the folder onto a list, as far as that goes without a hand on the mouse."""
+        self.run(FIND + """const [file, onto, data] = [find(".file", arguments[0]), find(arguments[1]), new DataTransfer()];
+            for (const [node, type] of [[file, "dragstart"], [onto, "dragover"], [onto, "drop"]])
+                node.dispatchEvent(new DragEvent(type, {dataTransfer: data, bubbles: true, cancelable: true}))""", name, selector)
 
     def calm(self):
         """No fault is on the page, and none in the console."""
