@@ -38,9 +38,21 @@ export class Handles {
     }
     /** shapes: [{kind, label(part), get(part), set(values)}] */
     show(shapes) {
+        // What is dragged stays in the hand.
+        if (this.held) { this.next = shapes; return; }
+        const dots = () => [...this.group.querySelectorAll(".handle")], had = dots().indexOf(document.activeElement);
         this.group.replaceChildren();
         this.shapes = shapes.map(shape => this.draw(shape));
         this.update();
+        dots()[had]?.focus();
+    }
+    drag(move) {
+        this.held = true;
+        return {move, end: () => {
+            this.held = false;
+            if (this.next) this.show(this.next);
+            this.next = null;
+        }};
     }
     update() { for (const shape of this.shapes) shape(); }
 
@@ -75,7 +87,7 @@ export class Handles {
             const dot = svg("circle", {r: 8, class: "handle", tabindex: 0, role: "slider", "aria-label": `${shape.name ? shape.name + ": " : ""}${point.name}`, "aria-roledescription": "handle on the picture"});
             draggable(dot, event => {
                 const at = point.at(), begin = stage.share(event);
-                return {move: e => { const now = stage.share(e); move(point, at[0] + now[0] - begin[0], at[1] + now[1] - begin[1]); }};
+                return this.drag(e => { const now = stage.share(e); move(point, at[0] + now[0] - begin[0], at[1] + now[1] - begin[1]); });
             });
             dot.addEventListener("keydown", event => {
                 const by = event.shiftKey ? 0.001 : 0.01, step = {ArrowLeft: [-by, 0], ArrowRight: [by, 0], ArrowUp: [0, -by], ArrowDown: [0, by]}[event.key];
@@ -94,7 +106,7 @@ export class Handles {
             draggable(outline, event => {
                 const at = [get("x"), get("y")], begin = stage.share(event);
                 shape.choose?.();
-                return {move: e => { const now = stage.share(e); set({x: at[0] + now[0] - begin[0], y: at[1] + now[1] - begin[1]}); }};
+                return this.drag(e => { const now = stage.share(e); set({x: at[0] + now[0] - begin[0], y: at[1] + now[1] - begin[1]}); });
             });
         }
         return () => {

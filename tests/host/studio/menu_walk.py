@@ -2,7 +2,7 @@
 """A menu: template, pictures, texts, buttons, its loop, its file and its film. usage: menu_walk.py NIFIKRAL"""
 import json
 
-from walking import walk
+from walking import FIND, walk
 
 
 def steps(page, studio):
@@ -64,9 +64,13 @@ def steps(page, studio):
     page.panel("templates")
     page.shown(lambda: page.click(".tile", "menu common"))
     place = page.place(".handle", "picture 1")
-    page.shown(lambda: page.drag(place, (place[0] - 40, place[1] + 30)))
+    page.shown(lambda: page.drag(place, (place[0] - 40, place[1] + 30), steps=40))
     there = page.place(".handle", "picture 1")
     assert abs(there[0] - place[0] + 40) < 2 and abs(there[1] - place[1] - 30) < 2, (place, there)
+    page.run(FIND + "find('.handle', 'picture 1').focus()")
+    for _ in range(2):
+        page.shown(lambda: page.key("down"))
+    assert page.place(".handle", "picture 1")[1] > there[1] + 5, there
 
 
 if __name__ == "__main__":
