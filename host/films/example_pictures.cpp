@@ -319,9 +319,12 @@ std::string DrawMask() {
 
 }  // namespace
 
-std::vector<ExamplePicture> DrawExamplePictures() {
+std::vector<ExamplePicture> DrawExamplePictures(bool firstAlone) {
     std::vector<ExamplePicture> pictures;
-    for (const Landscape& scene : landscapes) pictures.push_back({scene.file, DrawLandscape(scene)});
+    for (const Landscape& scene : landscapes) {
+        pictures.push_back({scene.file, DrawLandscape(scene)});
+        if (firstAlone) return pictures;
+    }
     pictures.push_back({"balloon.png", DrawBalloon()});
     pictures.push_back({"mask.png", DrawMask()});
     return pictures;

@@ -296,8 +296,7 @@ ExampleProject WriteExampleProject(const InitOptions& options, const EffectModul
     if (!options.pictures.empty()) pictures = ReadableSlides(FindSlides(options.pictures), {.store = options.store});
 
     std::vector<ExamplePicture> files;
-    if (pictures.empty() || placed) files = DrawExamplePictures();
-    if (!pictures.empty()) std::erase_if(files, [](const auto& file) { return file.file != "background.png"; });
+    if (pictures.empty() || placed) files = DrawExamplePictures(!pictures.empty());
     std::string sources = placed ? placedSources : std::string(arrangedSources) + arrangedPictures + ",\n";
     if (!pictures.empty())
         sources = placed ? PlacedSources(pictures, folder, options.store)
