@@ -105,23 +105,20 @@ bool MediaSource::Seek(std::int64_t time) {
     if (avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, time, time, 0) < 0) return false;
     avcodec_flush_buffers(m_decoder.get());
     m_inputEnded = m_finished = false;
-    m_lastTime = m_skipBefore = AV_NOPTS_VALUE;
+    m_lastTime = m_readTime = m_passedTime = AV_NOPTS_VALUE;
     m_audio.clear();
     return true;
 }
 
 // The first picture at a time or behind it; the film's first one where there is none, or no way to go there.
 FramePtr MediaSource::DecodeFrom(double seconds) {
-    const std::int64_t time = m_origin + std::int64_t(seconds / av_q2d(m_video->time_base));
+    const std::int64_t time = TimeAt(seconds);
     if (!Seek(time)) return DecodeNext();
-    // Of pictures in two fields a packet may hold one.
-    const bool whole = m_video->codecpar->field_order <= AV_FIELD_PROGRESSIVE;
-    if (m_options.keyFrame && whole) {
+    if (m_options.keyFrame && HoldsWholePictures()) {
         if (FramePtr frame = DecodeKeyFrame()) return frame;
         Seek(time);
     }
-    // H.264 says for certain which pictures no other one is made from.
-    if (whole && m_decoder->codec_id == AV_CODEC_ID_H264) m_skipBefore = time;
+    PassTo(time);
     for (FramePtr frame = DecodeNext(); frame; frame = DecodeNext())
         if (frame->pts == AV_NOPTS_VALUE || frame->pts >= time) return frame;
     Seek(m_origin);
@@ -145,6 +142,20 @@ bool MediaSource::GoTo(double seconds, bool keyFrame) {
     m_pending = DecodeFrom(seconds);
     if (m_pending) m_orientation.Apply(m_pending);
     return m_pending != nullptr;
+}
+
+bool MediaSource::ReadsOnTo(double seconds) {
+    if (!m_decoder || !m_files.empty() || m_origin == AV_NOPTS_VALUE) return true;
+    const std::int64_t time = TimeAt(seconds);
+    const AVIndexEntry* const key = avformat_index_get_entry_from_timestamp(m_video, time, AVSEEK_FLAG_BACKWARD);
+    if (key && m_readTime != AV_NOPTS_VALUE && key->timestamp > m_readTime) return false;
+    PassTo(time);
+    return true;
+}
+
+// H.264 says for certain which pictures no other one is made from; where pictures come in two fields, of each field.
+void MediaSource::PassTo(std::int64_t time) {
+    if (HoldsWholePictures() && m_decoder->codec_id == AV_CODEC_ID_H264) m_passedTime = time;
 }
 
 PictureShape MediaSource::Shape(const AVFrame& frame) const {
@@ -389,7 +400,8 @@ void MediaSource::SendPacket(const AVPacket& packet) {
         !IsWholeJpeg({packet.data, std::size_t(packet.size)}))
         m_damage->Add(m_packets, "the file ends before its end");
     m_decoder->reordered_opaque = m_packets++;
-    const bool passed = packet.pts != AV_NOPTS_VALUE && packet.pts < m_skipBefore;
+    m_readTime = packet.dts;
+    const bool passed = packet.pts != AV_NOPTS_VALUE && packet.pts < m_passedTime;
     m_decoder->skip_frame = passed ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     const int sent = avcodec_send_packet(m_decoder.get(), &packet);
     if (sent >= 0 || sent == AVERROR(EAGAIN) || sent == AVERROR_EOF) return;

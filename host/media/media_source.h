@@ -60,6 +60,10 @@ class MediaSource {
     /// read any more.
     bool GoTo(double seconds, bool keyFrame = false);
 
+    /// Before Next is called for the picture at a later time alone, of such a one: those before it may be missing then.
+    /// False where a key frame lies between, so that GoTo is the shorter way.
+    bool ReadsOnTo(double seconds);
+
     /// For one who has the pictures already, instead of Next: more audio of the range, up to a time or further; nothing
     /// behind its end.
     std::vector<PacketPtr> AudioUntil(double seconds);
@@ -90,6 +94,9 @@ class MediaSource {
  private:
     void OpenReader();
     void OpenDecoder(const std::string& file);
+    std::int64_t TimeAt(double seconds) const { return m_origin + std::int64_t(seconds / av_q2d(m_video->time_base)); }
+    bool HoldsWholePictures() const { return m_video->codecpar->field_order <= AV_FIELD_PROGRESSIVE; }
+    void PassTo(std::int64_t time);
     bool Seek(std::int64_t time);
     FramePtr DecodeFrom(double seconds);
     FramePtr DecodeKeyFrame();
@@ -123,7 +130,9 @@ class MediaSource {
     FramePtr m_pending;
     std::deque<PacketPtr> m_audio;
     long long m_decoded = 0, m_packets = 0;
-    std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE, m_skipBefore = AV_NOPTS_VALUE;
+    std::int64_t m_lastTime = AV_NOPTS_VALUE, m_origin = AV_NOPTS_VALUE;
+    std::int64_t m_readTime = AV_NOPTS_VALUE;    // at which the last packet is decoded
+    std::int64_t m_passedTime = AV_NOPTS_VALUE;  // pictures before it are not wanted
     double m_endTime = 0;
     bool m_endsEarly = false;  // as its container says
     bool m_inputEnded = false, m_finished = false, m_damageReported = false;

@@ -52,12 +52,16 @@ FilmReader::FilmReader(std::string path, SourceFacts facts)
     : m_path(std::move(path)), m_options(Opening(RunOptions().ThreadCount(), 0)), m_facts(std::move(facts)) {}
 FilmReader::FilmReader(std::string path, int enoughSide) : FilmReader(std::move(path), Opening(1, enoughSide)) {}
 
+// Half a frame before it, since times are rounded.
+double FilmReader::BeginOf(long long number) const {
+    return number > 0 ? (double(number) - 0.5) / av_q2d(m_facts.rate) : 0;
+}
+
 void FilmReader::Open(long long number, bool keyFrame) {
     m_last.reset();
     m_lastNumber = -1;
     m_ended = false;
-    // Half a frame before it, since times are rounded.
-    const double begin = number > 0 ? (double(number) - 0.5) / av_q2d(m_facts.rate) : 0;
+    const double begin = BeginOf(number);
     m_isAtKeyFrame = keyFrame;
     if (m_source && m_source->GoTo(begin, keyFrame)) return;
     m_options.begin = begin;
@@ -82,6 +86,8 @@ FramePtr FilmReader::At(long long number) {
     constexpr double stepSeconds = 2;
     const auto ahead = (long long)(stepSeconds * av_q2d(m_facts.rate));
     if (!m_source || number < m_lastNumber || (m_lastNumber < 0 ? number > ahead : number > m_lastNumber + ahead))
+        Open(number);
+    else if (m_last && number > m_lastNumber + 1 && !m_source->ReadsOnTo(BeginOf(number)))
         Open(number);
     while (!m_ended && (!m_last || m_lastNumber < number)) {
         std::optional<SourceStep> step = m_source->Next();

@@ -43,6 +43,7 @@ class FilmReader {
 
  private:
     FilmReader(std::string path, const MediaSource::Options& options);
+    double BeginOf(long long number) const;
     void Open(long long number, bool keyFrame = false);
     void TakeKeyFrame();
 

@@ -68,7 +68,7 @@ class StudioTest(unittest.TestCase):
     def test_shows_what_the_command_makes_of_any_frame(self):
         chain = ["rotate:x=40%:y=30%:r=25%:scale=3", "brightness_contrast:contrast=@0s:0,3s:60", "gray@2s-3s"]
         self.command("apply", "-y", "film.mp4", "all_%03d.png", *chain)
-        for number in (57, 12, 13, 80, 11):
+        for number in (57, 12, 13, 23, 36, 80, 11):
             made, headers = self.studio.still(path="film.mp4", at=number / 25, crop=[0, 0, 320, 180], format="png",
                                               effects=chain)
             self.assertEqual(headers["X-Frame"], str(number))
