@@ -23,7 +23,9 @@ endif()
 # Packages hold manual pages compressed.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress_man_pages.cmake)
 # For the texts of menus and titles, and for video DVDs.
-set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "fonts-dejavu-core, dvdauthor, genisoimage")
+set(typefaces "fonts-cabin, fonts-comfortaa, fonts-dancingscript, fonts-dejavu-core, fonts-ebgaramond, \
+fonts-goudybookletter, fonts-league-spartan, fonts-quicksand, fonts-yanone-kaffeesatz")
+set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "${typefaces}, dvdauthor, genisoimage")
 set(CPACK_DEBIAN_FREI0R_PACKAGE_RECOMMENDS fonts-dejavu-core)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS fonts-dejavu-core)
 

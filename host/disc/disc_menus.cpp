@@ -6,7 +6,6 @@
 
 #include "host/base/errors.h"
 #include "host/films/button_list.h"
-#include "host/films/example_project.h"
 #include "host/films/film.h"
 #include "host/films/menu.h"
 #include "host/films/menu_pages.h"
@@ -67,24 +66,21 @@ class PageMaker {
     DiscPage MakeInstructions(const std::string& name, const std::vector<Command>& commands) const {
         const std::vector<std::string>& lines = m_project.menus.instructions;
         DiscPage page = Begin(name, -1, m_project.menus.instructionTemplate, m_project.title);
-        const std::vector<MenuText> example = Texts(page);
-        if (example.size() > 1) RequireRoom(lines.size(), example[1], page.menu.film.height);
-        if (example.size() > 1)
-            for (std::size_t i = 0; i < lines.size(); ++i) {
-                MenuText text = example[1];
-                text.item = "instructions[" + std::to_string(i) + "]";
-                text.styled.text = InList(lines[i]);
-                const int step = text.styled.size * 3 / 2;
-                text.box = {text.box[0], text.box[1] + int(i) * step, example[0].box[2], step};
-                page.menu.texts.push_back(text);
-            }
+        const TemplateStyle& style = StyleOf(page.templateName);
+        RequireRoom(lines.size(), StyledMenuText(style.line, page.menu.film), page.menu.film.height);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            MenuText text = StyledMenuText(style, page.menu.film, i + 1);
+            text.item = "instructions[" + std::to_string(i) + "]";
+            text.styled.text = InList(lines[i]);
+            page.menu.texts.push_back(text);
+        }
         AddList(page, commands, MenuWatch(page.menu, page.templateName, m_module));
         return page;
     }
 
-    // Lines from the example's on, above the buttons.
+    // From the first one on, above the buttons.
     static void RequireRoom(std::size_t lines, const MenuText& first, int height) {
-        const int step = first.styled.size * 3 / 2, room = std::max(1, (height * 9 / 10 - first.box[1]) / step - 1);
+        const int step = first.box[3], room = std::max(1, (height * 9 / 10 - first.box[1]) / step - 1);
         if (lines > std::size_t(room))
             throw HostError(ExitCode::Usage, "menus.instructions: are " + std::to_string(lines) +
                                                  " lines, and the page holds " + std::to_string(room) +
@@ -129,29 +125,13 @@ class PageMaker {
         made.loopStart = made.FramesIn(leadSeconds);
         made.frames = made.loopStart + made.FramesIn(m_project.menus.seconds);
         page.menu.background = m_project.menus.background;
+        const TemplateStyle& style = StyleOf(templateName);
+        page.menu.labels = LabelStyle(style, {StyledMenuText(style.title, made)});
         if (title.empty()) return page;
-        MenuText text = Texts(page, title).front();
-        // What lies on pictures is to be read on light ones too.
-        if (text.styled.style.shadow && !text.styled.style.outline) {
-            text.styled.style.outline = true;
-            text.styleWords += " outline";
-        }
+        MenuText text = StyledMenuText(style.title, made);
+        text.styled.text = InList(title);
         page.menu.texts = {text};
         return page;
-    }
-
-    // The example's texts of the page's template, for its size.
-    static std::vector<MenuText> Texts(const DiscPage& page, const std::string& title = "-") {
-        constexpr double width = 1280, height = 720;
-        const double across = page.menu.film.width / width, down = page.menu.film.height / height;
-        const FilmBox safe = SafeArea(page.menu.film.width, page.menu.film.height);
-        std::vector<MenuText> texts = ExampleTextsOf(page.templateName, title.empty() ? "-" : InList(title));
-        for (MenuText& text : texts) {
-            text.styled.size = std::max(10, int(std::lround(text.styled.size * std::min(across, down))));
-            text.box = {int(text.box[0] * across), std::max(int(text.box[1] * down), safe.top),
-                        int(text.box[2] * across), int(text.box[3] * down)};
-        }
-        return texts;
     }
 
     // In rows below the title, with room for captions and for the row of the other buttons.

@@ -47,14 +47,6 @@ FilmBox ListArea(const Film& film) {
     return {safe.left + markRoom, safe.top + markRoom, safe.width - 2 * markRoom, safe.height - 2 * markRoom};
 }
 
-StyledText StyleOf(const MenuProject& page) {
-    StyledText style{{}, {}, {.bold = true}, 0, 255, 255, 255};
-    if (!page.texts.empty()) style = page.texts.front().styled;
-    // The shade does what these are for.
-    style.style.outline = style.style.shadow = style.style.underline = false;
-    return style;
-}
-
 // Beside captions, buttons are but the way to the other pages.
 int LargestFont(const MenuProject& page) {
     return std::max(smallestFont, page.film.height / (page.captions.empty() ? 16 : 21));
@@ -171,7 +163,7 @@ ButtonList LayOutButtons(const MenuProject& page, const MenuWatch& watch) {
     list.captions = LayOutCaptions(page, places);
     if (page.buttons.empty()) return list;
     const FilmBox area = ListArea(page.film);
-    StyledText style = StyleOf(page);
+    StyledText style = page.labels;
     const std::vector<Grid> grids = FittingGrids(page, style, area);
     if (grids.empty())
         throw HostError(ExitCode::Usage, std::to_string(page.buttons.size()) + " buttons do not fit a menu of " +

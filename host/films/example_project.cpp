@@ -1,8 +1,10 @@
 #include "host/films/example_project.h"
 
 #include <algorithm>
+#include <array>
 #include <deque>
 #include <filesystem>
+#include <span>
 #include <sstream>
 
 #include "host/base/errors.h"
@@ -45,114 +47,81 @@ constexpr char placedSources[] = R"(
   "endTrans": [255, 255, 255, 255, 255],
   "fadeSpeeds": [0, 4, 4, 4, 4],
 )";
-constexpr char placedTexts[] =
-    R"(    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold shadow", "size": 76, "color": "#fff4dc",
-     "box": [64, 56]},
-    {"text": "Four places, and the way between them", "face": "DejaVu Sans", "fontstyle": "italic shadow", "size": 28,
-     "color": "#ffe0b8", "box": [70, 158], "show": [25]},
-    {"text": "The lake", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
-     "box": [-1184, 596], "move": {"end": [80, 596], "speed": 16}},
-    {"text": "The desert", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
-     "box": [-738, 596], "move": {"end": [376, 596], "speed": 16}},
-    {"text": "The forest", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
-     "box": [-292, 596], "move": {"end": [672, 596], "speed": 16}},
-    {"text": "The night", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 26, "color": "#ffffff",
-     "box": [154, 596], "move": {"end": [968, 596], "speed": 16}}
-)";
-
 // For templates that have a background of their own and place the pictures; only the texts want places.
 constexpr char arrangedSources[] = R"(
   // The template places them; "sourcePath", "additionSourceSizes" and "startPositions" would say otherwise.
   "additionSourcePaths": )";
 constexpr char arrangedPictures[] = R"(["lake.png", "desert.png", "forest.png", "night.png", "background.png"])";
 
-// The texts of a template, where it leaves room for them; the first one is the title.
-struct ExampleTexts {
-    const char* templateName;
-    const char* texts;
-    int titleWidth = 1152;  // at most
+// A text of an example; all that is left out is as the template's style has it.
+struct ExampleText {
+    const char* text;
+    std::array<int, 4> box = {};  // none: the style's
+    std::array<int, 2> end = {};  // none: it stands still
+    int firstFrame = 0;
 };
+constexpr int textSpeed = 16;
 
-constexpr char usualTexts[] =
-    R"(    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold shadow", "size": 64, "color": "#fff4dc",
-     "box": [64, 32]},
-    {"text": "Four places, and the way between them", "face": "DejaVu Sans", "fontstyle": "italic shadow", "size": 26,
-     "color": "#ffe0b8", "box": [68, 112]}
-)";
-constexpr char textsBelow[] =
-    R"(    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold shadow", "size": 64, "color": "#fff4dc",
-     "box": [64, 560]},
-    {"text": "Four places, and the way between them", "face": "DejaVu Sans", "fontstyle": "italic shadow", "size": 26,
-     "color": "#ffe0b8", "box": [68, 644]}
-)";
-constexpr char titles[] =
-    R"(    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold", "size": 60, "color": "#ffffff",
-     "box": [120, 96]},
-    {"text": "The lake", "face": "DejaVu Sans", "size": 40, "color": "#ffffff", "box": [420, 260]},
-    {"text": "The desert", "face": "DejaVu Sans", "size": 40, "color": "#ffffff", "box": [220, 390]},
-    {"text": "The night", "face": "DejaVu Sans", "size": 40, "color": "#ffffff", "box": [560, 520]}
-)";
+constexpr char usualTitle[] = "Summer 2026";
+constexpr ExampleText usualTexts[] = {{usualTitle}, {"Four places, and the way between them"}};
+constexpr ExampleText shortTexts[] = {{usualTitle}, {"Four places"}};
+// Names below pictures, which they come in with.
+constexpr ExampleText placedTexts[] = {{usualTitle},
+                                       {"Four places, and the way between them", {}, {}, 25},
+                                       {"The lake", {-1196, 592, 256, 52}, {68, 592}},
+                                       {"The desert", {-750, 592, 256, 52}, {364, 592}},
+                                       {"The forest", {-304, 592, 256, 52}, {660, 592}},
+                                       {"The night", {142, 592, 256, 52}, {956, 592}}};
+constexpr ExampleText chapterTitles[] = {{usualTitle},
+                                         {"The lake", {440, 246, 700, 64}},
+                                         {"The desert", {200, 376, 700, 64}},
+                                         {"The night", {580, 506, 560, 64}}};
+constexpr ExampleText instructions[] = {
+    {"How to watch"}, {"Arrows choose a chapter,"}, {"Enter plays it,"}, {"Menu leads back here."}};
 
-// Small enough to stay on the first of many pictures.
-constexpr char textsInCorner[] =
-    R"(    {"text": "Summer 2026", "face": "DejaVu Serif", "fontstyle": "bold outline", "size": 38, "color": "#fff4dc",
-     "box": [40, 28]},
-    {"text": "Four places", "face": "DejaVu Sans", "fontstyle": "bold outline", "size": 22, "color": "#ffe0b8",
-     "box": [42, 80]}
-)";
-
-constexpr ExampleTexts exampleTexts[] = {
-    {"menu_fullscreen", textsBelow},
-    {"menu_push", textsBelow},
-    {"menu_common", placedTexts},
-    {"menu_layeredtitles", titles, 1040},
-    {"menu_videowall", textsInCorner, 340},
-    {"menu_resizingpanels", textsInCorner, 340},
-    {"instructionmenu_common",
-     R"(    {"text": "How to watch", "face": "DejaVu Serif", "fontstyle": "bold", "size": 44, "color": "#1f3550",
-     "box": [104, 112]},
-    {"text": "Arrows choose a chapter,", "face": "DejaVu Sans", "size": 28, "color": "#1f3550", "box": [104, 210]},
-    {"text": "Enter plays it,", "face": "DejaVu Sans", "size": 28, "color": "#1f3550", "box": [104, 260]},
-    {"text": "Menu leads back here.", "face": "DejaVu Sans", "size": 28, "color": "#1f3550", "box": [104, 310]}
-)",
-     636},
-    {"instructionmenu_festival",
-     R"(    {"text": "How to watch", "face": "DejaVu Serif", "fontstyle": "bold", "size": 44, "color": "#ffe9b0",
-     "box": [548, 150]},
-    {"text": "Arrows choose a chapter,", "face": "DejaVu Sans", "size": 28, "color": "#ffffff", "box": [548, 250]},
-    {"text": "Enter plays it,", "face": "DejaVu Sans", "size": 28, "color": "#ffffff", "box": [548, 300]},
-    {"text": "Menu leads back here.", "face": "DejaVu Sans", "size": 28, "color": "#ffffff", "box": [548, 350]}
-)",
-     632},
-};
-
-ExampleTexts RowOf(const std::string& templateName) {
-    const auto* const found =
-        std::ranges::find_if(exampleTexts, [&](const ExampleTexts& row) { return templateName == row.templateName; });
-    return found == std::end(exampleTexts) ? ExampleTexts{"", usualTexts} : *found;
+std::span<const ExampleText> ExamplesOf(const std::string& templateName) {
+    if (templateName == "menu_common") return placedTexts;
+    if (templateName == "menu_layeredtitles") return chapterTitles;
+    if (templateName == "menu_videowall" || templateName == "menu_resizingpanels") return shortTexts;
+    return IsInstructionMenu(templateName) ? std::span<const ExampleText>(instructions) : usualTexts;
 }
 
-Json TextsOf(const ExampleTexts& row, const std::string& title) {
-    std::string array = "[";
-    Json texts = Json::parse(array.append(row.texts) += "]");
-    Json& first = texts.front();
-    // One of any length is to stay in the menu and off the next text.
-    const int size = first["size"];
-    first["text"] = title;
-    first["box"] = {first["box"][0], first["box"][1], row.titleWidth, texts.size() > 1 ? size * 5 / 4 : size * 2};
-    return texts;
+Json TextOf(const std::string& templateName, std::size_t index, const ExampleText& example) {
+    Film film;
+    film.width = width;
+    film.height = height;
+    const TemplateStyle& style = StyleOf(templateName);
+    const bool isName = example.end != ExampleText{}.end;
+    MenuText text = isName ? StyledMenuText(style.caption, film) : StyledMenuText(style, film, index);
+    text.styled.text = example.text;
+    if (example.box != ExampleText{}.box) text.box = example.box;
+    Json json = MenuTextJson(text);
+    if (isName) json["move"] = {{"end", example.end}, {"speed", textSpeed}};
+    if (example.firstFrame) json["show"] = {example.firstFrame};
+    return json;
 }
 
+// An object over two lines.
+std::string TextInProject(const Json& text) {
+    std::string lines;
+    for (const auto& [key, value] : text.items()) {
+        lines += lines.empty() ? "    {" : key == "size" ? ",\n     " : ", ";
+        lines += "\"" + key + "\": " + value.dump();
+    }
+    return lines + "}";
+}
+
+// With the whole style of each text, so that it can be changed.
 std::string TextsOf(const InitOptions& options) {
-    const ExampleTexts row = RowOf(options.templateName);
-    if (options.pictures.empty() && options.title.empty()) return row.texts;
-    std::string array = "[";
-    Json texts = options.title.empty() ? Json::parse(array.append(row.texts) += "]") : TextsOf(row, options.title);
-    // What is said of the example's pictures does not go with others; how to use a menu does.
-    if (!options.pictures.empty() && !options.templateName.starts_with("instructionmenu"))
-        texts.erase(texts.begin() + 1, texts.end());
     std::string list;
-    for (const Json& text : texts) list += (list.empty() ? "    " : ",\n    ") + text.dump();
+    const std::span<const ExampleText> examples = ExamplesOf(options.templateName);
+    for (std::size_t i = 0; i < examples.size(); ++i) {
+        // What is said of the example's pictures does not go with others; how to use a menu does.
+        if (i > 0 && !options.pictures.empty() && !IsInstructionMenu(options.templateName)) break;
+        ExampleText example = examples[i];
+        if (i == 0 && !options.title.empty()) example.text = options.title.c_str();
+        list += (list.empty() ? "" : ",\n") + TextInProject(TextOf(options.templateName, i, example));
+    }
     return list + "\n";
 }
 
@@ -274,15 +243,6 @@ void MakeFolder(const fs::path& folder) {
 }
 
 }  // namespace
-
-std::vector<MenuText> ExampleTextsOf(const std::string& templateName, const std::string& title) {
-    Faults faults(templateName);
-    std::vector<MenuText> texts;
-    for (const Json& text : TextsOf(RowOf(templateName), title))
-        texts.push_back(ReadMenuText(ProjectItem(&text, "text", faults)));
-    faults.ThrowIfAny();
-    return texts;
-}
 
 ExampleProject WriteExampleProject(const InitOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);

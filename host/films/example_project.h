@@ -23,10 +23,6 @@ struct ExampleProject {
     bool hasPages = false;  ///< more than one
 };
 
-/// The texts of a template's example, where the template leaves room for them on a menu of 1280 x 720: a title that is
-/// made to fit its place, and what else there is.
-std::vector<MenuText> ExampleTextsOf(const std::string& templateName, const std::string& title);
-
 /// Writes an example project for a menu template into a folder, with the pictures that it shows where they are not
 /// one's own: those stay where they are, and the project names them there. Throws input, output and usage errors.
 ExampleProject WriteExampleProject(const InitOptions& options, const EffectModule& module);

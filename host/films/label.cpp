@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "host/base/log.h"
+#include "host/films/readable_shade.h"
 #include "host/films/text_renderer.h"
 
 namespace Nifikral {
@@ -14,32 +15,6 @@ namespace {
 constexpr double sidePadding = 0.55, oneLine = 1.65, lineStep = 1.2, cornerRadius = 0.3;
 
 int PartOf(double part, int size) { return int(std::lround(part * size)); }
-
-double Linear(double value) {
-    const double part = value / 255;
-    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-}
-
-double Luminance(double red, double green, double blue) {
-    return 0.2126 * Linear(red) + 0.7152 * Linear(green) + 0.0722 * Linear(blue);
-}
-
-double Contrast(double one, double other) { return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05); }
-
-// Dark behind light text and light behind dark one, as transparent as leaves the text readable over what is worst.
-unsigned ShadeFor(const StyledText& style) {
-    constexpr double readable = 4.5;
-    const double text = Luminance(style.red, style.green, style.blue);
-    constexpr int dark[] = {0x10, 0x14, 0x20}, light[] = {0xF4, 0xF4, 0xF0};
-    const bool isLight = Contrast(text, 0) > Contrast(text, 1);
-    const auto& shade = isLight ? dark : light;
-    const double under = isLight ? 255 : 0;
-    const auto mixed = [&](int channel, int alpha) { return (shade[channel] * alpha + under * (255 - alpha)) / 255; };
-    int alpha = 0x60;
-    while (alpha < 0xF0 && Contrast(text, Luminance(mixed(0, alpha), mixed(1, alpha), mixed(2, alpha))) < readable)
-        alpha += 8;
-    return unsigned(alpha) << 24 | unsigned(shade[0]) << 16 | unsigned(shade[1]) << 8 | unsigned(shade[2]);
-}
 
 // How much of a pixel lies within a box with round corners.
 double Within(const FilmBox& box, double radius, int x, int y) {
@@ -126,7 +101,7 @@ std::string CutInto(const StyledText& style, const std::string& words, int width
 void DrawLabel(AVFrame& picture, const Label& label) {
     const FilmBox& box = label.box;
     const int size = label.text.size;
-    DrawShade(picture, box, ShadeFor(label.text), cornerRadius * size);
+    DrawShade(picture, box, ShadeFor(label.text.red, label.text.green, label.text.blue), cornerRadius * size);
     const std::vector<std::string> lines = LinesOf(label.text.text);
     const int step = PartOf(lineStep, size);
     int middle = box.top * 2 + box.height - step * (int(lines.size()) - 1);  // of a line, in half pixels

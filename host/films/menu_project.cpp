@@ -47,25 +47,19 @@ constexpr ProjectKey projectKeys[] = {
     {"endTrans", "[0 to 255, ...]: opacity at the end of the fade; 255 unless given"},
     {"fadeSpeeds", "[number, ...]: steps of the opacity a frame"},
     {"textInfos",
-     "[{\"text\": ..., \"size\": pixels, \"box\": [x, y] or [x, y, width, height]}, ...]; each also with \"face\", "
-     "\"fontstyle\" (words of bold italic underline outline shadow), \"color\" (\"#rrggbb\"), and either \"move\" "
-     "({\"end\": [x, y], \"formula\": [slope, intercept], \"speed\": n}) or \"show\" ([first, last] frame, from 0)"},
+     "[{\"text\": ...}, ...]; in the template's style, or each also with \"face\" (font families, the first one that "
+     "is "
+     "installed counts), \"fontstyle\" (words of bold italic underline outline shadow halo), \"size\" (pixels), "
+     "\"spacing\" (between letters, thousandths of the size), \"color\" (\"#rrggbb\"), \"box\" ([x, y] or [x, y, "
+     "width, "
+     "height]), \"align\" in it (left, center, right), and either \"move\" ({\"end\": [x, y], \"formula\": [slope, "
+     "intercept], \"speed\": n}) or \"show\" ([first, last] frame, from 0)"},
     {"buttons",
-     "[text, ...]: up to 36 texts in a list that stands still over the menu, in the style of its first text"},
+     "[text, ...]: up to 36 texts in a list that stands still over the menu, in the colour of its first text"},
     {"textNumber", "follows from textInfos"},
     {"additionSourceNumber", "follows from additionSourcePaths"},
 };
-constexpr const char* textKeys[] = {"text", "face", "fontstyle", "size", "color", "box", "move", "show"};
-constexpr const char* moveKeys[] = {"end", "formula", "speed"};
-
-constexpr Limits sides{1, largestSide}, trans{0, 255}, frameNumbers{0, 1 << 30};
-
-// The module's lists know no escapes.
-void RefuseSeparators(const ProjectItem& item, const std::string& text, const char* separators) {
-    if (const std::size_t at = text.find_first_of(separators); at != std::string::npos)
-        item.Fault("\"" + text + "\" holds '" + text[at] +
-                   "', which the module's lists cannot carry; choose another name or text");
-}
+constexpr Limits sides{1, largestSide}, trans{0, 255};
 
 std::vector<std::string> ReadButtons(const ProjectItem& list) {
     std::vector<std::string> buttons;
@@ -189,8 +183,12 @@ void TryTexts(const MenuProject& project, Faults& faults) {
     };
     for (const MenuText& text : project.texts)
         if (!text.styled.text.empty()) render(text.item, text.styled, text.box[2]);
-    for (std::size_t i = 0; i < project.buttons.size(); ++i)
-        render("buttons[" + std::to_string(i) + "]", {project.buttons[i], {}, {}, 16}, 0);
+    for (std::size_t i = 0; i < project.buttons.size(); ++i) {
+        StyledText button = project.labels;
+        button.text = project.buttons[i];
+        button.size = 16;
+        render("buttons[" + std::to_string(i) + "]", button, 0);
+    }
 }
 
 const FilmProfile* ReadProfile(const ProjectItem& item) {
@@ -240,23 +238,6 @@ std::string Join(const Items& items, char separator, Write write) {
     return list;
 }
 
-std::string Numbers(const std::vector<int>& numbers) {
-    return Join(numbers, ';', [](int number) { return std::to_string(number); });
-}
-
-std::string TextList(const MenuText& text) {
-    const StyledText& styled = text.styled;
-    std::vector<int> numbers = {styled.size, styled.red, styled.green, styled.blue};
-    numbers.insert(numbers.end(), text.box.begin(), text.box.end());
-    const std::string head = styled.text + ";" + styled.face + ";" + text.styleWords + ";" + Numbers(numbers) + ";";
-    if (text.moves)
-        // The list's last item is counted and not read.
-        return head + "true;" + Numbers({text.end[0], text.end[1], text.formula[0], text.formula[1], text.speed, 0});
-    // The module counts frames from 1 and takes 0 for no limit.
-    const bool limited = text.firstFrame > 0 || text.lastFrame >= 0;
-    return head + "false;" + (limited ? "true;" : "false;") + Numbers({text.firstFrame + 1, text.lastFrame + 1});
-}
-
 }  // namespace
 
 MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
@@ -278,7 +259,10 @@ MenuProject ReadMenuProject(const Json& json, const std::string& path, const std
     project.film = ReadFilm(root, profile);
     if (root["sourcePath"]) project.background = ProjectPath(path, root["sourcePath"].Text());
     if (root["backgroundMask"]) project.backgroundMask = ProjectPath(path, root["backgroundMask"].Text());
-    for (const ProjectItem& entry : root["textInfos"].Entries()) project.texts.push_back(ReadMenuText(entry));
+    const TemplateStyle& style = StyleOf(templateName);
+    for (const ProjectItem& entry : root["textInfos"].Entries())
+        project.texts.push_back(ReadMenuText(entry, StyledMenuText(style, project.film, project.texts.size())));
+    project.labels = LabelStyle(style, project.texts);
     project.sources = ReadSources(root, path);
     project.buttons = ReadButtons(root["buttons"]);
     for (const char* const key : {"startPositions", "endPositions", "moveSpeeds", "moveFormulas"})
@@ -296,42 +280,14 @@ MenuProject ReadMenuProject(const Json& json, const std::string& path, const std
     return project;
 }
 
-MenuText ReadMenuText(const ProjectItem& item) {
-    item.RefuseOtherKeys(textKeys);
-    MenuText text;
-    text.item = item.Name();
-    text.styled.text = item["text"].Text();
-    if (item["text"] && text.styled.text.empty())
-        item["text"].Fault("is empty; write something or leave the entry out");
-    if (item["face"]) text.styled.face = item["face"].Text();
-    if (item["fontstyle"]) text.styleWords = item["fontstyle"].Text();
-    RefuseSeparators(item["text"], text.styled.text, ";\\");
-    RefuseSeparators(item["face"], text.styled.face, ";\\'");
-    RefuseSeparators(item["fontstyle"], text.styleWords, ";\\'");
-    text.styled.style = ParseStyle(text.styleWords);
-    text.styled.size = item["size"].Integer({1, 4096});
-    const unsigned colour = item["color"] ? item["color"].Colour() : 0xFFFFFF;
-    text.styled.red = std::uint8_t(colour >> 16);
-    text.styled.green = std::uint8_t(colour >> 8);
-    text.styled.blue = std::uint8_t(colour);
-    const bool placeOnly = item["box"].Entries().size() == 2;
-    const std::vector<int> box = item["box"].Integers(placeOnly ? "[x, y]" : "[x, y, width, height]");
-    std::copy(box.begin(), box.end(), text.box.begin());
-    if (const ProjectItem move = item["move"]) {
-        move.RefuseOtherKeys(moveKeys);
-        text.moves = true;
-        text.end = move["end"].Integers("[x, y]");
-        if (move["formula"]) text.formula = move["formula"].Integers("[slope, intercept]");
-        text.speed = move["speed"].IntegerOr(0);
-        if (item["show"]) item["show"].Fault("does not go together with \"move\"; leave one of them out");
-    } else if (const ProjectItem show = item["show"]) {
-        const bool fromOnly = show.Entries().size() == 1;
-        const std::vector<int> frames = show.Integers(fromOnly ? "[first]" : "[first, last]", frameNumbers);
-        text.firstFrame = frames[0];
-        if (!fromOnly) text.lastFrame = frames[1];
-        if (!fromOnly && frames[1] < frames[0]) show.Fault("ends before it begins; give [first, last]");
-    }
-    return text;
+StyledText LabelStyle(const TemplateStyle& style, const std::vector<MenuText>& texts) {
+    StyledText label = StyledMenuText(style.caption, {}).styled;
+    if (texts.empty()) return label;
+    const StyledText& first = texts.front().styled;
+    label.red = first.red;
+    label.green = first.green;
+    label.blue = first.blue;
+    return label;
 }
 
 std::string DescribeProjectKeys() {
@@ -354,7 +310,7 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
     if (!project.backgroundMask.empty()) add("backgroundMask", project.backgroundMask);
     if (!project.texts.empty()) {
         add("textNumber", std::to_string(project.texts.size()));
-        add("textInfos", Join(project.texts, '\\', TextList));
+        add("textInfos", Join(project.texts, '\\', [](const MenuText& text) { return TextInListOf(LaidOut(text)); }));
     }
     const std::vector<MenuSource>& sources = project.sources;
     if (sources.empty()) return properties;
@@ -365,7 +321,7 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
         addAll(name, [&](const MenuSource& source) { return std::to_string(source.*member); });
     };
     const auto addPairs = [&](const char* name, std::vector<int> MenuSource::*member) {
-        addAll(name, [&](const MenuSource& source) { return Numbers(source.*member); });
+        addAll(name, [&](const MenuSource& source) { return NumberList(source.*member); });
     };
     // The number comes first: it makes the records that the lists fill.
     add("additionSourceNumber", std::to_string(sources.size()));

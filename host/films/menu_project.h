@@ -1,28 +1,15 @@
 #pragma once
 
-#include <array>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "avbase/IAVManager.h"
 #include "host/films/film.h"
+#include "host/films/menu_text.h"
 #include "host/films/project_reader.h"
-#include "host/films/styled_text.h"
 
 namespace Nifikral {
-
-/// One text of a menu.
-struct MenuText {
-    std::string item;  ///< its name in the project
-    StyledText styled;
-    std::string styleWords;
-    std::array<int, 4> box{};  ///< x, y, width, height
-    bool moves = false;
-    std::vector<int> end = {0, 0}, formula = {0, 0};
-    int speed = 0;
-    int firstFrame = 0, lastFrame = -1;  ///< between which it is shown, from 0; last -1: no limit
-};
 
 /// One picture or video on a menu. Which parts a project leaves out, its list as a whole leaves out.
 struct MenuSource {
@@ -42,8 +29,10 @@ struct MenuProject {
     std::vector<MenuSource> sources;
     std::vector<std::string> buttons;   ///< texts in a list that stands still
     std::vector<std::string> captions;  ///< of the pictures; none: no captions
-    bool placesSources = false;         ///< else the template does
-    int perPage = 0;                    ///< pictures and videos; 0: all on one
+    /// How buttons and captions look.
+    StyledText labels = {{}, {}, {.bold = true}, 0, 255, 255, 255};
+    bool placesSources = false;  ///< else the template does
+    int perPage = 0;             ///< pictures and videos; 0: all on one
 };
 
 /// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.
@@ -55,8 +44,8 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
 MenuProject ReadMenuProject(const Json& json, const std::string& path, const std::string& templateName,
                             const FilmProfile* profile, AVBased::IAVManager& files, Faults& faults);
 
-/// One entry of "textInfos".
-MenuText ReadMenuText(const ProjectItem& item);
+/// How buttons and captions of a menu look: as the template's captions, in the colour of the first text.
+StyledText LabelStyle(const TemplateStyle& style, const std::vector<MenuText>& texts);
 
 /// The keys of project files and what they take, one a line.
 std::string DescribeProjectKeys();

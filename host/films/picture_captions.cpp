@@ -12,12 +12,7 @@ constexpr int mostLines = 2, gap = 2;
 class CaptionLayout {
  public:
     CaptionLayout(const MenuProject& page, const std::vector<RestingPlace>& places)
-        : m_page(page), m_places(places), m_safe(SafeArea(page.film.width, page.film.height)) {
-        m_style = {{}, {}, {.bold = true}, 0, 255, 255, 255};
-        if (page.texts.empty()) return;
-        const StyledText& first = page.texts.front().styled;
-        m_style.red = first.red, m_style.green = first.green, m_style.blue = first.blue;
-    }
+        : m_page(page), m_places(places), m_safe(SafeArea(page.film.width, page.film.height)), m_style(page.labels) {}
 
     std::vector<Label> Make() {
         const int largest = std::max(14, m_page.film.height / 26), least = std::max(13, m_page.film.height / 36);

@@ -1,5 +1,6 @@
 #include "host/films/styled_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
 
@@ -27,20 +28,25 @@ bool ReadNumber(std::string_view text, int base, Number& number) {
 
 TextStyle ParseStyle(std::string_view words) {
     TextStyle style;
-    const std::pair<const char*, bool*> known[] = {{"bold", &style.bold},
-                                                   {"italic", &style.italic},
-                                                   {"underline", &style.underline},
-                                                   {"outline", &style.outline},
-                                                   {"shadow", &style.shadow}};
+    const std::pair<const char*, bool*> known[] = {{"bold", &style.bold},           {"italic", &style.italic},
+                                                   {"underline", &style.underline}, {"outline", &style.outline},
+                                                   {"shadow", &style.shadow},       {"halo", &style.halo}};
+    constexpr std::string_view spacing = "spacing=";
     std::istringstream stream{std::string(words)};
     for (std::string word; stream >> word;) {
-        bool found = word == "normal" || word == "regular";
+        bool found = word == "normal" || word == "regular" || word == "left";
+        for (const auto& [name, align] : {std::pair("center", TextAlign::Center), {"right", TextAlign::Right}})
+            if (word == name) style.align = align, found = true;
+        if (word.starts_with(spacing) && ReadNumber(std::string_view(word).substr(spacing.size()), 10, style.spacing)) {
+            style.spacing = std::clamp(style.spacing, leastSpacing, mostSpacing);
+            found = true;
+        }
         for (const auto& [name, flag] : known)
             if (word == name) *flag = found = true;
         if (!found)
             PrintWarningOnce("fontstyle " + word, "the font style \"" + word +
                                                       "\" is not known and left out; there are bold, italic, "
-                                                      "underline, outline and shadow");
+                                                      "underline, outline, shadow and halo");
     }
     return style;
 }

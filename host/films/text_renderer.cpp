@@ -14,6 +14,8 @@
 #include "host/base/errors.h"
 #include "host/base/log.h"
 #include "host/films/cairo_handles.h"
+#include "host/films/readable_shade.h"
+#include "host/films/template_style.h"
 
 namespace Nifikral {
 namespace {
@@ -56,6 +58,21 @@ bool IsGeneric(const std::string& face) {
     return false;
 }
 
+std::string Trimmed(const std::string& name) {
+    const std::size_t begin = name.find_first_not_of(' ');
+    return begin == std::string::npos ? "" : name.substr(begin, name.find_last_not_of(' ') + 1 - begin);
+}
+
+// A list of families without the blanks around its commas, and at least the usual one.
+std::vector<std::string> FamiliesOf(const StyledText& text) {
+    std::vector<std::string> families;
+    std::istringstream stream(text.face);
+    for (std::string name; std::getline(stream, name, ',');)
+        if (name = Trimmed(name); !name.empty()) families.push_back(name);
+    if (families.empty()) families.emplace_back(usualFace);
+    return families;
+}
+
 bool IsInstalled(PangoContext* context, const std::string& face) {
     PangoFontFamily** families = nullptr;
     int count = 0;
@@ -88,7 +105,8 @@ std::string Characters(const std::string& text, PangoLayoutRun* run, bool unknow
 }
 
 void ReportSubstitutions(PangoLayout* layout, const StyledText& text) {
-    const std::string face = text.face.empty() ? usualFace : text.face;
+    const std::vector<std::string> families = FamiliesOf(text);
+    const std::string& face = families.front();
     const bool installed = IsInstalled(pango_layout_get_context(layout), face), generic = IsGeneric(face);
     std::string first;
     const Owner<PangoLayoutIter> iterator(pango_layout_get_iter(layout));
@@ -99,12 +117,15 @@ void ReportSubstitutions(PangoLayout* layout, const StyledText& text) {
         if (all.empty()) continue;
         const std::string used = FamilyOf(run->item->analysis.font);
         if (first.empty()) first = used;
+        const std::string package = PackageOfTypeface(face);
         if (!missing.empty())
             PrintWarningOnce(face + missing, Excerpt(text.text) + ": no installed font has " + missing +
                                                  ", boxes are drawn instead; install a font for it");
         else if (!generic && !installed)
             PrintWarningOnce(face, Excerpt(text.text) + ": the font \"" + face + "\" is not installed, \"" + used +
-                                       "\" is used instead; fc-list : family lists what there is");
+                                       "\" is used instead; " +
+                                       (package.empty() ? "fc-list : family lists what there is"
+                                                        : "install the package " + package));
         else if (!SameName(used, generic ? first : face))
             PrintWarningOnce(face + used, Excerpt(text.text) + ": the font \"" + (generic ? first : face) +
                                               "\" lacks " + all + ", \"" + used + "\" is used instead");
@@ -127,11 +148,17 @@ Owner<PangoLayout> MakeLayout(const StyledText& text) {
     if (text.style.bold) pango_font_description_set_weight(font.get(), PANGO_WEIGHT_BOLD);
     if (text.style.italic) pango_font_description_set_style(font.get(), PANGO_STYLE_ITALIC);
     pango_layout_set_font_description(layout.get(), font.get());
-    if (text.style.underline) {
-        const Owner<PangoAttrList> attributes(pango_attr_list_new());
+    const Owner<PangoAttrList> attributes(pango_attr_list_new());
+    if (text.style.underline)
         pango_attr_list_insert(attributes.get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
-        pango_layout_set_attributes(layout.get(), attributes.get());
+    if (text.style.spacing != 0) {
+        const double spacing = double(text.style.spacing) * text.size * PANGO_SCALE / 1000;
+        pango_attr_list_insert(attributes.get(), pango_attr_letter_spacing_new(int(spacing)));
     }
+    pango_layout_set_attributes(layout.get(), attributes.get());
+    pango_layout_set_alignment(layout.get(), text.style.align == TextAlign::Left     ? PANGO_ALIGN_LEFT
+                                             : text.style.align == TextAlign::Center ? PANGO_ALIGN_CENTER
+                                                                                     : PANGO_ALIGN_RIGHT);
     pango_layout_set_text(layout.get(), text.text.c_str(), int(text.text.size()));
     return layout;
 }
@@ -154,13 +181,19 @@ struct Decoration {
             shift = std::max(1, text.size / 16);
             blur = text.size / 28;
         }
+        if (text.style.halo) {
+            // Full for as far as letters reach into what they are read against, and soft beyond.
+            haloBlur = std::max(1, text.size / 11);
+            halo = 3.0 + blurPasses * haloBlur;
+        }
     }
-    int Before() const { return int(std::ceil(outline)) + std::max(0, blurPasses * blur - shift); }
-    int Behind() const { return int(std::ceil(outline)) + blurPasses * blur + shift; }
+    int Before() const { return std::max(int(std::ceil(outline)) + std::max(0, blurPasses * blur - shift), OfHalo()); }
+    int Behind() const { return std::max(int(std::ceil(outline)) + blurPasses * blur + shift, OfHalo()); }
+    int OfHalo() const { return int(std::ceil(halo)) + blurPasses * haloBlur; }
 
     static constexpr int blurPasses = 2;
-    double outline = 0;
-    int shift = 0, blur = 0;
+    double outline = 0, halo = 0;
+    int shift = 0, blur = 0, haloBlur = 0;
 };
 
 // Black around light text, white around dark.
@@ -168,14 +201,18 @@ Colour OutlineColour(const StyledText& text) {
     return 299 * text.red + 587 * text.green + 114 * text.blue >= 128000 ? black : white;
 }
 
+void StrokeGlyphs(cairo_t* context, PangoLayout* layout, double reach) {
+    pango_cairo_layout_path(context, layout);
+    cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+    cairo_set_line_width(context, 2 * reach);
+    cairo_stroke(context);
+    cairo_move_to(context, 0, 0);
+}
+
 void DrawGlyphs(cairo_t* context, PangoLayout* layout, const StyledText& text, double outline) {
     if (outline > 0) {
         SetColour(context, OutlineColour(text));
-        pango_cairo_layout_path(context, layout);
-        cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
-        cairo_set_line_width(context, 2 * outline);
-        cairo_stroke(context);
-        cairo_move_to(context, 0, 0);
+        StrokeGlyphs(context, layout, outline);
     }
     SetColour(context, {text.red, text.green, text.blue});
     pango_cairo_show_layout(context, layout);
@@ -230,6 +267,25 @@ FramePtr ToPicture(cairo_surface_t* surface, Colour rim) {
     }
     return picture;
 }
+
+// A text's lines and ink, in the layout's pixels, and the picture that holds them with their decoration.
+struct Bounds {
+    Bounds(PangoLayout* layout, const Decoration& decoration) {
+        PangoRectangle ink;
+        pango_layout_get_pixel_extents(layout, &ink, &logical);
+        const bool hasInk = ink.width > 0 && ink.height > 0;
+        left = std::min(logical.x, hasInk ? ink.x : logical.x) - decoration.Before();
+        top = std::min(logical.y, hasInk ? ink.y : logical.y) - decoration.Before();
+        right = std::max(logical.x + logical.width, ink.x + ink.width) + decoration.Behind();
+        bottom = std::max(logical.y + logical.height, ink.y + ink.height) + decoration.Behind();
+    }
+    // Of the lines, within the picture.
+    int Left() const { return logical.x - left; }
+    int Top() const { return logical.y - top; }
+
+    PangoRectangle logical;
+    int left, top, right, bottom;
+};
 
 std::string LinesOf(PangoLayout* layout, const std::string& text) {
     std::string lines;
@@ -302,20 +358,19 @@ std::string BreakLines(const StyledText& text, int width, bool withinWords) {
     return LinesOf(layout.get(), text.text);
 }
 
+TextExtent MeasureText(const StyledText& text) {
+    CheckText(text);
+    const Bounds bounds(MakeLayout(text).get(), Decoration(text));
+    return {bounds.Left(), bounds.Top(), bounds.logical.width, bounds.logical.height};
+}
+
 FramePtr RenderText(const StyledText& text) {
     CheckText(text);
     const Owner<PangoLayout> layout = MakeLayout(text);
-    PangoRectangle ink, logical;
-    pango_layout_get_pixel_extents(layout.get(), &ink, &logical);
-    ReportSubstitutions(layout.get(), text);
-
     const Decoration decoration(text);
-    const bool hasInk = ink.width > 0 && ink.height > 0;
-    const int left = std::min(logical.x, hasInk ? ink.x : logical.x) - decoration.Before(),
-              top = std::min(logical.y, hasInk ? ink.y : logical.y) - decoration.Before(),
-              right = std::max(logical.x + logical.width, ink.x + ink.width) + decoration.Behind(),
-              bottom = std::max(logical.y + logical.height, ink.y + ink.height) + decoration.Behind();
-    const int width = std::max(1, right - left), height = std::max(1, bottom - top);
+    const Bounds bounds(layout.get(), decoration);
+    ReportSubstitutions(layout.get(), text);
+    const int width = std::max(1, bounds.right - bounds.left), height = std::max(1, bounds.bottom - bounds.top);
     if (width > largestSide || height > largestSide)
         throw std::runtime_error(Excerpt(text.text) + " would be " + std::to_string(width) + "x" +
                                  std::to_string(height) + " pixels large; make it shorter or its font smaller");
@@ -323,24 +378,34 @@ FramePtr RenderText(const StyledText& text) {
     const auto draw = [&](cairo_format_t format, const auto& paint) {
         CairoSurfacePtr surface = NewSurface(format, width, height);
         const CairoPtr context(cairo_create(surface.get()));
-        cairo_translate(context.get(), -left, -top);
+        cairo_translate(context.get(), -bounds.left, -bounds.top);
         paint(context.get());
         CheckDrawn(context.get());
         return surface;
     };
     const auto glyphs = [&](cairo_t* context) { DrawGlyphs(context, layout.get(), text, decoration.outline); };
+    const auto layMask = [&](cairo_t* context, const CairoSurfacePtr& mask, int blur, int shift) {
+        if (blur > 0) Blur(mask.get(), blur);
+        cairo_mask_surface(context, mask.get(), bounds.left + shift, bounds.top + shift);
+        cairo_move_to(context, 0, 0);
+    };
+    const std::uint32_t shade = ShadeFor(text.red, text.green, text.blue);
+    const Colour haloColour{std::uint8_t(shade >> 16), std::uint8_t(shade >> 8), std::uint8_t(shade)};
     const CairoSurfacePtr picture = draw(CAIRO_FORMAT_ARGB32, [&](cairo_t* context) {
+        if (text.style.halo) {
+            const auto strokes = [&](cairo_t* mask) { StrokeGlyphs(mask, layout.get(), decoration.halo); };
+            SetColour(context, haloColour, (shade >> 24) / 255.0);
+            layMask(context, draw(CAIRO_FORMAT_A8, strokes), decoration.haloBlur, 0);
+        }
         if (text.style.shadow) {
             constexpr double darkness = 0.75;
-            const CairoSurfacePtr mask = draw(CAIRO_FORMAT_A8, glyphs);
-            if (decoration.blur > 0) Blur(mask.get(), decoration.blur);
             SetColour(context, black, darkness);
-            cairo_mask_surface(context, mask.get(), left + decoration.shift, top + decoration.shift);
-            cairo_move_to(context, 0, 0);
+            layMask(context, draw(CAIRO_FORMAT_A8, glyphs), decoration.blur, decoration.shift);
         }
         glyphs(context);
     });
-    const Colour rim = text.style.shadow    ? black
+    const Colour rim = text.style.halo      ? haloColour
+                       : text.style.shadow  ? black
                        : text.style.outline ? OutlineColour(text)
                                             : Colour{text.red, text.green, text.blue};
     return ToPicture(picture.get(), rim);

@@ -10,6 +10,13 @@ namespace Nifikral {
 /// The largest side of a picture that this host makes or opens for a generator.
 inline constexpr int largestSide = 16384;
 
+/// Where the lines of a text lie in the picture that RenderText makes of it; around them its decoration has room.
+struct TextExtent {
+    int left = 0, top = 0, width = 0, height = 0;
+};
+/// Throws as CheckText.
+TextExtent MeasureText(const StyledText& text);
+
 /// Draws a text on a transparent picture (BGRA, colours not multiplied by alpha) that is just large enough for it. A
 /// font family that is not installed and characters that it lacks are reported once, with the font that was used
 /// instead. Throws std::runtime_error for a text that is no UTF-8, a size below 1 and a text too large to draw.

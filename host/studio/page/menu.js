@@ -10,12 +10,13 @@ import {Stage} from "./stage.js";
 import * as store from "./store.js";
 import {Timeline} from "./timeline.js";
 
-const STYLES = {name: "fontstyle", kind: "word", words: ["bold", "italic", "underline", "outline", "shadow"], separator: " ", meaning: "how the letters are drawn"};
-const FACES = ["DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono", "Sans", "Serif"];
+const STYLES = {name: "fontstyle", kind: "word", words: ["bold", "italic", "underline", "outline", "shadow", "halo"], separator: " ", meaning: "how the letters are drawn"};
+const FACES = ["Cabin", "Comfortaa", "Dancing Script", "EB Garamond", "Goudy Bookletter 1911", "League Spartan", "Quicksand", "Yanone Kaffeesatz", "DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono", "Sans", "Serif"];
 const number = (name, low, high, step, unit, meaning) => ({name, kind: "number", sensible: {minimum: low, maximum: high}, step, unit, meaning});
 const SIZE = number("size", 8, 200, 1, "px", "height of the letters"), SECONDS = number("duration", 1, 60, 0.5, "s", "length of the menu"),
     LOOP = number("loopStart", 0, 30, 0.5, "s", "seconds that lead to the part that players repeat"), ACROSS = number("x", 0, 1920, 1, "px", "left edge"), DOWN = number("y", 0, 1080, 1, "px", "upper edge"),
-    COLOUR = {name: "color", kind: "colour", meaning: "colour of the letters"};
+    COLOUR = {name: "color", kind: "colour", meaning: "colour of the letters"}, SPACING = number("spacing", -100, 300, 5, "‰", "room between the letters, of their size"),
+    ALIGN = {name: "align", kind: "word", words: ["left", "center", "right"], meaning: "where the text stands in its box, or about its left edge"};
 const TILE_FRAMES = 150;
 // What belongs to a place in the template and stays there when pictures are ordered anew.
 const PLACES = ["additionSourceSizes", "maskPaths", "startPositions", "endPositions", "moveFormulas", "moveSpeeds", "startTrans", "endTrans", "fadeSpeeds"];
@@ -71,7 +72,9 @@ export function menuJob(job, catalogue) {
         if (!checked || !project()) return handles.show([]);
         const {width: W, height: H} = checked, shapes = [];
         (project().textInfos ?? []).forEach((text, i) => {
-            const box = checked.texts?.find(one => one.index === i)?.box ?? [0, 0, W / 4, H / 12], at = () => { const now = project().textInfos?.[i] ?? text; return now.move?.end ?? now.box; };
+            // An aligned text stands anywhere in its box.
+            const box = text.align && text.box?.length > 2 ? text.box : checked.texts?.find(one => one.index === i)?.box ?? [0, 0, W / 4, H / 12];
+            const at = () => { const now = project().textInfos?.[i] ?? text; return now.move?.end ?? now.box ?? box; };
             shapes.push({kind: "box", fixed: true, name: text.text, get: part => part === "x" ? at()[0] / W : part === "y" ? at()[1] / H : part === "w" ? box[2] / W : box[3] / H,
                 set: ({x, y}) => setText(i, now => { const place = [Math.round(x * W), Math.round(y * H)]; return now.move?.end ? {move: {...now.move, end: place}} : {box: [...place, ...(now.box ?? []).slice(2)]}; }, "place"),
                 choose: () => { opened = i; lists(); }});
@@ -173,9 +176,11 @@ export function menuJob(job, catalogue) {
         const words = el("input", {type: "text", "aria-label": `Text ${i + 1}`, oninput: () => setText(i, {text: words.value}, "words")});
         const face = el("input", {type: "text", list: "faces", "aria-label": `Font of text ${i + 1}`, onchange: () => setText(i, {face: face.value || undefined})});
         const at = part => (text().move?.end ?? text().box ?? [0, 0])[part];
-        const setAt = (part, value) => setText(i, now => { const next = [...(now.move?.end ?? now.box)]; next[part] = Number(value); return now.move?.end ? {move: {...now.move, end: next}} : {box: next}; }, `at ${part}`);
+        const setAt = (part, value) => setText(i, now => { const next = [...(now.move?.end ?? now.box ?? [0, 0])]; next[part] = Number(value); return now.move?.end ? {move: {...now.move, end: next}} : {box: next}; }, `at ${part}`);
         const controls = [control(SIZE, "size", context(() => String(text().size ?? 32), value => setText(i, {size: Number(value)}, "size"))),
             control(STYLES, "style", context(() => text().fontstyle ?? "", value => setText(i, {fontstyle: value}))),
+            control(SPACING, "spacing", context(() => String(text().spacing ?? 0), value => setText(i, {spacing: Number(value)}, "spacing"))),
+            control(ALIGN, "align", context(() => text().align ?? "left", value => setText(i, {align: value}))),
             control(COLOUR, "colour", context(() => text().color ?? "#ffffff", value => setText(i, {color: value}, "colour"))),
             control(ACROSS, "across", context(() => String(at(0)), value => setAt(0, value))), control(DOWN, "down", context(() => String(at(1)), value => setAt(1, value)))];
         const inside = el("div", {class: "inside"}, el("div", {class: "control"}, el("span", {class: "label", text: "font"}), face), controls.map(one => one.node));

@@ -50,25 +50,26 @@ TEST_F(Project, BecomesThePropertiesOfTheModuleInTheirOrder) {
     EXPECT_EQ(project.film.frameRate.num, 30000);
     const std::string at = folder.string() + "/";
     using Pairs = std::vector<std::pair<std::string, std::string>>;
-    const Pairs expected = {{"duration", "60"},
-                            {"width", "640"},
-                            {"height", "360"},
-                            {"sourcePath", at + "a.png"},
-                            {"textNumber", "2"},
-                            {"textInfos",
-                             "still, 'quoted' <b>;DejaVu Sans;bold;20;0;0;128;1;2;3;4;false;true;1;10\\"
-                             "moving;;;30;255;255;255;5;6;0;0;true;7;8;9;10;-11;0"},
-                            {"additionSourceNumber", "2"},
-                            {"isAdditionSourceImages", "true;false"},
-                            {"additionSourcePaths", at + "a.png;nifikral-played:30000/1001:loop:" + at + "b.mkv"},
-                            {"maskPaths", ";nifikral-played:30000/1001:loop:" + at + "a.png"},
-                            {"startPositions", "10;20;-30;40"},
-                            {"endPositions", "50;60;70;-80"},
-                            {"moveFormulas", "0;0;0;0"},
-                            {"moveSpeeds", "0;0"},
-                            {"startTrans", "255;255"},
-                            {"endTrans", "255;100"},
-                            {"fadeSpeeds", "0;0"}};
+    const Pairs expected = {
+        {"duration", "60"},
+        {"width", "640"},
+        {"height", "360"},
+        {"sourcePath", at + "a.png"},
+        {"textNumber", "2"},
+        {"textInfos",
+         "still, 'quoted' <b>;DejaVu Sans;bold;20;0;0;128;1;2;3;4;false;true;1;10\\"
+         "moving;Cabin, DejaVu Sans;italic halo spacing=10;30;255;230;196;5;6;0;0;true;7;8;9;10;-11;0"},
+        {"additionSourceNumber", "2"},
+        {"isAdditionSourceImages", "true;false"},
+        {"additionSourcePaths", at + "a.png;nifikral-played:30000/1001:loop:" + at + "b.mkv"},
+        {"maskPaths", ";nifikral-played:30000/1001:loop:" + at + "a.png"},
+        {"startPositions", "10;20;-30;40"},
+        {"endPositions", "50;60;70;-80"},
+        {"moveFormulas", "0;0;0;0"},
+        {"moveSpeeds", "0;0"},
+        {"startTrans", "255;255"},
+        {"endTrans", "255;100"},
+        {"fadeSpeeds", "0;0"}};
     EXPECT_EQ(MenuProperties(project), expected);
 }
 

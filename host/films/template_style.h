@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "host/films/styled_text.h"
+
+namespace Nifikral {
+
+/// How texts of one kind look and where they stand. All numbers are thousandths, of the height of the frame (of its
+/// width where they go across), so that a menu looks alike in every size.
+struct TypeStyle {
+    const char* face;   ///< families, of which the first one that is installed counts
+    const char* words;  ///< as "fontstyle" has them
+    int size;
+    std::uint32_t colour;  ///< 0xRRGGBB
+    int spacing;           ///< between letters, of the size of the font
+    TextAlign align;
+    std::array<int, 4> box;  ///< left, top, width and height
+};
+
+/// What the texts of a template look like where a project says nothing of it.
+struct TemplateStyle {
+    const char* templateName;
+    TypeStyle title;
+    /// The second text; those after it stand below one another, each by the height of the box.
+    TypeStyle line;
+    /// The names of pictures and buttons; they have places of their own.
+    TypeStyle caption;
+};
+
+/// The style of a template; that of menu_common for one without.
+const TemplateStyle& StyleOf(const std::string& templateName);
+
+/// Whether a template shows how to use a menu: its texts are lines below one another.
+bool IsInstructionMenu(const std::string& templateName);
+
+/// The Debian package that holds a typeface of the styles; empty for all other families.
+std::string PackageOfTypeface(const std::string& family);
+
+}  // namespace Nifikral
