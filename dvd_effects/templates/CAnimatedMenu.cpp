@@ -61,8 +61,7 @@ double CAnimatedMenu::Phase() const {
     return double((FrameNumber() - 1) % std::uint32_t(loop)) / loop;
 }
 
-Region CAnimatedMenu::FreeRegion() const {
-    constexpr double margin = 0.05;
+Region CAnimatedMenu::FreeRegion(double margin) const {
     std::vector<Section> columns, rows;
     for (const MenuText& text : Texts()) {
         if (text.item.moves) continue;

@@ -36,9 +36,9 @@ class CAnimatedMenu : public CBasedMenu {
     double Turns(double frames) const;
     double Width() const { return MenuSize().width; }
     double Height() const { return MenuSize().height; }
-    /// The menu within its margins, less the texts that stand still: of the bands above, below and beside them the
-    /// largest; all of it where they leave less than half.
-    Region FreeRegion() const;
+    /// The menu within its margins, a part of its sides, less the texts that stand still: of the bands above, below and
+    /// beside them the largest; all of it where they leave less than half.
+    Region FreeRegion(double margin = 0.05) const;
     /// Parts of the menu's width and height, at least a pixel.
     FrameSize PartOfMenu(double across, double down) const;
     /// `part` of `of` of the menu in whole pixels, at least one.

@@ -88,19 +88,14 @@ void CCommomInstrction::MakeScenery() {
                          {246, 249, 252, 232});
     RoundCorners(m_panel, 0.14 * Unit());
     m_panel = Shaded(m_panel, Kind(), Units(0.2), Units(0.06), {0, 0, 0, 140});
-    m_accent = PlainLayer(Kind(), {Units(0.08), Units(1.2)}, accent);
-    RoundCorners(m_accent, Unit());
+    m_keys.Make(Kind(), Units(1.9), {{27, 48, 72}, {228, 236, 244}, accent});
 }
 
 void CCommomInstrction::DrawScene(Canvas& canvas) {
     const double left = 0.0667 * Width(), top = 0.125 * Height(), border = Units(0.2) + Units(0.06);
     canvas.Lay(m_panel, std::int32_t(left - border), std::int32_t(top - border));
-    // A mark that goes up and down beside the panel's texts.
-    const double way = 0.75 * Height() - 2.2 * Unit();
-    canvas.LayTransformed(
-        m_accent,
-        Placement::Turned({left + 0.22 * Unit(), top + 1.1 * Unit() + way * (0.5 - 0.5 * Wave(Turns(300) + 0.25))},
-                          m_accent.Width(), m_accent.Height()));
+    const Region panel = Region{left, top, 0.525 * Width(), 0.75 * Height()}.Shrunk(0.4 * Unit(), 0.35 * Unit());
+    m_keys.Draw(canvas, BelowTexts(Texts(), panel), Phase());
     ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {
         const double size = 0.985 + 0.025 * Wave(Turns(300) + 0.25), width = size * picture.layer.Width();
         const Spot at = PlaceOf(picture, {0.785 * Width(), 0.5 * Height()});

@@ -2,6 +2,7 @@
 
 #include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/templates/picture_mount.h"
+#include "dvd_effects/templates/remote_keys.h"
 
 namespace AVBased {
 
@@ -43,8 +44,8 @@ class CCommonSub : public CCommonSheet {
 };
 
 /// The instruction menu: a light panel leaves room for texts from a fifteenth of the width and an eighth of the height
-/// on, up to the middle; on its right one picture comes slowly nearer and goes, and where there are several, each has
-/// its turn there. "startPositions" places them elsewhere.
+/// on, up to the middle, and shows the keys of a remote control below them; on its right one picture comes slowly
+/// nearer and goes, and where there are several, each has its turn there. "startPositions" places them elsewhere.
 class CCommomInstrction : public CCommonSheet {
  public:
     explicit CCommomInstrction(IAVManager* manager) : CCommonSheet(effectInstructionMenuCommonName, manager) {}
@@ -55,7 +56,8 @@ class CCommomInstrction : public CCommonSheet {
     void DrawScene(Canvas& canvas) override;
 
  private:
-    Layer m_panel, m_accent;
+    Layer m_panel;
+    RemoteKeys m_keys;
 };
 
 }  // namespace AVBased

@@ -276,10 +276,14 @@ void CFestivalInstruction::MakeScenery() {
         LayOver(m_panel, down, size.width - inset - thin, inset);
     }
     RoundCorners(m_panel, 0.25 * Unit());
+    m_keys.Make(Kind(), Units(1.7), {{44, 34, 84}, gold, gold});
 }
 
 void CFestivalInstruction::DrawPictures(Canvas& canvas) {
-    canvas.Lay(m_panel, std::int32_t(0.4 * Width()), std::int32_t(0.17 * Height()));
+    const double left = 0.4 * Width(), top = 0.17 * Height();
+    canvas.Lay(m_panel, std::int32_t(left), std::int32_t(top));
+    const Region panel = Region{left, top, 0.55 * Width(), Height() * 2 / 3}.Shrunk(0.5 * Unit(), 0.4 * Unit());
+    m_keys.Draw(canvas, BelowTexts(Texts(), panel), Phase());
     bool isHung = false;
     ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {
         const Pendulum hung = Hang(picture, PlaceOf(picture, {0.2 * Width(), 0.47 * Height()}), 0);

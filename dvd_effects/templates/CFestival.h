@@ -2,6 +2,7 @@
 
 #include "dvd_effects/templates/CAnimatedMenu.h"
 #include "dvd_effects/templates/picture_mount.h"
+#include "dvd_effects/templates/remote_keys.h"
 
 namespace AVBased {
 
@@ -85,8 +86,8 @@ class CFestivalSub : public CFestivalNight {
 };
 
 /// The instruction menu: a dark panel with a golden line leaves room for texts from two fifths of the width and a sixth
-/// of the height on, down to five sixths; on its left swings one picture, and where there are several, each has its
-/// turn there. "startPositions" places them elsewhere.
+/// of the height on, down to five sixths, and shows the keys of a remote control below them; on its left swings one
+/// picture, and where there are several, each has its turn there. "startPositions" places them elsewhere.
 class CFestivalInstruction : public CFestivalNight {
  public:
     explicit CFestivalInstruction(IAVManager* manager) : CFestivalNight(effectInstructionMenuFestivalName, manager) {}
@@ -98,6 +99,7 @@ class CFestivalInstruction : public CFestivalNight {
 
  private:
     Layer m_panel;
+    RemoteKeys m_keys;
 };
 
 }  // namespace AVBased

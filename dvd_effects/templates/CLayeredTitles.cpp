@@ -6,7 +6,7 @@ namespace AVBased {
 
 namespace {
 
-constexpr Colour inks[] = {{16, 78, 102}, {168, 52, 60}, {216, 138, 44}, {52, 62, 120}};
+constexpr Colour inks[] = {{16, 78, 102}, {168, 52, 60}, {176, 96, 18}, {52, 62, 120}};
 
 }  // namespace
 
@@ -52,8 +52,8 @@ void CLayeredTitles::DrawBands(Canvas& canvas, const Title& title, unsigned inde
     const double far = side * (Width() + length), drift = side * Width() * 0.01 * Wave(phase * 2 + 0.17 * index);
     const double front = far * away(0.03) + drift;
     Band(canvas, index + 1, centre + far * away(0) - drift * 2 - side * padding * 1.5, middle + high * 0.24, length,
-         high, 0.5);
-    Band(canvas, index, centre + front, middle, length, high, 0.7);
+         high, 0.55);
+    Band(canvas, index, centre + front, middle, length, high, 0.8);
     if (title.text)
         canvas.LayTransformed(
             *title.text, Placement::Turned({title.left + title.width / 2 + front, middle}, title.width, title.height));

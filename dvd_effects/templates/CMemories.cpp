@@ -26,13 +26,14 @@ void CMemories::PaintBackground(Canvas& canvas) const {
     });
 }
 
-CPhotographs::Pose CMemories::Resting(const ShownPicture& picture, const PictureGrid& heap) const {
+CPhotographs::Pose CMemories::Resting(const ShownPicture& picture, const PictureGrid& heap, const Region& stage) const {
     const unsigned i = picture.index;
     const Region cell = heap.Cell(i);
     const double size = std::min(overlap, 0.62 * Height() / cell.height);
     const double scale = ScaleOf(picture, cell.ScaleOf(picture.layer.Width(), picture.layer.Height()) * size);
     const Spot usual = cell.At(0.38 + 0.24 * Scattered(1, i), 0.4 + 0.2 * Scattered(2, i));
-    return {PlaceOf(picture, usual, scale), scale, (i % 2 ? 1 : -1) * (3 + 11 * Scattered(3, i))};
+    return Within(stage, picture,
+                  {PlaceOf(picture, usual, scale), scale, (i % 2 ? 1 : -1) * (3 + 11 * Scattered(3, i))});
 }
 
 CPhotographs::Pose CMemories::At(double phase, unsigned index, unsigned count, const Pose& rest, double height) const {
@@ -64,7 +65,7 @@ void CMemories::DrawScene(Canvas& canvas) {
     const PictureGrid heap = PictureGrid::Filling(stage.Shrunk(0.04 * stage.width, 0.09 * stage.height), count);
     Pile pile;
     for (const ShownPicture& picture : pictures) {
-        const Pose rest = Resting(picture, heap);
+        const Pose rest = Resting(picture, heap, stage);
         const double longest = std::max(picture.layer.Width(), picture.layer.Height()) * rest.scale;
         ShowPhotograph(pile, picture, At(Phase(), picture.index, count, rest, 1.5 * longest));
     }

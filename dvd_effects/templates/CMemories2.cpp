@@ -60,7 +60,9 @@ void CMemories2::DrawScene(Canvas& canvas) {
         const Region cell = grid.Cell(i);
         const Spot usual = cell.At(0.46 + 0.08 * Scattered(1, i), 0.46 + 0.08 * Scattered(2, i));
         const double scale = ScaleOf(pictures[i], 0.88 * cell.ScaleOf(picture.Width(), picture.Height()));
-        const Pose lying{PlaceOf(pictures[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))};
+        const Pose lying =
+            Within(stage, pictures[i],
+                   {PlaceOf(pictures[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))});
         const Region front{0, 0, forwardAcross * Width(), std::min(forwardDown * Height(), stage.height)};
         const Pose held{stage.Middle(), std::max(lying.scale, front.ScaleOf(picture.Width(), picture.Height())), 0, 1};
         ShowPhotograph(pile, pictures[i], PoseBetween(lying, held, forward));

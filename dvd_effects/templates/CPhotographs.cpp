@@ -14,6 +14,21 @@ CPhotographs::Pose CPhotographs::PoseBetween(const Pose& a, const Pose& b, doubl
             mixed(a.opacity, b.opacity)};
 }
 
+CPhotographs::Pose CPhotographs::Within(const Region& region, const ShownPicture& picture, Pose pose) const {
+    if (HasPlaces()) return pose;
+    const auto length = [](double side) { return side < 0 ? -side : side; };
+    const double sine = length(Wave(pose.degrees / 360)), cosine = length(Wave(pose.degrees / 360 + 0.25));
+    const double width = picture.layer.Width(), height = picture.layer.Height();
+    const double across = width * cosine + height * sine, down = width * sine + height * cosine;
+    pose.scale = std::min(pose.scale, region.ScaleOf(across, down));
+    const auto kept = [](double middle, double begin, double room, double size) {
+        return std::clamp(middle, begin + size / 2, std::max(begin + size / 2, begin + room - size / 2));
+    };
+    pose.centre.x = kept(pose.centre.x, region.left, region.width, across * pose.scale);
+    pose.centre.y = kept(pose.centre.y, region.top, region.height, down * pose.scale);
+    return pose;
+}
+
 void CPhotographs::MakeScenery() { m_shadow = SoftShadow(Kind(), 0); }
 
 void CPhotographs::FinishPicture(Layer& layer, unsigned) const {

@@ -17,6 +17,9 @@ class CPhotographs : public CAnimatedMenu {
         double opacity = 1;
     };
     static Pose PoseBetween(const Pose& a, const Pose& b, double part);
+    /// The pose, moved and made as small as it takes for all of a photograph to lie within a region; as it is where the
+    /// properties say where photographs stand.
+    Pose Within(const Region& region, const ShownPicture& picture, Pose pose) const;
 
     void MakeScenery() override;
     void FinishPicture(Layer& layer, unsigned index) const override;

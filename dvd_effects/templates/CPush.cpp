@@ -14,6 +14,17 @@ void CPush::DrawScene(Canvas& canvas) {
     DrawTexts(canvas);
 }
 
+// What the texts leave free, with a little room beside them.
+Region CPush::Stage() const {
+    Region stage = FreeRegion(0);
+    const double gap = 0.02 * Height(), right = stage.left + stage.width, bottom = stage.top + stage.height;
+    if (stage.left > 0) stage.left += gap;
+    if (stage.top > 0) stage.top += gap;
+    stage.width = std::max(1.0, (right < Width() ? right - gap : right) - stage.left);
+    stage.height = std::max(1.0, (bottom < Height() ? bottom - gap : bottom) - stage.top);
+    return stage;
+}
+
 void CPush::DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPicture& coming, double push) const {
     // Where pictures go.
     constexpr Spot ways[] = {{-1, 0}, {0, -1}, {1, 0}, {0, 1}};
@@ -22,10 +33,15 @@ void CPush::DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPic
     const double width = Width() * scale, height = Height() * scale, between = Height() * gap * small;
     const double gone = Passed(push, 0.12, 0.88);
     const Spot way = ways[coming.index % std::size(ways)];
+    // Of the pictures, the middle is seen that the texts leave room for.
+    const Region stage = Stage();
+    const Box window = Texts().empty() ? everything
+                                       : Box{unsigned(stage.left), unsigned(stage.left + stage.width),
+                                             unsigned(stage.top), unsigned(stage.top + stage.height)};
     const auto show = [&](const ShownPicture& picture, double steps) {
-        const Spot centre{Width() / 2 + way.x * (width + between) * steps,
-                          Height() / 2 + way.y * (height + between) * steps};
-        Show(canvas, picture, Placement::Turned(centre, width, height));
+        const Spot centre{stage.Middle().x + way.x * (width + between) * steps,
+                          stage.Middle().y + way.y * (height + between) * steps};
+        Show(canvas, picture, Placement::Turned(centre, width, height), 1, window);
     };
     show(leaving, gone);
     if (push > 0) show(coming, gone - 1);

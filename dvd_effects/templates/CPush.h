@@ -7,7 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuPushName[] = "menu_push";
 
 /// Each picture pushes the one before it off the screen, to the left, up, to the right and down in turn; on the way
-/// both draw back a little from the edges. Sizes and places of the sources do not count.
+/// both draw back a little from the edges. Texts have a strip of their own, which no picture crosses. Sizes and places
+/// of the sources do not count.
 class CPush : public CAnimatedMenu {
  public:
     explicit CPush(IAVManager* manager) : CAnimatedMenu(effectMenuPushName, manager) {}
@@ -20,6 +21,7 @@ class CPush : public CAnimatedMenu {
     void DrawScene(Canvas& canvas) override;
 
  private:
+    Region Stage() const;
     void DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPicture& coming, double push) const;
 };
 

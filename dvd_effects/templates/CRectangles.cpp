@@ -36,6 +36,7 @@ void CRectangles::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const double thin = std::max(1.0, Height() / 360);
+    const Region stage = FreeRegion();
     for (unsigned i = 0; i < emptyOnes; ++i) {
         const double nearness = 0.25 + 0.75 * Scattered(1, i), width = Width() * nearness * 0.34;
         const double begun = Wrapped(Phase() + i * 0.618);
@@ -52,7 +53,7 @@ void CRectangles::DrawScene(Canvas& canvas) {
             const double begun = Wrapped(Phase() + double(picture.index) / count / crossings);
             const double lane = Wrapped(0.15 + picture.index * 0.382);
             const Spot centre{Crossing(begun, crossings, picture.index % 2 != 0, Width(), width + 6 * thin),
-                              Height() * (0.2 + 0.6 * lane)};
+                              stage.top + Mixed(height / 2, std::max(height / 2, stage.height - height / 2), lane)};
             Show(canvas, picture, Placement::Turned(centre, width, height));
             Outline(canvas, centre, width + 4 * thin, height + 4 * thin, thin, picture.opacity * plane);
         }

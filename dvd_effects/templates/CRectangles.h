@@ -8,7 +8,8 @@ namespace AVBased {
 inline constexpr char effectMenuRectanglesName[] = "menu_rectangles";
 
 /// Rectangles of different size cross the screen at different depth, the nearer the larger and faster, with thin
-/// outlines: pictures in some, others empty. "additionSourceSizes" are the sizes of the nearest; places do not count.
+/// outlines: pictures in some, others empty. Pictures keep off the texts. "additionSourceSizes" are the sizes of the
+/// nearest; places do not count.
 class CRectangles : public CAnimatedMenu {
  public:
     explicit CRectangles(IAVManager* manager) : CAnimatedMenu(effectMenuRectanglesName, manager) {}

@@ -31,8 +31,9 @@ CPhotographs::Pose CStacking::At(double phase, const ShownPicture& picture, unsi
     const double scale =
         ScaleOf(picture, std::min(0.5 * Width() / picture.layer.Width(), height / picture.layer.Height()));
     const Spot usual = stage.At(0.5 + 0.1 * (Scattered(1, i) - 0.5), 0.5 + 0.08 * (Scattered(2, i) - 0.5));
-    const Pose rest{PlaceOf(picture, usual, scale), scale, (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))};
-    if (phase < starts || phase >= sweeps + sweepTime) return {rest.centre, scale, 0, 0, 0};
+    const Pose rest =
+        Within(stage, picture, {PlaceOf(picture, usual, scale), scale, (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))});
+    if (phase < starts || phase >= sweeps + sweepTime) return {rest.centre, rest.scale, 0, 0, 0};
     Pose away = rest;
     if (phase >= sweeps) {
         const double gone = (phase - sweeps) / sweepTime;

@@ -34,10 +34,18 @@ void CVignette::DrawScene(Canvas& canvas) {
 
 // At `part` of its time on the screen.
 void CVignette::ShowLarge(Canvas& canvas, const ShownPicture& picture, double part, double opacity) const {
-    const double zoom = 0.97 + 0.07 * part, side = picture.index % 2 ? 1 : -1;
-    const Spot centre{Width() * (0.5 + side * 0.02 * (part * 2 - 1)), Height() * 0.41};
-    Show(canvas, picture, Placement::Turned(centre, picture.layer.Width() * zoom, picture.layer.Height() * zoom),
-         opacity);
+    constexpr double largest = 1.04, rowTop = 0.8;
+    const double side = picture.index % 2 ? 1 : -1, width = picture.layer.Width(), height = picture.layer.Height();
+    Spot centre{0.5 * Width(), 0.41 * Height()};
+    double zoom = largest - 0.07 * (1 - part);
+    if (!Texts().empty()) {
+        Region stage = FreeRegion(0).Shrunk(0, 0.02 * Height());
+        stage.height = std::max(1.0, std::min(stage.height, rowTop * Height() - stage.top));
+        zoom *= std::min(1.0, stage.ScaleOf(width * largest, height * largest));
+        centre = stage.Middle();
+    }
+    centre.x += Width() * side * 0.02 * (part * 2 - 1);
+    Show(canvas, picture, Placement::Turned(centre, width * zoom, height * zoom), opacity);
 }
 
 // Ovals of one height side by side, smaller where there are too many for that.

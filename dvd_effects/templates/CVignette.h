@@ -7,8 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuVignetteName[] = "menu_vignette";
 
 /// One picture at a time in a wide oval whose edges melt into the dark, drifting slowly, dissolving into the next one;
-/// below it all pictures in a row of small ovals, where the one that is shown stands out. "additionSourceSizes" are the
-/// sizes of the large oval; places do not count.
+/// between the texts and, below it, all pictures in a row of small ovals, where the one that is shown stands out.
+/// "additionSourceSizes" are the sizes of the large oval; places do not count.
 class CVignette : public CAnimatedMenu {
  public:
     explicit CVignette(IAVManager* manager) : CAnimatedMenu(effectMenuVignetteName, manager) {}

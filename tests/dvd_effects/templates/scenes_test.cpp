@@ -90,11 +90,11 @@ constexpr Scene scenes[] = {
      "AAAAAAAA/AAAAAAAA/AAAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/BBBBBBBB/BBBBBBBB "
      "CCCCCCCC/CCCCCCCC/CCCCCCCC/cccccccc CCCCCCCC/CCCCCCCC/CCCCCCCC/CCCCCCCC"},
     {"menu_layeredtitles",
-     "AAAAAAAA/AAAAAAAA/aAAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/bbbbbbbb/bbbbbbbB "
+     "AAAAAAAA/AAAAAAAA/aaAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/bbbbbbbb/bbbbbbbB "
      "CCCCCCCC/CCCCCCCC/cccccccc/cccccccC CCCCCCCC/CCCCCCCC/cccccccc/cccccccc"},
     {"menu_memories",
-     "aAAA..../aAAA..../.a....../........ aAAABBBb/aAAABBBB/.a....bb/........ "
-     "aAAABBBb/aAAABBBB/.acCCCbb/..cCCc.. aAAABBBb/aAAABBBB/.a.....b/........"},
+     "aAAA..../aAAA..../.a....../........ aAAABbb./aAAABBBb/.a...bb./........ "
+     "aAAABbb./aAAABbBb/.acCCCb./..cCcc.. aAAABBbb/aAAABBBb/.a...bb./........"},
     {"menu_oldage",
      ".aa..bb./.aAa.bb./...cc.../...cc... .aa..bb./.aA..Bb./...cc.../...cc... "
      ".aa..bb./.aa.bBb./...cc.../...cc... .aa..bb./.aa..bb./...CC.../...cc..."},
@@ -111,8 +111,8 @@ constexpr Scene scenes[] = {
      "......../aAaBBcCc/aAabbccc/........ ......../aAaBBcCc/aAabbcCc/........ "
      "......../aAaBBcCc/aaaBBcCc/........ ......../aAaBBCCc/.aabbccc/........"},
     {"menu_rectangles",
-     "AAa...../AAAbb.../...bbb.c/.......c .....aAA/.bb..AAA/.bCCc.../..ccc... "
-     "AAa...../AAA...../.......c/.......c .....aAA/.....AAA/..CCc.bb/..ccc..."},
+     "aaa...../AAAbb.../...bbb.c/.......c .....aaa/.bb..AAA/.bCCc.../..CCc... "
+     "aaa...../AAA...../.......c/.......c .....aaa/.....AAA/..CCc.bb/..CCc..."},
     {"menu_push",
      "AAAAAAAA/AAAAAAAA/AAAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/BBBBBBBB/BBBBBBBB "
      "CCCCCCCB/CCCCCCCB/CCCCCCCB/CCCCCCCB CCCCCCaA/CCCCCCAA/CCCCCCAA/CCCCCCaA"},
@@ -154,7 +154,7 @@ constexpr Scene scenes[] = {
      "....AAA./....aaa./..bCCC../..bBBc.. .....AAA/.....aaa/..CCCb../..bbb..."},
     {"menu_memories2",
      "....bBBb/..aAAaBb/..aAAa../..cCCc.. aAAabbb./aAAABBB./..cCCcb./..cCCc.. "
-     "aAAabb../aAABBBb./..cCcbb./..cCCc.. aAAabBBb/aAcCCcBb/..cCCc../........"},
+     "aAAab.../aAABBBb./..cCcbb./..cCCc.. aAAabBBb/aAcCCcBb/..cCCc../........"},
 };
 
 class Scenes : public testing::TestWithParam<Scene> {};

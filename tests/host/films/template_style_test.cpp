@@ -1,0 +1,238 @@
+#include "host/films/template_style.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "avbase/avbase_srcutils/pixel_formats.h"
+#include "host/catalogue/catalogue.h"
+#include "host/films/media_manager.h"
+#include "host/films/menu.h"
+#include "host/films/menu_places.h"
+#include "host/films/readable_shade.h"
+#include "host/films/text_renderer.h"
+#include "tests/host/command.h"
+
+namespace Nifikral {
+namespace {
+
+// Templates whose pictures fill the frame, so that texts lie on them.
+bool FillsFrame(const std::string& name) {
+    return std::set<std::string>{"menu_fullscreen", "menu_layeredtitles", "menu_videowall", "menu_resizingpanels"}
+        .contains(name);
+}
+
+class TemplateType : public CommandTest {
+ protected:
+    TemplateType() {
+        // The worst that can lie behind a text, of either kind.
+        Ffmpeg("-f lavfi -i color=white:s=96x64 -frames:v 1 white.png");
+        Ffmpeg("-f lavfi -i color=black:s=96x64 -frames:v 1 black.png");
+    }
+
+    // With texts that have the template's style.
+    MenuProject Page(const std::string& name, int width, int height, std::size_t pictures) const {
+        MenuProject page;
+        page.film.width = width;
+        page.film.height = height;
+        page.film.frames = 120;
+        for (const char* const words : {"Summer 2026", "Four places"}) {
+            page.texts.push_back(StyledMenuText(StyleOf(name), page.film, page.texts.size()));
+            page.texts.back().styled.text = words;
+        }
+        page.placesSources = name == "menu_common";
+        for (std::size_t i = 0; i < pictures; ++i) {
+            MenuSource& source = page.sources.emplace_back();
+            source.path = (folder / (i % 2 ? "black.png" : "white.png")).string();
+            source.start = source.end = {width * (1 + int(i)) / 12, height / 2};
+            if (page.placesSources) source.size = {width / 14, height / 14};
+        }
+        return page;
+    }
+
+    MediaManager m_manager;
+    EffectModule m_module{NIFIKRAL_MODULE_FILE, &m_manager};
+};
+
+std::vector<std::string> Templates() {
+    std::vector<std::string> names;
+    for (const EffectInfo& info : Catalogue())
+        if (info.traits & menu) names.emplace_back(info.name);
+    return names;
+}
+
+// Pixels of a frame that belong to a text's letters, and those close around them, by what the text looks like without
+// its decoration.
+struct Glyphs {
+    explicit Glyphs(const MenuText& text) : laid(LaidOut(text)) {
+        StyledText plain = laid.styled;
+        plain.style.halo = plain.style.outline = plain.style.shadow = false;
+        const FramePtr letters = RenderText(plain);
+        const TextExtent whole = MeasureText(laid.styled), own = MeasureText(plain);
+        const int left = laid.box[0] + whole.left - own.left, top = laid.box[1] + whole.top - own.top;
+        const int near = std::max(2, plain.size / 12), step = 2 * plain.size;
+        const auto alpha = [&](int x, int y) {
+            const bool isIn = x >= 0 && y >= 0 && x < letters->width && y < letters->height;
+            return isIn ? letters->data[0][y * letters->linesize[0] + x * 4 + 3] : 0;
+        };
+        windows.resize(std::size_t((letters->width + 2 * near) / step + 1));
+        for (int y = -near; y < letters->height + near; ++y)
+            for (int x = -near; x < letters->width + near; ++x) {
+                Window& window = windows[std::size_t((x + near) / step)];
+                if (alpha(x, y) == 255) window.letters.push_back({left + x, top + y});
+                if (alpha(x, y) != 0) continue;
+                // A pixel beside the edge is mixed with it where the picture is scaled.
+                int most = 0;
+                for (int dy = -near; dy <= near; ++dy)
+                    for (int dx = -near; dx <= near; ++dx) most = std::max(most, alpha(x + dx, y + dy) + 0);
+                if (most == 255) window.around.push_back({left + x, top + y});
+            }
+    }
+
+    struct Pixel {
+        int x, y;
+    };
+    // About two letters.
+    struct Window {
+        std::vector<Pixel> letters, around;
+    };
+    MenuText laid;
+    std::vector<Window> windows;
+};
+
+// How well letters stand out from what is around them: of that, from the tenth which is most like them.
+double ContrastIn(const AVFrame& frame, const Glyphs::Window& window, int shift) {
+    const auto luminances = [&](const std::vector<Glyphs::Pixel>& pixels) {
+        std::vector<double> values;
+        for (const auto& [x, y] : pixels) {
+            if (x + shift < 0 || x + shift >= frame.width || y < 0 || y >= frame.height) continue;
+            const std::uint8_t* const at = frame.data[0] + y * frame.linesize[0] + (x + shift) * 4;
+            values.push_back(Luminance(at[2], at[1], at[0]));
+        }
+        std::sort(values.begin(), values.end());
+        return values;
+    };
+    const std::vector<double> letters = luminances(window.letters), around = luminances(window.around);
+    if (letters.size() < 8 || around.size() < 8) return 21;
+    const double own = letters[letters.size() / 2];
+    std::vector<double> contrasts;
+    for (const double other : around) contrasts.push_back(Contrast(own, other));
+    std::nth_element(contrasts.begin(), contrasts.begin() + std::ptrdiff_t(contrasts.size() / 10), contrasts.end());
+    return contrasts[contrasts.size() / 10];
+}
+
+// How far aside a text of this colour stands that moves with a band; nothing where it is not there.
+std::optional<int> ShiftOf(const AVFrame& frame, const Glyphs& glyphs) {
+    const StyledText& text = glyphs.laid.styled;
+    for (const int shift : {0, 1, -1, 2, -2, 3, -3, 4, -4, 5, -5, 6, -6}) {
+        std::size_t all = 0, alike = 0;
+        for (const Glyphs::Window& window : glyphs.windows)
+            for (const auto& [x, y] : window.letters) {
+                if (x + shift < 0 || x + shift >= frame.width) continue;
+                const std::uint8_t* const at = frame.data[0] + y * frame.linesize[0] + (x + shift) * 4;
+                alike += std::abs(at[2] - text.red) + std::abs(at[1] - text.green) + std::abs(at[0] - text.blue) < 60;
+                ++all;
+            }
+        if (all > 0 && alike * 10 > all * 8) return shift;
+    }
+    return std::nullopt;
+}
+
+TEST_F(TemplateType, CanBeReadAtEveryMomentOfTheLoop) {
+    constexpr int moments = 12;
+    for (const std::string& name : Templates()) {
+        const MenuProject page = Page(name, 640, 360, 4);
+        const PreparedFilm menu = PrepareMenuPage(page, name, m_module, name);
+        FilmPictures pictures(*menu.generator, menu.film, AVBased::formatRgba32);
+        const std::vector<Glyphs> texts(page.texts.begin(), page.texts.end());
+        std::vector<double> least(texts.size(), 21);
+        std::vector<int> seen(texts.size());
+        for (int moment = 0; moment < moments; ++moment) {
+            ASSERT_TRUE(pictures.GoTo(page.film.frames * moment / moments));
+            const FramePtr frame = pictures.Make();
+            for (std::size_t i = 0; i < texts.size(); ++i) {
+                const bool moves = name == "menu_layeredtitles";
+                const std::optional<int> shift = moves ? ShiftOf(*frame, texts[i]) : 0;
+                if (!shift) continue;
+                ++seen[i];
+                for (const Glyphs::Window& window : texts[i].windows)
+                    least[i] = std::min(least[i], ContrastIn(*frame, window, *shift));
+            }
+        }
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            const StyledText& text = texts[i].laid.styled;
+            const bool isLarge = text.size * 576 / page.film.height >= (text.style.bold ? 24 : 32);
+            EXPECT_GE(least[i], isLarge ? 3 : 4.5) << name << " text " << i;
+            EXPECT_GE(seen[i], moments / 4) << name << " text " << i;
+            RecordProperty(name + std::to_string(i), std::to_string(least[i]));
+        }
+    }
+}
+
+TEST_F(TemplateType, KeepsTitlesAndRestingPicturesApart) {
+    for (const std::string& name : Templates())
+        for (const int width : {640, 480})
+            for (const std::size_t count : {1, 2, 5, 9}) {
+                if (width == 480 && count < 5) continue;
+                SCOPED_TRACE(testing::Message() << name << " " << width << " " << count);
+                const MenuProject page = Page(name, width, 360, count);
+                const MenuWatch watch(page, name, m_module);
+                const std::vector<RestingPlace> places = watch.Places();
+                for (const MenuText& text : page.texts) {
+                    const MenuText laid = LaidOut(text);
+                    const TextExtent letters = MeasureText(laid.styled);
+                    const FilmBox box{laid.box[0] + letters.left, laid.box[1] + letters.top, letters.width,
+                                      letters.height};
+                    EXPECT_TRUE(box.IsWithin(SafeArea(width, 360)));
+                    if (FillsFrame(name)) {
+                        // Faces are in the middle.
+                        EXPECT_TRUE(name == "menu_layeredtitles" || box.top + box.height <= 90 || box.top >= 260);
+                        continue;
+                    }
+                    for (const RestingPlace& place : places)
+                        EXPECT_FALSE(place.kind == PlaceKind::Picture && place.Rests() && box.Overlaps(place.at))
+                            << text.styled.text;
+                    // Moving ones pass behind it.
+                    const bool rest = std::ranges::all_of(places, &RestingPlace::Rests);
+                    EXPECT_LE(watch.Cover(PlaceKind::Picture, box), rest ? 0.01 : 0.1) << text.styled.text;
+                }
+            }
+}
+
+TEST_F(TemplateType, IsUsedForTextsThatGiveNoneAndNamesThePackageOfAMissingTypeface) {
+    const auto write = [&](const char* file, const std::string& text) {
+        std::ofstream(folder / file) << R"({"width": 320, "height": 180, "duration": 1,
+            "additionSourcePaths": ["white.png"], "textInfos": [)"
+                                     << text << "]}";
+    };
+    write("plain.json", R"({"text": "Summer"})");
+    write("whole.json", R"({"text": "Summer", "face": "Quicksand, DejaVu Sans", "fontstyle": "bold halo", "size": 19,
+                            "spacing": 10, "color": "#8a1c54", "align": "center", "box": [19, 10, 282, 23]})");
+    write("other.json", R"({"text": "Summer", "align": "right", "spacing": 300})");
+    write("wrong.json", R"({"text": "Summer", "align": "top", "spacing": 5000})");
+    const auto picture = [&](const std::string& project) {
+        const Outcome made = Nifikral("menu menu_babygirl " + project + " -o out.png -y --frames 3");
+        EXPECT_EQ(made.exitCode, 0) << made.errors;
+        EXPECT_EQ(made.errors, "");
+        return RawPictures("out.png", "rgb24");
+    };
+    EXPECT_EQ(picture("plain.json"), picture("whole.json"));
+    EXPECT_NE(picture("plain.json"), picture("other.json"));
+    const Outcome wrong = Nifikral("menu menu_babygirl wrong.json -o out.png -y --frames 3 --dry-run");
+    EXPECT_EQ(wrong.exitCode, 2);
+    for (const char* const line :
+         {"textInfos[0].align: is \"top\"; give left, center or right", "textInfos[0].spacing: is 5000"})
+        EXPECT_NE(wrong.errors.find(line), std::string::npos) << wrong.errors;
+
+    std::ofstream(folder / "fonts.conf") << "<fontconfig><dir>/usr/share/fonts/truetype/dejavu</dir><cachedir>"
+                                         << scratch.string() << "</cachedir></fontconfig>";
+    const Outcome missing = Nifikral("menu menu_babygirl plain.json -o out.png -y --frames 3 --dry-run",
+                                     [&] { setenv("FONTCONFIG_FILE", (folder / "fonts.conf").c_str(), 1); });
+    EXPECT_EQ(missing.exitCode, 0) << missing.errors;
+    EXPECT_NE(missing.errors.find("the font \"Quicksand\" is not installed, \"DejaVu Sans\" is used instead; install "
+                                  "the package fonts-quicksand"),
+              std::string::npos)
+        << missing.errors;
+}
+
+}  // namespace
+}  // namespace Nifikral
