@@ -176,6 +176,18 @@ TEST_F(Apply, ChangesValuesOverTheRun) {
     }
 }
 
+// What an encoder reads without having written it would show.
+TEST_F(Apply, GivesTheSameBytesWhateverMemoryHolds) {
+    Ffmpeg("-f lavfi -i testsrc2=size=192x144:duration=1 in.mkv");
+    std::set<std::string> made;
+    for (const char* const filling : {"85", "170"}) {
+        ASSERT_EQ(Nifikral("apply in.mkv out.mp4 fadein -y", [=] { setenv("MALLOC_PERTURB_", filling, 1); }).exitCode,
+                  0);
+        made.insert(ReadFile(folder / "out.mp4"));
+    }
+    EXPECT_EQ(made.size(), 1u);
+}
+
 TEST_F(Apply, WorksInPipesAndOnPhotographs) {
     Ffmpeg("-f lavfi -i testsrc2=size=32x24:duration=0.2,format=yuv420p -c:v rawvideo in.nut");
     const std::string pictures = RawPictures("in.nut", "yuv420p");
