@@ -5,6 +5,7 @@
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/res_keeper.h"
 #include "avbase/IRawVideoFrame.h"
+#include "effects/base/frame_views.h"
 
 namespace AVBased {
 
@@ -27,7 +28,20 @@ class FrameCopy {
     explicit FrameCopy(IRawVideoFrame& frame) : m_clone(CloneFrame(frame)) {
         if (!m_clone) TarvoBased::RaiseNoMemory(lineNoCopy);
     }
-    IRawVideoFrame& operator*() const { return *m_clone; }
+
+    /// The copy of a view of the frame, at least as large. Raises 10021007 when the host's copy is smaller, or lacks a
+    /// plane.
+    template <class Sample>
+    PlaneView<Sample> Of(const PlaneView<Sample>& original, unsigned plane = 0) const {
+        const PlaneView<Sample> copy = ViewPlane<Sample>(*m_clone, plane);
+        if (copy.width < original.width || copy.height < original.height) TarvoBased::RaiseNoMemory(lineNoCopy);
+        return copy;
+    }
+    PlanarView Of(const PlanarView& original) const {
+        PlanarView copy = original;
+        for (unsigned p = 0; p < copy.planes; ++p) copy.plane[p] = Of(original.plane[p], p);
+        return copy;
+    }
 
  private:
     static constexpr int lineNoCopy = 160;

@@ -61,28 +61,27 @@ void CMirageVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame*
     const std::uint32_t factor = m_settings.width + 200;
     if (m_settings.alpha > 100 || factor == 0) return;
     const Blending blending{std::uint16_t(((m_settings.alpha + 40) << 7) / 100), Instructions()};
-    // Runs lay(columns, rows, copy) with a copy of the frame only for a factor so large that its steps wrap round.
-    const auto run = [&](unsigned width, unsigned height, auto lay) {
+    // Runs lay(columns, rows, from) with what to read: a copy only for a factor so large that its steps wrap round.
+    const auto run = [&](const auto& picture, unsigned width, unsigned height, auto lay) {
         if (width == 0 || height == 0) return;
         const AxisMap columns = ZoomMap(factor, width), rows = ZoomMap(factor, height);
         std::optional<FrameCopy> copy;
         if (!std::ranges::is_sorted(rows)) copy.emplace(*frame);
-        lay(columns, rows, copy ? **copy : *frame);
+        lay(columns, rows, copy ? copy->Of(picture) : picture);
     };
     ForFrame(
         [&](const PackedView& picture) {
-            run(picture.width, picture.height, [&](const AxisMap& columns, const AxisMap& rows, IRawVideoFrame& from) {
-                MiragePlane(columns, rows, ColumnsOf(picture), RowsOf(picture), picture, ViewPacked(from), blending);
+            run(picture, picture.width, picture.height, [&](const auto& columns, const auto& rows, const auto& from) {
+                MiragePlane(columns, rows, ColumnsOf(picture), RowsOf(picture), picture, from, blending);
             });
         },
         [&](const PlanarView& picture) {
-            run(picture.plane[0].width, picture.plane[0].height,
-                [&](const AxisMap& columns, const AxisMap& rows, IRawVideoFrame& from) {
+            run(picture, picture.plane[0].width, picture.plane[0].height,
+                [&](const auto& columns, const auto& rows, const auto& from) {
                     for (unsigned p = 0; p < 3; ++p) {
                         const SharedAxis across = ColumnsOf(picture, p), down = RowsOf(picture, p);
                         if (across.size && down.size)
-                            MiragePlane(columns, rows, across, down, picture.plane[p], ViewPlane<std::uint8_t>(from, p),
-                                        blending);
+                            MiragePlane(columns, rows, across, down, picture.plane[p], from.plane[p], blending);
                     }
                 });
         },

@@ -310,7 +310,7 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
     std::optional<FrameCopy> copy;
     if (m_settings.output == Trans2D3DSettings::topAndBottom) copy.emplace(*frame);
     ForFrame(
-        [&](const PackedView& picture, const PackedView& from) {
+        [&](const PackedView& picture) {
             if (picture.width == 0 || picture.height == 0) return;
             ShiftMap map(picture.width, picture.height, strength, [&](unsigned x, unsigned y) {
                 const Rgba32& p = picture.Row(y)[x];
@@ -319,9 +319,9 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
             if (m_settings.output == Trans2D3DSettings::anaglyph) Anaglyph(picture, map, swapped, set);
             if (m_settings.output == Trans2D3DSettings::sideBySide) SideBySide(picture, 0, 0, map, swapped, set);
             if (m_settings.output == Trans2D3DSettings::topAndBottom)
-                TopAndBottom(picture, from, 0, 0, map, swapped, set);
+                TopAndBottom(picture, copy->Of(picture), 0, 0, map, swapped, set);
         },
-        [&](const PlanarView& picture, const PlanarView& from) {
+        [&](const PlanarView& picture) {
             const ComponentView& luma = picture.plane[0];
             if (luma.width == 0 || luma.height == 0) return;
             ShiftMap map(luma.width, luma.height, strength, [&](unsigned x, unsigned y) {
@@ -335,10 +335,10 @@ void CTrans2D3D::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
                 if (m_settings.output == Trans2D3DSettings::sideBySide)
                     SideBySide(plane, columnShift, rowShift, map, swapped, set);
                 if (m_settings.output == Trans2D3DSettings::topAndBottom)
-                    TopAndBottom(plane, from.plane[p], columnShift, rowShift, map, swapped, set);
+                    TopAndBottom(plane, copy->Of(plane, p), columnShift, rowShift, map, swapped, set);
             }
         },
-        *frame, copy ? **copy : *frame);
+        *frame);
 }
 
 }  // namespace AVBased

@@ -50,17 +50,18 @@ void CRadiateVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame
     const std::uint32_t bias = std::uint32_t(level >> 3);
     const FrameCopy source(*frame);
     ForFrame(
-        [&](const PackedView& to, const PackedView& from) {
+        [&](const PackedView& to) {
             variantsOf<RadiateRgba32Effect, RadiateRgba32EffectAvx2>.For(Instructions())(
-                {ColumnsOf(from), x, level}, {RowsOf(from), y, level}, bias, to, from);
+                {ColumnsOf(to), x, level}, {RowsOf(to), y, level}, bias, to, source.Of(to));
         },
-        [&](const PlanarView& to, const PlanarView& from) {
+        [&](const PlanarView& to) {
+            const PlanarView from = source.Of(to);
             for (unsigned p = 0; p < 3; ++p)
                 variantsOf<RadiateComponentEffect, RadiateComponentEffectAvx2>.For(Instructions())(
-                    {ColumnsOf(from, p), x, level}, {RowsOf(from, p), y, level}, IsChroma(p) ? 0 : bias, to.plane[p],
+                    {ColumnsOf(to, p), x, level}, {RowsOf(to, p), y, level}, IsChroma(p) ? 0 : bias, to.plane[p],
                     from.plane[p]);
         },
-        *frame, *source);
+        *frame);
 }
 
 }  // namespace AVBased

@@ -172,6 +172,24 @@ TEST_P(Contract, EveryInstructionSetGivesTheSameBytes) {
     });
 }
 
+TEST_P(Contract, StaysInsidePlanesWhenTheHostsCopyIsOfAnotherSize) {
+    std::mt19937 random(11);
+    for (const unsigned format : {formatRgba32, 0u, 60u})
+        for (const unsigned side : {3u, 90u})
+            for (int i = 0; i < 20; ++i) {
+                TestFrame frame(format, 25, 17);
+                frame.otherClone = std::make_unique<TestFrame>(format, side, side);
+                const EffectOwner effect = Make();
+                const std::string settings = Describe(RandomSettings(*effect, random));
+                ForgetError();
+                Apply(*effect, frame);
+                ASSERT_TRUE(frame.GuardsIntact()) << settings << " side " << side;
+                // Too small to read from.
+                const bool refused = !frame.otherClone && side == 3;
+                ASSERT_EQ(LastError().code, refused ? TarvoBased::errorNoMemory : TarvoBased::noError) << settings;
+            }
+}
+
 TEST_P(Contract, EveryTextPropertySurvivesGarbage) {
     static constexpr const char* garbage[] = {"",        "abc", " ",    "-",    "1e400", "-1e400",
                                               "nan",     "inf", "%n%s", "0x7f", "1;2;",  "99999999999999999999",

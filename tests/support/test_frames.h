@@ -37,6 +37,8 @@ class TestFrame final : public IRawVideoFrame {
  public:
     static inline std::atomic<int> alive = 0;
     bool refuseClone = false;
+    /// What the frame's clone is instead of a copy; the frame gives it away.
+    std::unique_ptr<TestFrame> otherClone;
 
     /// `reportedCode` replaces the format code that the frame reports, for codes that have no layout.
     TestFrame(unsigned format, unsigned width, unsigned height, FrameLayout layout = {}, int reportedCode = -1)
@@ -149,7 +151,9 @@ class TestFrame final : public IRawVideoFrame {
     void SetDuration(unsigned) override {}
     unsigned GetDuplicatedCount(unsigned*) override { return 0; }
     void SetDuplicatedCount(unsigned, unsigned) override {}
-    IRawVideoFrame* Clone() override { return refuseClone ? nullptr : new TestFrame(*this); }
+    IRawVideoFrame* Clone() override {
+        return otherClone ? otherClone.release() : refuseClone ? nullptr : new TestFrame(*this);
+    }
     bool CanBeModified() override { return true; }
     void SetCanBeModified(bool) override {}
     bool IsInterlaced() override { return false; }
