@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <barrier>
 #include <cmath>
 #include <cstdlib>
@@ -195,6 +196,24 @@ TEST(Filter, ServesTwoThreadsAtOnce) {
         for (const std::size_t i : {0u, 1u})
             ASSERT_EQ(outputs[i], InProcess("tilereflect", {}, inputs[i], width, height)) << "round " << round;
     }
+}
+
+// Programs end the preview of one effect while another is being encoded.
+TEST(Filter, EndsWhileAnotherWorks) {
+    constexpr unsigned width = 160, height = 90;
+    const PluginObject object("tilereflect"), other("rotate");
+    const Bytes input = RandomBytes(width * height * 4, 1);
+    const Bytes expected = InProcess("tilereflect", {}, input, width, height);
+    std::atomic<bool> ends = false;
+    std::thread comesAndGoes([&] {
+        while (!ends)
+            for (const PluginObject* const each : {&object, &other})
+                PluginInstance(*each, width, height).Picture(0, input);
+    });
+    PluginInstance instance(object, width, height);
+    for (int i = 0; i < 30; ++i) EXPECT_EQ(instance.Picture(i, input), expected) << "picture " << i;
+    ends = true;
+    comesAndGoes.join();
 }
 
 TEST(Source, IsThereForEveryMenu) {
