@@ -210,12 +210,11 @@ class Studio {
     static void ReadCrop(const Json& list, const SourceFacts& facts, StillWish& wish) {
         const auto at = [&](std::size_t i) { return list[i].is_number() ? list[i].get<double>() : -1; };
         if (!list.is_array() || list.size() != 4) throw WebError(400, "\"crop\" is not [x, y, width, height]");
-        PicturePart part{int(at(0)), int(at(1)), int(at(2)), int(at(3))};
-        constexpr long long mostPixels = 4'000'000;
+        constexpr double mostPixels = 4e6;
         if (at(0) < 0 || at(1) < 0 || at(2) < 1 || at(3) < 1 || at(0) + at(2) > facts.shape.width ||
-            at(1) + at(3) > facts.shape.height || (long long)part.width * part.height > mostPixels)
+            at(1) + at(3) > facts.shape.height || at(2) * at(3) > mostPixels)
             throw WebError(400, "\"crop\" is not within the picture, or has more than 4 million pixels");
-        wish.crop = part;
+        wish.crop = PicturePart{int(at(0)), int(at(1)), int(at(2)), int(at(3))};
     }
 
     WebReply Still(const Json& body) {

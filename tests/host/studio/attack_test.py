@@ -91,6 +91,7 @@ class AttackTest(unittest.TestCase):
         for body in ("", "{", "[]", "null", '{"view": 5}', '{"view":"v","path":{}}', "\0", "[" * 100000,
                      '{"a":' * 40 + "1" + "}" * 40, '{"view":"v","path":"a.png","effects":"gray"}',
                      '{"view":"v","path":"a.png","width":1e9}', '{"view":"v","path":"a.png","crop":[0,0,9999,1]}',
+                     '{"view":"v","path":"a.png","crop":[0,0,1e300,1]}',
                      '{"view":"v","path":"a.png","effects":["gray:inside=circle,1"]}', '{"view":"' + "v" * 100 + '"}'):
             status, answer, _ = self.studio.raw("POST", f"/{self.studio.token}/api/still", body,
                                                 {"Content-Type": "application/json"})
