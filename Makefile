@@ -51,6 +51,13 @@ test-tsan: packages  ## run what has threads under the thread sanitizer
 	cmake --build --preset tsan
 	ctest --preset tsan
 
+# SECONDS is for each fuzzer.
+fuzz: packages  ## look for inputs that break the code, SECONDS=60 with each fuzzer
+	scripts/install_packages.sh clang
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	scripts/fuzz.sh build/fuzz $(or $(SECONDS),60)
+
 # BENCH is passed on, for instance BENCH=--benchmark_filter=gray.
 bench: configure  ## time the effects
 	cmake --build --preset release --target nifikral_bench
@@ -107,5 +114,5 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run reference pictures test test-arm64 test-processors test-clang test-tsan bench bench-peers debs \
+.PHONY: help run reference pictures test test-arm64 test-processors test-clang test-tsan fuzz bench bench-peers debs \
     debs-arm64 test-packages test-packages-arm64 format check-format tidy clean packages configure

@@ -17,4 +17,8 @@ if(NIFIKRAL_SANITIZE)
     target_compile_options(
         nifikral_options INTERFACE -fsanitize=${NIFIKRAL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(nifikral_options INTERFACE -fsanitize=${NIFIKRAL_SANITIZE})
+    # Clang links the sanitizers' run-time into programs alone.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        target_link_options(nifikral_options INTERFACE -Wl,-z,undefs)
+    endif()
 endif()

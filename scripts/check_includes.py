@@ -10,6 +10,8 @@ import sys
 # Sources that nothing else calls by name: programs, and what a library exports.
 ENTRY_POINTS = {"main", "module", "plugin", "filter", "source", "minimal_host", "avbase", "tarvoglobal",
                 "image_converter"}
+# What a fuzzer's program calls in its one source.
+FUZZER = "int LLVMFuzzerTestOneInput("
 
 
 def read_rooms(path):
@@ -43,9 +45,11 @@ def main():
             if room is None or room != str(name.parent):
                 faults.append(f"{name}: its folder is not in scripts/rooms; add it there")
                 continue
-            if path.suffix == ".cpp" and path.stem not in ENTRY_POINTS and not path.with_suffix(".h").exists():
+            text = path.read_text()
+            is_entry = path.suffix == ".h" or path.stem in ENTRY_POINTS or FUZZER in text
+            if not is_entry and not path.with_suffix(".h").exists():
                 faults.append(f"{name}: has no header of its own name; declare there what it offers")
-            for number, line in enumerate(path.read_text().splitlines(), 1):
+            for number, line in enumerate(text.splitlines(), 1):
                 match = re.match(r'#include "([^"]+)"', line)
                 target = room_of(match[1], rooms) if match else room
                 if target != room and target not in rooms[room]:

@@ -413,7 +413,10 @@ FramePtr RenderText(const StyledText& text) {
 
 }  // namespace Nifikral
 
-#ifdef __SANITIZE_ADDRESS__
+#ifndef __has_feature  // which Clang has, and GCC has the name below
+#define __has_feature(name) 0
+#endif
+#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
 // fontconfig keeps its pointers as offsets, where the leak checker does not see them.
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
 // What it suppresses it would otherwise print on stderr, among the command's own lines.

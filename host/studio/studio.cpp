@@ -319,9 +319,14 @@ void OpenBrowser(const std::string& address) {
 
 }  // namespace
 
+WebServer::Handler StudioHandler(const StudioOptions& options, const EffectModule& module) {
+    return [studio = std::make_shared<Studio>(options, module)](const WebRequest& request) {
+        return studio->Handle(request);
+    };
+}
+
 void RunStudio(const StudioOptions& options, const EffectModule& module) {
-    Studio studio(options, module);
-    WebServer server(options.port, [&](const WebRequest& request) { return studio.Handle(request); });
+    WebServer server(options.port, StudioHandler(options, module));
     PrintResult("open " + server.Address() + " in a browser; Ctrl-C ends the studio\n");
     if (options.open) OpenBrowser(server.Address());
     // What effects warn of would be printed again with every move of a slider.

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/catalogue/effect_module.h"
+#include "host/studio/web_server.h"
 
 namespace Nifikral {
 
@@ -16,5 +17,8 @@ struct StudioOptions {
 /// Serves a page that shows the folder's pictures and films under effects, menus and slideshows while they are chosen,
 /// until the program is interrupted. Throws host errors.
 void RunStudio(const StudioOptions& options, const EffectModule& module);
+
+/// What a studio does with the requests that have passed the gate, without a server. `module` must outlive it.
+WebServer::Handler StudioHandler(const StudioOptions& options, const EffectModule& module);
 
 }  // namespace Nifikral
