@@ -113,10 +113,10 @@ std::vector<FilmBox> Kept(const ButtonList& list, const std::vector<RestingPlace
     return kept;
 }
 
-// Where the title begins, if that is at the left: templates may have a panel there.
+// Where the title begins, if that is at the left, or there are texts alone: templates may have a panel there.
 int TitleBegin(const MenuProject& page, const FilmBox& safe, int width) {
     const int title = page.texts.empty() ? 0 : page.texts.front().box[0];
-    if (title > page.film.width / 4) return safe.left;
+    if (!page.sources.empty() && title > page.film.width / 4) return safe.left;
     return std::clamp(title, safe.left, std::max(safe.left, safe.left + safe.width - width));
 }
 
@@ -127,6 +127,8 @@ PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, co
                      const MenuWatch& watch, const std::vector<FilmBox>& kept) {
     constexpr int steps = 16;
     constexpr double smallFontWeight = 0.2, farWeight = 0.0002;
+    // Pages of text alone have theirs, of which the text fills the upper part.
+    const bool onPanel = page.sources.empty();
     PlacedGrid best;
     double least = 0;
     for (const Grid& grid : grids) {
@@ -138,8 +140,10 @@ PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, co
                 const int left = across < 0 ? title : safe.left + (safe.width - grid.Width()) * across / steps;
                 const FilmBox box{left, safe.top + (safe.height - grid.Height()) * down / steps, grid.Width(),
                                   grid.Height()};
+                const int aside = across + 1 + (onPanel && across >= 0 ? 3 * steps : 0);
+                const int low = std::abs(2 * down - steps) + (onPanel && 2 * down < steps ? steps : 0);
                 const int far = page.captions.empty()
-                                    ? across + 1 + std::abs(2 * down - steps)
+                                    ? aside + low
                                     : steps * (grid.rows - 1) + steps - down + std::abs(2 * across - steps);
                 const bool hides =
                     std::any_of(kept.begin(), kept.end(), [&](const FilmBox& other) { return box.Overlaps(other); });

@@ -5,6 +5,7 @@
 
 #include "host/disc/dvd_author.h"
 #include "host/films/media_manager.h"
+#include "host/films/menu_places.h"
 #include "tests/host/command.h"
 #include "tests/host/disc/disc_walk.h"
 
@@ -102,6 +103,21 @@ TEST_F(DiscMenusTest, PagesLeadToEveryFilmAndChapter) {
         EXPECT_EQ(films.size(), 12u) << mainTemplate;
         EXPECT_EQ(chapters.size(), 16u) << mainTemplate;
         if (isList) ExpectTheSameAlone(pages);
+    }
+}
+
+TEST_F(DiscMenusTest, InstructionPagesHaveTheirButtonsOnTheirPanels) {
+    MakeProject("pal-16:9", 1);
+    project.menus.instructions = {"Arrows choose.", "Enter plays."};
+    // Their panels are at the left and at the right.
+    for (const char* const name : {"instructionmenu_common", "instructionmenu_festival"}) {
+        project.menus.instructionTemplate = name;
+        const DiscPage page = PagesOfDisc(project, module).at(1);
+        const MenuText& title = page.menu.texts.at(0);
+        const FilmBox panel =
+            StoredBox(page.menu.film, {title.box[0], title.box[1], title.box[2], page.menu.film.height});
+        EXPECT_GE(page.buttons.at(0).x, panel.left) << name;
+        EXPECT_LT(page.buttons.at(0).x, panel.left + panel.width / 4) << name;
     }
 }
 
