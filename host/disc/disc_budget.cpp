@@ -79,6 +79,7 @@ void NoteForDvd(const DiscFilm& film, const FilmFacts& facts, const FilmProfile&
 
 PlannedTitle PlanFilm(const DiscFilm& film, const FilmProfile& profile, DiscFormat format) {
     const FilmFacts facts = FactsOf(film);
+    RequireEnd(film.path, facts);
     const std::size_t sounds = facts.soundLanguages.size(), subtitles = facts.subtitleLanguages.size();
     const bool isDvd = format == DiscFormat::Dvd;
     PlannedTitle title;

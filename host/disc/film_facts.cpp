@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <string_view>
 
 #include "host/base/errors.h"
+#include "host/base/interruption.h"
+#include "host/base/number_text.h"
 #include "host/disc/disc_json.h"
 #include "host/films/text_renderer.h"
 #include "host/media/disc_subtitles.h"
@@ -118,6 +121,38 @@ FilmFacts FactsOf(const DiscFilm& film) {
     FilmFacts facts = FactsOf(film.path);
     for (const std::string& file : film.subtitles) facts.subtitleLanguages.push_back(LanguageOfName(file));
     return facts;
+}
+
+void RequireEnd(const std::string& path, const FilmFacts& film) {
+    constexpr double enough = 2, most = 1;  // seconds that are read, and that may be missing unnoticed
+    const FfmpegListener listener;
+    const InputPtr input = OpenInput(path, nullptr, nullptr, listener);
+    const int video = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (video < 0) return;
+    const double base = av_q2d(input->streams[video]->time_base);
+    for (unsigned i = 0; i < input->nb_streams; ++i)
+        if (int(i) != video) input->streams[i]->discard = AVDISCARD_ALL;
+    const std::int64_t start = input->start_time == AV_NOPTS_VALUE ? 0 : input->start_time;
+    const std::int64_t time = start + std::llround((film.seconds - enough) * AV_TIME_BASE);
+    avformat_seek_file(input.get(), -1, INT64_MIN, time, time, 0);
+    double end = 0;
+    bool any = false;
+    const PacketPtr packet = NewPacket();
+    for (; av_read_frame(input.get(), packet.get()) >= 0; av_packet_unref(packet.get())) {
+        any = any || packet->stream_index == video;
+        if (packet->stream_index == video && packet->pts != AV_NOPTS_VALUE)
+            end = std::max(end, double(packet->pts + packet->duration) * base - double(start) / AV_TIME_BASE);
+    }
+    ThrowIfInterrupted();
+    // Matroska does not say how long the last picture is shown, and misses its own end.
+    const bool saysLengths = std::string_view(input->iformat->name).find("matroska") == std::string_view::npos;
+    if (any && !listener.EndedEarly() && !(saysLengths && end > 0 && end < film.seconds - most)) return;
+    const auto tenths = [](double seconds) { return NumberText(std::round(seconds * 10) / 10); };
+    const std::string lacks = end <= 0 || tenths(end) == tenths(film.seconds)
+                                  ? "its end is missing"
+                                  : "it ends at " + tenths(end) + " of " + tenths(film.seconds) + " seconds";
+    throw HostError(ExitCode::Input, path + " is cut short: " + lacks +
+                                         "; copy it anew, or keep what there is: ffmpeg -i IN -c copy OUT");
 }
 
 int RateBeside(const FilmFacts& film) {

@@ -35,6 +35,10 @@ FilmFacts FactsOf(const std::string& path);
 /// The same of a project's film, with the subtitles in files of their own behind those of its file.
 FilmFacts FactsOf(const DiscFilm& film);
 
+/// Throws an input error for a film that ends earlier than its container says; reads its last seconds. What a container
+/// does not say is not missed.
+void RequireEnd(const std::string& path, const FilmFacts& film);
+
 /// kbit/s of the sound, silence where there is none, and subtitles of a film on a video DVD.
 int RateBeside(const FilmFacts& film);
 

@@ -83,6 +83,27 @@ TEST_F(Facts, RefuseWhatIsNoFilm) {
               std::string::npos);
 }
 
+TEST_F(Facts, MissTheEndOfAFilmThatIsCutShort) {
+    Ffmpeg("-f lavfi -i testsrc2=size=160x90:rate=25:duration=12 -c:v libx264 a.mkv");
+    Ffmpeg("-i a.mkv -c copy -movflags +faststart a.mp4");
+    Ffmpeg("-i a.mkv -c copy a.flv");
+    // Its last picture stays.
+    Ffmpeg("-i a.mkv -frames:v 50 -vf setpts='if(eq(N,49),300,N)/25/TB' -c:v libx264 slow.mkv");
+    EXPECT_NO_THROW(RequireEnd((folder / "slow.mkv").string(), Of("slow.mkv")));
+    for (const char* const name : {"a.mkv", "a.mp4", "a.flv"}) {
+        const std::string path = (folder / name).string();
+        EXPECT_NO_THROW(RequireEnd(path, Of(name))) << name;
+        std::filesystem::resize_file(path, std::filesystem::file_size(path) * 6 / 10);
+        try {
+            RequireEnd(path, Of(name));
+            ADD_FAILURE() << name;
+        } catch (const HostError& error) {
+            EXPECT_EQ(error.Code(), ExitCode::Input);
+            EXPECT_NE(std::string(error.what()).find(" is cut short: it"), std::string::npos) << error.what();
+        }
+    }
+}
+
 TEST_F(Facts, CutTitlesAfterAWord) {
     EXPECT_EQ(TidyTitle(" \n The lake\t"), "The lake");
     EXPECT_EQ(TidyTitle("caf\xE9"), "");
