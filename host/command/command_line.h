@@ -35,8 +35,8 @@ struct CommandLine {
     std::map<const CLI::App*, std::vector<std::string>> usages;
     /// The options of those that make films or pictures.
     std::map<const CLI::App*, RunOptions*> runs;
-    /// The plan of those that are shared out in stages of their own.
-    std::map<const CLI::App*, std::function<CommandPlan(const EffectModule&)>> stages;
+    /// The plan of those that are shared out in stages of their own, and each film in so many chunks.
+    std::map<const CLI::App*, std::function<CommandPlan(long long chunks, const EffectModule&)>> stages;
     /// The two that take such a subcommand's whole command line behind their own options.
     CLI::App *plan = nullptr, *concat = nullptr;
     PlanOptions planning;

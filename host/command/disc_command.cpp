@@ -38,7 +38,9 @@ void AddDisc(CommandLine& line) {
         return *given;
     };
     line.work[disc] = [complete](const EffectModule& module) { RunDisc(complete(), module); };
-    line.stages[disc] = [complete](const EffectModule& module) { return ShareOutDisc(complete(), module); };
+    line.stages[disc] = [complete](long long chunks, const EffectModule& module) {
+        return ShareOutDisc(complete(), chunks, module);
+    };
 }
 
 }  // namespace Nifikral

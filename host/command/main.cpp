@@ -27,6 +27,7 @@ struct Purpose {
     std::string name;
     std::function<void(RunOptions&)> prepare;
     std::function<void(const CommandPlan&)> receivePlan = {};  // of a work that is planned in stages
+    long long chunks = 0;                                      // of each of its films
 };
 
 // `words`: the command line behind the program.
@@ -44,7 +45,7 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
                             print(PlanChunks(line.planning.chunks, run, output, frames));
                         };
                     },
-                    print});
+                    print, line.planning.chunks});
     }
     if (command == line.concat)
         return Run(program, command->remaining(),
@@ -68,7 +69,7 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
     MediaManager manager;
     const EffectModule module(line.module, &manager);
     if (stages != line.stages.end())
-        purpose.receivePlan(stages->second(module));
+        purpose.receivePlan(stages->second(purpose.chunks, module));
     else
         line.work.at(command)(module);
     return 0;

@@ -27,6 +27,7 @@ namespace fs = std::filesystem;
 constexpr int fullRate = 8000;      // kbit/s, where the plan knows of no film to encode
 constexpr double authoring = 0.06;  // of the time that the stages take
 constexpr std::string_view filmStage = "film-", pageStage = "page-";
+constexpr char beforeChunk = ':';  // as in film-1:0-499
 
 std::string ProjectIn(const std::string& folder) { return folder + "/disc.json"; }
 std::string TitleIn(const std::string& folder, std::size_t film) {
@@ -90,6 +91,10 @@ Stage FilmStage(const Work& work, std::size_t film) {
     return stage;
 }
 
+WebCoding WebCodingOf(const Work& work, std::size_t film) {
+    return CodingOf(work.project, int(film), work.folder, FilmStage(work, film).key, 0);
+}
+
 Stage PageStage(const Work& work, std::size_t number) {
     const DiscPage& page = work.pages[number];
     Stage stage;
@@ -100,25 +105,28 @@ Stage PageStage(const Work& work, std::size_t number) {
     return stage;
 }
 
+std::string StageName(std::string_view kind, std::size_t number) {
+    return std::string(kind) + std::to_string(number + 1);
+}
+
+CommandPlan::Words WordsOf(const Work& work, const DiscOptions& options, const std::string& stage) {
+    CommandPlan::Words words = {"disc", ProjectIn(work.folder), "-o", work.folder, "--stage", stage};
+    if (work.web) words.insert(words.end(), {"--format", "web"});
+    words.insert(words.end(), options.stageWords.begin(), options.stageWords.end());
+    return words;
+}
+
 std::vector<Stage> StagesOf(const Work& work, const DiscPlan& plan, const DiscOptions& options) {
-    const auto words = [&](std::string_view kind, std::size_t number) {
-        std::vector<std::string> words = {"disc",    ProjectIn(work.folder),
-                                          "-o",      work.folder,
-                                          "--stage", std::string(kind) + std::to_string(number + 1)};
-        if (work.web) words.insert(words.end(), {"--format", "web"});
-        words.insert(words.end(), options.stageWords.begin(), options.stageWords.end());
-        return words;
-    };
     std::vector<Stage> stages;
     for (std::size_t i = 0; i < work.project.films.size(); ++i) {
         Stage& film = stages.emplace_back(FilmStage(work, i));
-        film.words = words(filmStage, i);
+        film.words = WordsOf(work, options, StageName(filmStage, i));
         const PlannedTitle& planned = plan.titles[i];
         constexpr double copying = 0.05;  // of the time that encoding takes
         film.weight = planned.seconds * (planned.copied ? copying : film.passes);
     }
     for (std::size_t i = 0; i < work.pages.size(); ++i)
-        stages.emplace_back(PageStage(work, i)).words = words(pageStage, i);
+        stages.emplace_back(PageStage(work, i)).words = WordsOf(work, options, StageName(pageStage, i));
     return stages;
 }
 
@@ -236,10 +244,13 @@ void MakeStage(const DiscOptions& options, const EffectModule& module) {
                 MakePage(work.project, work.pages[page], module, PageIn(work.folder, page), 0);
         });
     } else {
-        const std::size_t film = NumberIn(options.stage, filmStage, work.project.films.size());
+        const std::size_t colon = work.web ? options.stage.find(beforeChunk) : std::string::npos;
+        const std::size_t film = NumberIn(options.stage.substr(0, colon), filmStage, work.project.films.size());
+        if (colon != std::string::npos)
+            return CodeWebChunk(WebCodingOf(work, film), ParseRange(options.stage.substr(colon + 1)), module);
         MakeStage(FilmStage(work, film), [&] {
             if (work.web)
-                MakeWebFilm(work.project, int(film), work.folder, 0, module);
+                MakeWebFilm(work.project, int(film), work.folder, 0, module, FilmStage(work, film).key);
             else
                 MakeTitle(JobOf(work.project, film, work.folder), module);
         });
@@ -259,15 +270,23 @@ void RunDisc(const DiscOptions& options, const EffectModule& module) {
         MakeDisc(options, module);
 }
 
-CommandPlan ShareOutDisc(const DiscOptions& options, const EffectModule& module) {
+CommandPlan ShareOutDisc(const DiscOptions& options, long long chunks, const EffectModule& module) {
     const PlannedDisc disc = PlanDisc(options);
     const std::string folder = WorkFolder(options.output);
     WorkLock lock(folder);
     CommandPlan plan;
     plan.output = options.output;
-    for (Stage& stage : StagesOf(BeginWork(disc, options, folder, module), disc.plan, options))
-        plan.makers.push_back(std::move(stage.words));
+    const Work work = BeginWork(disc, options, folder, module);
     lock.Keep();
+    const std::vector<Stage> stages = StagesOf(work, disc.plan, options);
+    Progress progress((long long)stages.size(), "part", "planning ");
+    for (std::size_t i = 0; i < stages.size(); ++i, progress.Advance()) {
+        const std::size_t before = plan.makers.size();
+        if (work.web && i < work.project.films.size() && !IsMade(stages[i]))
+            for (const FrameRange& chunk : PlanWebChunks(WebCodingOf(work, i), chunks, module))
+                plan.makers.push_back(WordsOf(work, options, StageName(filmStage, i) + beforeChunk + RangeText(chunk)));
+        if (plan.makers.size() == before) plan.makers.push_back(stages[i].words);
+    }
     plan.last = {"disc", ProjectIn(folder), "-o", options.output, "--format", options.format};
     // So that the whole plan can be run again.
     plan.last.emplace_back(options.overwrite ? "-y" : "--skip-existing");

@@ -12,7 +12,8 @@ namespace Nifikral {
 void RunDisc(const DiscOptions& options, const EffectModule& module);
 
 /// Writes the project of the disc into its work folder, and returns the runs that make its films and those of its
-/// menus there, and the run that puts the disc together. Throws host errors.
-CommandPlan ShareOutDisc(const DiscOptions& options, const EffectModule& module);
+/// menus there, and the run that puts the disc together. A film for browsers is made in `chunks` runs. Throws host
+/// errors.
+CommandPlan ShareOutDisc(const DiscOptions& options, long long chunks, const EffectModule& module);
 
 }  // namespace Nifikral

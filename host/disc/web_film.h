@@ -6,6 +6,7 @@
 #include "host/catalogue/effect_module.h"
 #include "host/disc/disc_page.h"
 #include "host/disc/disc_project.h"
+#include "host/disc/web_pictures.h"
 
 /// The files of a disc for browsers.
 namespace Nifikral {
@@ -38,9 +39,14 @@ struct WebMenu {
 
 /// Makes the files of one film of the project in a folder, and last the one that ReadWebFilm reads. Pictures have
 /// square pixels and at most 1080 lines; what browsers play as it is coded is copied. Few browsers let one choose among
-/// the sound tracks of a file, so that each gets a file of its own, with the pictures. Throws host errors.
+/// the sound tracks of a file, so that each gets a file of its own, with the pictures. `key`: what the film is made
+/// from; its chunks are of this. Throws host errors.
 WebFilm MakeWebFilm(const DiscProject& project, int film, const std::string& folder, int threads,
-                    const EffectModule& module);
+                    const EffectModule& module, const std::string& key = {});
+
+/// How MakeWebFilm has a film coded there.
+WebCoding CodingOf(const DiscProject& project, int film, const std::string& folder, const std::string& key,
+                   int threads);
 
 /// The file that stands there when all of a film's are complete.
 std::string PlaceOfWebFilm(const std::string& folder, int film);

@@ -74,7 +74,8 @@ class VideoSink final : public MediaSink {
           m_shape(m_encoder.Shape()),
           m_fit(TraitsForFit(traits, m_stored), m_stored, m_name),
           m_timeBase(traits.timeBase),
-          m_keepsFrames(av_cmp_q(traits.frameRate, m_stored.frameRate) == 0) {
+          m_keepsRate(av_cmp_q(traits.frameRate, m_stored.frameRate) == 0),
+          m_keepsFrames(m_keepsRate && traits.fieldOrder == m_stored.fieldOrder) {
         const PictureShape fit = TraitsForFit(traits, m_stored).source;
         m_shape.width = fit.width;
         m_shape.height = fit.height;
@@ -188,7 +189,7 @@ class VideoSink final : public MediaSink {
             PrintWarning(m_name + " is " + std::to_string(stored.width) + "x" + std::to_string(stored.height) +
                          ": the last column or row is left out, since " + codec +
                          " that every player takes has even sides");
-        if (!m_keepsFrames)
+        if (!m_keepsRate)
             PrintWarning(m_name + " has " + Rate(m_stored) + " pictures a second, since " + codec + " has no " +
                          Rate(given));
     }
@@ -237,7 +238,7 @@ class VideoSink final : public MediaSink {
     PictureShape m_shape;
     PictureFit m_fit;
     AVRational m_timeBase;  // of the pictures that come
-    bool m_keepsFrames;
+    bool m_keepsRate, m_keepsFrames;
     std::unique_ptr<PartFile> m_part;  // before the output: closed first, then removed
     OutputPtr m_output;
     AVStream* m_video = nullptr;

@@ -86,15 +86,6 @@ std::string AsJson(const Plan& plan) {
     }
 }
 
-std::vector<FrameRange> ShareOut(const FrameRange& frames, long long chunks) {
-    const long long count = frames.Count();
-    chunks = std::min(chunks, count);
-    std::vector<FrameRange> shares;
-    for (long long i = 0; i < chunks; ++i)
-        shares.push_back({frames.first + count * i / chunks, frames.first + count * (i + 1) / chunks - 1});
-    return shares;
-}
-
 struct Form {
     const char* name;
     std::string (*print)(const Plan& plan);
@@ -109,11 +100,20 @@ std::vector<std::string> PlanFormats() {
     return names;
 }
 
+std::vector<FrameRange> ChunksOf(const FrameRange& frames, long long chunks) {
+    const long long count = frames.Count();
+    chunks = std::min(chunks, count);
+    std::vector<FrameRange> shares;
+    for (long long i = 0; i < chunks; ++i)
+        shares.push_back({frames.first + count * i / chunks, frames.first + count * (i + 1) / chunks - 1});
+    return shares;
+}
+
 CommandPlan PlanChunks(long long chunks, const Words& words, const OutputOptions& output, const FrameRange& frames) {
     if (output.path == "-" || (IsPictureOutput(output) && !IsNumberedOutput(output)))
         throw HostError(ExitCode::Usage, (output.path == "-" ? "stdout" : output.path) +
                                              " cannot be made in chunks; name a video, or pictures as out_%06d.png");
-    CommandPlan plan{output.path, {}, {}, ShareOut(frames, chunks)};
+    CommandPlan plan{output.path, {}, {}, ChunksOf(frames, chunks)};
     for (const FrameRange& chunk : plan.chunks) {
         Words maker = {words.front(), "--chunk", RangeText(chunk), "--skip-existing"};
         maker.insert(maker.end(), words.begin() + 1, words.end());

@@ -25,6 +25,9 @@ struct CommandPlan {
     std::vector<FrameRange> chunks;  ///< what each maker makes of one run; none: the makers make files of their own
 };
 
+/// Cuts frames into so many chunks of about one length; no more than there are frames.
+std::vector<FrameRange> ChunksOf(const FrameRange& frames, long long chunks);
+
 /// The command lines that make a run in chunks, and the one that joins them. `words` is the run's own command line,
 /// behind the program; `frames` are the run's.
 CommandPlan PlanChunks(long long chunks, const std::vector<std::string>& words, const OutputOptions& output,

@@ -48,8 +48,8 @@ void MakeRun(const RunOptions& options, const FramesOfRun& frames, PictureMaker&
         OpenSink(output, maker.Traits(output), options.dryRun || options.reportFrames);
     if (!sink->KeepsFrames() && (options.reportFrames || options.joinTo || !options.chunk.empty()))
         throw HostError(ExitCode::Usage, output.path +
-                                             " has another frame rate than its input, so that chunks do not meet; make "
-                                             "it in one run, or in chunks at the input's rate first");
+                                             " makes its pictures of several of its input's (another frame rate, or "
+                                             "fields made whole), so that chunks do not meet; make it in one run");
     if (options.reportFrames)
         return options.reportFrames(options.output, frames.certain ? frames.run : maker.Existing(frames.run, true));
     const std::string summary = maker.Prepare(sink->Shape()) + "; " + output.path + ": " + sink->Description();

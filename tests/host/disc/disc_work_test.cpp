@@ -95,5 +95,54 @@ TEST_F(DiscWorkTest, APlanMakesTheStagesApartAndItsLastCommandMakesNoneAgain) {
     EXPECT_EQ(Nifikral("concat --last 3 disc trip.json -o trip.iso").exitCode, 2);
 }
 
+TEST_F(DiscWorkTest, FilmsForBrowsersAreMadeInChunksThatMeet) {
+    std::filesystem::create_directories(folder / "trip");
+    const std::string film = " -f lavfi -i sine=duration=21 -c:v mpeg2video -q:v 2 -bf 2 -c:a flac ";
+    Ffmpeg("-f lavfi -i testsrc2=size=64x64:rate=25:duration=21" + film + "trip/lake.mkv");
+    // Pictures that are made of fields need those beside them.
+    Ffmpeg("-f lavfi -i testsrc2=size=64x64:rate=50:duration=21" + film +
+           "-vf tinterlace=interleave_top,setfield=tff -flags +ildct+ilme trip/tape.mkv");
+    ASSERT_EQ(Nifikral("init disc trip -o trip.json").exitCode, 0);
+    Replace("trip.json", "\"seconds\": 20", "\"seconds\": 2");
+    const Outcome plan = Nifikral("plan --chunks 2 disc trip.json -o web --format web");
+    ASSERT_EQ(plan.exitCode, 0) << plan.errors;
+    std::vector<std::string> lines;
+    std::istringstream all(plan.output);
+    for (std::string line; std::getline(all, line);) lines.push_back(line);
+    // Two for the first film, one each for the second, the menu, and the disc.
+    ASSERT_EQ(lines.size(), 5u) << plan.output;
+    EXPECT_NE(lines[0].find("--stage film-1:0-261 "), std::string::npos) << lines[0];
+    EXPECT_NE(lines[2].find("--stage film-2 "), std::string::npos) << lines[2];
+    const auto run = [&](const std::string& line) {
+        const Outcome outcome = Wait(Start({"sh", "-c", line}));
+        ASSERT_EQ(outcome.exitCode, 0) << line << outcome.errors;
+    };
+    run(lines[1]);
+    EXPECT_TRUE(std::filesystem::exists(folder / "web.work/film-01.coded.mp4.chunks/000262-000524.nut"));
+    // The first, which no machine has made, is made then.
+    run(lines[4]);
+    const std::string made = "web/films/film-01.mp4";
+    const std::string packets =
+        Wait(Start(Words("ffprobe -v error -select_streams v -show_entries packet=pts_time,flags -of csv=p=0 " + made)))
+            .output;
+    EXPECT_EQ(std::count(packets.begin(), packets.end(), '\n'), 525);
+    EXPECT_NE(packets.find("\n10.480000,K"), std::string::npos) << "coded in one run";
+    std::istringstream likeness(Ffmpeg("-i " + made + " -i trip/lake.mkv -lavfi psnr=stats_file=- -f null -"));
+    for (std::string frame; std::getline(likeness, frame);) {
+        const std::size_t all = frame.find("psnr_avg:");
+        ASSERT_NE(all, std::string::npos) << frame;
+        EXPECT_GT(std::stod(frame.substr(all + 9)), 30) << frame;
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder / "web.work/film-01.coded.mp4.chunks"));
+    // The sound is of one piece.
+    std::istringstream times(
+        Wait(Start(Words("ffprobe -v error -select_streams a -show_entries packet=pts -of csv=p=0 " + made))).output);
+    std::vector<long long> begins;
+    for (std::string line; std::getline(times, line);)
+        if (!line.empty()) begins.push_back(std::stoll(line));
+    ASSERT_GT(begins.size(), 21u * 44100 / 1024);
+    for (std::size_t i = 1; i < begins.size(); ++i) EXPECT_EQ(begins[i] - begins[i - 1], 1024) << i;
+}
+
 }  // namespace
 }  // namespace Nifikral
