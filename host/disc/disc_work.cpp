@@ -182,7 +182,10 @@ void WriteDvd(const Work& work, const DiscOptions& options, const Show& show) {
 
 void WriteWeb(const Work& work, const DiscOptions& options, const Show& show) {
     std::vector<WebFilm> films;
-    for (std::size_t i = 0; i < work.project.films.size(); ++i) films.push_back(ReadWebFilm(work.folder, int(i)));
+    for (std::size_t i = 0; i < work.project.films.size(); ++i) {
+        films.push_back(ReadWebFilm(work.folder, int(i)));
+        WriteWebPoster(work.project.films[i], films.back());
+    }
     std::vector<WebMenu> menus;
     for (std::size_t i = 0; i < work.pages.size(); ++i)
         menus.push_back(PlaceOfWebMenu(work.pages, int(i), work.folder));

@@ -116,7 +116,6 @@ WebFilm MakeWebFilm(const DiscProject& project, int film, const std::string& fol
         made.sounds.push_back({file, tags.language, tags.title});
     }
     made.poster = FilmFile(folder, film, ".jpg");
-    WritePoster(made.sounds[0].file, source.thumbnail, made.poster);
     const auto addSubtitles = [&](const std::string& from, const BrowserTrack& track) {
         const std::string number = std::to_string(made.subtitles.size() + 1),
                           file = FilmFile(folder, film, "-subtitles-" + number + ".vtt");
@@ -150,6 +149,10 @@ WebFilm ReadWebFilm(const std::string& folder, int film) {
     } catch (const Json::exception&) {
         throw HostError(ExitCode::Input, path + " is missing or damaged; remove it and run the command again");
     }
+}
+
+void WriteWebPoster(const DiscFilm& film, const WebFilm& made) {
+    WritePoster(made.sounds.at(0).file, film.thumbnail, made.poster);
 }
 
 WebMenu PlaceOfWebMenu(const std::vector<DiscPage>& pages, int page, const std::string& folder) {

@@ -24,7 +24,7 @@ struct WebTrack {
 struct WebFilm {
     std::vector<WebTrack> sounds;     ///< the film with each of its sound tracks; one without sound where it has none
     std::vector<WebTrack> subtitles;  ///< WebVTT
-    std::string poster;               ///< the picture that stands for it until it plays
+    std::string poster;               ///< where the picture is that stands for it until it plays
     bool copied = false;              ///< the pictures were not coded again
 
     bool operator==(const WebFilm&) const = default;
@@ -52,6 +52,9 @@ WebCoding CodingOf(const DiscProject& project, int film, const std::string& fold
 std::string PlaceOfWebFilm(const std::string& folder, int film);
 /// What MakeWebFilm has made there. Throws an input error.
 WebFilm ReadWebFilm(const std::string& folder, int film);
+
+/// Makes its poster, which a change of the project's moment for it alone makes anew. Throws host errors.
+void WriteWebPoster(const DiscFilm& film, const WebFilm& made);
 
 /// Makes the poster and last the film of one page of the menu in a folder. Throws host errors.
 WebMenu MakeWebMenu(const DiscProject& project, const std::vector<DiscPage>& pages, int page, const std::string& folder,

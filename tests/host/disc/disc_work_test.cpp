@@ -67,6 +67,16 @@ TEST_F(DiscWorkTest, AFolderBecomesADiscAndAChangeMakesOnlyWhatItTouches) {
     const Outcome web = Nifikral("disc trip.json -o web --format web");
     ASSERT_EQ(web.exitCode, 0) << web.errors;
     EXPECT_NE(ReadFile(folder / "web" / "index.html").find("back home"), std::string::npos);
+    // A poster is made anew alone.
+    const auto coded = Time("web.work/film-01.json");
+    const std::string poster = ReadFile(folder / "web/films/film-01.jpg");
+    const std::string project = ReadFile(folder / "trip.json");
+    const std::size_t moment = project.find("\"thumbnail\": ");
+    Replace("trip.json", project.substr(moment, project.find_first_of(",\n", moment) - moment), "\"thumbnail\": 0.04");
+    const Outcome again = Nifikral("disc trip.json -o web --format web -y");
+    ASSERT_EQ(again.exitCode, 0) << again.errors;
+    EXPECT_EQ(Time("web.work/film-01.json"), coded);
+    EXPECT_NE(ReadFile(folder / "web/films/film-01.jpg"), poster);
     EXPECT_EQ(Nifikral("disc trip.iso.work/disc.json -o trip.iso.work --stage film-4").exitCode, 2);
 }
 
