@@ -12,6 +12,7 @@
 #include "host/base/number_text.h"
 #include "host/media/ffmpeg_log.h"
 #include "host/media/media_input.h"
+#include "host/media/media_source.h"
 #include "host/media/output_extras.h"
 #include "host/media/output_sound.h"
 #include "host/media/output_streams.h"
@@ -32,11 +33,18 @@ bool IsTimed(const AVFormatContext& input) {
 }
 
 // Browsers show fields as combs, and pictures of more depth or colour not at all.
-bool IsPlayable(const AVCodecParameters& video, int width, int height) {
-    return video.codec_id == AV_CODEC_ID_H264 && video.format == AV_PIX_FMT_YUV420P &&
-           (video.field_order == AV_FIELD_UNKNOWN || video.field_order == AV_FIELD_PROGRESSIVE) &&
-           std::max(video.width, video.height) <= std::max(width, height) &&
-           std::min(video.width, video.height) <= std::min(width, height);
+bool IsPlayable(const std::string& path, const AVCodecParameters& video, int width, int height) {
+    const bool isCodedSo = video.codec_id == AV_CODEC_ID_H264 &&
+                           (video.field_order == AV_FIELD_UNKNOWN || video.field_order == AV_FIELD_PROGRESSIVE) &&
+                           std::max(video.width, video.height) <= std::max(width, height) &&
+                           std::min(video.width, video.height) <= std::min(width, height);
+    if (!isCodedSo) return false;
+    // What an input says of its pictures may come of their heads alone, and say nothing of their colours.
+    MediaSource::Options options;
+    options.audio = false;
+    const MediaSource film(path, options);
+    const AVFrame& first = film.FirstFrame();
+    return first.format == AV_PIX_FMT_YUV420P && first.color_range != AVCOL_RANGE_JPEG;
 }
 
 bool IsVideo(const AVStream& stream) {
@@ -149,7 +157,7 @@ BrowserTracks BrowserTracksOf(const std::string& path, int width, int height) {
     const InputPtr input = OpenInput(path, nullptr, nullptr, listener);
     BrowserTracks tracks;
     const AVStream* const video = VideoOf(*input);
-    tracks.pictures = video && IsTimed(*input) && IsPlayable(*video->codecpar, width, height);
+    tracks.pictures = video && IsTimed(*input) && IsPlayable(path, *video->codecpar, width, height);
     for (unsigned i = 0; i < input->nb_streams; ++i) {
         const AVStream& stream = *input->streams[i];
         const AVCodecParameters& coding = *stream.codecpar;

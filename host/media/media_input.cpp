@@ -21,11 +21,13 @@ int OnWait(void*) { return IsInterrupted(); }
 [[noreturn]] void Refuse(const std::string& line) { throw HostError(ExitCode::Input, line); }
 
 // What a film is follows from the heads of its pictures. Of H.264 the first one would be decoded for it, which takes
-// long where it is large.
+// long where it is large. Only containers that have all times of their own need no decoder to find them.
 int FindStreams(AVFormatContext& input) {
+    const bool isTimed = std::string_view(input.iformat->name).starts_with("mov,");
     std::vector<AVDictionary*> options(input.nb_streams);
     for (unsigned i = 0; i < input.nb_streams; ++i)
-        if (input.streams[i]->codecpar->codec_id == AV_CODEC_ID_H264) av_dict_set(&options[i], "skip_frame", "all", 0);
+        if (isTimed && input.streams[i]->codecpar->codec_id == AV_CODEC_ID_H264)
+            av_dict_set(&options[i], "skip_frame", "all", 0);
     const int error = avformat_find_stream_info(&input, options.data());
     for (AVDictionary*& entries : options) av_dict_free(&entries);
     return error;
