@@ -152,7 +152,7 @@ def main(program, rounds=40):
             print(f"First paint of the page: {page.run(PAINTED):.0f} ms")
             page.job("film")
             page.panel("files") if page.has("#panel-tab-files") else None
-            page.wait("the films are listed, and small", "return document.querySelectorAll('.file img.painted').length > arguments[0]", len(UHD), seconds=60)
+            page.wait("the films are listed, and small", "return document.querySelectorAll('.file img.painted').length > arguments[0]", len(UHD), seconds=200)
             # Each name is a film that the studio has not opened yet.
             opened = []
             for name in UHD:

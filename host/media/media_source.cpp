@@ -113,7 +113,9 @@ bool MediaSource::Seek(std::int64_t time) {
 // The first picture at a time or behind it; the film's first one where there is none, or no way to go there.
 FramePtr MediaSource::DecodeFrom(double seconds) {
     const std::int64_t time = TimeAt(seconds);
-    if (!Seek(time)) return DecodeNext();
+    // One that was just opened is at its begin, which a container without an index would miss.
+    const bool atBegin = seconds <= 0 && m_packets == 0 && !HoldsPictureFiles(*m_input);
+    if (!atBegin && !Seek(time)) return DecodeNext();
     if (m_options.keyFrame && HoldsWholePictures()) {
         if (FramePtr frame = DecodeKeyFrame()) return frame;
         Seek(time);
@@ -132,7 +134,7 @@ FramePtr MediaSource::DecodeKeyFrame() {
     avcodec_send_packet(m_decoder.get(), nullptr);
     FramePtr frame = ReceiveFrame();
     avcodec_flush_buffers(m_decoder.get());
-    return frame;
+    return frame && frame->key_frame ? std::move(frame) : nullptr;
 }
 
 bool MediaSource::GoTo(double seconds, bool keyFrame) {

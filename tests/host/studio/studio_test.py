@@ -73,7 +73,11 @@ class StudioTest(unittest.TestCase):
                                               effects=chain)
             self.assertEqual(headers["X-Frame"], str(number))
             self.assertEqual(pixels(made), pixels((self.studio.folder / f"all_{number:03}.png").read_bytes()), number)
-        for one in self.studio.folder.glob("all_*"):
+        # A container without an index.
+        subprocess.run(["ffmpeg", "-v", "error", "-i", "film.mp4", "-c", "copy", "film.ts"], cwd=self.studio.folder, check=True)
+        made, _ = self.studio.still(path="film.ts", at=0, crop=[0, 0, 320, 180], format="png", effects=chain)
+        self.assertEqual(pixels(made), pixels((self.studio.folder / "all_000.png").read_bytes()))
+        for one in (*self.studio.folder.glob("all_*"), self.studio.folder / "film.ts"):
             one.unlink()
 
     def test_a_preview_of_an_opaque_picture_is_as_bright_as_the_saved_one(self):
