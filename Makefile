@@ -58,6 +58,10 @@ fuzz: packages  ## look for inputs that break the code, SECONDS=60 with each fuz
 	cmake --build --preset fuzz
 	scripts/fuzz.sh build/fuzz $(or $(SECONDS),60)
 
+soak: configure  ## work on and on in one process: make soak SECONDS=3600
+	cmake --build --preset release
+	/usr/bin/python3 scripts/soak.py $(release) $(or $(SECONDS),60)
+
 # BENCH is passed on, for instance BENCH=--benchmark_filter=gray.
 bench: configure  ## time the effects
 	cmake --build --preset release --target nifikral_bench
@@ -114,5 +118,5 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run reference pictures test test-arm64 test-processors test-clang test-tsan fuzz bench bench-peers debs \
+.PHONY: help run reference pictures test test-arm64 test-processors test-clang test-tsan fuzz soak bench bench-peers debs \
     debs-arm64 test-packages test-packages-arm64 format check-format tidy clean packages configure
