@@ -85,10 +85,9 @@ FramePtr FilmReader::At(long long number) {
     if (m_isAtKeyFrame) Open(number);
     constexpr double stepSeconds = 2;
     const auto ahead = (long long)(stepSeconds * av_q2d(m_facts.rate));
-    if (!m_source || number < m_lastNumber || (m_lastNumber < 0 ? number > ahead : number > m_lastNumber + ahead))
-        Open(number);
-    else if (m_last && number > m_lastNumber + 1 && !m_source->ReadsOnTo(BeginOf(number)))
-        Open(number);
+    const bool far = m_lastNumber < 0 ? number > ahead : number > m_lastNumber + ahead;
+    const bool skips = m_last && number > m_lastNumber + 1;
+    if (!m_source || number < m_lastNumber || far || (skips && !m_source->ReadsOnTo(BeginOf(number)))) Open(number);
     while (!m_ended && (!m_last || m_lastNumber < number)) {
         std::optional<SourceStep> step = m_source->Next();
         if (!step || !step->frame) {
