@@ -51,6 +51,8 @@ class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, public IMe
     /// The sources that have a picture, in their order. Valid during DrawScene.
     std::vector<ShownSource> ShownSources() const { return m_sources.Shown(); }
     const std::vector<MenuText>& Texts() const { return m_texts.All(); }
+    /// The name of a source; null where it has none.
+    const MenuText* CaptionOf(unsigned source) const { return m_texts.CaptionOf(source); }
     /// How many sources there are, with a picture or without.
     unsigned SourceCount() const { return m_sources.Count(); }
     /// Whether "additionSourceSizes" has an entry for a source.

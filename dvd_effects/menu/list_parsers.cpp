@@ -15,7 +15,7 @@ namespace {
 // Lines that the host reads beside an error of the parsers.
 enum Line : int { lineList = 40, lineText = 90 };
 
-constexpr std::size_t leastTextItems = 12, movingTextItems = 18, stillTextItems = 15;
+constexpr std::size_t leastTextItems = 12, movingTextItems = 18, stillTextItems = 15, captionItems = 13;
 
 // Splits a list of `perSource` items for each source and hands take(source, items) the items of one source after
 // another.
@@ -61,6 +61,8 @@ void TakeMotion(text_t& text, const std::vector<std::string>& items) {
         text.hasStillTail = true;
         text.stillTail[0] = ParseInteger(tail[1]);
         text.stillTail[1] = ParseInteger(tail[2]);
+    } else if (items[11] == "picture" && items.size() == captionItems) {
+        text.ofSource = ParseInteger(tail[0]);
     }
 }
 

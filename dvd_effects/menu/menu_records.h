@@ -50,6 +50,8 @@ struct text_t {
 
     bool hasStillTail = false;  ///< a still text may bring two more numbers
     std::int32_t stillTail[2] = {};
+
+    std::int32_t ofSource = -1;  ///< the number of the source that it names, and is shown with; -1: none
 };
 
 /// One picture or video that a menu shows. A picture's sources are released as soon as it is read, those of a video

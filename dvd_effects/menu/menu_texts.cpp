@@ -30,6 +30,7 @@ void MenuTexts::Prepare(IAVImporter* importer, const FrameKind& kind) {
     if (m_isReady) return;
     m_isReady = true;
     m_texts.clear();
+    m_captions.clear();
     const std::vector<std::string> infos = SplitList(m_infos, '\\');
     // Deliberate: without a word.
     if (std::int64_t(infos.size()) != m_number) return;
@@ -47,7 +48,13 @@ void MenuTexts::Render(IAVImporter* importer, const FrameKind& kind, const std::
     const FrameOwner frame = RenderText(importer, text.item);
     if (!frame) return;
     LayerMaker(kind.Layers()).Make(*frame, FitText(SizeOf(*frame), text.item.boxSize), text.layer, kind.set);
-    m_texts.push_back(std::move(text));
+    (text.item.ofSource < 0 ? m_texts : m_captions).push_back(std::move(text));
+}
+
+const MenuText* MenuTexts::CaptionOf(unsigned source) const {
+    for (const MenuText& caption : m_captions)
+        if (unsigned(caption.item.ofSource) == source) return &caption;
+    return nullptr;
 }
 
 void MenuTexts::Draw(Canvas& canvas, std::uint32_t n) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,8 @@ namespace AVBased {
 struct MenuText {
     text_t item;
     Layer layer;
-    unsigned number = 0;  ///< in the list
+    unsigned number = 0;                ///< in the list
+    mutable std::deque<Layer> smaller;  ///< at a half, a quarter... of its size, made when needed
 };
 
 /// The texts of a menu.
@@ -28,6 +30,8 @@ class MenuTexts {
     /// Has the host render what is not rendered yet; without an importer, that fails. Errors are filed.
     void Prepare(IAVImporter* importer, const FrameKind& kind);
     const std::vector<MenuText>& All() const { return m_texts; }
+    /// The name of a source; null where it has none. Names do not count as texts of the menu.
+    const MenuText* CaptionOf(unsigned source) const;
     /// Draws those shown at frame `n`, at their places.
     void Draw(Canvas& canvas, std::uint32_t n) const;
 
@@ -36,7 +40,7 @@ class MenuTexts {
 
     std::int32_t m_number = 0;
     std::string m_infos;
-    std::vector<MenuText> m_texts;
+    std::vector<MenuText> m_texts, m_captions;
     bool m_isReady = false;
 };
 

@@ -94,8 +94,8 @@ std::vector<CAnimatedMenu::ShownPicture> CAnimatedMenu::ShownPictures() const {
     for (const ShownSource& shown : ShownSources()) {
         const double opacity = HasFades() ? OpacityOf(shown.source, FrameNumber()) / 255.0 : 1;
         const Spot middle{shown.inBox.x + shown.layer.Width() / 2.0, shown.inBox.y + shown.layer.Height() / 2.0};
-        pictures.push_back(
-            {shown.layer, shown.isOpaque, unsigned(pictures.size()), opacity, middle, shown.source, shown.smaller});
+        pictures.push_back({shown.layer, shown.isOpaque, unsigned(pictures.size()), opacity, middle, shown.source,
+                            shown.smaller, CaptionOf(shown.number)});
     }
     return pictures;
 }
@@ -109,11 +109,51 @@ void CAnimatedMenu::Show(Canvas& canvas, const ShownPicture& picture, const Plac
                          const Box& window) const {
     canvas.LayTransformed(Reduced(picture.layer, picture.smaller, placement), placement,
                           ShownOf(picture.opacity, opacity), window);
+    ShowCaption(canvas, picture, placement, opacity, window);
 }
 
 void CAnimatedMenu::Show(Pile& pile, const ShownPicture& picture, const Placement& placement, double opacity) const {
     pile.Put(Reduced(picture.layer, picture.smaller, placement), placement, ShownOf(picture.opacity, opacity),
              picture.isOpaque);
+    if (!picture.caption) return;
+    const Layer& caption = picture.caption->layer;
+    if (const std::optional<Placement> at = CaptionPlace(caption, placement, everything))
+        pile.Put(Reduced(caption, picture.caption->smaller, *at), *at, ShownOf(picture.opacity, opacity), false);
+}
+
+void CAnimatedMenu::ShowCaption(Canvas& canvas, const ShownPicture& picture, const Placement& placement, double opacity,
+                                const Box& window) const {
+    if (!picture.caption) return;
+    const Layer& caption = picture.caption->layer;
+    if (const std::optional<Placement> at = CaptionPlace(caption, placement, window))
+        canvas.LayTransformed(Reduced(caption, picture.caption->smaller, *at), *at, ShownOf(picture.opacity, opacity),
+                              window);
+}
+
+std::optional<Placement> CAnimatedMenu::CaptionPlace(const Layer& caption, const Placement& picture,
+                                                     const Box& window) const {
+    // Of the picture's sides; of pictures that fill the menu it stands aside, where what all screens show ends.
+    constexpr double widest = 0.84, highest = 0.3, above = 0.05, filling = 0.8, margin = 0.06;
+    const double across = Distance(picture.bottomLeft, picture.bottomRight),
+                 down = Distance(picture.topLeft, picture.bottomLeft);
+    if (!(across > 0) || !(down > 0)) return std::nullopt;
+    const Spot right{(picture.bottomRight.x - picture.bottomLeft.x) / across,
+                     (picture.bottomRight.y - picture.bottomLeft.y) / across};
+    const Spot up{(picture.topLeft.x - picture.bottomLeft.x) / down, (picture.topLeft.y - picture.bottomLeft.y) / down};
+    const double scale = std::min({1.0, widest * across / caption.Width(), highest * down / caption.Height()});
+    const double width = scale * caption.Width(), height = scale * caption.Height();
+    const double lift = height / 2 + above * down;
+    Spot centre{(picture.bottomLeft.x + picture.bottomRight.x) / 2 + lift * up.x,
+                (picture.bottomLeft.y + picture.bottomRight.y) / 2 + lift * up.y};
+    if (across > filling * Width() && down > filling * Height()) {
+        const double bottom = std::min({Height() * (1 - margin), double(window.yEnd) - above * Height(),
+                                        picture.bottomRight.y - above * Height()});
+        // It comes and goes with the picture.
+        centre = {std::max(std::min(picture.bottomRight.x, Width()) - margin * Width() - width / 2,
+                           picture.bottomLeft.x + margin * Width() + width / 2),
+                  std::max(bottom - height / 2, picture.topLeft.y + margin * Height() + height / 2)};
+    }
+    return Placement::Towards(centre, right, width, height);
 }
 
 void CAnimatedMenu::ShowWithin(Canvas& canvas, const ShownPicture& picture, const Box& window, double zoom,
@@ -121,9 +161,11 @@ void CAnimatedMenu::ShowWithin(Canvas& canvas, const ShownPicture& picture, cons
     const auto width = double(window.Width()), height = double(window.Height());
     const double own = picture.layer.Width(), ownHeight = picture.layer.Height();
     const double scale = zoom * std::max(width / own, height / ownHeight);
-    Show(canvas, picture,
-         Placement::Turned({window.xBegin + width / 2, window.yBegin + height / 2}, own * scale, ownHeight * scale),
-         opacity, window);
+    const Spot middle{window.xBegin + width / 2, window.yBegin + height / 2};
+    const Placement place = Placement::Turned(middle, own * scale, ownHeight * scale);
+    canvas.LayTransformed(Reduced(picture.layer, picture.smaller, place), place, ShownOf(picture.opacity, opacity),
+                          window);
+    ShowCaption(canvas, picture, Placement::Turned(middle, width, height), opacity, window);
 }
 
 void CAnimatedMenu::PaintGradient(Canvas& canvas, Colour top, Colour bottom) const {

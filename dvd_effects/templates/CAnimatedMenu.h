@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "dvd_effects/canvas/pile.h"
 #include "dvd_effects/menu/CBasedMenu.h"
 #include "dvd_effects/templates/picture_grid.h"
@@ -27,6 +29,7 @@ class CAnimatedMenu : public CBasedMenu {
         Spot middle;         ///< of its box, from the box's corner
         const additionsource_t& source;
         std::deque<Layer>& smaller;  ///< the picture at a half, a quarter... of its size, made when needed
+        const MenuText* caption;     ///< its name; null: none
     };
 
     /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
@@ -54,12 +57,16 @@ class CAnimatedMenu : public CBasedMenu {
     /// Where the middle of a picture that is shown `scale` times its size stands: as its start position
     /// says, or at `usual` when none was ever set.
     Spot PlaceOf(const ShownPicture& picture, Spot usual, double scale = 1) const;
-    /// Lays a picture with its corners at any places; `opacity` from 0 to 1 is multiplied with its own. A
-    /// picture shown small is as smooth as one in its own size. Nothing is drawn outside the window.
+    /// Lays a picture with its corners at any places, and its name on its lower end; `opacity` from 0 to 1 is
+    /// multiplied with its own. A picture shown small is as smooth as one in its own size. Nothing is drawn outside the
+    /// window.
     void Show(Canvas& canvas, const ShownPicture& picture, const Placement& placement, double opacity = 1,
               const Box& window = everything) const;
     /// The same on a pile.
     void Show(Pile& pile, const ShownPicture& picture, const Placement& placement, double opacity = 1) const;
+    /// Lays a picture's name alone on the lower end of that place, as far as the window reaches.
+    void ShowCaption(Canvas& canvas, const ShownPicture& picture, const Placement& placement, double opacity = 1,
+                     const Box& window = everything) const;
     /// Lays a picture so that it fills a rectangle of whole pixels, `zoom` (1 or more) times as large as that
     /// takes; what stands out is left out.
     void ShowWithin(Canvas& canvas, const ShownPicture& picture, const Box& window, double zoom,
@@ -97,6 +104,7 @@ class CAnimatedMenu : public CBasedMenu {
 
  private:
     int Loop() const;
+    std::optional<Placement> CaptionPlace(const Layer& caption, const Placement& picture, const Box& window) const;
 };
 
 }  // namespace AVBased

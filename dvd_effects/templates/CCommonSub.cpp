@@ -59,7 +59,14 @@ void CCommonSub::DrawCard(Canvas& canvas, const ShownPicture& picture, Spot at, 
     lay(m_strip, strip, framedWidth, stripHeight, 1);
     lay(m_accent, {at.x - framedWidth / 2 + 0.04 * Unit(), strip.y}, 0.08 * Unit(), stripHeight, 0.4 + 0.6 * lit);
     if (lit > 0) lay(m_accent, at, framedWidth + outer, framedHeight + outer, lit);
-    Show(canvas, picture, Placement::Turned(at, width, height));
+    ShownPicture unnamed = picture;
+    unnamed.caption = nullptr;
+    Show(canvas, unnamed, Placement::Turned(at, width, height));
+    // The strip is for the name.
+    constexpr double higher = 3.2, below = 0.635;
+    ShowCaption(
+        canvas, picture,
+        Placement::Turned({strip.x, strip.y + (below - higher / 2) * stripHeight}, framedWidth, higher * stripHeight));
 }
 
 void CCommonSub::DrawScene(Canvas& canvas) {

@@ -7,22 +7,28 @@ namespace AVBased {
 void CFullScreen::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {38, 44, 56}, {10, 11, 15}); }
 
 void CFullScreen::DrawScene(Canvas& canvas) {
-    ShowDissolving(0.35, [&](const ShownPicture& picture, double part, double opacity) {
-        ShowMoving(canvas, picture, part, opacity);
+    constexpr double dissolve = 0.35;
+    ShowDissolving(dissolve, [&](ShownPicture picture, double part, double opacity) {
+        picture.caption = nullptr;
+        Show(canvas, picture, PlaceAt(picture, part), opacity);
     });
     if (!ShownPictures().empty()) DrawShade(canvas);
+    // The names stand over the shade.
+    ShowDissolving(dissolve, [&](const ShownPicture& picture, double part, double opacity) {
+        ShowCaption(canvas, picture, PlaceAt(picture, part), opacity);
+    });
     DrawTexts(canvas);
 }
 
 // At `part` of its time on the screen. It drifts no farther than it is larger than the screen.
-void CFullScreen::ShowMoving(Canvas& canvas, const ShownPicture& picture, double part, double opacity) const {
+Placement CFullScreen::PlaceAt(const ShownPicture& picture, double part) const {
     constexpr double least = 1.02, more = 0.12;
     const bool comesNearer = picture.index % 2 == 0, toTheRight = picture.index / 2 % 2 == 0;
     const double zoom = least + more * (comesNearer ? part : 1 - part);
     const double drift = (zoom - 1) / 2 * (part * 2 - 1);
     const Spot centre{Width() * (0.5 + (toTheRight ? drift : -drift)),
                       Height() * (0.5 + (comesNearer ? drift : -drift) / 2)};
-    Show(canvas, picture, Placement::Turned(centre, Width() * zoom, Height() * zoom), opacity);
+    return Placement::Turned(centre, Width() * zoom, Height() * zoom);
 }
 
 void CFullScreen::DrawShade(Canvas& canvas) {

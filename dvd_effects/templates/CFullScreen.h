@@ -21,7 +21,7 @@ class CFullScreen : public CAnimatedMenu {
     void DrawScene(Canvas& canvas) override;
 
  private:
-    void ShowMoving(Canvas& canvas, const ShownPicture& picture, double part, double opacity) const;
+    Placement PlaceAt(const ShownPicture& picture, double part) const;
     void DrawShade(Canvas& canvas);
 
     PreparedLayer m_shade;

@@ -142,6 +142,7 @@ void CPerformance::ShowPictures(Canvas& canvas, const std::vector<ShownPicture>&
     const auto lay = [&](const ShownPicture& picture, double opacity) {
         shown.reflection.Lay(canvas, picture.layer, 0.6 * opacity * picture.opacity);
         shown.picture.Lay(canvas, picture.layer, opacity * picture.opacity);
+        ShowCaption(canvas, picture, shown.panel.Grown(0), opacity);
     };
     // The outer screens follow the one in the middle.
     const Turn turn = TurnAfter(Phase() * count + 1 - (screen == 1 ? 0 : 0.15), count);

@@ -56,7 +56,10 @@ void CVignette::ShowSmall(Canvas& canvas, const ShownPicture& picture, unsigned 
         std::min(step / spacing / picture.layer.Width(), heightOfRow * Height() / picture.layer.Height()) *
         Mixed(least, 1.2, share);
     const Spot centre{Width() / 2 + step * (picture.index + 0.5 - count / 2.0), Height() * 0.88};
-    Show(canvas, picture, Placement::Turned(centre, picture.layer.Width() * scale, picture.layer.Height() * scale),
+    // The large one has the name.
+    ShownPicture unnamed = picture;
+    unnamed.caption = nullptr;
+    Show(canvas, unnamed, Placement::Turned(centre, picture.layer.Width() * scale, picture.layer.Height() * scale),
          Mixed(0.6, 1, share));
 }
 

@@ -277,7 +277,7 @@ inline constexpr ParameterInfo slide[] = {
     Seed("seed", "of the random choices"),
 };
 
-inline constexpr const char* fontStyles[] = {"bold", "italic", "underline", "outline", "shadow", "halo"};
+inline constexpr const char* fontStyles[] = {"bold", "italic", "underline", "outline", "shadow", "halo", "plate"};
 inline constexpr const char* aligns[] = {"left", "center", "right"};
 inline constexpr const char* valigns[] = {"top", "middle", "bottom"};
 inline constexpr const char* titleMotions[] = {"none", "left", "right", "up", "down", "zoom"};

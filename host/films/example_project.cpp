@@ -52,6 +52,9 @@ constexpr char arrangedSources[] = R"(
   // The template places them; "sourcePath", "additionSourceSizes" and "startPositions" would say otherwise.
   "additionSourcePaths": )";
 constexpr char arrangedPictures[] = R"(["lake.png", "desert.png", "forest.png", "night.png", "background.png"])";
+constexpr char arrangedCaptions[] =
+    R"(  "captions": ["The lake", "The desert", "The forest", "The night", "The evening"],
+)";
 
 // A text of an example; all that is left out is as the template's style has it.
 struct ExampleText {
@@ -84,6 +87,10 @@ std::span<const ExampleText> ExamplesOf(const std::string& templateName) {
     if (templateName == "menu_layeredtitles") return chapterTitles;
     if (templateName == "menu_videowall" || templateName == "menu_resizingpanels") return shortTexts;
     return IsInstructionMenu(templateName) ? std::span<const ExampleText>(instructions) : usualTexts;
+}
+
+bool HasNames(const std::string& templateName) {
+    return templateName != "menu_layeredtitles" && !IsInstructionMenu(templateName);
 }
 
 Json TextOf(const std::string& templateName, std::size_t index, const ExampleText& example) {
@@ -258,6 +265,8 @@ ExampleProject WriteExampleProject(const InitOptions& options, const EffectModul
     std::vector<ExamplePicture> files;
     if (pictures.empty() || placed) files = DrawExamplePictures(!pictures.empty());
     std::string sources = placed ? placedSources : std::string(arrangedSources) + arrangedPictures + ",\n";
+    // Of templates that show one picture at a time, the texts say enough.
+    if (!placed && HasNames(options.templateName)) sources += arrangedCaptions;
     if (!pictures.empty())
         sources = placed ? PlacedSources(pictures, folder, options.store)
                          : arrangedSources + NamesInProject(pictures, folder).dump() + ",\n";

@@ -38,6 +38,7 @@ constexpr ProjectKey projectKeys[] = {
      "how many of them a page shows; the template's own number, or all where they have places, unless given"},
     {"isAdditionSourceImages", "[true or false, ...]: false for a video; follows from the file unless given"},
     {"additionSourceSizes", "[[width, height], ...] to fit into; the template's or the picture's own unless given"},
+    {"captions", "[text, ...]: their names, which the template shows on them, \"\" for none"},
     {"maskPaths", "[file, ...]: a picture that is white where the entry shows, \"\" for none"},
     {"startPositions", "[[x, y], ...] of the top-left corner; the template's own unless given"},
     {"endPositions", "[[x, y], ...]; the start unless given"},
@@ -121,6 +122,10 @@ std::vector<MenuSource> ReadSources(const ProjectItem& root, const std::string& 
         source.maskItem = item.Name();
         source.mask = ProjectPath(project, item.Text());
     });
+    each("captions", "a text or \"\"", [&](MenuSource& source, Item item) {
+        source.caption = item.Text();
+        RefuseSeparators(item, source.caption, ";\\");
+    });
     pair("additionSourceSizes", "[width, height]", &MenuSource::size, sides);
     pair("startPositions", "[x, y]", &MenuSource::start);
     pair("endPositions", "[x, y]", &MenuSource::end);
@@ -171,6 +176,21 @@ void TryFiles(MenuProject& project, const ProjectItem& root, AVBased::IAVManager
     }
 }
 
+// The captions of the sources, as texts.
+std::vector<MenuText> NamesOf(const MenuProject& project) {
+    std::vector<MenuText> names;
+    for (std::size_t i = 0; i < project.sources.size(); ++i) {
+        if (project.sources[i].caption.empty()) continue;
+        MenuText& name = names.emplace_back(project.names);
+        name.item = "captions[" + std::to_string(i) + "]";
+        name.styled.text = project.sources[i].caption;
+        name.box = {};
+        name.isAligned = false;
+        name.ofSource = int(i);
+    }
+    return names;
+}
+
 // Rendering reports which fonts and characters are missing.
 void TryTexts(const MenuProject& project, Faults& faults) {
     const auto render = [&](const std::string& item, StyledText text, int width) {
@@ -183,6 +203,7 @@ void TryTexts(const MenuProject& project, Faults& faults) {
     };
     for (const MenuText& text : project.texts)
         if (!text.styled.text.empty()) render(text.item, text.styled, text.box[2]);
+    for (const MenuText& name : NamesOf(project)) render(name.item, name.styled, 0);
     for (std::size_t i = 0; i < project.buttons.size(); ++i) {
         StyledText button = project.labels;
         button.text = project.buttons[i];
@@ -262,6 +283,9 @@ MenuProject ReadMenuProject(const Json& json, const std::string& path, const std
     const TemplateStyle& style = StyleOf(templateName);
     for (const ProjectItem& entry : root["textInfos"].Entries())
         project.texts.push_back(ReadMenuText(entry, StyledMenuText(style, project.film, project.texts.size())));
+    project.names = StyledMenuText(style.caption, project.film);
+    project.names.styleWords += " plate";
+    project.names.styled.style.plate = true;
     project.labels = LabelStyle(style, project.texts);
     project.sources = ReadSources(root, path);
     project.buttons = ReadButtons(root["buttons"]);
@@ -308,9 +332,11 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
     };
     if (!project.background.empty()) add("sourcePath", path(project.background, !project.backgroundMoves));
     if (!project.backgroundMask.empty()) add("backgroundMask", project.backgroundMask);
-    if (!project.texts.empty()) {
-        add("textNumber", std::to_string(project.texts.size()));
-        add("textInfos", Join(project.texts, '\\', [](const MenuText& text) { return TextInListOf(LaidOut(text)); }));
+    std::vector<MenuText> texts = project.texts;
+    for (MenuText& name : NamesOf(project)) texts.push_back(std::move(name));
+    if (!texts.empty()) {
+        add("textNumber", std::to_string(texts.size()));
+        add("textInfos", Join(texts, '\\', [](const MenuText& text) { return TextInListOf(LaidOut(text)); }));
     }
     const std::vector<MenuSource>& sources = project.sources;
     if (sources.empty()) return properties;

@@ -14,6 +14,7 @@ namespace Nifikral {
 /// One picture or video on a menu. Which parts a project leaves out, its list as a whole leaves out.
 struct MenuSource {
     std::string item, path, maskItem, mask;
+    std::string caption;  ///< its name, which the template shows with it; empty: none
     bool isImage = true;
     double begin = 0;  ///< the second at which a video starts
     std::vector<int> size, start = {0, 0}, end, formula = {0, 0};
@@ -29,7 +30,8 @@ struct MenuProject {
     std::vector<MenuSource> sources;
     std::vector<std::string> buttons;   ///< texts in a list that stands still
     std::vector<std::string> captions;  ///< of the pictures; none: no captions
-    /// How buttons and captions look.
+    MenuText names;                     ///< how the captions of sources look
+    /// How buttons, and captions that stand still over the menu, look.
     StyledText labels = {{}, {}, {.bold = true}, 0, 255, 255, 255};
     bool placesSources = false;  ///< else the template does
     int perPage = 0;             ///< pictures and videos; 0: all on one

@@ -16,12 +16,15 @@ constexpr const char* alignNames[] = {"left", "center", "right"};
 
 constexpr Limits frameNumbers{0, 1 << 30}, fontSizes{1, 4096};
 
-// The module's lists know no escapes.
+}  // namespace
+
 void RefuseSeparators(const ProjectItem& item, const std::string& text, const char* separators) {
     if (const std::size_t at = text.find_first_of(separators); at != std::string::npos)
         item.Fault("\"" + text + "\" holds '" + text[at] +
                    "', which the module's lists cannot carry; choose another name or text");
 }
+
+namespace {
 
 void SetColour(StyledText& text, std::uint32_t colour) {
     text.red = std::uint8_t(colour >> 16);
@@ -182,6 +185,7 @@ std::string TextInListOf(const MenuText& text) {
     std::vector<int> numbers = {styled.size, styled.red, styled.green, styled.blue};
     numbers.insert(numbers.end(), text.box.begin(), text.box.end());
     const std::string head = styled.text + ";" + styled.face + ";" + words + ";" + NumberList(numbers) + ";";
+    if (text.ofSource >= 0) return head + "picture;" + std::to_string(text.ofSource);
     if (text.moves)
         // The list's last item is counted and not read.
         return head + "true;" + NumberList({text.end[0], text.end[1], text.formula[0], text.formula[1], text.speed, 0});

@@ -22,6 +22,7 @@ struct MenuText {
     bool moves = false;
     std::vector<int> end = {0, 0}, formula = {0, 0};
     int speed = 0;
+    int ofSource = -1;                   ///< the source that it names, and is shown with; -1: none
     int firstFrame = 0, lastFrame = -1;  ///< between which it is shown, from 0; last -1: no limit
 };
 
@@ -41,6 +42,9 @@ MenuText LaidOut(const MenuText& text);
 
 /// The item of the module's list for a text that is laid out.
 std::string TextInListOf(const MenuText& text);
+
+/// Files a fault for a text with one of the characters that separate what the module's lists hold.
+void RefuseSeparators(const ProjectItem& item, const std::string& text, const char* separators);
 
 /// Numbers with ";" between them.
 std::string NumberList(const std::vector<int>& numbers);

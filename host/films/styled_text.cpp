@@ -30,7 +30,8 @@ TextStyle ParseStyle(std::string_view words) {
     TextStyle style;
     const std::pair<const char*, bool*> known[] = {{"bold", &style.bold},           {"italic", &style.italic},
                                                    {"underline", &style.underline}, {"outline", &style.outline},
-                                                   {"shadow", &style.shadow},       {"halo", &style.halo}};
+                                                   {"shadow", &style.shadow},       {"halo", &style.halo},
+                                                   {"plate", &style.plate}};
     constexpr std::string_view spacing = "spacing=";
     std::istringstream stream{std::string(words)};
     for (std::string word; stream >> word;) {
@@ -46,7 +47,7 @@ TextStyle ParseStyle(std::string_view words) {
         if (!found)
             PrintWarningOnce("fontstyle " + word, "the font style \"" + word +
                                                       "\" is not known and left out; there are bold, italic, "
-                                                      "underline, outline, shadow and halo");
+                                                      "underline, outline, shadow, halo and plate");
     }
     return style;
 }

@@ -12,6 +12,7 @@ enum class TextAlign { Left, Center, Right };
 struct TextStyle {
     bool bold = false, italic = false, underline = false, outline = false, shadow = false;
     bool halo = false;                  ///< a soft shade around the letters that keeps them readable over anything
+    bool plate = false;                 ///< a shade with round corners behind the text, that does the same
     TextAlign align = TextAlign::Left;  ///< of lines of different length
     int spacing = 0;                    ///< between letters, in thousandths of the size
 };

@@ -186,14 +186,15 @@ struct Decoration {
             haloBlur = std::max(1, text.size / 11);
             halo = 3.0 + blurPasses * haloBlur;
         }
+        if (text.style.plate) plate = std::max(2, text.size * 3 / 10);
     }
     int Before() const { return std::max(int(std::ceil(outline)) + std::max(0, blurPasses * blur - shift), OfHalo()); }
     int Behind() const { return std::max(int(std::ceil(outline)) + blurPasses * blur + shift, OfHalo()); }
-    int OfHalo() const { return int(std::ceil(halo)) + blurPasses * haloBlur; }
+    int OfHalo() const { return std::max(int(std::ceil(halo)) + blurPasses * haloBlur, plate); }
 
     static constexpr int blurPasses = 2;
     double outline = 0, halo = 0;
-    int shift = 0, blur = 0, haloBlur = 0;
+    int shift = 0, blur = 0, haloBlur = 0, plate = 0;
 };
 
 // Black around light text, white around dark.
@@ -216,6 +217,22 @@ void DrawGlyphs(cairo_t* context, PangoLayout* layout, const StyledText& text, d
     }
     SetColour(context, {text.red, text.green, text.blue});
     pango_cairo_show_layout(context, layout);
+}
+
+// Wider than the lines by `room`, and hardly higher.
+void DrawPlate(cairo_t* context, const PangoRectangle& lines, int room) {
+    constexpr double quarter = 1.5707963267948966, higher = 0.25;
+    const double left = lines.x - room, right = lines.x + lines.width + room;
+    const double top = lines.y - higher * room, bottom = lines.y + lines.height + higher * room;
+    const double radius = std::min<double>(room, (bottom - top) / 2);
+    cairo_new_sub_path(context);
+    cairo_arc(context, right - radius, top + radius, radius, -quarter, 0);
+    cairo_arc(context, right - radius, bottom - radius, radius, 0, quarter);
+    cairo_arc(context, left + radius, bottom - radius, radius, quarter, 2 * quarter);
+    cairo_arc(context, left + radius, top + radius, radius, 2 * quarter, 3 * quarter);
+    cairo_close_path(context);
+    cairo_fill(context);
+    cairo_move_to(context, 0, 0);
 }
 
 // The mean of 2 x radius + 1 neighbours; outside there is nothing.
@@ -392,6 +409,10 @@ FramePtr RenderText(const StyledText& text) {
     const std::uint32_t shade = ShadeFor(text.red, text.green, text.blue);
     const Colour haloColour{std::uint8_t(shade >> 16), std::uint8_t(shade >> 8), std::uint8_t(shade)};
     const CairoSurfacePtr picture = draw(CAIRO_FORMAT_ARGB32, [&](cairo_t* context) {
+        if (text.style.plate) {
+            SetColour(context, haloColour, (shade >> 24) / 255.0);
+            DrawPlate(context, bounds.logical, decoration.plate);
+        }
         if (text.style.halo) {
             const auto strokes = [&](cairo_t* mask) { StrokeGlyphs(mask, layout.get(), decoration.halo); };
             SetColour(context, haloColour, (shade >> 24) / 255.0);
@@ -404,10 +425,10 @@ FramePtr RenderText(const StyledText& text) {
         }
         glyphs(context);
     });
-    const Colour rim = text.style.halo      ? haloColour
-                       : text.style.shadow  ? black
-                       : text.style.outline ? OutlineColour(text)
-                                            : Colour{text.red, text.green, text.blue};
+    const Colour rim = text.style.halo || text.style.plate ? haloColour
+                       : text.style.shadow                 ? black
+                       : text.style.outline                ? OutlineColour(text)
+                                                           : Colour{text.red, text.green, text.blue};
     return ToPicture(picture.get(), rim);
 }
 

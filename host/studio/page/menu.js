@@ -10,7 +10,7 @@ import {Stage} from "./stage.js";
 import * as store from "./store.js";
 import {Timeline} from "./timeline.js";
 
-const STYLES = {name: "fontstyle", kind: "word", words: ["bold", "italic", "underline", "outline", "shadow", "halo"], separator: " ", meaning: "how the letters are drawn"};
+const STYLES = {name: "fontstyle", kind: "word", words: ["bold", "italic", "underline", "outline", "shadow", "halo", "plate"], separator: " ", meaning: "how the letters are drawn"};
 const FACES = ["Cabin", "Comfortaa", "Dancing Script", "EB Garamond", "Goudy Bookletter 1911", "League Spartan", "Quicksand", "Yanone Kaffeesatz", "DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono", "Sans", "Serif"];
 const number = (name, low, high, step, unit, meaning) => ({name, kind: "number", sensible: {minimum: low, maximum: high}, step, unit, meaning});
 const SIZE = number("size", 8, 200, 1, "px", "height of the letters"), SECONDS = number("duration", 1, 60, 0.5, "s", "length of the menu"),
@@ -127,6 +127,7 @@ export function menuJob(job, catalogue) {
     const setPictures = list => setProject(now => {
         const part = {additionSourcePaths: list};
         if (now.isAdditionSourceImages) part.isAdditionSourceImages = undefined;
+        if (now.captions) part.captions = list.map(path => now.captions[now.additionSourcePaths.indexOf(path)] ?? "");
         for (const key of PLACES) if (now[key]) part[key] = list.map((_, i) => now[key][Math.min(i, now[key].length - 1)]);
         return part;
     });

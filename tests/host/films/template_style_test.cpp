@@ -198,6 +198,48 @@ TEST_F(TemplateType, KeepsTitlesAndRestingPicturesApart) {
             }
 }
 
+// The smallest box with all pixels in which two frames differ.
+FilmBox Difference(const AVFrame& one, const AVFrame& other) {
+    FilmBox box{one.width, one.height, 0, 0};
+    int right = 0, bottom = 0;
+    for (int y = 0; y < one.height; ++y)
+        for (int x = 0; x < one.width; ++x) {
+            const int at = y * one.linesize[0] + x * 4;
+            if (std::equal(one.data[0] + at, one.data[0] + at + 3, other.data[0] + at)) continue;
+            box.left = std::min(box.left, x);
+            box.top = std::min(box.top, y);
+            right = std::max(right, x + 1);
+            bottom = std::max(bottom, y + 1);
+        }
+    box.width = right - box.left;
+    box.height = bottom - box.top;
+    return box;
+}
+
+TEST_F(TemplateType, ShowsTheNamesOfPicturesOnThem) {
+    for (const std::string& name : Templates()) {
+        SCOPED_TRACE(name);
+        MenuProject page = Page(name, 640, 360, 3);
+        page.names = StyledMenuText(StyleOf(name).caption, page.film);
+        const std::vector<RestingPlace> places = MenuWatch(page, name, m_module).Places();
+        const PreparedFilm plain = PrepareMenuPage(page, name, m_module, name);
+        page.sources[1].caption = "The lake";
+        const PreparedFilm named = PrepareMenuPage(page, name, m_module, name);
+        FilmPictures without(*plain.generator, plain.film, AVBased::formatRgba32);
+        FilmPictures with(*named.generator, named.film, AVBased::formatRgba32);
+        bool isSeen = false;
+        for (const int frame : {10, 30, 50, 70, 90, 110}) {
+            ASSERT_TRUE(without.GoTo(frame) && with.GoTo(frame));
+            const FilmBox box = Difference(*without.Make(), *with.Make());
+            if (box.IsEmpty()) continue;
+            isSeen = true;
+            // On the picture, or close below it.
+            EXPECT_TRUE(!places[1].Rests() || box.IsWithin(places[1].Reach(page.film).Grown(24)));
+        }
+        EXPECT_TRUE(isSeen);
+    }
+}
+
 TEST_F(TemplateType, IsUsedForTextsThatGiveNoneAndNamesThePackageOfAMissingTypeface) {
     const auto write = [&](const char* file, const std::string& text) {
         std::ofstream(folder / file) << R"({"width": 320, "height": 180, "duration": 1,
