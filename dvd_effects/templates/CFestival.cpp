@@ -282,7 +282,8 @@ void CFestivalInstruction::MakeScenery() {
 void CFestivalInstruction::DrawPictures(Canvas& canvas) {
     const double left = 0.4 * Width(), top = 0.17 * Height();
     canvas.Lay(m_panel, std::int32_t(left), std::int32_t(top));
-    const Region panel = Region{left, top, 0.55 * Width(), Height() * 2 / 3}.Shrunk(0.5 * Unit(), 0.4 * Unit());
+    // Buttons have room at the panel's end.
+    const Region panel = Region{left, top, 0.55 * Width(), 0.715 * Height() - top}.Shrunk(0.5 * Unit(), 0);
     m_keys.Draw(canvas, BelowTexts(Texts(), panel), Phase());
     bool isHung = false;
     ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {

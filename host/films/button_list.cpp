@@ -127,7 +127,9 @@ PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, co
                      const MenuWatch& watch, const std::vector<FilmBox>& kept) {
     constexpr int steps = 16;
     constexpr double smallFontWeight = 0.2, farWeight = 0.0002;
-    // Pages of text alone have theirs, of which the text fills the upper part.
+    // Pages of text alone have theirs: the text in its upper part, the keys of a remote control, and buttons at its
+    // end.
+    constexpr int panelEnd = 26;
     const bool onPanel = page.sources.empty();
     PlacedGrid best;
     double least = 0;
@@ -141,7 +143,7 @@ PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, co
                 const FilmBox box{left, safe.top + (safe.height - grid.Height()) * down / steps, grid.Width(),
                                   grid.Height()};
                 const int aside = across + 1 + (onPanel && across >= 0 ? 3 * steps : 0);
-                const int low = std::abs(2 * down - steps) + (onPanel && 2 * down < steps ? steps : 0);
+                const int low = std::abs(2 * down - (onPanel ? panelEnd : steps));
                 const int far = page.captions.empty()
                                     ? aside + low
                                     : steps * (grid.rows - 1) + steps - down + std::abs(2 * across - steps);
