@@ -1,7 +1,6 @@
 #include "fuzz/json_mutator.h"
 
 #include <algorithm>
-#include <cstring>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <random>
@@ -31,7 +30,7 @@ std::optional<Input> Parse(const std::uint8_t* data, std::size_t size) {
 std::size_t Store(const Input& input, std::uint8_t* data, std::size_t largest) {
     const std::string text = input.head + input.json.dump(-1, ' ', false, Json::error_handler_t::replace);
     if (text.size() > largest) return 0;
-    std::memcpy(data, text.data(), text.size());
+    std::copy(text.begin(), text.end(), data);
     return text.size();
 }
 

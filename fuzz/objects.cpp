@@ -116,7 +116,7 @@ void Live(FuzzedDataProvider& data, HostileHost& host) {
     if (!object) return;
     const std::unique_ptr<TarvoBased::IStrings, FreeObject> list(object->GetPropertyNames());
     std::vector<std::string> names = {""};
-    for (int i = 0; list && i < list->GetCount(); ++i) names.push_back(list->GetString(i)->GetStr());
+    for (int i = 0; list && i < list->GetCount(); ++i) names.emplace_back(list->GetString(i)->GetStr());
     if (data.ConsumeBool()) Furnish(data, *object);
     ImagePostion record;
     FrameOwner frame(new HostileFrame(data));

@@ -16,9 +16,14 @@ for target; do
     corpus=$build/fuzz/corpus/$target found=$build/fuzz/found/$target log=$build/fuzz/$target.log
     mkdir -p "$corpus" "$found"
     inputs=("$corpus")
-    [[ ! -d $fuzz/seeds/$target ]] || inputs+=("$fuzz/seeds/$target")
+    if [[ -d $fuzz/seeds/$target ]]; then
+        inputs+=("$fuzz/seeds/$target")
+    else
+        # Where any bytes mean something, long ones reach more.
+        for i in {1..32}; do head -c 600 /dev/urandom >"$corpus/any$i"; done
+    fi
     # What the target itself prints is dropped.
-    options=(-close_fd_mask=3 -timeout=20 -rss_limit_mb=3000 -max_len=4096)
+    options=(-close_fd_mask=3 -timeout=20 -rss_limit_mb=3000 -max_len=2048)
     if "$build/bin/fuzz_$target" "${options[@]}" -max_total_time="$seconds" -print_final_stats=1 \
         -artifact_prefix="$found/" "${inputs[@]}" >"$log" 2>&1; then
         echo "$target: $(sed -n 's/^stat::number_of_executed_units: *//p' "$log") executions, $(sed -n 's/.*\(cov: [0-9]*\).*/\1/p' "$log" | tail -n1), no finding"
