@@ -114,7 +114,7 @@ bool MediaSource::Seek(std::int64_t time) {
 FramePtr MediaSource::DecodeFrom(double seconds) {
     const std::int64_t time = TimeAt(seconds);
     // One that was just opened is at its begin, which a container without an index would miss.
-    const bool atBegin = seconds <= 0 && m_packets == 0 && !HoldsPictureFiles(*m_input);
+    const bool atBegin = seconds <= 0 && m_packets == 0;
     if (!atBegin && !Seek(time)) return DecodeNext();
     if (m_options.keyFrame && HoldsWholePictures()) {
         if (FramePtr frame = DecodeKeyFrame()) return frame;

@@ -47,6 +47,10 @@ class StudioTest(unittest.TestCase):
         self.assertEqual(entries["film.mp4"], "film")
         facts = self.studio.get("api/facts?path=film.mp4")
         self.assertEqual((facts["width"], facts["height"], facts["frames"], facts["rate"]), (320, 180, 100, [25, 1]))
+        # A picture that its reader does not find again once it went back to the begin.
+        self.command("apply", "a.png", "gray", "-o", "a.tga")
+        self.assertEqual(self.studio.get("api/facts?path=a.tga")["kind"], "picture")
+        (self.studio.folder / "a.tga").unlink()
         status, picture, headers = self.studio.ask("GET", "api/thumb?path=b%202.png&size=64")
         self.assertEqual((status, headers["Content-Type"], len(pixels(picture))), (200, "image/jpeg", 64 * 48 * 3))
         again = self.studio.ask("GET", "api/thumb?path=b%202.png&size=64", If_None_Match=headers["ETag"])
