@@ -102,7 +102,7 @@ void CCommomInstrction::DrawScene(Canvas& canvas) {
     const double left = 0.0667 * Width(), top = 0.125 * Height(), border = Units(0.2) + Units(0.06);
     canvas.Lay(m_panel, std::int32_t(left - border), std::int32_t(top - border));
     // Buttons have room at the panel's end.
-    const Region panel = Region{left, top, 0.525 * Width(), 0.715 * Height() - top}.Shrunk(0.4 * Unit(), 0);
+    const Region panel = Region{left, top, 0.525 * Width(), 0.765 * Height() - top}.Shrunk(0.4 * Unit(), 0);
     m_keys.Draw(canvas, BelowTexts(Texts(), panel), Phase());
     ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {
         const double size = 0.985 + 0.025 * Wave(Turns(300) + 0.25), width = size * picture.layer.Width();

@@ -263,7 +263,7 @@ FrameSize CFestivalInstruction::UsualBox() const {
 void CFestivalInstruction::MakeScenery() {
     CFestivalNight::MakeScenery();
     const FrameSize menu = MenuSize();
-    const FrameSize size{std::max(1u, menu.width * 11 / 20), std::max(1u, menu.height * 2 / 3)};
+    const FrameSize size{std::max(1u, menu.width * 11 / 20), std::max(1u, menu.height * 7 / 10)};
     m_panel = PlainLayer(Kind(), size, {night.red, night.green, night.blue, 205});
     const unsigned inset = Units(0.16), thin = Units(0.02);
     if (std::min(size.width, size.height) > 4 * inset) {
@@ -283,7 +283,7 @@ void CFestivalInstruction::DrawPictures(Canvas& canvas) {
     const double left = 0.4 * Width(), top = 0.17 * Height();
     canvas.Lay(m_panel, std::int32_t(left), std::int32_t(top));
     // Buttons have room at the panel's end.
-    const Region panel = Region{left, top, 0.55 * Width(), 0.715 * Height() - top}.Shrunk(0.5 * Unit(), 0);
+    const Region panel = Region{left, top, 0.55 * Width(), 0.765 * Height() - top}.Shrunk(0.5 * Unit(), 0);
     m_keys.Draw(canvas, BelowTexts(Texts(), panel), Phase());
     bool isHung = false;
     ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {

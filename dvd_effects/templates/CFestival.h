@@ -86,7 +86,7 @@ class CFestivalSub : public CFestivalNight {
 };
 
 /// The instruction menu: a dark panel with a golden line leaves room for texts from two fifths of the width and a sixth
-/// of the height on, down to five sixths, and shows the keys of a remote control below them; on its left swings one
+/// of the height on, down to seven eighths, and shows the keys of a remote control below them; on its left swings one
 /// picture, and where there are several, each has its turn there. "startPositions" places them elsewhere.
 class CFestivalInstruction : public CFestivalNight {
  public:

@@ -50,8 +50,8 @@ void RemoteKeys::Make(LayerKind kind, unsigned size, const Style& style) {
 }
 
 void RemoteKeys::Draw(Canvas& canvas, const Region& room, double part) const {
-    constexpr double least = 1.0 / 3, step = 1.12;
-    const double size = std::min({m_size, room.height, room.width / (1 + step * (groups - 1))});
+    constexpr double least = 1.0 / 3, step = 1.12, airy = 0.8;
+    const double size = std::min({m_size, airy * room.height, room.width / (1 + step * (groups - 1))});
     if (size < least * m_size) return;
     const Spot middle = room.Middle();
     for (unsigned group = 0; group < groups; ++group) {

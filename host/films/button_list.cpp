@@ -129,7 +129,7 @@ PlacedGrid BestPlace(const std::vector<Grid>& grids, const MenuProject& page, co
     constexpr double smallFontWeight = 0.2, farWeight = 0.0002;
     // Pages of text alone have theirs: the text in its upper part, the keys of a remote control, and buttons at its
     // end.
-    constexpr int panelEnd = 26;
+    constexpr int panelEnd = 28;
     const bool onPanel = page.sources.empty();
     PlacedGrid best;
     double least = 0;

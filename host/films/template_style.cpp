@@ -129,7 +129,7 @@ constexpr TemplateStyle styles[] = {
      Caption(humanist, "bold", 0xFFFFFF)},
     {"instructionmenu_common",
      {humanist, "bold", 78, 0x1B3048, 0, left, {100, 170, 455, 98}},
-     {humanist, "", 46, 0x27405C, 0, left, {100, 280, 455, 68}},
+     {humanist, "", 50, 0x27405C, 0, left, {100, 288, 455, 76}},
      Caption(humanist, "bold", 0x1B3048)},
     {"menu_common",
      {humanist, "bold halo", 108, 0xFFF6E4, 0, left, above},
