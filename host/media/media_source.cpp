@@ -45,10 +45,12 @@ MediaSource::MediaSource(const std::string& path, const Options& options)
         Refuse((m_files.empty() ? m_name : file) + " is damaged or cut short (" + fault.what() +
                "); repair it or save it anew");
     }
-    if (m_reader)
+    if (m_reader) {
         OpenReader();
-    else
+    } else {
         OpenDecoder(file);
+        m_pending = options.begin > 0 || options.keyFrame ? DecodeFrom(options.begin) : DecodeNext();
+    }
     if (!m_pending) Refuse(m_name + " holds no picture that can be decoded; it is damaged or cut short");
     m_orientation.Prepare(*m_pending, *m_video);
     m_orientation.Apply(m_pending);
@@ -98,32 +100,95 @@ void MediaSource::OpenDecoder(const std::string& file) {
     if (error < 0) Refuse(m_name + ": its decoder does not start (" + ErrorText(error) + "); convert it first");
     if (m_input->start_time != AV_NOPTS_VALUE)
         m_origin = av_rescale_q(m_input->start_time, containerTimes, m_video->time_base);
-    m_pending = m_options.begin > 0 || m_options.keyFrame ? DecodeFrom(m_options.begin) : DecodeNext();
+    m_packets = 0;
+    ForgetPlace();
+}
+
+void MediaSource::ForgetPlace() {
+    m_inputEnded = m_finished = false;
+    m_lastTime = m_readTime = m_passedTime = AV_NOPTS_VALUE;
+    m_audio.clear();
 }
 
 bool MediaSource::Seek(std::int64_t time) {
     if (avformat_seek_file(m_input.get(), m_video->index, INT64_MIN, time, time, 0) < 0) return false;
     avcodec_flush_buffers(m_decoder.get());
-    m_inputEnded = m_finished = false;
-    m_lastTime = m_readTime = m_passedTime = AV_NOPTS_VALUE;
-    m_audio.clear();
+    ForgetPlace();
     return true;
 }
 
-// The first picture at a time or behind it; the film's first one where there is none, or no way to go there.
-FramePtr MediaSource::DecodeFrom(double seconds) {
-    const std::int64_t time = TimeAt(seconds);
-    // One that was just opened is at its begin, which a container without an index would miss.
-    const bool atBegin = seconds <= 0 && m_packets == 0;
-    if (!atBegin && !Seek(time)) return DecodeNext();
-    if (m_options.keyFrame && HoldsWholePictures()) {
-        if (FramePtr frame = DecodeKeyFrame()) return frame;
-        Seek(time);
+// Goes to a key frame from which on the picture at a time and all behind it come as they do when the film is read
+// through: what is shown before a key frame but stored behind it would be made from pictures that are not there.
+bool MediaSource::SeekKeyFrame(std::int64_t time) {
+    const double tick = av_q2d(m_video->time_base);
+    constexpr double firstStep = 0.5;
+    for (double back = 0; !m_lacksTimes; back = back * 2 + firstStep) {
+        const std::int64_t from = time - std::int64_t(back / tick);
+        if (!Seek(from)) return false;
+        const PacketPtr packet = ReadKeyPacket(time);
+        if (packet && !m_lacksTimes && packet->pts <= time) {
+            SendPacket(*packet);
+            return true;
+        }
+        if (from < m_origin) return false;
     }
+    return false;
+}
+
+// The next key frame's packet; none where that is decoded behind a time.
+PacketPtr MediaSource::ReadKeyPacket(std::int64_t time) {
+    PacketPtr packet = NewPacket();
+    for (; av_read_frame(m_input.get(), packet.get()) >= 0; av_packet_unref(packet.get())) {
+        ThrowIfInterrupted();
+        if (packet->stream_index != m_video->index) continue;
+        NoteTimes(*packet);
+        if (packet->dts != AV_NOPTS_VALUE && packet->dts > time) return nullptr;
+        if (packet->flags & AV_PKT_FLAG_KEY) return packet;
+    }
+    return nullptr;
+}
+
+void MediaSource::NoteTimes(const AVPacket& packet) { m_lacksTimes = m_lacksTimes || packet.pts == AV_NOPTS_VALUE; }
+
+void MediaSource::Rewind() {
+    if (!m_standardInput) OpenDecoder(m_path);
+}
+
+// The next picture at a time or behind it.
+FramePtr MediaSource::DecodeUpTo(std::int64_t time) {
     PassTo(time);
     for (FramePtr frame = DecodeNext(); frame; frame = DecodeNext())
         if (frame->pts == AV_NOPTS_VALUE || frame->pts >= time) return frame;
-    Seek(m_origin);
+    return nullptr;
+}
+
+// The first picture at a time or behind it; the film's first one where there is none.
+FramePtr MediaSource::DecodeFrom(double seconds) {
+    if (HoldsPictureFiles(*m_input)) return DecodeNext();
+    const std::int64_t time = TimeAt(seconds);
+    // One that was just opened is at its begin, which a container without an index would miss.
+    const auto isThere = [&] { return seconds <= 0 && m_packets == 0; };
+    FramePtr frame;
+    if (m_options.keyFrame && (isThere() || Seek(time))) {
+        const bool whole = HoldsWholePictures();
+        if (whole) frame = DecodeKeyFrame();
+        if (!frame && (!whole || Seek(time))) frame = DecodeUpTo(time);
+        if (frame) return frame;
+    }
+    // A key frame that is the picture itself may lie half a frame behind the time.
+    const auto half = std::int64_t(0.5 / av_q2d(FrameRate()) / av_q2d(m_video->time_base));
+    const bool atBegin = isThere();
+    const bool sought = !atBegin && m_origin != AV_NOPTS_VALUE && SeekKeyFrame(time + half);
+    if (sought) frame = DecodeUpTo(time);
+    if (!sought || m_lacksTimes) {
+        if (!atBegin) Rewind();
+        frame = DecodeNext();
+        // Times that follow from the order of decoding alone are late by what the decoder holds back.
+        if (frame && m_lacksTimes) m_origin = frame->pts;
+        if (frame && frame->pts < TimeAt(seconds)) frame = DecodeUpTo(TimeAt(seconds));
+    }
+    if (frame) return frame;
+    Rewind();
     return DecodeNext();
 }
 
@@ -138,7 +203,7 @@ FramePtr MediaSource::DecodeKeyFrame() {
 }
 
 bool MediaSource::GoTo(double seconds, bool keyFrame) {
-    if (!m_decoder || !m_files.empty() || m_origin == AV_NOPTS_VALUE || !Seek(m_origin)) return false;
+    if (!m_decoder || !m_files.empty() || m_origin == AV_NOPTS_VALUE || HoldsPictureFiles(*m_input)) return false;
     m_options.begin = seconds;
     m_options.keyFrame = keyFrame;
     m_pending = DecodeFrom(seconds);
@@ -375,6 +440,7 @@ bool MediaSource::ReadPacket() {
         KeepAudio(std::move(packet));
         return true;
     }
+    NoteTimes(*packet);
     SendPacket(*packet);
     return true;
 }

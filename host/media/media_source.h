@@ -63,6 +63,8 @@ class MediaSource {
     /// Before Next is called for the picture at a later time alone, of such a one: those before it may be missing then.
     /// False where a key frame lies between, so that GoTo is the shorter way.
     bool ReadsOnTo(double seconds);
+    /// Whether the container has no times for some pictures, as far as read: then GoTo reads from its beginning.
+    bool LacksTimes() const { return m_lacksTimes; }
 
     /// For one who has the pictures already, instead of Next: more audio of the range, up to a time or further; nothing
     /// behind its end.
@@ -98,6 +100,12 @@ class MediaSource {
     bool HoldsWholePictures() const { return m_video->codecpar->field_order <= AV_FIELD_PROGRESSIVE; }
     void PassTo(std::int64_t time);
     bool Seek(std::int64_t time);
+    bool SeekKeyFrame(std::int64_t time);
+    PacketPtr ReadKeyPacket(std::int64_t time);
+    void NoteTimes(const AVPacket& packet);
+    void ForgetPlace();
+    void Rewind();
+    FramePtr DecodeUpTo(std::int64_t time);
     FramePtr DecodeFrom(double seconds);
     FramePtr DecodeKeyFrame();
     void RefuseHugePictures() const;
@@ -134,7 +142,8 @@ class MediaSource {
     std::int64_t m_readTime = AV_NOPTS_VALUE;    // at which the last packet is decoded
     std::int64_t m_passedTime = AV_NOPTS_VALUE;  // pictures before it are not wanted
     double m_endTime = 0;
-    bool m_endsEarly = false;  // as its container says
+    bool m_endsEarly = false;   // as its container says
+    bool m_lacksTimes = false;  // as a packet showed
     bool m_inputEnded = false, m_finished = false, m_damageReported = false;
 };
 

@@ -82,12 +82,12 @@ void FilmReader::TakeKeyFrame() {
 FramePtr FilmReader::At(long long number) {
     if (m_isAtKeyFrame && number == 0 && !m_last) TakeKeyFrame();
     if (m_last && m_lastNumber == number) return Referenced(*m_last);
-    if (m_isAtKeyFrame) Open(number);
     constexpr double stepSeconds = 2;
     const auto ahead = (long long)(stepSeconds * av_q2d(m_facts.rate));
-    const bool far = m_lastNumber < 0 ? number > ahead : number > m_lastNumber + ahead;
-    const bool skips = m_last && number > m_lastNumber + 1;
-    if (!m_source || number < m_lastNumber || far || (skips && !m_source->ReadsOnTo(BeginOf(number)))) Open(number);
+    const auto isFar = [&] { return m_lastNumber < 0 ? number > ahead : number > m_lastNumber + ahead; };
+    const auto skips = [&] { return m_last && number > m_lastNumber + 1 && !m_source->ReadsOnTo(BeginOf(number)); };
+    if (m_isAtKeyFrame || !m_source || number < m_lastNumber || (!m_source->LacksTimes() && (isFar() || skips())))
+        Open(number);
     while (!m_ended && (!m_last || m_lastNumber < number)) {
         std::optional<SourceStep> step = m_source->Next();
         if (!step || !step->frame) {
