@@ -11,6 +11,20 @@ target_compile_options(
               # No contraction: the order and rounding of every floating-point step belongs to the result.
               -ffp-contract=off
               $<$<BOOL:${NIFIKRAL_WARNINGS_AS_ERRORS}>:-Werror>)
+if(NIFIKRAL_HARDENING AND NOT NIFIKRAL_SANITIZE)
+    # What is cheap and ends a program at a fault instead of letting it go on. The libraries are position-independent
+    # as they are; programs become so by these.
+    include(CheckPIESupported)
+    check_pie_supported(LANGUAGES CXX)
+    target_compile_options(
+        nifikral_options
+        INTERFACE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+                  $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>
+                  -fstack-protector-strong
+                  -fstack-clash-protection
+                  $<IF:$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>,-mbranch-protection=standard,-fcf-protection=full>)
+    target_link_options(nifikral_options INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+endif()
 # How the build runs a program that it has built.
 set(NIFIKRAL_RUN ${CMAKE_COMMAND} -E env ASAN_OPTIONS=detect_leaks=0 ${CMAKE_CROSSCOMPILING_EMULATOR})
 if(NIFIKRAL_SANITIZE)
