@@ -81,9 +81,10 @@ class Picture {
         : m_shape(shape),
           m_topDown(frame.IsTopDown()),
           m_packed411(Nifikral::FfmpegFormat(frame.GetPixelFormat()) == AV_PIX_FMT_UYYVYY411) {
-        const unsigned count = std::min(unsigned(av_pix_fmt_count_planes(shape.format)), frame.GetBufferCount());
+        m_count = m_packed411 ? 1 : unsigned(av_pix_fmt_count_planes(shape.format));
+        if (frame.GetBufferCount() < m_count) RaiseBadFormat(lineFrame);
         bool direct = !m_packed411;
-        for (unsigned p = 0; p < count; ++p) {
+        for (unsigned p = 0; p < m_count; ++p) {
             Plane& plane = m_planes[p];
             plane.data = frame.GetBuffer(p, &plane.rowBytes, &plane.pitch, &plane.rows);
             if (!plane.data) throw CBaseException(errorBadPointer, textBadPointer, lineFrame, sourceName);
@@ -91,7 +92,6 @@ class Picture {
             direct = direct && plane.rowBytes >= FullRowBytes(p) && plane.rows >= FullRows(p) &&
                      plane.pitch % 64 == 0 && reinterpret_cast<std::uintptr_t>(plane.data) % 64 == 0;
         }
-        m_count = count;
         if (direct) return;
         m_scratch = Nifikral::NewAvPicture(shape, lineMemory);
     }

@@ -162,6 +162,28 @@ TEST(ImageConverter, FilesWhatItRefuses) {
     error.Clear();
 }
 
+// Rows of 64 samples are passed on as they are, others through a copy.
+TEST(ImageConverter, RefusesFramesThatLackAPlane) {
+    struct LacksItsLastPlane final : CRawVideoFrame {
+        using CRawVideoFrame::CRawVideoFrame;
+        unsigned GetBufferCount() override { return CRawVideoFrame::GetBufferCount() - 1; }
+    };
+    TarvoBased::ITarvoException& error = *TarvoBased::GetTarvoException();
+    for (const AVBased::FormatInfo& info : AVBased::formats)
+        for (const unsigned width : {64U, 66U}) {
+            SCOPED_TRACE(std::to_string(info.code) + " " + std::to_string(width));
+            const ConverterPtr from(AVBased::CreateImageConverter(info.code, width, 16, 30, 32, 32));
+            const ConverterPtr to(AVBased::CreateImageConverter(30, 32, 32, info.code, width, 16));
+            LacksItsLastPlane lacking(false, info.code, width, 16, true);
+            CRawVideoFrame whole(false, 30, 32, 32, true);
+            for (const bool converted : {from->Convert(&lacking, &whole), to->Convert(&whole, &lacking)}) {
+                EXPECT_FALSE(converted);
+                EXPECT_EQ(error.GetExceptionCode(), TarvoBased::errorBadFormat);
+            }
+            error.Clear();
+        }
+}
+
 FramePtr Counted(AVPixelFormat format, int width, int height) {
     FramePtr frame = NewPicture(format, width, height);
     for (int p = 0; p < 4 && frame->data[p]; ++p)
