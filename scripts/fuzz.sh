@@ -1,6 +1,7 @@
 #!/bin/bash
 # Lets each fuzzer of a build look for inputs that break the code, from its seeds and from what it has found before.
-# usage: scripts/fuzz.sh BUILD SECONDS [TARGET]...
+# SEED=1 tries the same inputs each time, as far as the seconds reach; without it each run tries others.
+# usage: [SEED=N] scripts/fuzz.sh BUILD SECONDS [TARGET]...
 set -euo pipefail
 build=$(realpath "$1") seconds=$2
 shift 2
@@ -20,10 +21,13 @@ for target; do
         inputs+=("$fuzz/seeds/$target")
     else
         # Where any bytes mean something, long ones reach more.
-        for i in {1..32}; do head -c 600 /dev/urandom >"$corpus/any$i"; done
+        for i in {1..32}; do
+            LC_ALL=C awk -v seed="$((${SEED:-RANDOM} * 32 + i))" \
+                'BEGIN { srand(seed); while (n++ < 600) printf "%c", int(rand() * 256) }' >"$corpus/any$i"
+        done
     fi
     # What the target itself prints is dropped.
-    options=(-close_fd_mask=3 -timeout=120 -rss_limit_mb=3000 -max_len=2048)
+    options=(-close_fd_mask=3 -seed="${SEED:-0}" -timeout=120 -rss_limit_mb=3000 -max_len=2048)
     # What a library for fonts keeps looks like a leak of every text, until the end.
     [[ $target == objects || $target == plans ]] || options+=(-detect_leaks=0)
     if "$build/bin/fuzz_$target" "${options[@]}" -max_total_time="$seconds" -print_final_stats=1 \
