@@ -50,32 +50,32 @@ constexpr Job jobs[] = {
     {"simple_gauss_blur", "blur_count=1", 1.7, 1.6},
     {"simple_laplacian_sharpen", "sharpen_count=1", 2.0, 2.2},
     {"emboss", "emboss_level=3", 1.1, 1.15},
-    {"relief", "relief_angle=40", 2.5, 2.8},
+    {"relief", "relief_angle=40", 2.5, 2.6},
     {"erode", "", 1.2, 1.3},
     {"dilate", "", 1.2, 1.3},
     {"mosaic", "mosaic_x2=1920 mosaic_y2=1080 mosaic_step=3", 1.0, 1.1},
     {"oilpainting", "oilpainting_brushsize=3 oilpainting_coarseness=50", 28, 64},
-    {"edgelight", "edgelight_level=3", 2.5, 2.7},
-    {"rotate", wholeFrameRotate, 2.3, 3.0},
-    {"spherize", wholeFrameSpherize, 2.3, 3.0},
-    {"mirrorinvert", "mirrorinvert_amount=100", 3.6, 4.5},
-    {"tilereflect", "tilereflect_angle=30 tilereflect_size=30 tilereflect_curvature=30", 3.6, 4.5},
+    {"edgelight", "edgelight_level=3", 2.5, 2.5},
+    {"rotate", wholeFrameRotate, 3.0, 3.6},
+    {"spherize", wholeFrameSpherize, 3.0, 3.6},
+    {"mirrorinvert", "mirrorinvert_amount=100", 3.6, 5.0},
+    {"tilereflect", "tilereflect_angle=30 tilereflect_size=30 tilereflect_curvature=30", 5.0, 7.0},
     {"magnifier", "magnifier_r=400 magnifier_x=960 magnifier_y=540 magnifier_scale=2.5", 0.8, 1.6},
-    {"tensile", tensileBothWays, 2.0, 2.5},
+    {"tensile", tensileBothWays, 1.2, 2.5},
     {"mirage", "mirage_width=10 mirage_alpha=10", 1.3, 2.5},
     {"radiate", "radiate_x=960 radiate_y=540 radiate_level=300", 6, 16},
-    {"spotlight", "spotlight_r=540 spotlight_x=960 spotlight_y=540", 1.2, 1.6},
+    {"spotlight", "spotlight_r=540 spotlight_x=960 spotlight_y=540", 1.2, 1.15},
     {"reverse mirror", "mirror=1", 1.0, 1.05},
     {"reverse vertical", "vertical=1", 0.9, 1.05},
-    {"addnoise", "", 4.0, 4.5},
-    {"addnoise colour", "addnoise_color=1", 6.0, 9.0},
+    {"addnoise", "", 1.2, 1.2},
+    {"addnoise colour", "addnoise_color=1", 1.6, 2.4},
     {"atomize", "", 10, 24},
     {"portrait", "", 26, 70},
     {"2D_3D_TransForm", "", 9, 40},
     {"2D_3D_TransForm side", "2D_3D_TransForm_output=1", 9, 30},
     {"2D_3D_TransForm top", "2D_3D_TransForm_output=2", 11, 35},
     {"stroke", "", 5.5, 9.0},
-    {"EffectNameRotate90X", "", 6.5, 6.5},
+    {"EffectNameRotate90X", "", 2.3, 6.5},
     {"EffectNameRotate90X half", "EffectNameRotate90X_turns=2", 1.0, 1.05},
     {"videowall", "videowall_horiTiles=3 videowall_verTiles=3", 1.2, 1.3},
 };
@@ -85,7 +85,7 @@ std::shared_ptr<AVBased::IVideoProc> MakeEffect(const Job& job, InstructionSet s
     const std::string row = job.row;
     AVBased::IVideoProc* const made = AVBased::CreateEffect(nullptr, row.substr(0, row.find(' ')).c_str());
     if (!made) return nullptr;
-    const std::shared_ptr<AVBased::IVideoProc> effect(made, [](AVBased::IVideoProc* e) { e->Free(); });
+    std::shared_ptr<AVBased::IVideoProc> effect(made, [](AVBased::IVideoProc* e) { e->Free(); });
     const std::string settings = job.settings;
     for (std::size_t begin = 0; begin < settings.size();) {
         const std::size_t end = std::min(settings.find(' ', begin), settings.size());

@@ -1,8 +1,10 @@
 #include "effects/colour/AddNoiseEffect.h"
 
-#include "effects/base/fixed_point.h"
-#include "effects/base/place_hash.h"
+#include <algorithm>
+
+#include "effects/base/instruction_sets.h"
 #include "effects/base/shared_samples.h"
+#include "effects/colour/grain_rows_avx2.h"
 
 namespace AVBased {
 namespace {
@@ -15,50 +17,15 @@ constexpr Property<AddNoiseSettings> addNoiseProperties[] = {
 
 constexpr int packedUnit = 28, lumaUnit = 24, colouredLumaUnit = 16, chromaUnits[] = {16, 11, 8, 6, 4};
 
-// -510 to 510, the middle values most often.
-std::int16_t Grain(std::uint32_t hash) {
-    const std::uint32_t pairs = (hash & 0xFF00FF) + (hash >> 8 & 0xFF00FF);
-    return std::int16_t(std::uint16_t(pairs + (pairs >> 16)) - 510);
-}
-
-// In steps of 16 bits, which are as long as the hashes' are. Film is grainiest between black and white.
-std::uint8_t Grained(std::uint8_t sample, std::uint8_t tone, std::uint32_t hash, std::uint16_t gain) {
-    const auto weight = std::uint16_t(128 + (std::uint16_t(tone * (255 - tone)) >> 7));
-    const auto slope = std::int16_t(std::uint32_t(std::uint16_t(weight << 8)) * gain >> 16);
-    const auto grain = std::int16_t(8 * Grain(hash));
-    const auto change = std::int16_t(((grain * slope >> 14) + 1) >> 1);
-    return std::uint8_t(std::clamp<std::int16_t>(std::int16_t(sample + change), 0, 255));
-}
-
-void GrainPixels(Rgba32* row, unsigned width, RowHash hash, std::uint16_t gain) {
-    for (unsigned x = 0; x < width; ++x) {
-        const std::uint32_t p = LoadWord(row + x);
-        const std::uint32_t random = hash(x);
-        const auto grained = [=](std::uint32_t colour) {
-            return Grained(std::uint8_t(colour), std::uint8_t(colour), random, gain);
-        };
-        StoreWord(row + x, WithAlphaOf(p, grained(Blue(p)), grained(Green(p)), grained(Red(p))));
-    }
-}
-
-void GrainColours(Rgba32* row, unsigned width, RowHash blue, RowHash green, RowHash red, std::uint16_t gain) {
-    for (unsigned x = 0; x < width; ++x) {
-        const std::uint32_t p = LoadWord(row + x);
-        const auto grained = [=](std::uint32_t colour, RowHash hash) {
-            return Grained(std::uint8_t(colour), std::uint8_t(colour), hash(x), gain);
-        };
-        StoreWord(row + x, WithAlphaOf(p, grained(Blue(p), blue), grained(Green(p), green), grained(Red(p), red)));
-    }
-}
-
-void GrainLuma(std::uint8_t* row, unsigned width, RowHash hash, std::uint16_t gain) {
-    for (unsigned x = 0; x < width; ++x, hash = hash.Next()) row[x] = Grained(row[x], row[x], hash(0), gain);
+// Middle tones weigh 128, and the numbers of the tables deviate by 52 together: 4.92 x 128 x 52 is 2^15.
+std::int16_t GainOf(int strength, int unit) {
+    constexpr int hundredths = 492;
+    return std::int16_t((strength * unit * hundredths + 50 * packedUnit) / (100 * packedUnit));
 }
 
 template <unsigned shift>
-void GrainChroma(std::uint8_t* __restrict row, unsigned width, const std::uint8_t* __restrict luma, RowHash hash,
-                 std::uint16_t gain) {
-    for (std::size_t x = 0; x < width; ++x) row[x] = Grained(row[x], luma[x << shift], hash(std::uint32_t(x)), gain);
+void TakeTones(std::uint8_t* __restrict tones, const std::uint8_t* __restrict luma, unsigned count) {
+    for (std::size_t x = 0; x < count; ++x) tones[x] = luma[x << shift];
 }
 
 }  // namespace
@@ -69,33 +36,41 @@ void CAddNoiseVideoImageEffect::InnerProcFrame(ImagePostion*, int position, IRaw
     if (position == noPosition) position = frame->GetTimeStamp();
     const int strength = std::clamp(m_settings.strength, 0, 255);
     if (strength == 0) return;
+    m_tables.Prepare(m_settings.seed);
     const InstructionSet set = Instructions();
+    const auto grainSamples = variantsOf<GrainSamples, GrainSamplesAvx2>.For(set);
     const bool coloured = m_settings.colour != 0;
     const FrameHash hash(m_settings.seed, position);
+    const auto grain = [&](unsigned plane, unsigned y, int unit) {
+        return RowGrain{m_tables, hash.Row(plane, y), GainOf(strength, unit)};
+    };
     ForFrame(
         [&](const PackedView& picture) {
-            const auto gain = std::uint16_t(packedUnit * strength);
             for (unsigned y = 0; y < picture.height; ++y)
                 if (coloured)
-                    variantsOf<GrainColours>.For(set)(picture.Row(y), picture.width, hash.Row(0, y), hash.Row(1, y),
-                                                      hash.Row(2, y), gain);
+                    grainSamples(picture.Bytes(y), picture.Bytes(y), 4 * picture.width, true, grain(0, y, packedUnit));
                 else
-                    variantsOf<GrainPixels>.For(set)(picture.Row(y), picture.width, hash.Row(0, y), gain);
+                    variantsOf<GrainPixels, GrainPixelsAvx2>.For(set)(picture.Row(y), picture.width,
+                                                                      grain(0, y, packedUnit));
         },
         [&](const PlanarView& picture) {
-            // Chroma first, while luma still is what it weighs the grain by.
-            const auto grainChroma = WithConstantShift(
-                picture.columnShift, [&](auto shift) { return variantsOf<GrainChroma<shift>>.For(set); });
+            const auto takeTones = WithConstantShift(picture.columnShift,
+                                                     [&](auto shift) { return variantsOf<TakeTones<shift>>.For(set); });
             const ComponentView& luma = picture.plane[0];
-            for (unsigned p = 1; p < 3 && coloured; ++p) {
-                const SharedAxis columns = ColumnsOf(picture, p), rows = RowsOf(picture, p);
-                for (unsigned y = 0; y < rows.size; ++y)
-                    grainChroma(picture.plane[p].Row(y), columns.size, luma.Row(rows.First(y)), hash.Row(p, y),
-                                std::uint16_t(chromaUnits[picture.columnShift + picture.rowShift] * strength));
+            m_tones.resize(luma.width);
+            // Each row of chroma before the luma that it covers, which still is what weighs the grain then.
+            for (unsigned y = 0; y < luma.height; ++y) {
+                for (unsigned p = 1; p < 3 && coloured; ++p) {
+                    const SharedAxis columns = ColumnsOf(picture, p), rows = RowsOf(picture, p);
+                    const unsigned row = y >> rows.shift;
+                    if (row >= rows.size || rows.First(row) != y) continue;
+                    takeTones(m_tones.data(), luma.Row(y), columns.size);
+                    grainSamples(picture.plane[p].Row(row), m_tones.data(), columns.size, false,
+                                 grain(p, row, chromaUnits[picture.columnShift + picture.rowShift]));
+                }
+                grainSamples(luma.Row(y), luma.Row(y), luma.width, false,
+                             grain(0, y, coloured ? colouredLumaUnit : lumaUnit));
             }
-            const auto gain = std::uint16_t((coloured ? colouredLumaUnit : lumaUnit) * strength);
-            for (unsigned y = 0; y < luma.height; ++y)
-                variantsOf<GrainLuma>.For(set)(luma.Row(y), luma.width, hash.Row(0, y), gain);
         },
         *frame);
 }
