@@ -25,6 +25,11 @@ bool Is(const AVCodec& codec, std::initializer_list<std::string_view> names) {
 
 bool IsJpeg(const AVCodec& codec) { return codec.id == AV_CODEC_ID_MJPEG || codec.id == AV_CODEC_ID_LJPEG; }
 
+// What threads of these encoders share a picture out into. As many on every machine, so that each makes the same
+// stream; more than two threads, because they end sooner where one of them has to wait. Each more costs a little
+// quality.
+constexpr int mostSlices = 4;
+
 // Codecs whose streams count time in frames and cannot hold the fine clocks of containers.
 bool CountsTimeInFrames(const AVCodec& codec) {
     switch (codec.id) {
@@ -153,6 +158,8 @@ Encoder::Encoder(const AVCodec& codec, const OutputOptions& options, const Outpu
     context.time_base = CountsTimeInFrames(codec) || purpose.still ? av_inv_q(traits.frameRate) : traits.timeBase;
     if (purpose.still) m_sourceBase = context.time_base;
     context.thread_count = options.threads;
+    if (codec.id == AV_CODEC_ID_MPEG1VIDEO || codec.id == AV_CODEC_ID_MPEG2VIDEO || codec.id == AV_CODEC_ID_MPEG4)
+        context.slices = std::min(mostSlices, (m_shape.height + 15) / 16);
     context.color_primaries = traits.primaries;
     context.color_trc = traits.transfer;
     context.colorspace = m_shape.matrix;

@@ -125,12 +125,14 @@ TEST_F(DvdTest, AProfileFitsAnyFilm) {
     Ffmpeg(
         "-f lavfi -i nullsrc=s=320x180:r=30:d=2,geq=random(1)*255:128:128 -f lavfi -i sine=d=2:r=44100 -c:v libx264 "
         "-qp 10 -c:a aac wide.mp4");
-    for (const std::string file : {"pal.mpg", "pal.vob"}) {
-        const Outcome outcome = Nifikral("apply wide.mp4 " + file + " addnoise --profile pal-16:9");
+    for (const std::string words : {"pal.mpg --threads 1", "pal.vob --threads 3"}) {
+        const Outcome outcome = Nifikral("apply wide.mp4 " + words + " addnoise --profile pal-16:9");
+        const std::string file = words.substr(0, words.find(' '));
         ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
         EXPECT_NE(outcome.errors.find("ac3"), std::string::npos) << outcome.errors;
         ExpectDvd(file, "720|576", "16:9", "25/1", 50);
     }
+    EXPECT_TRUE(ReadFile(folder / "pal.mpg") == ReadFile(folder / "pal.vob"));
     ASSERT_EQ(Nifikral("title Hi wide.mp4 ntsc.mpg --profile ntsc-4:3").exitCode, 0);
     ExpectDvd("ntsc.mpg", "720|480", "4:3", "30000/1001", 60);
     // A wide film in a narrow picture lies between black bars.
