@@ -32,6 +32,7 @@ if (!window.asked) {
     };
     window.calm = async () => { do await new Promise(resolve => setTimeout(resolve, 60)); while (window.underway); };
     window.prove = async canvas => {
+        await calm();
         const {path, options} = window.asked, reply = await fetched(path, {...options, signal: null, body: JSON.stringify({...JSON.parse(options.body), view: "proof"})});
         const picture = await createImageBitmap(await reply.blob()), {width, height} = canvas;
         const other = Object.assign(document.createElement("canvas"), {width, height}).getContext("2d"), all = canvas.getContext("2d").getImageData(0, 0, width, height).data;
@@ -51,7 +52,7 @@ MOVE = PROVE + """
 const [name, label, rounds, done] = arguments, times = [];
 const bar = [...document.querySelectorAll(".entry input[type=range]")].find(one => one.ariaLabel === label && one.checkVisibility());
 const low = Number(bar.min), high = Number(bar.max), step = Number(bar.step);
-for (let round = 0; round < rounds; ++round) {
+for (let round = 0; times.length < rounds; ++round) {
     // Every value is a new one, so that nothing is remembered from before.
     const share = 0.1 + 0.6 * ((round * 0.618034) % 1), value = Math.round((low + (high - low) * share) / step) * step;
     if (Number(bar.value) === value) continue;
