@@ -15,12 +15,13 @@ reference: packages $(release)/build.ninja  ## show every effect with all of its
 	$(release)/bin/nifikral reference -y out/input/photo.jpg -o out/reference.html
 
 # A small photograph, so that what effects do to single pixels shows in small.
-pictures: packages $(release)/build.ninja  ## make the README's pictures again
+pictures: configure  ## make the pictures of the README and of the studio again
 	cmake --build --preset release --target nifikral nifikral_module
 	mkdir -p out docs/pictures
 	ffmpeg -nostdin -v error -y -i /usr/share/backgrounds/Picture_1A_by_freespace.jpg -vf scale=480:-2:flags=area out/small.png
 	scripts/contact_sheet.sh $(release)/bin/nifikral docs/pictures/effects.jpg out/small.png 160 8
 	scripts/contact_sheet.sh $(release)/bin/nifikral docs/pictures/menus.jpg generators 208 6
+	scripts/studio_pictures.py $(release)/bin/nifikral docs/pictures
 
 test: configure  ## build everything and run every test
 	cmake --build --preset release
