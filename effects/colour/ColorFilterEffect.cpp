@@ -14,7 +14,7 @@ constexpr Property<ColorFilterSettings> colorFilterProperties[] = {
     {"colorfilter_density", "60", &ColorFilterSettings::density},
 };
 
-// How much light each channel lets through, in 1/256.
+// How much light each channel lets through, in 1/256, the clearest one all of it.
 struct Glass {
     std::int32_t red, green, blue;
 
@@ -26,20 +26,29 @@ struct Glass {
         red = part(Red(settings.colour));
         green = part(Green(settings.colour));
         blue = part(Blue(settings.colour));
+        const std::int32_t clearest = std::max({red, green, blue});
+        for (std::int32_t* const channel : {&red, &green, &blue}) *channel = clearest ? *channel * 256 / clearest : 256;
     }
 };
 
+// `light` is what the glass takes from the pixel's luma: it comes back as white.
 void ColorFilterRgba32Effect(PackedView picture, const Glass& glass) {
     const auto red = std::uint32_t(glass.red), green = std::uint32_t(glass.green), blue = std::uint32_t(glass.blue);
+    const std::uint32_t ofRed = 77 * (256 - red) >> 8, ofGreen = 150 * (256 - green) >> 8,
+                        ofBlue = 29 * (256 - blue) >> 8;
     ForEachPixel(picture, [=](std::uint32_t p) {
-        return WithAlphaOf(p, Blue(p) * blue >> 8, Green(p) * green >> 8, Red(p) * red >> 8);
+        const std::uint32_t light = Blue(p) * ofBlue + Green(p) * ofGreen + Red(p) * ofRed;
+        const auto filtered = [=](std::uint32_t colour, std::uint32_t part) {
+            return std::min((colour * part + light) >> 8, 255u);
+        };
+        return WithAlphaOf(p, filtered(Blue(p), blue), filtered(Green(p), green), filtered(Red(p), red));
     });
 }
 
-// The glass as a matrix of luma and chroma: own weights and those between chroma in 1/16384, luma's on chroma, whose
+// The glass as a matrix of chroma; luma stays. Own weights and those between chroma in 1/16384, luma's on chroma, whose
 // samples are halved to fit 16 bits, in 1/32768. A grey glass has no weights but the own ones.
 struct GlassMatrix {
-    std::int16_t luma, lumaOfU, lumaOfV, u, uOfV, uOfLuma, v, vOfU, vOfLuma;
+    std::int16_t u, uOfV, uOfLuma, v, vOfU, vOfLuma;
 
     explicit GlassMatrix(const Glass& glass) {
         constexpr std::int32_t redShare = 19595, greenShare = 38470, blueShare = 7471;  // of luma, in 1/65536
@@ -50,9 +59,6 @@ struct GlassMatrix {
             return std::int16_t(fraction * scale / (std::int64_t(one) * 512));
         };
         const std::int32_t mean = redShare * r + greenShare * g + blueShare * b;
-        luma = weight(mean);
-        lumaOfU = weight(12943 * (b - g));  // 0.114 x 1.772 x 219 / 224
-        lumaOfV = weight(26859 * (r - g));  // 0.299 x 1.402 x 219 / 224
         u = weight((one - blueShare) * b + blueShare * g);
         uOfV = weight(-15504 * (r - g));          // 0.299 x 1.402 / 1.772
         uOfLuma = halved(one * b - mean, 37828);  // 224 / 219 / 1.772
@@ -68,31 +74,11 @@ constexpr std::int32_t unit = 64, half = unit / 2;
 
 // The upper half of a product, which stays in 16 bits.
 std::int16_t Upper(std::int16_t a, std::int16_t b) { return std::int16_t(std::int32_t(a) * b >> 16); }
-std::int16_t PartOfChroma(std::uint8_t sample, std::int16_t weight) {
-    return Upper(std::int16_t((sample - neutral) * 256), weight);
-}
 
 // A sum to which half a unit was added. All in 16 bits, which keeps vectors full.
 std::uint8_t Whole(std::int16_t sum) {
     const auto whole = std::int16_t(sum >> 6);
     return std::uint8_t(whole < 0 ? 0 : whole > 255 ? 255 : whole);
-}
-
-// What chroma adds to the luma that it serves.
-void AddToLuma(std::int16_t* __restrict added, const std::uint8_t* __restrict u, const std::uint8_t* __restrict v,
-               unsigned count, const GlassMatrix& matrix) {
-    const std::int16_t ofU = matrix.lumaOfU, ofV = matrix.lumaOfV;
-    for (unsigned x = 0; x < count; ++x) added[x] = std::int16_t(PartOfChroma(u[x], ofU) + PartOfChroma(v[x], ofV));
-}
-
-void FilterLuma(std::uint8_t* __restrict luma, const std::int16_t* __restrict added, unsigned count,
-                const GlassMatrix& matrix) {
-    const auto own = std::uint16_t(matrix.luma);
-    const auto base = std::int16_t(black * unit + half - (black * 256 * matrix.luma >> 16));
-    for (unsigned x = 0; x < count; ++x) {
-        const auto part = std::uint16_t(std::uint32_t(std::uint16_t(luma[x] << 8)) * own >> 16);
-        luma[x] = Whole(std::int16_t(std::int16_t(part + base) + added[x]));
-    }
 }
 
 // `sums` holds the luma of 2^logSamples pixels a sample.
@@ -109,32 +95,19 @@ void FilterChroma(std::uint8_t* __restrict u, std::uint8_t* __restrict v, const 
     }
 }
 
-struct Scratch {
-    std::vector<std::uint16_t> sums;
-    std::vector<std::int16_t> ofBlocks, added;
-
-    Scratch(unsigned width, unsigned blocks) : sums(blocks), ofBlocks(blocks), added(width) {}
-};
-
 template <unsigned shift>
-void ColorFilterComponentEffect(const PlanarView& picture, const GlassMatrix& matrix, Scratch& scratch) {
+void ColorFilterComponentEffect(const PlanarView& picture, const GlassMatrix& matrix,
+                                std::vector<std::uint16_t>& scratch) {
     const ComponentView &luma = picture.plane[0], &u = picture.plane[1], &v = picture.plane[2];
-    const unsigned blocks = unsigned(scratch.sums.size());
+    const unsigned blocks = unsigned(scratch.size());
     const SharedAxis rows(luma.height, picture.rowShift, blocks ? std::min(u.height, v.height) : 0);
-    std::uint16_t* const sums = scratch.sums.data();
-    std::int16_t *const ofBlocks = scratch.ofBlocks.data(), *const added = scratch.added.data();
+    std::uint16_t* const sums = scratch.data();
     for (unsigned row = 0; row < rows.size; ++row) {
-        const Span lumaRows = LumaRowsOf(rows, row);
         std::fill_n(sums, blocks, std::uint16_t(0));
         for (unsigned i = 0; i < 1u << picture.rowShift; ++i)
-            AddBlocks<shift>(sums, luma.Row(std::min(lumaRows.begin + i, luma.height - 1)), luma.width, blocks);
-        AddToLuma(ofBlocks, u.Row(row), v.Row(row), blocks, matrix);
-        SpreadBlocks<shift>(added, luma.width, ofBlocks, blocks);
+            AddBlocks<shift>(sums, luma.Row(std::min(rows.First(row) + i, luma.height - 1)), luma.width, blocks);
         FilterChroma(u.Row(row), v.Row(row), sums, shift + picture.rowShift, blocks, matrix);
-        for (unsigned y = lumaRows.begin; y < lumaRows.end; ++y) FilterLuma(luma.Row(y), added, luma.width, matrix);
     }
-    // Without chroma, luma is grey.
-    for (unsigned y = 0; rows.size == 0 && y < luma.height; ++y) FilterLuma(luma.Row(y), added, luma.width, matrix);
 }
 
 }  // namespace
@@ -148,8 +121,7 @@ void CColorFilterEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* fram
                  const auto filter = WithConstantShift(picture.columnShift, [&](auto shift) {
                      return variantsOf<ColorFilterComponentEffect<shift>>.For(Instructions());
                  });
-                 Scratch scratch(picture.plane[0].width,
-                                 std::min(ColumnsOf(picture, 1).size, ColumnsOf(picture, 2).size));
+                 std::vector<std::uint16_t> scratch(std::min(ColumnsOf(picture, 1).size, ColumnsOf(picture, 2).size));
                  filter(picture, GlassMatrix(glass), scratch);
              },
              *frame);

@@ -21,16 +21,18 @@ Colour ToRgb(const Colour& yuv) {
 
 // Each sample by itself: to real colours, through the glass and back.
 int ThroughGlass(const Picture& from, unsigned p, int x, int y, const int (&parts)[3]) {
-    if (from.packed) return from.planes[p](x, y) * parts[2 - p] >> 8;
+    if (from.packed) {
+        static constexpr int shares[] = {77, 150, 29};
+        int light = 0;
+        for (unsigned c = 0; c < 3; ++c) light += from.planes[2 - c](x, y) * (shares[c] * (256 - parts[c]) >> 8);
+        return std::min((from.planes[p](x, y) * parts[2 - p] + light) >> 8, 255);
+    }
+    if (p == 0) return from.planes[0](x, y);
     const int columns = 1 << from.ColumnShift(p), rows = 1 << from.RowShift(p);
     double luma = 0;
     for (int i = 0; i < columns * rows; ++i)
         luma += double(from.planes[0].Near(x * columns + i % columns, y * rows + i / columns)) / (columns * rows);
-    const bool hasChroma = !from.planes[1].samples.empty();
-    const auto chroma = [&](unsigned plane) {
-        return !hasChroma ? 128.0 : p == 0 ? from.Near(plane, x, y) : from.planes[plane](x, y);
-    };
-    Colour rgb = ToRgb({luma, chroma(1), chroma(2)});
+    Colour rgb = ToRgb({luma, double(from.planes[1](x, y)), double(from.planes[2](x, y))});
     for (unsigned c = 0; c < 3; ++c) rgb[c] *= parts[c] / 256.0;
     return int(std::lround(std::clamp(ToYuv(rgb)[p], 0.0, 255.0)));
 }
@@ -43,6 +45,8 @@ TEST(ColorFilter, PlanarPicturesLookThroughTheSameGlassAsPixels) {
             const int darkness = 255 - (colour >> (16 - 8 * c) & 255);
             parts[c] = 256 - darkness * std::clamp(density, 0, 100) * 256 / 25500;
         }
+        const int clearest = std::max({parts[0], parts[1], parts[2]});
+        for (int& part : parts) part = clearest ? part * 256 / clearest : 256;
         const Picture from(frame);
         Picture to = from;
         for (unsigned p = 0; p < 3; ++p)
@@ -52,13 +56,31 @@ TEST(ColorFilter, PlanarPicturesLookThroughTheSameGlassAsPixels) {
     });
 }
 
-TEST(ColorFilter, ClearGlassKeepsEveryPlanarByte) {
+TEST(ColorFilter, ClearAndGreyGlassKeepEveryByte) {
     std::mt19937 random(9);
-    TestFrame frame(0, 35, 7);
-    frame.Randomise(random);
-    for (const int density : {0, 100})
-        ExpectEffect("colorfilter", Numbers("colorfilter_", {{"color", density ? 0xFFFFFF : 0}, {"density", density}}),
-                     frame, frame);
+    for (const unsigned format : {0u, 30u}) {
+        TestFrame frame(format, 35, 7);
+        frame.Randomise(random);
+        for (const int colour : {0xFFFFFF, 0x777777, 0})
+            ExpectEffect("colorfilter", Numbers("colorfilter_", {{"color", colour}, {"density", 100}}), frame, frame);
+    }
+}
+
+TEST(ColorFilter, KeepsTheBrightnessOfWhatHasRoomForTheColour) {
+    TestFrame frame(30, 6, 1);
+    frame.SetSamples(0, {{0xFF000000, 0xFF303030, 0xFF806040, 0xFF406080, 0xFF5A8C30, 0xFF9A9A9A}});
+    const Picture before(frame);
+    for (const int colour : {0xFF9933, 0xFF0000, 0x00A040, 0x3366CC}) {
+        TestFrame filtered = frame;
+        Apply(*MakeEffect("colorfilter", Numbers("colorfilter_", {{"color", colour}, {"density", 60}})), filtered);
+        const Picture after(filtered);
+        for (int x = 0; x < 6; ++x) {
+            const auto luma = [x](const Picture& in) {
+                return 0.114 * in.planes[0](x, 0) + 0.587 * in.planes[1](x, 0) + 0.299 * in.planes[2](x, 0);
+            };
+            EXPECT_NEAR(luma(after), luma(before), 2) << std::hex << colour << " at " << x;
+        }
+    }
 }
 
 }  // namespace
