@@ -2,8 +2,9 @@
 
 #include <vector>
 
-#include "effects/base/row_loops.h"
-#include "effects/colour/chroma_blocks.h"
+#include "effects/base/box.h"
+#include "effects/base/shared_samples.h"
+#include "effects/colour/print_tones.h"
 
 namespace AVBased {
 namespace {
@@ -16,10 +17,10 @@ constexpr Property<PopStyleSettings> popStyleProperties[] = {
 
 constexpr unsigned mostColours = 5, palettes = 4;
 
-// From dark to light, so that the picture stays readable in each.
+// From dark to light, so that the picture stays readable in each, and from cool to warm, so that skin is no sky.
 constexpr std::uint32_t paletteColours[palettes][mostColours] = {
-    {0x2B0B6E, 0xE6007E, 0xFF6A00, 0xFFB400, 0xFFF04D},
-    {0x14145A, 0xE3172D, 0x00A9E0, 0x6FD9C4, 0xFFF3C4},
+    {0x2B0B6E, 0xC2107E, 0xFF5A1F, 0xFFAE1A, 0xFFF04D},
+    {0x14145A, 0x0A84C6, 0xE3172D, 0xFFC23A, 0xFFF6D6},
     {0x3A0066, 0x009E4F, 0x8CC63F, 0xFF8FC7, 0xFFF0A8},
     {0x062B3F, 0x00838F, 0xF15A24, 0xFF9EB5, 0xFFE94A},
 };
@@ -36,174 +37,266 @@ constexpr std::uint8_t VOf(std::uint32_t p) {
 
 // What the tones from each step on become; of fewer colours the last is repeated.
 struct Inks {
-    std::uint8_t steps[mostColours - 1], luma[mostColours], u[mostColours], v[mostColours];
+    std::int16_t steps[mostColours - 1];
+    std::uint8_t samples[3][mostColours];
     std::uint32_t words[mostColours];
 
     Inks(unsigned palette, unsigned count) {
         for (unsigned i = 0; i < mostColours; ++i) {
             const unsigned k = std::min(i, count - 1);
-            if (i > 0) steps[i - 1] = std::uint8_t(i < count ? 16 + 219 * i / count : 255);
+            if (i > 0) steps[i - 1] = std::int16_t((16 + 219 * k / count) * toneUnit);
             words[i] = paletteColours[palette][(8 * k + count - 1) / (2 * count - 2)];
-            luma[i] = std::uint8_t(LumaOf(words[i]));
-            u[i] = UOf(words[i]);
-            v[i] = VOf(words[i]);
+            samples[0][i] = std::uint8_t(LumaOf(words[i]));
+            samples[1][i] = UOf(words[i]);
+            samples[2][i] = VOf(words[i]);
         }
     }
+    const std::uint8_t (&Of(const ComponentView&, unsigned plane) const)[mostColours] { return samples[plane]; }
+    const std::uint32_t (&Of(const PackedView&, unsigned) const)[mostColours] { return words; }
 };
 
-// Written out, so that it becomes compares and blends.
-template <class Value, class Tone>
-Value Choose(Tone tone, const Inks& inks, const Value (&values)[mostColours]) {
-    Value value = values[0];
-    for (unsigned i = 1; i < mostColours; ++i) value = tone >= inks.steps[i - 1] ? values[i] : value;
-    return value;
+// Written out, so that it becomes compares and blends of tones and values in lanes of one size.
+template <class Lane, class Value>
+void Choose(Value* __restrict chosen, const std::int16_t* __restrict tones, unsigned count, const Inks& inks,
+            const Value (&values)[mostColours]) {
+    Lane steps[mostColours - 1], lanes[mostColours];
+    std::copy_n(inks.steps, mostColours - 1, steps);
+    std::copy_n(values, mostColours, lanes);
+    for (std::size_t x = 0; x < count; ++x) {
+        Lane value = lanes[0];
+        for (unsigned i = 1; i < mostColours; ++i) value = Lane(tones[x]) >= steps[i - 1] ? lanes[i] : value;
+        chosen[x] = Value(value);
+    }
+}
+constexpr auto chooseSamples = variantsOf<Choose<std::int16_t, std::uint8_t>>;
+constexpr auto chooseWords = variantsOf<Choose<std::int32_t, std::uint32_t>>;
+auto Chooser(const ComponentView&, InstructionSet set) { return chooseSamples.For(set); }
+auto Chooser(const PackedView&, InstructionSet set) { return chooseWords.For(set); }
+
+std::uint8_t Mean(std::uint8_t a, std::uint8_t b) { return std::uint8_t((a + b + 1) >> 1); }
+void Print(std::uint8_t* __restrict row, std::uint8_t* __restrict above, const std::uint8_t* __restrict below,
+           unsigned count) {
+    for (std::size_t x = 0; x < count; ++x) row[x] = Mean(Mean(above[x], below[x]), Mean(above[x + 1], below[x + 1]));
+}
+// All bytes of the words alike, then the pixels' own alpha.
+void Print(Rgba32* row, std::uint32_t* __restrict above, const std::uint32_t* __restrict below, unsigned count) {
+    auto* const means = reinterpret_cast<std::uint8_t*>(above);
+    const auto* const others = reinterpret_cast<const std::uint8_t*>(below);
+    constexpr std::size_t next = sizeof(std::uint32_t);
+    for (std::size_t i = 0; i < next * count; ++i)
+        means[i] = Mean(Mean(means[i], others[i]), Mean(means[i + next], others[i + next]));
+    for (std::size_t x = 0; x < count; ++x) StoreWord(row + x, (LoadWord(row + x) & alphaMask) | above[x]);
 }
 
-void PrintPixels(Rgba32* row, const std::uint8_t* tones, const std::uint8_t* alphas, unsigned begin, unsigned end,
-                 const Inks& given) {
-    const Inks inks = given;  // a copy, which the stores below cannot change
-    for (unsigned x = begin; x < end; ++x)
-        StoreWord(row + x, Choose(std::uint32_t(tones[x]), inks, inks.words) | std::uint32_t(alphas[x]) << 24);
+void MeanTones(std::int16_t* __restrict means, const std::int16_t* __restrict a, const std::int16_t* __restrict b,
+               unsigned count) {
+    for (std::size_t x = 0; x < count; ++x) means[x] = std::int16_t((a[x] + b[x]) >> 1);
 }
 
-void PrintSamples(std::uint8_t* __restrict luma, std::uint8_t* __restrict u, std::uint8_t* __restrict v,
-                  const std::uint8_t* __restrict tones, unsigned begin, unsigned end, const Inks& given) {
-    const Inks inks = given;
-    for (unsigned x = begin; x < end; ++x) {
-        luma[x] = Choose(tones[x], inks, inks.luma);
-        u[x] = Choose(tones[x], inks, inks.u);
-        v[x] = Choose(tones[x], inks, inks.v);
+// In the middle of cells and, before each, between two.
+void SpreadTones(std::int16_t* __restrict corners, const std::int16_t* __restrict cells, unsigned count) {
+    for (std::size_t x = 0; x < count; ++x) {
+        corners[2 * x] = std::int16_t((cells[std::ptrdiff_t(x) - 1] + cells[x]) >> 1);
+        corners[2 * x + 1] = cells[x];
     }
 }
 
-void Halve(std::uint8_t* __restrict half, const std::uint8_t* __restrict upper, const std::uint8_t* __restrict lower,
-           unsigned width) {
-    for (unsigned x = 0; x < width / 2; ++x)
-        half[x] = std::uint8_t((upper[2 * x] + upper[2 * x + 1] + lower[2 * x] + lower[2 * x + 1] + 2) >> 2);
-    if (width % 2) half[width / 2] = std::uint8_t((upper[width - 1] + lower[width - 1] + 1) >> 1);
+template <unsigned shift>
+void EveryCorner(std::int16_t* __restrict some, const std::int16_t* __restrict corners, unsigned count) {
+    for (std::size_t x = 0; x < count; ++x) some[x] = corners[x << shift];
 }
 
-void ReadRow(const PackedView& picture, unsigned y, std::uint8_t* __restrict tones, std::uint8_t* __restrict alphas) {
-    const Rgba32* const row = picture.Row(y);
-    for (unsigned x = 0; x < picture.width; ++x) {
-        const std::uint32_t p = LoadWord(row + x);
-        tones[x] = std::uint8_t(LumaOf(p));
-        alphas[x] = std::uint8_t(p >> 24);
-    }
-}
-
-void ReadRow(const PlanarView& picture, unsigned y, std::uint8_t* tones, std::uint8_t* alphas) {
-    const ComponentView &luma = picture.plane[0], &alpha = picture.plane[3];
-    std::copy_n(luma.Row(y), luma.width, tones);
-    if (y < alpha.height) std::copy_n(alpha.Row(y), std::min(alpha.width, luma.width), alphas);
-}
-
-// One print that fills the frame, or four of half the size, row by row.
-class Prints {
+// The tones at the corners of a print's pixels.
+class Corners {
  public:
-    Prints(unsigned width, unsigned height, const PopStyleSettings& settings)
-        : m_width(width),
-          m_height(height),
-          m_panels(settings.panels != 0),
-          m_across(m_panels ? width - width / 2 : width),
-          m_down(m_panels ? height - height / 2 : height),
-          m_rows(4 * std::size_t(width)),
-          m_small(m_panels ? 2 * std::size_t(m_across) * m_down : 0) {
-        const unsigned colours = unsigned(std::clamp(settings.colours, 2, int(mostColours)));
-        for (unsigned i = 0; i < palettes; ++i)
-            m_inks.emplace_back((std::uint32_t(settings.palette) + i) % palettes, colours);
-    }
+    Corners(unsigned columns, unsigned rows, bool halved, InstructionSet set, PrintTones::Read read)
+        : m_halved(halved),
+          m_columns(columns),
+          m_tones(columns, rows, halved ? rows : 4, set, std::move(read)),
+          m_between(columns + 2),
+          m_corners(2 * std::size_t(columns) + 1),
+          m_mean(variantsOf<MeanTones>.For(set)),
+          m_spread(variantsOf<SpreadTones>.For(set)) {}
 
-    bool HasPanels() const { return m_panels; }
-    unsigned Across() const { return m_across; }
-    std::uint8_t* Tones() { return m_rows.data(); }
-    std::uint8_t* Alphas() { return Tones() + m_width; }
-    const Inks& InksAt(unsigned y, bool right) const { return m_inks[(y < m_down ? 0 : 2) + (right ? 1 : 0)]; }
-
-    /// Reads the picture, as far as that must be done before anything is written.
-    template <class View>
-    void Prepare(const View& picture) {
-        for (unsigned y = 0; m_panels && y < m_down; ++y) {
-            std::uint8_t *const lowerTones = Alphas() + m_width, *const lowerAlphas = lowerTones + m_width;
-            ReadRow(picture, 2 * y, Tones(), Alphas());
-            ReadRow(picture, std::min(2 * y + 1, m_height - 1), lowerTones, lowerAlphas);
-            Halve(SmallTones(y), Tones(), lowerTones, m_width);
-            Halve(SmallAlphas(y), Alphas(), lowerAlphas, m_width);
+    /// Those above row y, from the left edge on. Pixels are as large as cells in a halved print, else half as large.
+    const std::int16_t* Above(unsigned y) {
+        const int cell = int(m_halved ? y : y / 2);
+        const std::int16_t* tones = m_tones.Row(cell);
+        if (m_halved || y % 2 == 0) {
+            m_mean(m_between.data(), m_tones.Row(cell - 1) - 1, tones - 1, m_columns + 2);
+            tones = &m_between[1];
         }
-    }
-    /// Brings what row y of the frame is to show to Tones() and Alphas().
-    template <class View>
-    void Load(const View& picture, unsigned y) {
-        if (!m_panels) return ReadRow(picture, y, Tones(), Alphas());
-        const unsigned row = y < m_down ? y : y - m_down;
-        for (const auto& [to, from] : {std::pair{Tones(), SmallTones(row)}, {Alphas(), SmallAlphas(row)}}) {
-            std::copy_n(from, m_across, to);
-            std::copy_n(from, m_width - m_across, to + m_across);
+        if (m_halved) {
+            m_mean(m_corners.data(), tones - 1, tones, m_columns + 1);
+        } else {
+            m_spread(m_corners.data(), tones, m_columns);
+            m_corners.back() = std::int16_t((tones[m_columns - 1] + tones[m_columns]) >> 1);
         }
+        return m_corners.data();
     }
 
  private:
-    std::uint8_t* SmallTones(std::size_t y) { return m_small.data() + 2 * y * m_across; }
-    std::uint8_t* SmallAlphas(std::size_t y) { return SmallTones(y) + m_across; }
-
-    unsigned m_width, m_height;
-    bool m_panels;
-    unsigned m_across, m_down;
-    std::vector<std::uint8_t> m_rows, m_small;
-    std::vector<Inks> m_inks;
+    bool m_halved;
+    unsigned m_columns;
+    PrintTones m_tones;
+    std::vector<std::int16_t> m_between, m_corners;
+    decltype(&MeanTones) m_mean;
+    decltype(&SpreadTones) m_spread;
 };
 
-void PopStyleRgba32Effect(const PackedView& picture, Prints& prints) {
-    if (!prints.HasPanels())
-        return ForEachPixel(picture, [inks = prints.InksAt(0, false)](std::uint32_t p) {
-            return Choose(LumaOf(p), inks, inks.words) | (p & alphaMask);
-        });
-    prints.Prepare(picture);
-    for (unsigned y = 0; y < picture.height; ++y) {
-        prints.Load(picture, y);
-        Rgba32* const row = picture.Row(y);
-        PrintPixels(row, prints.Tones(), prints.Alphas(), 0, prints.Across(), prints.InksAt(y, false));
-        PrintPixels(row, prints.Tones(), prints.Alphas(), prints.Across(), picture.width, prints.InksAt(y, true));
+// The samples along an axis whose first pixels are those of a print, and where their corners are in it.
+struct Stretch {
+    unsigned begin, length, first, count, shift;
+
+    Stretch(const SharedAxis& axis, Span pixels)
+        : begin(pixels.begin), length(pixels.end - pixels.begin), shift(axis.shift) {
+        const auto sampleFrom = [&](unsigned pixel) {
+            return std::min((pixel + (1u << shift) - 1) >> shift, axis.size);
+        };
+        first = sampleFrom(pixels.begin);
+        count = sampleFrom(pixels.end) - first;
     }
+    unsigned Corner(unsigned sample) const { return std::min(((first + sample) << shift) - begin, length); }
+};
+
+// A plane's part of a print: each sample is the mean of the inks at its corners, so that contours have no steps.
+template <class Sample>
+class PrintedPlane {
+ public:
+    PrintedPlane(const PlaneView<Sample>& plane, const Stretch& columns, const Stretch& rows, const Inks& inks,
+                 unsigned number, InstructionSet set)
+        : m_plane(plane),
+          m_columns(columns),
+          m_rows(rows),
+          m_inks(inks),
+          m_values(inks.Of(plane, number)),
+          m_tones(columns.count + 1),
+          m_above(columns.count + 1),
+          m_below(columns.count + 1),
+          m_set(set) {}
+
+    /// Of each row of corners from the top down, the row of samples that ends there.
+    void Take(unsigned y, const std::int16_t* corners) {
+        if (m_columns.count == 0 || m_next > m_rows.count || y != m_rows.Corner(m_next)) return;
+        m_above.swap(m_below);
+        const std::int16_t* tones = corners + m_columns.Corner(0);
+        if (m_columns.shift) {
+            WithConstantShift(m_columns.shift, [&](auto shift) {
+                variantsOf<EveryCorner<shift>>.For(m_set)(m_tones.data(), tones, m_columns.count);
+            });
+            m_tones.back() = corners[m_columns.Corner(m_columns.count)];
+            tones = m_tones.data();
+        }
+        Chooser(m_plane, m_set)(m_below.data(), tones, m_columns.count + 1, m_inks, m_values);
+        if (m_next++ == 0) return;
+        variantsOf<static_cast<PrintRow*>(Print)>.For(m_set)(m_plane.Row(m_rows.first + m_next - 2) + m_columns.first,
+                                                             m_above.data(), m_below.data(), m_columns.count);
+    }
+
+ private:
+    using Value = std::conditional_t<std::is_same_v<Sample, Rgba32>, std::uint32_t, std::uint8_t>;
+    using PrintRow = void(Sample*, Value*, const Value*, unsigned);
+
+    PlaneView<Sample> m_plane;
+    Stretch m_columns, m_rows;
+    const Inks& m_inks;
+    const Value (&m_values)[mostColours];
+    std::vector<std::int16_t> m_tones;
+    std::vector<Value> m_above, m_below;
+    unsigned m_next = 0;
+    InstructionSet m_set;
+};
+
+template <unsigned step>
+void MeanAlphas(std::uint8_t* __restrict means, const std::uint8_t* upper, const std::uint8_t* lower, unsigned width) {
+    const auto sum = [=](std::size_t x) { return upper[step * x] + lower[step * x]; };
+    for (std::size_t x = 0; x < width / 2; ++x) means[x] = std::uint8_t((sum(2 * x) + sum(2 * x + 1) + 2) >> 2);
+    if (width % 2) means[width / 2] = std::uint8_t((sum(width - 1) + 1) >> 1);
+}
+template <unsigned step>
+void StoreAlphas(std::uint8_t* row, const std::uint8_t* __restrict alphas, unsigned count) {
+    for (std::size_t x = 0; x < count; ++x) row[step * x] = alphas[x];
 }
 
-// Chroma of every pixel of a row, and its sums for the samples of a chroma plane.
-struct ChromaRow {
-    std::vector<std::uint8_t> pixels;
-    std::vector<std::uint16_t> sums;
+// The alphas of the picture, `step` bytes apart, in cells: for panels, each of which shows all of it.
+template <unsigned step>
+class PanelAlphas {
+ public:
+    PanelAlphas(const ComponentView& plane, InstructionSet set)
+        : m_plane(plane),
+          m_width(plane.width / step),
+          m_columns(m_width - m_width / 2),
+          m_rows(plane.height - plane.height / 2),
+          m_set(set),
+          m_alphas(std::size_t(m_columns) * m_rows) {}
 
-    void Mean(std::uint8_t* __restrict samples, unsigned logPixels) {
-        std::uint16_t* const s = sums.data();
-        const auto half = std::uint16_t(1u << logPixels >> 1);
-        for (std::size_t i = 0, count = sums.size(); i < count; ++i)
-            samples[i] = std::uint8_t(std::uint16_t(s[i] + half) >> logPixels);
-        std::fill(sums.begin(), sums.end(), std::uint16_t(0));
+    void Read(unsigned y) {
+        if (y >= m_rows) return;
+        const unsigned below = std::min(2 * y + 1, m_plane.height - 1);
+        variantsOf<MeanAlphas<step>>.For(m_set)(&m_alphas[std::size_t(y) * m_columns], m_plane.Row(2 * y),
+                                                m_plane.Row(below), m_width);
     }
+    void Write(unsigned y) const {
+        if (y >= m_plane.height) return;
+        const std::uint8_t* const alphas = &m_alphas[std::size_t(y < m_rows ? y : y - m_rows) * m_columns];
+        variantsOf<StoreAlphas<step>>.For(m_set)(m_plane.Row(y), alphas, m_columns);
+        variantsOf<StoreAlphas<step>>.For(m_set)(m_plane.Row(y) + step * m_columns, alphas, m_width - m_columns);
+    }
+
+ private:
+    ComponentView m_plane;
+    unsigned m_width, m_columns, m_rows;
+    InstructionSet m_set;
+    std::vector<std::uint8_t> m_alphas;
 };
 
-template <unsigned shift>
-void PopStyleComponentEffect(const PlanarView& picture, Prints& prints, ChromaRow (&chroma)[2]) {
-    const ComponentView& luma = picture.plane[0];
-    const ComponentView& alpha = picture.plane[3];
-    const unsigned group = 1u << picture.rowShift;
-    prints.Prepare(picture);
-    for (unsigned y = 0; y < luma.height; ++y) {
-        prints.Load(picture, y);
-        std::uint8_t *const u = chroma[0].pixels.data(), *const v = chroma[1].pixels.data();
-        PrintSamples(luma.Row(y), u, v, prints.Tones(), 0, prints.Across(), prints.InksAt(y, false));
-        PrintSamples(luma.Row(y), u, v, prints.Tones(), prints.Across(), luma.width, prints.InksAt(y, true));
-        // The last row stands for those that its group lacks.
-        const unsigned times = y + 1 < luma.height ? 1 : group - y % group;
-        for (unsigned p : {1u, 2u}) {
-            ChromaRow& row = chroma[p - 1];
-            if (y >> picture.rowShift >= picture.plane[p].height) continue;
-            for (unsigned n = 0; n < times; ++n)
-                AddBlocks<shift>(row.sums.data(), row.pixels.data(), luma.width, unsigned(row.sums.size()));
-            if (y % group + times == group)
-                row.Mean(picture.plane[p].Row(y >> picture.rowShift), shift + picture.rowShift);
+PanelAlphas<4> AlphasOf(PackedView picture, bool panels, InstructionSet set) {
+    // From the first alpha on; the bytes after the last one are not touched.
+    if (!panels || picture.width == 0) return {{}, set};
+    return {{picture.data + 3, 4 * picture.width, picture.pitch, picture.height}, set};
+}
+PanelAlphas<1> AlphasOf(const PlanarView& picture, bool panels, InstructionSet set) {
+    return {panels && picture.HasAlpha() ? picture.plane[3] : ComponentView{}, set};
+}
+
+template <class Work>
+void ForEachColourPlane(const PackedView& picture, Work work) {
+    work(picture, ColumnsOf(picture), RowsOf(picture), 0);
+}
+template <class Work>
+void ForEachColourPlane(const PlanarView& picture, Work work) {
+    for (unsigned p = 0; p < 3; ++p) work(picture.plane[p], ColumnsOf(picture, p), RowsOf(picture, p), p);
+}
+
+// One print that fills the frame, or four of half the size.
+template <class Sample, class View>
+void PopStyle(const View& picture, unsigned width, unsigned height, const PopStyleSettings& settings,
+              InstructionSet set) {
+    if (width == 0 || height == 0) return;
+    const bool panels = settings.panels != 0;
+    const unsigned columns = width - width / 2, rows = height - height / 2;
+    auto alphas = AlphasOf(picture, panels, set);
+    Corners corners(columns, rows, panels, set, [&](unsigned y, std::int16_t* tones) {
+        ReadTones(picture, y, tones, set);
+        alphas.Read(y);
+    });
+    const unsigned colours = unsigned(std::clamp(settings.colours, 2, int(mostColours)));
+    const unsigned across = panels ? columns : width, down = panels ? rows : height;
+    unsigned palette = std::uint32_t(settings.palette) % palettes;
+    for (unsigned top = 0; top < height; top += down, palette += 2) {
+        const Span pixelRows{top, std::min(top + down, height)};
+        const Inks inks[] = {{palette % palettes, colours}, {(palette + 1) % palettes, colours}};
+        std::vector<PrintedPlane<Sample>> planes;
+        for (unsigned left = 0, panel = 0; left < width; left += across, ++panel)
+            ForEachColourPlane(picture, [&](const auto& plane, const SharedAxis& x, const SharedAxis& y, unsigned p) {
+                planes.emplace_back(plane, Stretch(x, {left, std::min(left + across, width)}), Stretch(y, pixelRows),
+                                    inks[panel], p, set);
+            });
+        for (unsigned y = 0; y <= pixelRows.end - top; ++y) {
+            const std::int16_t* const above = corners.Above(y);
+            if (y > 0) alphas.Write(top + y - 1);
+            for (auto& plane : planes) plane.Take(y, above);
         }
-        if (prints.HasPanels() && y < alpha.height)
-            std::copy_n(prints.Alphas(), std::min(alpha.width, luma.width), alpha.Row(y));
     }
 }
 
@@ -212,22 +305,12 @@ void PopStyleComponentEffect(const PlanarView& picture, Prints& prints, ChromaRo
 CPopStyleVideoImageEffect::CPopStyleVideoImageEffect() : CSettingsEffect(effectNamePopStyle, popStyleProperties) {}
 
 void CPopStyleVideoImageEffect::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
+    const InstructionSet set = Instructions();
     ForFrame(
-        [&](const PackedView& picture) {
-            Prints prints(picture.width, picture.height, m_settings);
-            variantsOf<PopStyleRgba32Effect>.For(Instructions())(picture, prints);
-        },
+        [&](const PackedView& picture) { PopStyle<Rgba32>(picture, picture.width, picture.height, m_settings, set); },
         [&](const PlanarView& picture) {
             const ComponentView& luma = picture.plane[0];
-            Prints prints(luma.width, luma.height, m_settings);
-            ChromaRow chroma[2];
-            for (unsigned p : {1u, 2u})
-                chroma[p - 1] = {std::vector<std::uint8_t>(luma.width),
-                                 std::vector<std::uint16_t>(ColumnsOf(picture, p).size)};
-            const auto print = WithConstantShift(picture.columnShift, [&](auto shift) {
-                return variantsOf<PopStyleComponentEffect<shift>>.For(Instructions());
-            });
-            print(picture, prints, chroma);
+            PopStyle<std::uint8_t>(picture, luma.width, luma.height, m_settings, set);
         },
         *frame);
 }
