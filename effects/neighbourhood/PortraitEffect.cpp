@@ -80,9 +80,9 @@ class SquareSums {
 class Softness {
  public:
     explicit Softness(int strength) {
-        const unsigned flat = unsigned(strength * strength * 9 / 100);
+        const unsigned flat = unsigned(strength * strength * 5 / 100), square = flat * flat;
         for (unsigned variance = 0; variance < variances; ++variance)
-            m_share[variance] = std::uint8_t(flat ? 255 * flat / (variance + flat) : 0);
+            m_share[variance] = std::uint8_t(flat ? 255 * square / (variance * variance + square) : 0);
     }
     std::uint32_t operator()(std::uint32_t variance) const { return m_share[std::min(variance, variances - 1)]; }
 
@@ -176,9 +176,9 @@ void SmoothTones(std::uint8_t* __restrict tones, unsigned width, const std::uint
         const auto at = [=](const std::uint16_t* cells) { return int((3u * cells[cell] + cells[beside]) >> 2); };
         const int old = tones[x];
         const int smoothed = ClampToByte(old + ((at(tone) * 256 - at(share) * old + (1 << 15)) >> 16));
-        const int bright = at(light) >> 8;
-        tones[x] =
-            std::uint8_t(smoothed + (std::max(0, look.white - smoothed) * (bright * bright * look.glow >> 8) >> 16));
+        // What is dark by itself takes little of the light around it.
+        const int bright = at(light) >> 8, room = std::max(0, look.white - smoothed) * smoothed >> 4;
+        tones[x] = std::uint8_t(smoothed + (room * (bright * bright * look.glow >> 8) >> 20));
     };
     for (std::size_t i = 0; i < width / 2; ++i) {
         smooth(2 * i, i + 1, i);

@@ -25,7 +25,7 @@ Plane Means(const Plane& in, int radius, unsigned bits) {
 // chroma(x, y) returns the u and v of a pixel.
 template <class Chroma>
 Plane Softened(const Plane& tones, Look look, int white, Chroma chroma) {
-    const int radius = (look.radius + 1) / 2, flat = look.strength * look.strength * 9 / 100;
+    const int radius = (look.radius + 1) / 2, flat = look.strength * look.strength * 5 / 100;
     const Plane cells((tones.width + 1) / 2, (tones.height + 1) / 2, [&](int x, int y) {
         return (tones.Near(2 * x, 2 * y) + tones.Near(2 * x + 1, 2 * y) + tones.Near(2 * x, 2 * y + 1) +
                 tones.Near(2 * x + 1, 2 * y + 1) + 2) /
@@ -38,7 +38,9 @@ Plane Softened(const Plane& tones, Look look, int white, Chroma chroma) {
         const int variance = std::clamp((squares(x, y) - square) / 256, 0, 4095);
         const auto [u, v] = chroma(2 * x, 2 * y);
         const int near = std::clamp(8 * (52 - std::abs(u - 108) - std::abs(v - 152)), 0, 255);
-        return flat ? 255 * flat / (variance + flat) * (90 + near * 165 / 256) * std::min(m / 128, 255) / 65536 : 0;
+        return flat ? 255 * flat * flat / (variance * variance + flat * flat) * (90 + near * 165 / 256) *
+                          std::min(m / 128, 255) / 65536
+                    : 0;
     });
     const Plane a = Means(share, radius, 8), l = Means(light, radius, 0),
                 b = Means(cells.Like([&](int x, int y) { return share(x, y) * light(x, y) / 256; }), radius, 0);
@@ -50,7 +52,7 @@ Plane Softened(const Plane& tones, Look look, int white, Chroma chroma) {
         };
         const int t = tones(x, y), s = std::clamp(t + ((256 * full(b) - full(a) * t + 32768) >> 16), 0, 255);
         const int bright = full(l) / 256, glow = look.glow * 256 / 100;
-        return s + std::max(0, white - s) * (bright * bright * glow / 256) / 65536;
+        return s + std::max(0, white - s) * s / 16 * (bright * bright * glow / 256) / 1048576;
     });
 }
 
@@ -104,6 +106,23 @@ TEST(Portrait, SmoothsSkinMostAndShadowsAndOtherColoursLess) {
               hair = SpreadOfNoise(40, 108, 152);
     EXPECT_LT(skin * 5, grass);
     EXPECT_LT(skin * 5, hair);
+}
+
+// A pupil, and hair of strong contrast, in skin that glows.
+TEST(Portrait, KeepsEyesDarkAndHairCrisp) {
+    TestFrame frame(0, 80, 40);
+    Picture picture(frame);
+    picture.planes[0] = picture.planes[0].Like([](int x, int y) {
+        if (x >= 40) return x % 4 < 2 ? 130 : 80;
+        return std::abs(x - 20) < 4 && std::abs(y - 20) < 4 ? 30 : 170;
+    });
+    picture.StoreIn(frame);
+    frame.Fill(1, 108);
+    frame.Fill(2, 152);
+    Apply(*MakeEffect("portrait", Look{60, 8, 40}.AsSettings()), frame);
+    const Plane after = Picture(frame).planes[0];
+    EXPECT_LT(after(20, 20), 40);
+    EXPECT_GT(after(60, 20) - after(62, 20), 44);
 }
 
 }  // namespace
