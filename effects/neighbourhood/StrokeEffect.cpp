@@ -40,20 +40,28 @@ constexpr unsigned reach = 3, side = 2 * reach + 1;
 // In 16 bits, so that many fit a vector.
 std::uint16_t Excess(std::uint16_t value, std::uint16_t limit) { return std::uint16_t(std::max(value, limit) - limit); }
 
+// A product's part above its lower 16 bits.
+std::uint16_t Upper(std::uint16_t a, std::uint16_t b) { return std::uint16_t(std::uint32_t(a) * b >> 16); }
+
 // `sums` of columns, from `reach` before the first pixel on.
 void DrawRow(std::uint8_t* __restrict drawn, const std::uint8_t* __restrict tones, const std::uint16_t* __restrict sums,
-             const std::uint8_t* __restrict strokes, const std::uint8_t* __restrict crossStrokes, unsigned width,
-             std::uint16_t strength) {
+             const std::uint8_t* __restrict strokes, const std::uint8_t* __restrict crossStrokes,
+             const std::uint8_t* __restrict grain, unsigned width, std::uint16_t strength) {
     for (std::size_t x = 0; x < width; ++x) {
         std::uint16_t sum = 0;
         for (unsigned i = 0; i < side; ++i) sum = std::uint16_t(sum + sums[x + i]);
-        const auto mean = std::uint16_t(std::uint32_t(sum) * 1338 >> 16);
+        const std::uint16_t mean = Upper(sum, 1338);
         const auto darkness = std::uint16_t(255 - mean);
         const auto hatched =
             std::uint16_t(Excess(darkness, strokes[x]) + Excess(darkness, std::uint16_t(112 + crossStrokes[x])));
-        const auto line = std::uint16_t(std::uint16_t(Excess(mean, std::uint16_t(tones[x] + 4)) * strength) >> 3);
-        const auto shade = std::uint16_t(std::uint16_t(hatched * strength) >> 6);
-        drawn[x] = std::uint8_t(255 - std::min<std::uint16_t>(std::uint16_t(line + shade), 225));
+        const auto shade = std::uint16_t(std::uint16_t(hatched * strength) >> 5);
+        const std::uint16_t contour = Excess(mean, std::uint16_t(tones[x] + 5 + grain[x]));
+        const auto pressure = std::uint16_t(32 * (96 + (darkness >> 1)));
+        const std::uint16_t line = Upper(std::uint16_t(contour * strength), pressure);
+        // The more graphite there is, the less comes on top.
+        const auto graphite = std::min<std::uint16_t>(std::uint16_t(line + shade), 511);
+        const std::uint16_t black = Upper(std::uint16_t(graphite << 6), std::uint16_t(1024 - graphite));
+        drawn[x] = std::uint8_t(255 - grain[x] - std::uint16_t(std::uint16_t(black * 230) >> 8));
     }
 }
 
@@ -96,7 +104,7 @@ void Draw(unsigned width, unsigned height, const StrokePaper& paper, std::uint16
         std::fill_n(&sums[0], reach, *inside);
         std::fill_n(inside + width, reach, inside[width - 1]);
         for (unsigned x = 0; x < width; x += StrokePaper::side)
-            draw(&drawn[x], tones(y) + x, &sums[x], paper.Strokes(y), paper.CrossStrokes(y),
+            draw(&drawn[x], tones(y) + x, &sums[x], paper.Strokes(y), paper.CrossStrokes(y), paper.Grain(y),
                  std::min(StrokePaper::side, width - x), strength);
         write(y, drawn.data(), tones(y));
         subtract(inside, nearest(y, reach, 0), width);
@@ -107,12 +115,18 @@ void Draw(unsigned width, unsigned height, const StrokePaper& paper, std::uint16
 
 }  // namespace
 
-StrokePaper::StrokePaper() : m_darkness(2 * side * side) {
+StrokePaper::StrokePaper() : m_places(3 * side * side) {
     const Streaks lines(0), crossLines(1);
+    const auto random = [](unsigned x, unsigned y) { return int(FrameHash(0, 0).Row(2, y % side)(x % side) >> 24); };
     for (unsigned y = 0; y < side; ++y)
         for (unsigned x = 0; x < side; ++x) {
-            m_darkness[y * side + x] = lines(x + y, x - y);
-            m_darkness[(side + y) * side + x] = crossLines(2 * x - y, x + 2 * y);
+            // Fibres are a little wider than pixels.
+            const int sum = random(x, y) + random(x + 1, y) + random(x, y + 1) + random(x + 1, y + 1);
+            const unsigned tooth = ClampToByte(sum / 2 - 127);
+            const auto place = [&](unsigned plane) -> std::uint8_t& { return m_places[(plane * side + y) * side + x]; };
+            place(0) = std::uint8_t(34 + (lines(x + y, x - y) * 150u >> 8) + (tooth * 70 >> 8));
+            place(1) = std::uint8_t((crossLines(2 * x - y, x + 2 * y) * 110u >> 8) + (tooth * 70 >> 8));
+            place(2) = std::uint8_t(tooth * 10 >> 8);
         }
 }
 
