@@ -45,7 +45,8 @@ class ShiftMap {
             for (unsigned row = 0; row < m_rows; ++row) Smooth(&m_shifts[row * m_columns], m_columns, 1);
             for (unsigned column = 0; column < m_columns; ++column) Smooth(&m_shifts[column], m_rows, m_columns);
         }
-        for (int& shift : m_shifts) shift = int(std::int64_t(shift - 32768) * width * strength / 510000);
+        const int screen = MiddleDepth();
+        for (int& shift : m_shifts) shift = int(std::int64_t(shift - screen) * width * strength / 510000);
     }
 
     // Room for the shifts of a row of `width` samples, each of 2^shift columns.
@@ -85,9 +86,26 @@ class ShiftMap {
         }
     }
 
+    // Of the cells between the thirds.
+    int MiddleDepth() const {
+        std::int64_t sum = 0;
+        for (unsigned row = m_rows / 3; row < m_rows - m_rows / 3; ++row)
+            for (unsigned column = m_columns / 3; column < m_columns - m_columns / 3; ++column)
+                sum += m_shifts[row * m_columns + column];
+        const unsigned columns = m_columns - m_columns / 3 * 2, rows = m_rows - m_rows / 3 * 2;
+        return int(sum / (std::int64_t(columns) * rows));
+    }
+
     unsigned m_columns, m_rows;
     std::vector<int> m_shifts, m_row;
 };
+
+// How far the left eye's red lies from the right eye's, the more held back the farther: what an eye of its own sees as
+// depth, two eyes see as a coloured fringe.
+int HeldBack(int red) {
+    const int small = std::clamp(red, -40, 40);
+    return small + ((red - small) >> 2);
+}
 
 std::uint8_t Interpolated(std::uint8_t a, std::uint8_t b, std::uint32_t part) {
     return std::uint8_t(std::uint16_t(a * (256 - part) + b * part) >> 8);
@@ -172,11 +190,14 @@ class Eyes {
 
 void JoinPixels(Rgba32* row, unsigned width, const std::uint32_t* __restrict left,
                 const std::uint32_t* __restrict right) {
-    for (unsigned x = 0; x < width; ++x)
-        StoreWord(row + x, WithAlphaOf(LoadWord(row + x), Blue(right[x]), Green(right[x]), Red(left[x])));
+    for (unsigned x = 0; x < width; ++x) {
+        const auto red = std::int32_t(Red(right[x]));
+        const auto held = std::uint32_t(red + HeldBack(std::int32_t(Red(left[x])) - red));
+        StoreWord(row + x, WithAlphaOf(LoadWord(row + x), Blue(right[x]), Green(right[x]), held));
+    }
 }
 
-int RedOf(int luma, int v) { return (298 * luma + 409 * v) >> 8; }
+int RedOf(int luma, int v) { return HeldBack((298 * luma + 409 * v) >> 8); }
 
 void JoinLuma(std::uint8_t* __restrict row, std::int16_t* __restrict differences, unsigned width,
               const std::uint8_t* __restrict left, const std::uint8_t* __restrict right,

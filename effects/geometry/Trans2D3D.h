@@ -21,13 +21,17 @@ struct Trans2D3DSettings {
 /// mean of v - u (of packed pixels 171 red - 22 green - 149 blue >> 8) of every fourth pixel of every fourth row, the
 /// depth is (p x 160 >> 8) + 48 + (w x 3 >> 2), held within 0 to 255, times 256. Twice along the rows and twice down
 /// the columns it becomes the mean over an eighth of the cells of that direction, at least one, to either side, the
-/// nearest cells serving beyond the edges. A cell's shift in 256ths of a pixel is (depth - 32768) x width x strength /
-/// 510000; between the middles of cells it changes evenly, rows first. The left eye sees at x what lies at x - shift,
-/// the right eye what lies at x + shift, interpolated as (near x (256 - part) + next x part) >> 8 and held inside the
-/// row; a chroma sample has the shift of its first pixel, halved as often as the plane's width is.
+/// nearest cells serving beyond the edges. What stands between
+/// the thirds of the cells' columns and rows is at the screen on the mean: with s for the mean of their depths, a
+/// cell's shift in 256ths of a pixel is (depth - s) x width x strength / 510000; between the middles of cells it
+/// changes evenly, rows first. The left eye sees at x what lies at x - shift, the right eye what lies at x + shift,
+/// interpolated as (near x (256 - part) + next x part) >> 8 and held inside the row; a chroma sample has the shift of
+/// its first pixel, halved as often as the plane's width is.
 ///
-/// The anaglyph has the left eye's red and the right eye's green and blue. In planes, with y, u, v of the right eye and
-/// r = (298 x dy + 409 x dv) >> 8 from the differences to the left, these are y + (66 x r >> 8), u - (38 x r >> 8) and
+/// The anaglyph has the left eye's red and the right eye's green and blue; where the two reds differ by r, more than
+/// 40, the left one is held back to a difference of 40 + (r - 40 >> 2), of less than -40 to -40 + (r + 40 >> 2), since
+/// sharp edges would have fringes. In planes, with y, u, v of the right eye and r = (298 x dy + 409 x dv) >> 8 from the
+/// differences to the left, held back like that, these are y + (66 x r >> 8), u - (38 x r >> 8) and
 /// v + (112 x r >> 8), held within bytes; for chroma dy is the mean over its pixels of the first row. Side by side,
 /// either view is halved in width, each sample the rounded mean of two; top and bottom, in height.
 class CTrans2D3D : public CSettingsEffect<Trans2D3DSettings> {

@@ -24,7 +24,12 @@ Plane CellShifts(int width, int height, int strength, const std::function<int(in
                 return sum / (2 * radius + 1);
             });
         }
-    return cells.Like([&](int x, int y) { return int((long long)(cells(x, y) - 32768) * width * strength / 510000); });
+    // The middle stands at the screen.
+    long long sum = 0, count = 0;
+    for (int y = rows / 3; y < rows - rows / 3; ++y)
+        for (int x = columns / 3; x < columns - columns / 3; ++x, ++count) sum += cells(x, y);
+    const int screen = int(sum / count);
+    return cells.Like([&](int x, int y) { return int((long long)(cells(x, y) - screen) * width * strength / 510000); });
 }
 
 // One eye's view of a plane, whose samples cover 2^across x 2^down pixels.
@@ -55,6 +60,8 @@ Plane Halves(const Plane& left, const Plane& right, bool beside) {
     });
 }
 
+int HeldBack(int red) { return red > 40 ? 40 + ((red - 40) >> 2) : red < -40 ? -40 + ((red + 40) >> 2) : red; }
+
 void Judge(Picture& picture, int strength, int output, int swap) {
     std::vector<Plane>& planes = picture.planes;
     const Picture from = picture;
@@ -74,20 +81,23 @@ void Judge(Picture& picture, int strength, int output, int swap) {
     if (output != 0) {
         for (unsigned p = 0; p < planes.size(); ++p) planes[p] = Halves(left[p], right[p], output == 1);
     } else if (from.packed) {
-        planes = {right[0], right[1], left[2], planes[3]};
+        planes = {right[0], right[1], right[2].Like([&](int x, int y) {
+                      return right[2](x, y) + HeldBack(left[2](x, y) - right[2](x, y));
+                  }),
+                  planes[3]};
     } else {
         // The difference between the eyes' reds, as luma and chroma.
         const auto dv = [&](int x, int y) { return left[2].Near(x, y) - right[2].Near(x, y); };
         const auto dy = [&](int x, int y) { return left[0].Near(x, y) - right[0].Near(x, y); };
         planes[0] = planes[0].Like([&](int x, int y) {
-            const int red = (298 * dy(x, y) + 409 * dv(x >> across, y >> down)) >> 8;
+            const int red = HeldBack((298 * dy(x, y) + 409 * dv(x >> across, y >> down)) >> 8);
             return std::clamp(right[0](x, y) + (66 * red >> 8), 0, 255);
         });
         for (unsigned p : {1u, 2u})
             planes[p] = planes[p].Like([&](int x, int y) {
                 int sum = 0;
                 for (int k = 0; k < 1 << across; ++k) sum += dy((x << across) + k, y << down);
-                const int red = (298 * (sum >> across) + 409 * dv(x, y)) >> 8;
+                const int red = HeldBack((298 * (sum >> across) + 409 * dv(x, y)) >> 8);
                 return std::clamp(right[p](x, y) + (p == 1 ? -(38 * red >> 8) : 112 * red >> 8), 0, 255);
             });
     }
@@ -102,6 +112,29 @@ TEST(Trans2D3D, ShowsEachEyeAViewOfItsOwn) {
             Numbers("2D_3D_TransForm_", {{"strength", strength}, {"output", output}, {"swap", swap}});
         ExpectEffect("2D_3D_TransForm", views, frame, picture);
     });
+}
+
+// White bars on black, of which the lower ones stand nearer: the eyes see them apart, without a fringe of full colour.
+TEST(Trans2D3D, HoldsBackFringesAtSharpEdges) {
+    TestFrame frame(30, 400, 96);
+    frame.SetSamples(0, Grid(96, [] {
+                         std::vector<unsigned> bars(400, 0xFF000000);
+                         for (std::size_t x = 0; x < bars.size(); ++x)
+                             if (x / 20 % 2) bars[x] = 0xFFFFFFFF;
+                         return bars;
+                     }()));
+    Apply(*MakeEffect("2D_3D_TransForm", Numbers("2D_3D_TransForm_", {{"strength", 60}})), frame);
+    const Picture after(frame);
+    const auto fringe = [&](int y) {
+        int widest = 0;
+        for (int x = 0; x < 400; ++x)
+            widest = std::max(widest, std::abs(after.planes[2](x, y) - after.planes[1](x, y)));
+        return widest;
+    };
+    EXPECT_GT(fringe(2), 60);
+    EXPECT_GT(fringe(93), 60);
+    for (int y = 0; y < 96; ++y) EXPECT_LE(fringe(y), 94);
+    EXPECT_LT(fringe(48), 40) << "the middle stands at the screen";
 }
 
 }  // namespace
