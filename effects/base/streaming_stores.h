@@ -26,8 +26,9 @@ class StreamingStores {
     void Copy(unsigned char* to, const unsigned char* from, std::size_t size) const {
         const std::size_t head = BeforeLine(to, size), end = head + (size - head) / cacheLine * cacheLine;
         std::memcpy(to, from, head);
-        for (std::size_t at = head; at < end; at += sizeof(__m128i))
-            Stream(to + at, _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + at)));
+        for (std::size_t line = head; line < end; line += cacheLine)
+            for (std::size_t at = line; at < line + cacheLine; at += sizeof(__m128i))
+                Stream(to + at, _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + at)));
         std::memcpy(to + end, from + end, size - end);
     }
     void Fill(unsigned char* to, std::uint8_t value, std::size_t size) const {

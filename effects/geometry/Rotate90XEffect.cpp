@@ -9,7 +9,9 @@
 #include "effects/base/frame_views.h"
 #include "effects/base/row_loops.h"
 #include "effects/base/shared_samples.h"
+#include "effects/base/streaming_stores.h"
 #include "effects/geometry/ReverseEffect.h"
+#include "effects/geometry/Rotate90XEffect_avx2.h"
 #include "effects/geometry/axis_scaling.h"
 
 namespace AVBased {
@@ -37,8 +39,8 @@ Span OnPlane(Span span, unsigned length, unsigned shift, unsigned planeSize) {
 }
 
 template <unsigned taps>
-void MixRows(std::uint8_t* __restrict to, const std::uint8_t* __restrict from, std::size_t pitch,
-             const std::uint16_t* weights, unsigned bytes) {
+void MixFewRows(std::uint8_t* __restrict to, const std::uint8_t* __restrict from, std::size_t pitch,
+                const std::uint16_t* weights, unsigned bytes) {
     std::uint16_t w[taps];
     std::copy_n(weights, taps, w);
     for (unsigned x = 0; x < bytes; ++x) {
@@ -67,24 +69,26 @@ void MixManyRows(std::uint8_t* __restrict to, const std::uint8_t* __restrict fro
 }
 
 // One row out of those of a plane that are `pitch` bytes apart.
-void ScaleRow(std::uint8_t* to, const std::uint8_t* plane, std::size_t pitch, const AxisScaling::Taps& taps,
-              unsigned bytes) {
-    const std::uint8_t* const from = plane + taps.first * pitch;
-    switch (taps.count) {
-        case 1:
-            std::memcpy(to, from, bytes);
-            break;
-        case 2:
-            MixRows<2>(to, from, pitch, taps.weights, bytes);
-            break;
-        case 3:
-            MixRows<3>(to, from, pitch, taps.weights, bytes);
-            break;
-        case 4:
-            MixRows<4>(to, from, pitch, taps.weights, bytes);
-            break;
-        default:
-            MixManyRows(to, from, pitch, taps, bytes);
+void MixRows(std::uint8_t* to, const std::uint8_t* from, std::size_t pitch, const AxisScaling::Taps& taps,
+             unsigned bytes, std::ptrdiff_t) {
+    if (taps.count == 1)
+        std::memcpy(to, from, bytes);
+    else if (taps.count == 2)
+        MixFewRows<2>(to, from, pitch, taps.weights, bytes);
+    else if (taps.count == 3)
+        MixFewRows<3>(to, from, pitch, taps.weights, bytes);
+    else if (taps.count == 4)
+        MixFewRows<4>(to, from, pitch, taps.weights, bytes);
+    else
+        MixManyRows(to, from, pitch, taps, bytes);
+}
+
+void MixLines(std::uint8_t* to, std::ptrdiff_t step, const std::uint8_t* lines, const AxisScaling& scaling,
+              unsigned begin, unsigned end) {
+    for (unsigned i = begin; i < end; ++i) {
+        const AxisScaling::Taps taps = scaling[i];
+        MixRows(to + std::ptrdiff_t(i) * step, lines + taps.first * std::size_t(cacheLine), cacheLine, taps, cacheLine,
+                0);
     }
 }
 
@@ -118,19 +122,23 @@ void Transpose(std::uint8_t* to, std::size_t toPitch, const std::uint8_t* from, 
     for (unsigned i = 0; i < count; ++i) std::memcpy(to + i * toPitch, &rows[i], vectorBytes);
 }
 
-std::size_t WholeLines(std::size_t bytes) { return (bytes + cacheLine - 1) / cacheLine * cacheLine; }
+// The turned picture is made in stripes that are a cache line wide: what is turned and scaled at once stays in the
+// nearer caches, and every line of the result is written whole.
+template <class Sample>
+constexpr unsigned stripeColumns = cacheLine / sizeof(Sample);
 
-constexpr unsigned stripeLines = 16;
+constexpr unsigned pieceBytes = 1024;  // of rows, turned and scaled while they are in the nearest cache
+constexpr unsigned stripePitch = pieceBytes + vectorBytes;
 
-// What turning a plane needs beside it: how its rows become columns and its columns rows, some scaled rows, and all of
-// them turned.
+// What turning a plane needs beside it: how its rows become columns and its columns rows, a piece of the rows of a
+// stripe, these turned, and the result, stripe by stripe.
 struct Turn {
     Span across, down;
     bool clockwise;
     AxisScaling rows, columns;
-    std::size_t linePitch, turnedPitch;
-    std::vector<std::uint8_t> lines;
-    std::unique_ptr<std::uint8_t[]> turned;
+    std::vector<std::uint8_t> stripe;
+    std::size_t stripeBytes;
+    std::unique_ptr<std::uint8_t[]> turned, result;
 
     template <class Sample>
     Turn(const PlaneView<Sample>& plane, Span acrossPlane, Span downPlane, bool turnsClockwise)
@@ -139,42 +147,78 @@ struct Turn {
           clockwise(turnsClockwise),
           rows(plane.height, across.Size()),
           columns(plane.width, down.Size()),
-          linePitch(WholeLines(plane.width * sizeof(Sample))),
-          turnedPitch(WholeLines(across.Size() * sizeof(Sample))),
-          lines(linePitch * stripeLines),
-          turned(new std::uint8_t[turnedPitch * (plane.width + std::size_t(vectorBytes))]) {}
+          stripe(stripePitch * stripeColumns<Sample>),
+          stripeBytes(down.Size() * std::size_t(cacheLine)),
+          turned(new std::uint8_t[cacheLine * (plane.width + std::size_t(vectorBytes))]),
+          result(new std::uint8_t[stripeBytes * ((across.Size() - 1) / stripeColumns<Sample> + 1)]) {}
 };
 
 template <class Sample>
-void TurnPlane(const PlaneView<Sample>& plane, Sample black, Turn& turn) {
+void TransposeStripe(std::uint8_t* to, const std::uint8_t* from, std::size_t fromPitch, unsigned width) {
     using Number = std::conditional_t<sizeof(Sample) == 4, std::uint32_t, std::uint8_t>;
     constexpr unsigned side = lanes<Number>;
-    const Span across = turn.across, down = turn.down;
-    std::uint8_t *const lines = turn.lines.data(), *const turned = turn.turned.get();
-    for (unsigned begin = 0; begin < across.Size(); begin += stripeLines) {
-        const unsigned count = std::min(stripeLines, across.Size() - begin);
-        for (unsigned i = 0; i < count; ++i) {
-            const unsigned column = begin + i;
-            ScaleRow(lines + i * turn.linePitch, plane.data, plane.pitch,
-                     turn.rows[turn.clockwise ? across.Size() - 1 - column : column], plane.width * sizeof(Sample));
+    for (unsigned x = 0; x < width; x += side)
+        for (unsigned i = 0; i < stripeColumns<Sample>; i += side)
+            Transpose<Number>(to + x * std::size_t(cacheLine) + i * sizeof(Sample), cacheLine,
+                              from + i * fromPitch + x * sizeof(Sample), fromPitch);
+}
+
+auto StripeTransposer(Rgba32, InstructionSet set) {
+    return variantsOf<TransposeStripe<Rgba32>, TransposePixelsAvx2>.For(set);
+}
+auto StripeTransposer(std::uint8_t, InstructionSet set) { return variantsOf<TransposeStripe<std::uint8_t>>.For(set); }
+
+// Replaces the plane by the result in the middle of black.
+template <class Sample>
+void WriteResult(const PlaneView<Sample>& plane, Sample black, const Turn& turn) {
+    constexpr unsigned rowsAhead = 8;
+    const StreamingStores stores;
+    std::vector<Sample> line(plane.width, black);
+    const auto write = [&](unsigned y) {
+        stores.Copy(plane.Bytes(y), reinterpret_cast<const std::uint8_t*>(line.data()), plane.width * sizeof(Sample));
+    };
+    for (unsigned y = 0; y < turn.down.begin; ++y) write(y);
+    for (unsigned y = turn.down.end; y < plane.height; ++y) write(y);
+    for (unsigned y = turn.down.begin; y < turn.down.end; ++y) {
+        const std::uint8_t* from = turn.result.get() + std::size_t(y - turn.down.begin) * cacheLine;
+        unsigned x = turn.across.begin;
+        for (; x + stripeColumns<Sample> <= turn.across.end; x += stripeColumns<Sample>, from += turn.stripeBytes) {
+            PrefetchToRead(from, rowsAhead * cacheLine);
+            std::memcpy(&line[x], from, cacheLine);
         }
-        for (unsigned x = 0; x < plane.width; x += side)
-            for (unsigned i = 0; i < count; i += side)
-                Transpose<Number>(turned + x * turn.turnedPitch + (begin + i) * sizeof(Sample), turn.turnedPitch,
-                                  lines + i * turn.linePitch + x * sizeof(Sample), turn.linePitch);
+        std::memcpy(line.data() + x, from, (turn.across.end - x) * sizeof(Sample));
+        write(y);
     }
-    for (unsigned y = 0; y < plane.height; ++y) {
-        Sample* const row = plane.Row(y);
-        if (y < down.begin || y >= down.end) {
-            std::fill_n(row, plane.width, black);
-            continue;
+}
+
+template <class Sample>
+void TurnPlane(const PlaneView<Sample>& plane, Sample black, Turn& turn, InstructionSet set) {
+    constexpr unsigned pieceColumns = pieceBytes / sizeof(Sample);
+    const auto mixRows = variantsOf<MixRows, MixRowsAvx2>.For(set);
+    const auto mixLines = variantsOf<MixLines, MixLinesAvx2>.For(set);
+    const auto transpose = StripeTransposer(black, set);
+    const unsigned width = turn.across.Size(), height = turn.down.Size();
+    // The rows of the next line but one.
+    const std::ptrdiff_t ahead = (turn.clockwise ? -4 : 4) * std::ptrdiff_t(plane.pitch);
+    const std::ptrdiff_t step = (turn.clockwise ? 1 : -1) * std::ptrdiff_t(cacheLine);
+    std::uint8_t *const stripe = turn.stripe.data(), *const turned = turn.turned.get(), *to = turn.result.get();
+    if (!turn.clockwise) to += turn.stripeBytes - cacheLine;
+    for (unsigned begin = 0; begin < width; begin += stripeColumns<Sample>, to += turn.stripeBytes) {
+        const unsigned count = std::min(stripeColumns<Sample>, width - begin);
+        for (unsigned x = 0, line = 0; x < plane.width; x += pieceColumns) {
+            const unsigned columns = std::min(pieceColumns, plane.width - x);
+            for (unsigned i = 0; i < count; ++i) {
+                const AxisScaling::Taps taps = turn.rows[turn.clockwise ? width - 1 - begin - i : begin + i];
+                mixRows(stripe + i * stripePitch, plane.Bytes(taps.first) + x * sizeof(Sample), plane.pitch, taps,
+                        columns * sizeof(Sample), ahead);
+            }
+            transpose(turned + x * std::size_t(cacheLine), stripe, stripePitch, columns);
+            const unsigned first = line;
+            while (line < height && turn.columns[line].first + turn.columns[line].count <= x + columns) ++line;
+            mixLines(to, step, turned, turn.columns, first, line);
         }
-        const unsigned line = y - down.begin;
-        std::fill_n(row, across.begin, black);
-        ScaleRow(reinterpret_cast<std::uint8_t*>(row + across.begin), turned, turn.turnedPitch,
-                 turn.columns[turn.clockwise ? line : down.Size() - 1 - line], across.Size() * sizeof(Sample));
-        std::fill_n(row + across.end, plane.width - across.end, black);
     }
+    WriteResult(plane, black, turn);
 }
 
 }  // namespace
@@ -195,7 +239,7 @@ void CRotate90X::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
                    down = height > width ? Fit(height, width, rowShift) : Span{0, height};
         Turn turn(plane, OnPlane(across, width, sharesSamples ? columnShift : 0, plane.width),
                   OnPlane(down, height, sharesSamples ? rowShift : 0, plane.height), clockwise);
-        variantsOf<TurnPlane<Sample>>.For(Instructions())(plane, black, turn);
+        TurnPlane(plane, black, turn, Instructions());
     };
     ForFrame(
         [&](const PackedView& picture) {

@@ -11,7 +11,7 @@ namespace AVBased {
 
 class AxisScaling {
  public:
-    /// The weights in 1/256, which sum up to 256, of the samples from `first` on.
+    /// The weights in 1/256, which sum up to 256, of the samples from `first` on. The first and the last are not 0.
     struct Taps {
         unsigned first, count;
         const std::uint16_t* weights;
@@ -38,7 +38,7 @@ class AxisScaling {
         while (weight(first) <= 0) ++first;
         std::int64_t end = first, total = 0;
         for (; end < from && weight(end) > 0; ++end) total += weight(end);
-        m_places.push_back({unsigned(first), unsigned(end - first), m_weights.size()});
+        const std::size_t weights = m_weights.size();
         std::int64_t sum = 0, before = 0;
         for (std::int64_t j = first; j < end; ++j) {
             sum += weight(j);
@@ -46,6 +46,13 @@ class AxisScaling {
             m_weights.push_back(std::uint16_t(rounded - before));
             before = rounded;
         }
+        // What was rounded to nothing at the ends does not count: a sample that has all the weight stands alone.
+        while (m_weights.back() == 0) m_weights.pop_back();
+        const auto begin = m_weights.begin() + std::ptrdiff_t(weights);
+        const auto some = std::find_if(begin, m_weights.end(), [](std::uint16_t w) { return w > 0; });
+        first += some - begin;
+        m_weights.erase(begin, some);
+        m_places.push_back({unsigned(first), unsigned(m_weights.size() - weights), weights});
     }
 
     std::vector<Place> m_places;
