@@ -27,34 +27,6 @@ Box Shrunk(const Box& box, unsigned columnShift, unsigned rowShift) {
             end(box.yEnd, rowShift)};
 }
 
-// The smallest box that holds what `plan` reads, and the columns of each row that it changes.
-void Finish(GatherPlan& plan, unsigned width, unsigned height, const Box& source) {
-    plan.source = source.xBegin < source.xEnd ? source.ClippedTo(width, height) : Box{};
-    plan.spans.resize(plan.target.Height());
-    for (std::size_t y = 0; y < plan.target.Height(); ++y) {
-        const std::uint32_t* const row = &plan.from[y * plan.target.Width()];
-        const std::uint32_t own = std::uint32_t((plan.target.yBegin + y) * width);
-        Span& span = plan.spans[y];
-        span = {plan.target.xBegin, plan.target.xEnd};
-        while (span.begin < span.end && row[span.begin - plan.target.xBegin] == own + span.begin) ++span.begin;
-        while (span.begin < span.end && row[span.end - 1 - plan.target.xBegin] == own + span.end - 1) --span.end;
-    }
-}
-
-// The sources of a turned row lie on as many pages as it has pixels, which no hardware prefetcher follows. Where the
-// copy is larger than the nearer caches, asking this many pixels ahead hides most of the wait.
-constexpr unsigned gatherAhead = 128, gatherStep = 16;
-
-GatherPlan EmptyPlan(const Box& target) {
-    GatherPlan plan;
-    plan.target = target;
-    const std::size_t count = target.Width() * target.Height();
-    // The loops look ahead past the last pixel.
-    plan.from = std::make_unique_for_overwrite<std::uint32_t[]>(count + gatherAhead);
-    std::fill_n(&plan.from[count], gatherAhead, 0u);
-    return plan;
-}
-
 // Numbers the sources of `count` pixels of a row whose first pixel has the number `own`. The bounds grow to hold every
 // position; those outside are treated as `outside` says.
 template <Outside outside>
@@ -72,32 +44,6 @@ void NumberRow(const std::uint32_t* columns, const std::uint32_t* rows, std::uin
         b = b.JoinedTo({nearX, nearX + 1, nearY, nearY + 1});
     }
     *bounds = b;
-}
-
-// Rewrites the picture from a copy of what the plan reads.
-void Gather(const GatherPlan& plan, const PackedView& picture, Rgba32 white) {
-    const std::size_t width = picture.width, count = width * picture.height;
-    const auto copy = std::make_unique_for_overwrite<Rgba32[]>(count + 1);
-    copy[count] = white;
-    for (std::size_t y = plan.source.yBegin; y < plan.source.yEnd; ++y)
-        std::memcpy(&copy[y * width + plan.source.xBegin], picture.Row(y) + plan.source.xBegin,
-                    plan.source.Width() * sizeof(Rgba32));
-    for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y) {
-        const unsigned band = y - plan.target.yBegin;
-        const Span span = plan.spans[band];
-        const std::uint32_t* const from = &plan.from[band * plan.target.Width()] + (span.begin - plan.target.xBegin);
-        Rgba32* const row = picture.Row(y) + span.begin;
-        const unsigned length = span.end - span.begin;
-        unsigned i = 0;
-        for (; i + gatherStep <= length; i += gatherStep) {
-            PrefetchToWrite(row + i);
-            for (unsigned j = i; j < i + gatherStep; ++j) {
-                __builtin_prefetch(&copy[from[j + gatherAhead]]);
-                row[j] = copy[from[j]];
-            }
-        }
-        for (; i < length; ++i) row[i] = copy[from[i]];
-    }
 }
 
 // Keeps the sources of a row inside a picture and marks those that were outside where they are to turn white.
@@ -202,24 +148,25 @@ void CoordinateTable::PlaceEach(const PlacePixel& place, bool first) const {
     }
 }
 
-GatherPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
-    GatherPlan plan = EmptyPlan(m_box.ClippedTo(geometry.width, geometry.height));
+PixelPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
+    const Box target = m_box.ClippedTo(geometry.width, geometry.height);
+    PixelPlanner planner(target, geometry.width, geometry.height, m_instructionSet);
     const auto variants = geometry.outside == Outside::White       ? variantsOf<NumberRow<Outside::White>>
                           : geometry.outside == Outside::Unchanged ? variantsOf<NumberRow<Outside::Unchanged>>
                                                                    : variantsOf<NumberRow<Outside::Nearest>>;
     const auto number = variants.For(m_instructionSet);
     Box source = nothing;
     const FillSourceRow fill = m_beginRows(m_instructionSet);
-    SourceRows memory(plan.target, 1);
-    for (unsigned y = plan.target.yBegin; y < plan.target.yEnd; ++y) {
+    SourceRows memory(target, 1);
+    for (unsigned y = target.yBegin; y < target.yEnd; ++y) {
         const SourceRow row = memory.Filled(fill, y);
-        number(row.columns, row.rows, row.count, y * geometry.width + plan.target.xBegin, geometry.width,
-               geometry.height, &plan.from[(y - plan.target.yBegin) * plan.target.Width()], &source);
+        number(row.columns, row.rows, row.count, y * geometry.width + target.xBegin, geometry.width, geometry.height,
+               planner.Row(), &source);
+        planner.AddRow();
     }
     // A pixel that keeps its value reads itself.
-    if (geometry.outside == Outside::Unchanged) source = source.JoinedTo(plan.target);
-    Finish(plan, geometry.width, geometry.height, source);
-    return plan;
+    if (geometry.outside == Outside::Unchanged) source = source.JoinedTo(target);
+    return planner.Finish(source);
 }
 
 // Luma and chroma in one walk: of the rows that share a row of chroma the last one decides it.
@@ -284,7 +231,7 @@ void CoordinateTable::Place(const PackedView& picture, Outside outside, bool fir
         m_pixels = PlanPixels(geometry);
         m_geometry = geometry;
     }
-    Gather(m_pixels, picture, Rgba32{255, 255, 255, 255});
+    GatherPixels(m_pixels, picture, Rgba32{255, 255, 255, 255}, m_instructionSet);
 }
 
 void CoordinateTable::Place(const PlanarView& picture, Outside outside, bool first) {

@@ -11,6 +11,7 @@
 #include "effects/base/box.h"
 #include "effects/base/frame_views.h"
 #include "effects/geometry/block_gather.h"
+#include "effects/geometry/pixel_gather.h"
 
 /// Geometric effects: each destination pixel takes a source pixel, and the pieces below do the rest. The placers serve
 /// effects with and without a table.
@@ -75,14 +76,6 @@ struct PlacePlanar {
             *sample = chroma.Row(near.y)[near.x];
         }
     }
-};
-
-/// For each pixel of a part of a packed picture, the pixel that it is taken from: ready for one size of picture.
-struct GatherPlan {
-    Box target;
-    Box source;                             ///< what the copied pixels lie in
-    std::unique_ptr<std::uint32_t[]> from;  ///< y x width + x, row by row over the target; width x height means white
-    std::vector<Span> spans;                ///< the columns of each row of the target that change
 };
 
 /// A row of `count` pixels from (xBegin, y) on, and where their sources go.
@@ -160,7 +153,7 @@ class CoordinateTable {
     void Forget();
     template <class PlacePixel>
     void PlaceEach(const PlacePixel& place, bool first) const;
-    GatherPlan PlanPixels(const Geometry& geometry) const;
+    PixelPlan PlanPixels(const Geometry& geometry) const;
     // Adds the rim that a first pass treats on its own to `rim`, unless this is null.
     void PlanSamples(const Geometry& geometry, std::vector<RimSample>* rim);
 
@@ -169,7 +162,7 @@ class CoordinateTable {
     bool m_valid = false;
     InstructionSet m_instructionSet = BestInstructionSet();
     Geometry m_geometry;  // of the plans that are there
-    GatherPlan m_pixels;
+    PixelPlan m_pixels;
     BlockPlan m_luma, m_chroma;
 };
 
