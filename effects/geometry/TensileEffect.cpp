@@ -1,6 +1,7 @@
 #include "effects/geometry/TensileEffect.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "avbase/avbase.h"
@@ -104,8 +105,15 @@ template <class Sample>
 void Stretch(const AxisMap& columns, const AxisMap& rows, const PlaneView<Sample>& plane, InstructionSet set) {
     const RowSampler<Sample> sampler(columns, plane.width, set);
     std::vector<Sample> own(plane.width);
+    std::optional<unsigned> last;
     ForEachRowInPlace(rows, [&](unsigned y, int direction) {
         const Sample* from = plane.Row(rows[y]);
+        // Where rows repeat, the one before is ready.
+        if (last && rows[*last] == rows[y]) {
+            std::copy_n(plane.Row(*last), plane.width, plane.Row(y));
+            return;
+        }
+        last = y;
         if (rows[y] == y) from = std::copy_n(from, plane.width, own.data()) - plane.width;
         sampler(plane.Row(y), from, 2 * direction * std::ptrdiff_t(plane.pitch));
     });
