@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "effects/base/instruction_sets.h"
 #include "effects/base/row_loops.h"
@@ -214,6 +215,7 @@ void CoordinateTable::PlanSamples(const Geometry& geometry, std::vector<RimSampl
 void CoordinateTable::Forget() {
     m_geometry = {};
     m_pixels = {};
+    m_sorted.reset();
     m_luma = {};
     m_chroma = {};
 }
@@ -230,7 +232,12 @@ void CoordinateTable::Place(const PackedView& picture, Outside outside, bool fir
         Forget();
         m_pixels = PlanPixels(geometry);
         m_geometry = geometry;
+        m_isNew = true;
+    } else if (std::exchange(m_isNew, false)) {
+        m_sorted = Sorted(m_pixels);
+        if (m_sorted) m_pixels = {};
     }
+    if (m_sorted) return GatherSorted(*m_sorted, picture, m_instructionSet);
     GatherPixels(m_pixels, picture, Rgba32{255, 255, 255, 255}, m_instructionSet);
 }
 

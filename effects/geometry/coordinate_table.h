@@ -12,6 +12,7 @@
 #include "effects/base/frame_views.h"
 #include "effects/geometry/block_gather.h"
 #include "effects/geometry/pixel_gather.h"
+#include "effects/geometry/sorted_gather.h"
 
 /// Geometric effects: each destination pixel takes a source pixel, and the pieces below do the rest. The placers serve
 /// effects with and without a table.
@@ -163,6 +164,8 @@ class CoordinateTable {
     InstructionSet m_instructionSet = BestInstructionSet();
     Geometry m_geometry;  // of the plans that are there
     PixelPlan m_pixels;
+    bool m_isNew = false;                // the plan of pixels, which is worth sorting when it is used again
+    std::optional<SortedPlan> m_sorted;  // then in its place
     BlockPlan m_luma, m_chroma;
 };
 
