@@ -10,6 +10,7 @@
 
 #include "host/base/errors.h"
 #include "host/base/nearest_names.h"
+#include "host/base/text_file.h"
 
 namespace Nifikral {
 namespace {
@@ -58,11 +59,10 @@ Presets::Presets(const std::string& file) {
     std::error_code error;
     if (file.empty() && !std::filesystem::exists(path, error)) return;
     std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    if (!stream || std::filesystem::is_directory(path, error) || !(text << stream.rdbuf()))
+    if (!stream || std::filesystem::is_directory(path, error))
         throw HostError(ExitCode::Input, "the presets in " + path + " cannot be read (" +
                                              (errno ? std::strerror(errno) : "no file") + "); check the name");
-    Read(text.str(), path);
+    Read(ReadText(stream, path, "presets"), path);
 }
 
 void Presets::Read(const std::string& text, const std::string& file) {

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "host/base/colour_text.h"
 #include "host/base/nearest_names.h"
+#include "host/base/text_file.h"
 #include "host/media/frame_rate.h"
 
 namespace Nifikral {
@@ -136,7 +136,6 @@ unsigned ProjectItem::Colour() const {
 
 namespace {
 
-constexpr std::uintmax_t longestProject = 16 << 20;  // bytes
 // Of objects and lists within one another. What is deeper is no project, and exhausts the stack of whoever descends.
 constexpr int deepestProject = 64;
 
@@ -151,10 +150,7 @@ Json LoadProject(const std::string& path) {
         refuse(": " + std::string(errno == ENOENT
                                       ? "no such file; check the name, or let nifikral init write an example"
                                       : std::strerror(errno)));
-    std::string text;
-    for (std::istreambuf_iterator<char> next{stream}, end; next != end && text.size() <= longestProject; ++next)
-        text += *next;
-    if (text.size() > longestProject) refuse(" is longer than 16 MB, so no project; check the name");
+    const std::string text = ReadText(stream, path, "project");
     try {
         constexpr bool throws = true, takeComments = true;
         const auto bounded = [&](int depth, Json::parse_event_t, const Json&) {

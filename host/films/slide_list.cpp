@@ -5,8 +5,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "host/base/errors.h"
+#include "host/base/text_file.h"
 #include "host/films/captions.h"
 #include "host/films/text_renderer.h"
 
@@ -46,14 +48,15 @@ std::vector<Slide> ReadSlideList(const std::string& path) {
     if (!stream || std::filesystem::is_directory(path, folder))
         throw HostError(ExitCode::Input, path + ": " + (stream ? "is a folder" : std::strerror(errno)) +
                                              "; name a list of pictures behind the @");
+    const std::string text = ReadText(stream, path, "list");
+    if (text.find('\0') != std::string::npos)
+        throw HostError(ExitCode::Usage, path + " is no list of pictures, which is a text with a file on each line");
+    std::istringstream lines(text);
     std::vector<Slide> slides;
     int number = 0;
-    for (std::string line; std::getline(stream, line);) {
+    for (std::string line; std::getline(lines, line);) {
         const std::string where = path + ":" + std::to_string(++number) + ": ";
         if (number == 1 && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
-        if (line.find('\0') != std::string::npos)
-            throw HostError(ExitCode::Usage,
-                            path + " is no list of pictures, which is a text with a file on each line");
         const std::string file = TakePart(line), seconds = TakePart(line), caption = Trimmed(line);
         if (file.starts_with('#') || (file.empty() && seconds.empty() && caption.empty())) continue;
         if (file.empty()) throw HostError(ExitCode::Usage, where + "names no file; begin the line with one");

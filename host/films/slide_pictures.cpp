@@ -32,6 +32,8 @@ constexpr std::string_view pictureExtensions[] = {
     ".heic", ".heif", ".jxl", ".jp2",  ".j2k", ".tga",  ".ppm", ".pgm", ".pbm", ".pnm",  ".pam",  ".pcx",
     ".sgi",  ".ras",  ".xbm", ".xpm",  ".dds", ".exr",  ".hdr", ".psd", ".qoi", ".ico",  ".dpx"};
 
+constexpr double longestSeconds = 86400;
+
 constexpr std::string_view filmExtensions[] = {".mp4", ".m4v",  ".mov", ".mkv", ".webm", ".avi", ".mts", ".m2ts",
                                                ".mpg", ".mpeg", ".vob", ".ogv", ".wmv",  ".flv", ".3gp", ".ts",
                                                ".3g2", ".asf",  ".dv",  ".m2t", ".mod",  ".tod", ".mxf"};
@@ -101,6 +103,9 @@ std::string TrySlide(Slide& slide, const SlideTrial& trial) {
     try {
         const MediaSource film(slide.path, {.range = {}});
         slide.filmSeconds = SecondsOf(film);
+        if (slide.filmSeconds > longestSeconds)
+            return slide.path + " says that it lasts " + std::to_string(std::llround(slide.filmSeconds)) +
+                   " seconds, and no more than a day is shown; cut it, or repair it: ffmpeg -i IN -c copy OUT";
         slide.hasSound = !film.AudioStreams().empty();
         if (slide.facts.date.empty()) slide.facts.date = DateOf(film);
     } catch (const HostError& error) {

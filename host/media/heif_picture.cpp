@@ -7,6 +7,7 @@ extern "C" {
 #include <libheif/heif.h>
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 #include "host/base/lazy_library.h"
@@ -37,6 +38,8 @@ struct Library {
         library, "heif_image_handle_get_raw_color_profile"};
     Lazy<decltype(heif_image_handle_get_raw_color_profile_size)> imageHandleGetRawColorProfileSize{
         library, "heif_image_handle_get_raw_color_profile_size"};
+    Lazy<decltype(heif_image_handle_get_height)> imageHandleGetHeight{library, "heif_image_handle_get_height"};
+    Lazy<decltype(heif_image_handle_get_width)> imageHandleGetWidth{library, "heif_image_handle_get_width"};
     Lazy<decltype(heif_image_handle_has_alpha_channel)> imageHandleHasAlphaChannel{
         library, "heif_image_handle_has_alpha_channel"};
     Lazy<decltype(heif_image_handle_release)> imageHandleRelease{library, "heif_image_handle_release"};
@@ -58,7 +61,10 @@ template <class Object>
 using HeifPtr = std::unique_ptr<Object, FreeHeif>;
 
 void Check(const heif_error& error) {
-    if (error.code != heif_error_Ok) throw PictureFault(error.message);
+    if (error.code == heif_error_Ok) return;
+    // What comes behind the first line says where in the library it was.
+    const std::string_view message = error.message;
+    throw PictureFault(std::string(message.substr(0, message.find('\n'))));
 }
 
 // Samples of `bits` become such of 16, in place.
@@ -119,6 +125,7 @@ std::unique_ptr<PictureReader> OpenHeifPicture(std::span<const std::uint8_t> fil
     heif_image_handle* primary = nullptr;
     Check(Heif().contextGetPrimaryImageHandle(context.get(), &primary));
     const HeifPtr<heif_image_handle> handle(primary);
+    RequirePixels(Heif().imageHandleGetWidth(handle.get()), Heif().imageHandleGetHeight(handle.get()));
     FramePtr frame = Decode(*handle);
     frame->color_range = AVCOL_RANGE_JPEG;
     frame->colorspace = AVCOL_SPC_RGB;

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/base/errors.h"
@@ -31,6 +32,20 @@ int FindStreams(AVFormatContext& input) {
     const int error = avformat_find_stream_info(&input, options.data());
     for (AVDictionary*& entries : options) av_dict_free(&entries);
     return error;
+}
+
+// Of a picture's file, which FFmpeg and the readers have in the memory as a whole.
+constexpr std::uintmax_t mostBytes = 1 << 30;
+
+constexpr char stdinPicture[] = "the picture from stdin";
+
+void RefuseLongPicture(const std::string& name, std::uintmax_t bytes) {
+    if (bytes > mostBytes) Refuse(name + " is longer than 1 GB, so no picture that can be read; save it anew");
+}
+
+[[noreturn]] void RefuseSize(const std::string& name, const std::string& size) {
+    Refuse(name + " is " + size +
+           " pixels large, and no more than about 260 million can be decoded; scale it down or cut it up");
 }
 
 bool IsAddress(const std::string& path) { return path.find("://") != std::string::npos; }
@@ -93,14 +108,15 @@ InputPtr OpenInput(const std::string& path, const AVInputFormat* format, Standar
     int error = avformat_open_input(&context, url.c_str(), format, &options);
     av_dict_free(&options);
     InputPtr input(error < 0 ? nullptr : context);
+    if (std::error_code none; plainFile && input && HoldsPictureFiles(*input) && fs::is_regular_file(path, none))
+        RefuseLongPicture(path, fs::file_size(path, none));
     // Any text file passes for terminal art.
     const bool media = input && std::string(input->iformat->name) != "tty";
     const bool listed = headOnly && input && !(input->ctx_flags & AVFMTCTX_NOHEADER);
     if (media && !listed) error = FindStreams(*input);
     ThrowIfInterrupted();
     if (const std::string& size = listener.SizeRefused(); !size.empty())
-        Refuse((standardInput ? "the picture from stdin" : path) + " is " + size +
-               " pixels large, and no more than about 260 million can be decoded; scale it down or cut it up");
+        RefuseSize(standardInput ? stdinPicture : path, size);
     if (media && error >= 0) return input;
     const std::string& complaint = listener.Complaint();
     const std::string reason = !complaint.empty() ? complaint : error < 0 ? ErrorText(error) : "it is text";
@@ -127,10 +143,13 @@ bool HoldsPictureFiles(const AVFormatContext& input) {
 }
 
 std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alone, StandardInput* standardInput,
-                                               int enoughSide) {
-    if (standardInput)
-        return IsForPictureReader(standardInput->Peek(pictureHeadBytes)) ? OpenPictureReader(standardInput->ReadAll())
-                                                                         : nullptr;
+                                               int enoughSide) try {
+    if (standardInput) {
+        if (!IsForPictureReader(standardInput->Peek(pictureHeadBytes))) return nullptr;
+        std::vector<std::uint8_t> bytes = standardInput->ReadAll(mostBytes);
+        RefuseLongPicture(stdinPicture, bytes.size());
+        return OpenPictureReader(std::move(bytes));
+    }
     // What is read of a named pipe is gone from it.
     if (std::error_code error; !fs::is_regular_file(path, error)) return nullptr;
     std::ifstream file(path, std::ios::binary);
@@ -138,6 +157,8 @@ std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alo
     file.read(reinterpret_cast<char*>(head), sizeof head);
     if (IsForPictureReader(head)) return OpenPictureReader(ReadWholeFile(path));
     return alone && IsJpeg(path, head) ? OpenJpegPicture(ReadWholeFile(path), enoughSide) : nullptr;
+} catch (const PictureTooLarge& size) {
+    RefuseSize(standardInput ? stdinPicture : path, size.what());
 }
 
 InputPtr InputOf(const PictureReader& reader, const AVFrame& first) {
@@ -156,6 +177,7 @@ InputPtr InputOf(const PictureReader& reader, const AVFrame& first) {
 std::vector<std::uint8_t> ReadWholeFile(const std::string& path) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(path, error);
+    if (!error) RefuseLongPicture(path, size);
     std::vector<std::uint8_t> bytes(error ? 0 : std::size_t(size));
     std::ifstream file(path, std::ios::binary);
     if (!file.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(bytes.size()))) bytes.clear();

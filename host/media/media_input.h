@@ -33,7 +33,7 @@ std::unique_ptr<PictureReader> OpenPictureFile(const std::string& path, bool alo
 /// A container without packets for what a reader brings, of pictures like `first`.
 InputPtr InputOf(const PictureReader& reader, const AVFrame& first);
 
-/// All of a file; empty where it cannot be read.
+/// All of a file; empty where it cannot be read. Refuses one of more than 1 GB, which no picture is.
 std::vector<std::uint8_t> ReadWholeFile(const std::string& path);
 
 }  // namespace Nifikral

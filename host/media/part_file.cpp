@@ -106,6 +106,7 @@ void ThrowWriteError(const std::string& path, int error) {
     std::string remedy = "name another place";
     if (error == AVERROR(ENOSPC)) remedy = "free some space or name another place";
     if (error == AVERROR(EFBIG)) remedy = "raise the limit for file sizes or name another place";
+    if (error == AVERROR(EINVAL)) remedy = "no such file holds frames of these times: give another --rate or extension";
     if (error == AVERROR(EPIPE)) remedy = "the program that reads it has ended";
     throw HostError(ExitCode::Output,
                     path + " cannot be written (" + ErrorText(error) + "); " + remedy + "; no half file was kept");

@@ -16,6 +16,11 @@ class PictureFault : public std::runtime_error {
     using runtime_error::runtime_error;
 };
 
+/// A picture with too many pixels to be decoded; how many, as "20000x20000".
+class PictureTooLarge : public std::runtime_error {
+    using runtime_error::runtime_error;
+};
+
 /// Decodes one file. Threads: one at a time.
 class PictureReader {
  public:
@@ -37,7 +42,10 @@ constexpr std::size_t pictureHeadBytes = 32;
 /// moves.
 bool IsForPictureReader(std::span<const std::uint8_t> head);
 
-/// Throws PictureFault for what cannot be read.
+/// Throws PictureTooLarge where there are more pixels than FFmpeg decodes of other kinds.
+void RequirePixels(long long width, long long height);
+
+/// Throws PictureFault for what cannot be read, and PictureTooLarge.
 std::unique_ptr<PictureReader> OpenPictureReader(std::vector<std::uint8_t> file);
 
 }  // namespace Nifikral

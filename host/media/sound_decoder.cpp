@@ -14,6 +14,14 @@ std::string Text(const AVChannelLayout& layout) {
     return text;
 }
 
+// What is converted grows as this is low.
+void RequireRate(int rate, const std::string& name) {
+    constexpr int lowest = 1000, highest = 1'000'000;
+    if (rate < lowest || rate > highest)
+        throw HostError(ExitCode::Input,
+                        name + ": its sound has " + std::to_string(rate) + " samples a second; convert it first");
+}
+
 }  // namespace
 
 AVChannelLayout UsualLayout(int channels) {
@@ -57,6 +65,7 @@ void SoundDecoder::Put(const AVPacket* packet, const Take& take) {
 }
 
 void SoundDecoder::Filter(FramePtr frame, const Take& take) {
+    RequireRate(frame->sample_rate, m_name);
     std::int64_t begin = frame->best_effort_timestamp == AV_NOPTS_VALUE ? m_next : frame->best_effort_timestamp;
     if (m_fromZero && !m_origin) m_origin = begin;
     frame->pts = begin - m_origin.value_or(0);

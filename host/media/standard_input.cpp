@@ -53,9 +53,9 @@ std::span<const std::uint8_t> StandardInput::Peek(std::size_t size) {
     return m_head;
 }
 
-std::vector<std::uint8_t> StandardInput::ReadAll() {
+std::vector<std::uint8_t> StandardInput::ReadAll(std::size_t most) {
     std::vector<std::uint8_t> all;
-    for (int count = 1; count > 0;) {
+    for (int count = 1; count > 0 && all.size() <= most;) {
         const std::size_t had = all.size();
         all.resize(had + bufferBytes);
         count = Read(this, all.data() + had, bufferBytes);

@@ -18,8 +18,8 @@ class StandardInput {
 
     /// What comes first, less than `size` where there is no more. It stays to be read.
     std::span<const std::uint8_t> Peek(std::size_t size);
-    /// Everything that is left.
-    std::vector<std::uint8_t> ReadAll();
+    /// Everything that is left; where that is more than `most` bytes, somewhat more than these.
+    std::vector<std::uint8_t> ReadAll(std::size_t most);
     /// Reads on from here.
     AVIOContext* Context() { return m_context; }
 

@@ -1,5 +1,8 @@
 #include "host/media/webp_animation.h"
 
+extern "C" {
+#include <libavutil/intreadwrite.h>
+}
 #include <webp/demux.h>
 
 #include <algorithm>
@@ -64,6 +67,9 @@ bool IsWebpAnimation(std::span<const std::uint8_t> head) {
 }
 
 std::unique_ptr<PictureReader> OpenWebpAnimation(std::vector<std::uint8_t> file) {
+    // The decoder would take the memory for two whole pictures at once.
+    constexpr std::size_t width = 24, height = 27, end = 30;
+    if (file.size() >= end) RequirePixels(AV_RL24(&file[width]) + 1, AV_RL24(&file[height]) + 1);
     return std::make_unique<WebpAnimation>(std::move(file));
 }
 
