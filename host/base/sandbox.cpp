@@ -19,7 +19,7 @@ namespace Nifikral {
 namespace {
 
 // Later parts of the kernel's interface, which the system's headers may not have.
-constexpr std::uint64_t truncate = 1 << 14, tcp = 3;
+constexpr std::uint64_t truncate = 1 << 14, listenTcp = 1, connectTcp = 2;
 struct Guarded {
     std::uint64_t files, connections;
 };
@@ -75,12 +75,13 @@ void EnterSandbox(const Reach& reach) {
     if (version < 1) Refuse(errno);
     const std::uint64_t writing =
         write | arrange | (version >= 2 ? LANDLOCK_ACCESS_FS_REFER : 0) | (version >= 3 ? truncate : 0);
-    const Guarded guarded = {execute | read | writing, tcp};
+    const Guarded guarded = {execute | read | writing, reach.listens ? connectTcp : listenTcp | connectTcp};
     const std::size_t size = version >= 4 ? sizeof guarded : sizeof guarded.files;
     const Descriptor rules(syscall(SYS_landlock_create_ruleset, &guarded, size, 0));
     if (rules.Number() < 0) Refuse(errno);
     Allow(rules, reach.read, read);
     Allow(rules, reach.write, read | writing);
+    Allow(rules, reach.run, read | execute);
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || syscall(SYS_landlock_restrict_self, rules.Number(), 0) != 0)
         Refuse(errno);
     isConfined = true;

@@ -23,6 +23,9 @@ void AddDisc(CommandLine& line) {
          {"dvd", "web"});
     disc->add_flag("--dry-run", options.dryRun, "check everything and print what would be done");
     disc->add_option("--stage", options.stage, "only this part, for the runs that a disc is shared out to")->group("");
+    disc->add_flag("--sandbox", options.confined,
+                   "read only the project's folder, write only into the output's, and run only what makes discs; the "
+                   "kernel sees to it");
     disc->add_flag("--skip-existing", options.skipExisting, "leave a disc that is there as it is");
     disc->add_flag("-y,--overwrite", options.overwrite, "overwrite an existing output");
     Take(line, disc->add_option("--progress", line.progress, "how progress is printed on stderr")->type_name("FORM"),

@@ -77,7 +77,11 @@ int Run(const std::string& program, const Words& words, const Purpose& purpose) 
 
 std::string LineOf(const HostError& error) {
     const bool mayBeConfined = error.Code() == ExitCode::Input && IsInSandbox();
-    return error.what() + std::string(mayBeConfined ? " (with --sandbox, name all inputs on the command line)" : "");
+    std::string line = error.what();
+    while (line.ends_with('\n')) line.pop_back();
+    if (mayBeConfined)
+        line += " (with --sandbox, name all inputs on the command line, or keep them beside their project)";
+    return line;
 }
 
 // The exit code of a whole run, whose errors are printed. Without memory, even printing may fail.

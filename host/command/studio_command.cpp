@@ -19,6 +19,7 @@ void AddStudio(CommandLine& line) {
         ->capture_default_str()
         ->check(CLI::Range(0, lastPort));
     studio->add_flag("--open", given->open, "show the page in your browser");
+    studio->add_flag("--sandbox", given->confined, "reach nothing but the folder; the kernel sees to it");
     studio->add_option("--page", given->page, "serve the page's files from this folder, to work on them")->group("");
     studio->add_flag("-v,--verbose", line.verbose, "print details");
     AddCommonOptions(*studio, line);

@@ -13,6 +13,7 @@ struct DiscOptions {
     std::string format = "dvd";
     bool overwrite = false, dryRun = false;
     bool skipExisting = false;            ///< leave a disc that is there as it is
+    bool confined = false;                ///< reach nothing but the project's folder and the output's
     std::vector<std::string> stageWords;  ///< of the command line, for the runs of its stages too
     std::string stage;                    ///< the only part to make, into the output, a folder; empty: the whole
 };

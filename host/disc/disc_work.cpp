@@ -18,6 +18,7 @@
 #include "host/disc/stages.h"
 #include "host/disc/web_disc.h"
 #include "host/media/part_file.h"
+#include "host/run/confinement.h"
 
 namespace Nifikral {
 namespace {
@@ -263,6 +264,10 @@ void MakeStage(const DiscOptions& options, const EffectModule& module) {
 }  // namespace
 
 void RunDisc(const DiscOptions& options, const EffectModule& module) {
+    // The runs of its stages inherit it.
+    if (options.confined)
+        ConfineWork(options.input, fs::absolute(WorkFolder(options.output)).parent_path(),
+                    {"dvdauthor", "spumux", "genisoimage"});
     if (!options.stage.empty())
         MakeStage(options, module);
     else if (options.skipExisting && !options.overwrite && IsThere(options))
@@ -274,6 +279,10 @@ void RunDisc(const DiscOptions& options, const EffectModule& module) {
 }
 
 CommandPlan ShareOutDisc(const DiscOptions& options, long long chunks, const EffectModule& module) {
+    if (options.confined)
+        throw HostError(ExitCode::Usage,
+                        "--sandbox is for a disc that is made in one run, as its plan names files in any folder; leave "
+                        "it out, or make the disc without nifikral plan");
     const PlannedDisc disc = PlanDisc(options);
     const std::string folder = WorkFolder(options.output);
     WorkLock lock(folder);

@@ -4,10 +4,17 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
+#include <link.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 
+#include "host/base/child_program.h"
 #include "host/base/sandbox.h"
+#include "host/base/split_text.h"
 
 namespace Nifikral {
 namespace {
@@ -52,12 +59,9 @@ void AddOwn(const char* variable, const char* usual, const char* name, std::vect
         paths.push_back(fs::path(home) / usual / name);
 }
 
-}  // namespace
-
-void ConfineRun(const RunOptions& options) {
-    if (!options.confined) return;
+// What every run reads beside its inputs.
+Reach ReachOfSystem() {
     Reach reach;
-    reach.read = FilesNamed(options.namedWords);
     for (const char* const system : {"/usr", "/lib", "/lib64", "/etc/fonts", "/etc/ld.so.cache", "/etc/localtime",
                                      "/var/cache/fontconfig", "/proc", "/sys/devices/system", "/dev/urandom"})
         reach.read.emplace_back(system);
@@ -66,12 +70,47 @@ void ConfineRun(const RunOptions& options) {
     AddOwn("XDG_DATA_HOME", ".local/share", "fonts", reach.read);
     AddOwn("XDG_CACHE_HOME", ".cache", "fontconfig", reach.read);
     AddOwn("", "", ".fonts", reach.read);
+    reach.write.emplace_back("/dev/null");
+    return reach;
+}
+
+// Where a program of this name would be found; nowhere if empty.
+fs::path Found(const std::string& program) {
+    const char* const folders = std::getenv("PATH");
+    for (const std::string& folder : Split(folders ? folders : "", ':'))
+        if (const fs::path path = fs::path(folder) / program; access(path.c_str(), X_OK) == 0) return path;
+    return {};
+}
+
+// A library that this program has loaded, or what loads them.
+int AddLibrary(dl_phdr_info* library, std::size_t, void* paths) {
+    if (*library->dlpi_name) static_cast<std::vector<fs::path>*>(paths)->emplace_back(library->dlpi_name);
+    return 0;
+}
+
+}  // namespace
+
+void ConfineRun(const RunOptions& options) {
+    if (!options.confined) return;
+    Reach reach = ReachOfSystem();
+    std::ranges::move(FilesNamed(options.namedWords), std::back_inserter(reach.read));
     const fs::path output = options.output.path;
     std::error_code error;
     const bool isPlace =
         fs::is_directory(output, error) || (fs::exists(output, error) && !fs::is_regular_file(output, error));
-    if (output != "-") reach.write = {isPlace ? output : FolderOf(output)};
-    reach.write.emplace_back("/dev/null");
+    if (output != "-") reach.write.push_back(isPlace ? output : FolderOf(output));
+    EnterSandbox(reach);
+}
+
+void ConfineWork(const std::string& input, const fs::path& place, const std::vector<std::string>& programs,
+                 bool listens) {
+    Reach reach = ReachOfSystem();
+    std::ranges::move(FilesNamed({input}), std::back_inserter(reach.read));
+    reach.write.push_back(place);
+    reach.run.emplace_back(OwnProgram());
+    dl_iterate_phdr(AddLibrary, &reach.run);
+    for (const std::string& program : programs) reach.run.push_back(Found(program));
+    reach.listens = listens;
     EnterSandbox(reach);
 }
 

@@ -11,6 +11,7 @@
 #include "host/base/log.h"
 #include "host/base/standard_output.h"
 #include "host/base/version.h"
+#include "host/run/confinement.h"
 #include "host/run/request_chain.h"
 #include "host/studio/catalogue_reply.h"
 #include "host/studio/effect_texts.h"
@@ -326,6 +327,14 @@ WebServer::Handler StudioHandler(const StudioOptions& options, const EffectModul
 }
 
 void RunStudio(const StudioOptions& options, const EffectModule& module) {
+    if (options.confined && options.open)
+        throw HostError(ExitCode::Usage,
+                        "--sandbox starts no browser; leave --open out, and open the address yourself");
+    if (options.confined) {
+        const std::string folder = options.folder.empty() ? "." : options.folder;
+        constexpr bool listens = true;
+        ConfineWork(folder, folder, {}, listens);
+    }
     WebServer server(options.port, StudioHandler(options, module));
     PrintResult("open " + server.Address() + " in a browser; Ctrl-C ends the studio\n");
     if (options.open) OpenBrowser(server.Address());

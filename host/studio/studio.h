@@ -8,10 +8,11 @@
 namespace Nifikral {
 
 struct StudioOptions {
-    std::string folder;  ///< that is worked in; empty: the current one
-    int port = 0;        ///< 0: any that is free
-    bool open = false;   ///< shows the page in the user's browser
-    std::string page;    ///< a folder with the page's files, in place of those that the program holds; or empty
+    std::string folder;     ///< that is worked in; empty: the current one
+    int port = 0;           ///< 0: any that is free
+    bool open = false;      ///< shows the page in the user's browser
+    bool confined = false;  ///< reach nothing but the folder
+    std::string page;       ///< a folder with the page's files, in place of those that the program holds; or empty
 };
 
 /// Serves a page that shows the folder's pictures and films under effects, menus and slideshows while they are chosen,

@@ -61,5 +61,25 @@ TEST_F(Confinement, ReachesOnlyWhatTheCommandLineNames) {
     }
 }
 
+TEST_F(Confinement, HoldsForDiscsAndTheProgramsThatMakeThem) {
+    const auto project = [](const std::string& pictures) {
+        return R"({"version": 1, "title": "Disc", "profile": "pal-4:3", "menus": {"seconds": 2, "fade": 0},
+                   "films": [{"title": "Slides", "pictureSeconds": 0.2, "pictures": [)" +
+               pictures + "]}]}";
+    };
+    Write("given/own.json", project(R"("one.png", "two.png")"));
+    Write("given/other.json", project(R"("../secret/three.png")"));
+    const Outcome made = Nifikral("disc given/own.json -o made/disc.iso -q --sandbox");
+    EXPECT_EQ(made.exitCode, 0) << made.errors;
+    EXPECT_GT(ReadFile(folder / "made/disc.iso").size(), 300'000u);
+    const Outcome refused = Nifikral("disc given/other.json -o made/other.iso --dry-run --sandbox");
+    EXPECT_EQ(refused.exitCode, 3) << refused.errors;
+    EXPECT_NE(refused.errors.find("--sandbox"), std::string::npos) << refused.errors;
+    EXPECT_EQ(Nifikral("disc given/other.json -o made/other.iso --dry-run").exitCode, 0);
+    const Outcome planned = Nifikral("plan disc given/own.json -o made/disc.iso --sandbox");
+    EXPECT_EQ(planned.exitCode, 2);
+    EXPECT_NE(planned.errors.find("in one run"), std::string::npos) << planned.errors;
+}
+
 }  // namespace
 }  // namespace Nifikral
