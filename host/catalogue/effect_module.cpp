@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <new>
+
 #include "TarvoBased/IStrings.h"
 #include "TarvoBased/ITarvoException.h"
 #include "TarvoBased/error_codes.h"
@@ -37,8 +39,10 @@ EffectPtr EffectModule::Create(const std::string& name) const {
 std::vector<PropertyInfo> Properties(AVBased::IVideoProc& effect) {
     const auto release = [](TarvoBased::IStrings* list) { list->Free(); };
     const std::unique_ptr<TarvoBased::IStrings, decltype(release)> names(effect.GetPropertyNames(), release);
+    // An effect that has none returns an empty list.
+    if (!names) throw std::bad_alloc();
     std::vector<PropertyInfo> properties;
-    for (int i = 0; names && i < names->GetCount(); ++i) {
+    for (int i = 0; i < names->GetCount(); ++i) {
         const std::string name = names->GetString(i)->GetStr();
         int type = 0;
         const char* const text = effect.GetProperty(name.c_str(), &type);

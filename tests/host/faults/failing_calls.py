@@ -4,7 +4,7 @@ the former one, or all of the new one.
 
 usage: failing_calls.py NIFIKRAL SHIM [CALLS_OF_A_KIND]
 """
-import errno, os, pathlib, subprocess, sys, tempfile
+import errno, json, os, pathlib, subprocess, sys, tempfile
 
 CAUSES = {"malloc": errno.ENOMEM, "open": errno.EACCES, "read": errno.EIO, "write": errno.ENOSPC, "rename": errno.EIO, "fsync": errno.EIO}
 FORMER = b"the former output"
@@ -42,9 +42,14 @@ class Trial:
             return f"leaves {', '.join(left)}"
         found = self.output and self.output.read_bytes()
         # What comes after the new output has its name may still fail. A font that cannot be read is reported, and replaced.
-        if found != self.new and not (found == FORMER if run.returncode else lines and found != FORMER):
+        if not are_same(found, self.new) and not (found == FORMER if run.returncode else lines and found != FORMER):
             return f"ends with the status {run.returncode}, and an output that is neither the former nor the new one"
         return None
+
+
+def are_same(output, other):
+    """Images of discs hold the time of their making."""
+    return output == other or (len(output) == len(other) > len(FORMER) and output[32769:32774] == b"CD001")
 
 
 def chosen(count, most):
@@ -65,21 +70,26 @@ def main():
         ffmpeg("-i", "testsrc2=s=64x48:d=0.4:r=25", "film.mkv")
         (folder / "menu.json").write_text('{"width": 96, "height": 64, "duration": 0.2, "additionSourcePaths": ["photo.png"], '
                                           '"textInfos": [{"text": "Title", "size": 12, "box": [4, 4, 80, 20]}]}')
+        (folder / "disc.json").write_text(json.dumps({"version": 1, "title": "Disc", "profile": "pal-4:3", "menus": {"seconds": 2, "fade": 0},
+                                                      "films": [{"title": "Slides", "pictures": ["photo.png"], "pictureSeconds": 0.2}]}))
         one = ["-q", "--threads", "1", "-y", "-o"]
         for words, output in [(["apply", "photo.png", "gray", *one, "out.png"], "out.png"),
                               (["apply", "film.mkv", "rotate", *one, "out.mp4"], "out.mp4"),
                               (["menu", "menu_common", "menu.json", *one, "out.mp4"], "out.mp4"),
                               (["slideshow", "photo.png", "--seconds", "0.2", "--transition-seconds", "0", "--size", "64x48", *one, "out.mp4"], "out.mp4"),
                               (["title", "Words", "photo.png", "-q", "--threads", "1", "-y", "-o", "out.png"], "out.png"),
-                              (["plan", "apply", "film.mkv", "gray", "-o", "out2.mp4"], None)]:
-            for left in ("out.png", "out.mp4"):
+                              (["plan", "apply", "film.mkv", "gray", "-o", "out2.mp4"], None),
+                              # The films of the disc, which runs of their own have made, are there already.
+                              (["disc", "disc.json", "-q", "-y", "-o", "out.iso"], "out.iso"),
+                              (["plan", "disc", "disc.json", "-o", "out.iso"], None)]:
+            for left in ("out.png", "out.mp4", "out.iso"):
                 (folder / left).unlink(missing_ok=True)
             trial = Trial(program, shim, folder, words, output)
             for call, count in trial.counts.items():
                 # The libraries that set type, and that go through folders, do not survive that.
-                if call == "malloc" and words[0] in ("menu", "title", "slideshow"):
+                if call == "malloc" and {"menu", "title", "slideshow", "disc"} & set(words[:2]):
                     continue
-                for number in chosen(count, most):
+                for number in chosen(count, 2 if "disc" in words else most):
                     for stays in (False, True):
                         runs += 1
                         if fault := trial.fault(call, number, stays):

@@ -4,7 +4,7 @@ of the new one, and the same command finishes the work and leaves nothing beside
 
 usage: interrupted_runs.py NIFIKRAL [KILLS_OF_EACH [STEP_IN_KIB]]
 """
-import os, pathlib, random, signal, subprocess, sys, tempfile, time
+import json, os, pathlib, shutil, random, signal, subprocess, sys, tempfile, time
 
 FORMER = b"the former output"
 CASES = [
@@ -13,6 +13,8 @@ CASES = [
     (["slideshow", "photo.png", "film.mkv", "-q", "--seconds", "0.5", "--transition-seconds", "0.2", "--size", "192x144", "-y", "-o"], "out.mp4"),
     (["title", "Words", "film.mkv", "-q", "-y", "-o"], "out.mp4"),
 ]
+# With a folder of its parts beside it, and the time of its making in it.
+DISC = (["disc", "disc.json", "-q", "-y", "-o"], "out.iso")
 PLANNED = ["apply", "film.mkv", "out.mp4", "invert", "-q"]
 # What it makes fills a disk quickly.
 LARGE = (["apply", "film.mkv", "rotate:scale=2", "-q", "-y", "--encoder", "ffv1", "-o"], "out.avi")
@@ -41,9 +43,11 @@ class Folder:
         if left:
             self.report(command, f"leaves {', '.join(sorted(left))}")
 
-    def kill(self, command, output, kills, chance):
+    def kill(self, command, output, kills, chance, beside=None, is_same=bytes.__eq__):
         """Each is killed at a moment up to the end of a whole run, and finished by the same command."""
         place = self.path / output
+        if beside:
+            self.names.add(beside)
         begin = time.monotonic()
         status, lines = self.finish(command)
         length, whole = time.monotonic() - begin, place.read_bytes()
@@ -51,17 +55,19 @@ class Folder:
             self.report(command, lines)
         for _ in range(kills):
             place.write_bytes(FORMER) if "-y" in command else place.unlink()
+            if beside:
+                shutil.rmtree(self.path / beside)
             process = self.start(command)
             time.sleep(chance.uniform(0, length))
             os.killpg(process.pid, signal.SIGKILL)
             process.communicate()
             found = place.read_bytes() if place.exists() else FORMER
-            if found not in (FORMER, whole):
+            if found != FORMER and not is_same(found, whole):
                 self.report(command, f"killed, leaves {len(found)} of {len(whole)} bytes as its output")
             if "-y" not in command and place.exists():
                 place.unlink()
             status, lines = self.finish(command)
-            if status or place.read_bytes() != whole:
+            if status or not is_same(place.read_bytes(), whole):
                 self.report(command, f"after a kill ends with the status {status}: {lines}")
             self.check_clean(command, output)
         place.unlink()
@@ -101,12 +107,16 @@ def main():
         ffmpeg("-i", "testsrc2=s=192x144:d=1:r=25", "-f", "lavfi", "-i", "sine=d=1", "film.mkv")
         (path / "menu.json").write_text('{"width": 192, "height": 144, "duration": 1, "additionSourcePaths": ["photo.png"], '
                                         '"textInfos": [{"text": "Title", "size": 12, "box": [4, 4, 80, 20]}]}')
+        (path / "disc.json").write_text(json.dumps({"version": 1, "title": "Disc", "profile": "pal-4:3", "menus": {"seconds": 2, "fade": 0},
+                                                    "films": [{"title": "Slides", "pictures": ["photo.png"], "pictureSeconds": 0.2}]}))
         folder = Folder(program, path)
         seed = int(os.environ.get("SEED", time.time()))
         print(f"SEED={seed}")
         chance = random.Random(seed)
         for words, output in CASES:
             folder.kill([program, *words, output], output, kills, chance)
+        words, output = DISC
+        folder.kill([program, *words, output], output, max(1, kills // 3), chance, "out.iso.work", lambda one, other: len(one) == len(other))
         plan = subprocess.run([program, "plan", "--chunks", "3", *PLANNED], cwd=path, capture_output=True, text=True, check=True).stdout
         folder.kill(["sh", "-e", "-c", plan], "out.mp4", kills, chance)
         folder.fill(*LARGE, step)
