@@ -1,6 +1,7 @@
 // What every effect of the table promises. A new effect is covered by its row; one that promises less says so below.
 
 #include <cstring>
+#include <stdexcept>
 
 #include "TarvoBased/IStrings.h"
 #include "TarvoBased/error_codes.h"
@@ -87,6 +88,41 @@ Settings RandomSettings(IVideoProc& effect, std::mt19937& random) {
     }
     return settings;
 }
+
+// From one of its calls on, they fail, or say something smaller each other time.
+class UnsteadyFrame final : public TestFrame {
+ public:
+    enum class Habit { ReturnsNull, Throws, Shrinks };
+    UnsteadyFrame(unsigned format, Habit habit, int steadyCalls)
+        : TestFrame(format, 25, 17), m_habit(habit), m_steadyCalls(steadyCalls) {}
+
+    void GetDimension(unsigned* width, unsigned* height) override {
+        TestFrame::GetDimension(width, height);
+        if (!Turns() || m_habit != Habit::Shrinks) return;
+        *width /= 3;
+        *height /= 3;
+    }
+    unsigned char* GetBuffer(unsigned plane, unsigned* rowBytes, unsigned* pitch, unsigned* rows) override {
+        unsigned char* const buffer = TestFrame::GetBuffer(plane, rowBytes, pitch, rows);
+        if (!Turns()) return buffer;
+        if (m_habit == Habit::Throws) throw std::runtime_error("the frame has gone");
+        if (m_habit == Habit::Shrinks && rows) *rows /= 3;
+        return m_habit == Habit::ReturnsNull ? nullptr : buffer;
+    }
+    IRawVideoFrame* Clone() override {
+        if (Turns() && m_habit == Habit::Throws) throw std::runtime_error("the frame is not cloned");
+        return TestFrame::Clone();
+    }
+
+ private:
+    bool Turns() {
+        const int past = m_calls++ - m_steadyCalls;
+        return past >= 0 && past % 2 == 0;
+    }
+
+    Habit m_habit;
+    int m_steadyCalls, m_calls = 0;
+};
 
 constexpr unsigned sweep = 300;  // frames
 
@@ -188,6 +224,25 @@ TEST_P(Contract, StaysInsidePlanesWhenTheHostsCopyIsOfAnotherSize) {
                 const bool refused = !frame.otherClone && side == 3;
                 ASSERT_EQ(LastError().code, refused ? TarvoBased::errorNoMemory : TarvoBased::noError) << settings;
             }
+}
+
+TEST_P(Contract, NothingEscapesFromFramesThatFailOrChange) {
+    std::mt19937 random(13);
+    const int aliveBefore = TestFrame::alive;
+    for (const auto habit :
+         {UnsteadyFrame::Habit::ReturnsNull, UnsteadyFrame::Habit::Throws, UnsteadyFrame::Habit::Shrinks})
+        for (const unsigned format : {formatRgba32, 0u})
+            for (int steadyCalls = 0; steadyCalls < 12; ++steadyCalls) {
+                UnsteadyFrame frame(format, habit, steadyCalls);
+                const EffectOwner effect = Make();
+                const std::string settings = Describe(RandomSettings(*effect, random));
+                ImagePostion record;
+                ASSERT_NO_THROW(effect->ProcFrameInPlace(&record, 3, &frame)) << settings;
+                ASSERT_NO_THROW(effect->ProcFrame(&record, 4, &frame)) << settings;
+                ASSERT_TRUE(frame.GuardsIntact()) << settings << " call " << steadyCalls;
+            }
+    ForgetError();
+    EXPECT_EQ(TestFrame::alive, aliveBefore);
 }
 
 TEST_P(Contract, EveryTextPropertySurvivesGarbage) {

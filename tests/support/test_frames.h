@@ -33,7 +33,7 @@ struct FrameLayout {
 };
 
 /// A host's frame with guarded planes, any pitches, and a count of the frames alive.
-class TestFrame final : public IRawVideoFrame {
+class TestFrame : public IRawVideoFrame {
  public:
     static inline std::atomic<int> alive = 0;
     bool refuseClone = false;
