@@ -71,12 +71,15 @@ bench: configure  ## time the effects
 bench-peers: packages  ## time public libraries against the effects
 	scripts/bench_peers.sh $(BENCH)
 
+# What packages hold is as old as the last commit, so that the same sources give the same bytes.
+dated = SOURCE_DATE_EPOCH=$${SOURCE_DATE_EPOCH:-$$(git log -1 --format=%ct)}
+
 debs: packages  ## make Debian packages in build/package
 	scripts/install_packages.sh package
 	cmake --preset package
 	cmake --build --preset package
 	rm -f build/package/*.deb
-	cd build/package && cpack -G DEB
+	cd build/package && $(dated) cpack -G DEB
 
 # The system's own command says what bytes those for the other processor have to give.
 debs-arm64: packages  ## make Debian packages for 64-bit ARM in build/package-arm64
@@ -85,7 +88,7 @@ debs-arm64: packages  ## make Debian packages for 64-bit ARM in build/package-ar
 	cmake --preset package-arm64
 	cmake --build --preset package-arm64
 	rm -f build/package-arm64/*.deb
-	cd build/package-arm64 && cpack -G DEB
+	cd build/package-arm64 && $(dated) cpack -G DEB
 
 test-packages-arm64: debs-arm64 $(release)/build.ninja  ## unpack these and use them in qemu
 	cmake --build --preset release --target nifikral nifikral_module
@@ -93,6 +96,9 @@ test-packages-arm64: debs-arm64 $(release)/build.ninja  ## unpack these and use 
 
 test-packages: debs  ## install the packages into a clean Debian and use them there, as root
 	scripts/test_packages.sh build/package
+
+test-reproducible: debs  ## make the packages again in another folder, and compare them
+	scripts/test_reproducible.sh build/package
 
 format:  ## reformat the sources
 	$(sources) | xargs clang-format-14 -i
@@ -120,4 +126,4 @@ configure: packages
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
 .PHONY: help run reference pictures test test-arm64 test-processors test-clang test-tsan fuzz soak bench bench-peers debs \
-    debs-arm64 test-packages test-packages-arm64 format check-format tidy clean packages configure
+    debs-arm64 test-packages test-packages-arm64 test-reproducible format check-format tidy clean packages configure
