@@ -38,8 +38,18 @@ if [[ $shown == generators ]]; then
 else
     "$command" gallery -q "$shown" -o "$work/gallery.html"
     while read -r name; do
-        picture=$work/gallery_files/$name.jpg
-        [[ ! -f $picture ]] || add_cell "$name" "$picture"
+        # Of several moments the middle one; what is translucent goes over a chequered board.
+        for picture in "$work/gallery_files/$name"{.jpg,_2.jpg,.webp,_2.webp}; do
+            [[ -f $picture ]] || continue
+            if [[ $picture == *.webp ]]; then
+                ffmpeg -nostdin -v error -y -i "$picture" -filter_complex "
+                    [0]split[shape][picture];
+                    [shape]geq=lum='120+60*mod(floor(X/16)+floor(Y/16),2)':cb=128:cr=128:a=255[board];
+                    [board][picture]overlay" -pix_fmt rgb24 "$work/board.png"
+                picture=$work/board.png
+            fi
+            add_cell "$name" "$picture"
+        done
     done < <("$command" list --names)
 fi
 ffmpeg -nostdin -v error -y -i "$work/cell_%02d.png" \

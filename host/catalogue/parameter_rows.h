@@ -225,7 +225,7 @@ inline constexpr ParameterInfo stroke[] = {
 inline constexpr ParameterInfo portrait[] = {
     {"portrait_strength",
      "Skin",
-     "contrast that still counts as small: 50 smooths up to about 15 levels",
+     "contrast that still counts as small: 50 smooths up to about 11 levels",
      "%",
      {0, 100}},
     {"portrait_radius", "Skin", "how far a pixel is smoothed over", "pixels", {1, 64}},

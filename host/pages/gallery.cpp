@@ -17,9 +17,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char photographFile[] = "photo.png";
+constexpr char photographFile[] = "photo.png", standstillFile[] = "photo.mp4";
 // Effects that work on single pixels show, and the page stays light.
-constexpr int longestSide = 960;
+constexpr int longestSide = 960, longestSideOfFilms = 480;
 
 // The page's pictures while they are made; they move into their folder when all are there.
 class PartFolder {
@@ -92,6 +92,34 @@ std::vector<GalleryParameter> Parameters(const EffectRequest& request, const Pic
     return parameters;
 }
 
+// Makes an effect's pictures and its film in the folder.
+GalleryPicture Shown(const EffectInfo& info, const PartFolder& part, const std::string& folder, PictureShape shape,
+                     const EffectModule& module) {
+    const EffectShow show = ShowOf(info, shape.width, shape.height);
+    const std::vector<std::string>& first = show.stills.front();
+    GalleryPicture picture{info.name,
+                           info.summary,
+                           {},
+                           {},
+                           int(first.size()),
+                           (info.traits & changesAlpha) != 0,
+                           Parameters(ParseEffectRequest(first.front(), module), shape, module),
+                           {}};
+    const auto make = [&](const char* from, const std::vector<std::string>& requests, const std::string& file) {
+        MakePicture(part.File(from), requests, part.File(file), module);
+        if (!picture.commands.empty()) picture.commands += '\n';
+        picture.commands += ApplyCommand(folder + from, file, requests);
+        return folder + file;
+    };
+    for (const auto& requests : show.stills) {
+        std::string file = info.name;
+        if (show.stills.size() > 1) file.append("_").append(std::to_string(picture.stills.size() + 1));
+        picture.stills.push_back(make(photographFile, requests, file + show.extension));
+    }
+    if (!show.film.empty()) picture.film = make(standstillFile, show.film, std::string(info.name) + ".mp4");
+    return picture;
+}
+
 }  // namespace
 
 void MakeGallery(const GalleryOptions& options, const EffectModule& module) {
@@ -100,17 +128,12 @@ void MakeGallery(const GalleryOptions& options, const EffectModule& module) {
     const std::string folder = files.filename().string() + "/";
     const PartFolder part(files);
     const PictureShape shape = WriteReduced(options.photograph, part.File(photographFile), longestSide);
+    WriteStandstill(part.File(photographFile), shape, longestSideOfFilms, part.File(standstillFile), module);
     GalleryPage page{
         fs::path(options.photograph).filename().string(), folder + photographFile, shape.width, shape.height, {}};
-    for (const EffectInfo& info : Catalogue()) {
-        if ((info.traits & generator) || !module.Create(info.name)) continue;
-        const std::string file = std::string(info.name) + ".jpg";
-        const std::vector<std::string> requests = ShowEffect(info, part.File(photographFile), part.File(file), module);
-        page.pictures.push_back({info.name, info.summary, folder + file, int(requests.size()),
-                                 (info.traits & changesAlpha) != 0,
-                                 Parameters(ParseEffectRequest(requests.front(), module), shape, module),
-                                 ApplyCommand(page.photographFile, file, requests)});
-    }
+    for (const EffectInfo& info : Catalogue())
+        if (!(info.traits & generator) && module.Create(info.name))
+            page.pictures.push_back(Shown(info, part, folder, shape, module));
     PartFile html(options.page, options.overwrite);
     html.Write(RenderGallery(page));
     part.Commit();

@@ -8,17 +8,26 @@
 namespace Nifikral {
 namespace {
 
+// What moves stands beside what stands still.
+constexpr char style[] = R"(
+.shown { display: flex; flex-wrap: wrap; gap: .5rem; margin-bottom: .75rem; }
+.shown > * { flex: 1 1 14rem; min-width: 0; }
+.moments > a { flex-basis: 9rem; }
+.shown > video { max-width: min(100%, 480px); }
+.shown img, .shown video { width: 100%; height: auto; margin: 0; }
+)";
+
 class Page {
  public:
     explicit Page(const GalleryPage& page) : m_page(page) {}
 
     std::string Render() {
         const std::string title = Markup(m_page.photographName) + " under every effect";
-        m_out << PageHead(title) << "<header>\n"
+        m_out << PageHead(title, style) << "<header>\n"
               << "<h1>" << title << "</h1>\n<p>The photograph as it is, at " << m_page.width << " by " << m_page.height
               << " pixels; below it the same photograph under each of " << m_page.pictures.size()
               << " effects. The command below a picture makes exactly that picture when it runs in this page's "
-                 "folder.</p>\n<figure>\n";
+                 "folder; effects that move have a short film beside it, which has a command too.</p>\n<figure>\n";
         Image(m_page.photographFile, "the photograph as it is", false);
         m_out << "</figure>\n<nav aria-label=\"Effects\">\n<ul>\n";
         for (const GalleryPicture& picture : m_page.pictures)
@@ -37,11 +46,20 @@ class Page {
     }
 
     void Article(const GalleryPicture& picture) {
+        const bool moments = picture.stills.size() > 1;
         m_out << "<article id=\"" << Markup(picture.effect) << "\">\n<h2>" << Markup(picture.effect) << "</h2>\n<p>"
               << Markup(picture.summary)
               << (picture.times > 1 ? ", here " + std::to_string(picture.times) + " times" : "")
-              << (picture.overBlack ? ", here over black" : "") << "</p>\n";
-        Image(picture.file, "the photograph under " + picture.effect + ": " + picture.summary, true);
+              << (moments ? ", here at three moments" : "") << (picture.translucent ? ", over a chequered board" : "")
+              << "</p>\n";
+        const std::string description = "the photograph under " + picture.effect + ": " + picture.summary;
+        m_out << "<div class=\"shown" << (moments ? " moments" : "") << (picture.translucent ? " board" : "")
+              << "\">\n";
+        for (const std::string& still : picture.stills) Image(still, description, true);
+        if (!picture.film.empty())
+            m_out << "<video src=\"" << Link(picture.film) << "\" aria-label=\"" << Markup(description)
+                  << ", moving\" autoplay loop muted playsinline controls></video>\n";
+        m_out << "</div>\n";
         if (picture.parameters.empty())
             m_out << "<p>It has no parameters.</p>\n";
         else
@@ -53,7 +71,7 @@ class Page {
             m_out << "</td></tr>\n";
         }
         if (!picture.parameters.empty()) m_out << "</table>\n";
-        m_out << "<pre><code>" << Markup(picture.command) << "</code></pre>\n</article>\n";
+        m_out << "<pre><code>" << Markup(picture.commands) << "</code></pre>\n</article>\n";
     }
 
     const GalleryPage& m_page;

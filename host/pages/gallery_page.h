@@ -11,17 +11,18 @@ struct GalleryParameter {
 
 struct GalleryPicture {
     std::string effect, summary;
-    std::string file;        ///< seen from the page
-    int times = 1;           ///< how often the effect was applied
-    bool overBlack = false;  ///< what the effect makes transparent shows black
+    std::vector<std::string> stills;  ///< seen from the page; several are moments, in order
+    std::string film;                 ///< likewise, or empty
+    int times = 1;                    ///< how often the effect was applied
+    bool translucent = false;         ///< what is behind the stills shows through
     std::vector<GalleryParameter> parameters;
-    std::string command;
+    std::string commands;  ///< a line for each still and the film
 };
 
 struct GalleryPage {
     std::string photographName;  ///< as the viewer knows it
     std::string photographFile;  ///< seen from the page
-    int width = 0, height = 0;   ///< of all pictures
+    int width = 0, height = 0;   ///< of all stills
     std::vector<GalleryPicture> pictures;
 };
 

@@ -1,6 +1,8 @@
 #include "host/pages/gallery_pictures.h"
 
 #include <algorithm>
+#include <optional>
+#include <sstream>
 
 #include "host/base/shell_word.h"
 #include "host/run/apply.h"
@@ -15,6 +17,18 @@ PictureShape Reduced(PictureShape shape, int longestSide) {
     shape.width = reduced(shape.width);
     shape.height = reduced(shape.height);
     return shape;
+}
+
+// In the middle of the picture; none fits a very small one.
+std::optional<std::string> MosaicOfWholeBlocks(int width, int height) {
+    constexpr int step = 5, block = 1 << step;
+    const auto whole = [](int length) { return length / block * block; };
+    const int x = whole(width / 4), y = whole(height / 4);
+    const int right = std::max(x + block, whole(3 * width / 4)), bottom = std::max(y + block, whole(3 * height / 4));
+    if (right > width || bottom > height) return std::nullopt;
+    std::ostringstream request;
+    request << "mosaic:x1=" << x << ":y1=" << y << ":x2=" << right << ":y2=" << bottom << ":step=" << step;
+    return request.str();
 }
 
 }  // namespace
@@ -41,14 +55,43 @@ PictureShape WriteReduced(const std::string& from, const std::string& to, int lo
     return sink->Shape();
 }
 
-std::vector<std::string> ShowEffect(const EffectInfo& info, const std::string& photograph, const std::string& to,
-                                    const EffectModule& module) {
+EffectShow ShowOf(const EffectInfo& info, int width, int height) {
+    const std::string name = info.name;
+    EffectShow show{{}, {}, info.traits & changesAlpha ? ".webp" : ".jpg"};
+    if (info.traits & variesWithTime) {
+        for (const char* const moment : {":FadeMin=40", ":FadeMin=128", ":FadeMin=216"})
+            show.stills.push_back({name + moment});
+        if (info.traits & fadesOut)
+            show.stills = {{name + ":FadeMax=216"}, {name + ":FadeMax=128"}, {name + ":FadeMax=40"}};
+        show.film = {name};
+        return show;
+    }
+    std::string request = ShownRequest(info);
+    if (name == "mosaic") request = MosaicOfWholeBlocks(width, height).value_or(request);
+    if (name == "simple_laplacian_sharpen") request += ":inside=rectangle,50%,0,50%,100%";
+    show.stills = {std::vector<std::string>(std::size_t(info.times), request)};
+    if (info.traits & newEachFrame) show.film = show.stills.front();
+    return show;
+}
+
+void MakePicture(const std::string& from, const std::vector<std::string>& requests, const std::string& to,
+                 const EffectModule& module) {
     ApplyOptions apply;
-    apply.inputs = {photograph};
-    apply.effects.assign(std::size_t(info.times), ShownRequest(info));
+    apply.inputs = {from};
+    apply.effects = requests;
     apply.run.output.path = to;
     Apply(apply, module);
-    return apply.effects;
+}
+
+void WriteStandstill(const std::string& from, PictureShape shape, int longestSide, const std::string& to,
+                     const EffectModule& module) {
+    constexpr int frames = 25;
+    ApplyOptions options;
+    if (std::max(shape.width, shape.height) > longestSide)
+        options.preparation.scale =
+            std::string(shape.width < shape.height ? "x" : "").append(std::to_string(longestSide));
+    options.run.output.path = to;
+    RunEffects(from, options, module, true, [](const PreparedSource&) { return EffectRun{{}, frames}; });
 }
 
 std::string ApplyCommand(const std::string& from, const std::string& to, const std::vector<std::string>& requests) {

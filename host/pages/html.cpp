@@ -15,6 +15,7 @@ main { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 
 article { padding: 1rem; border: 1px solid var(--line); border-radius: .5rem; min-width: 0; }
 figure { margin: 0; }
 img { display: block; width: auto; max-width: 100%; height: auto; margin: 0 auto .75rem; }
+.board img { background: repeating-conic-gradient(#777 0 25%, #bbb 0 50%) 0 0 / 32px 32px; }
 table { display: block; overflow-x: auto; border-collapse: collapse; margin-bottom: .75rem; }
 th, td { padding: .1rem .75rem .1rem 0; text-align: left; vertical-align: top; font-weight: normal; }
 pre { margin: 0; padding: .5rem; border-radius: .25rem; background: var(--quiet); white-space: pre-wrap; overflow-wrap: anywhere; }

@@ -52,6 +52,7 @@ class Artist {
  public:
     Artist(const std::string& photograph, const EffectModule& module)
         : m_module(module), m_shape(WriteReduced(photograph, m_folder.File("photo.png"), longestSide)) {
+        WriteReduced(photograph, m_folder.File("large.png"), 2 * longestSide);
         WriteExampleProject({exampleMenu, m_folder.File(exampleMenu), false, {}, {}}, module);
     }
 
@@ -62,9 +63,7 @@ class Artist {
         if (traits & menu) return ShowMenu(effect);
         if (effect.name == "slide") return ShowSlideshow(effect);
         if (effect.name == "title") return ShowTitle(effect);
-        const std::vector<std::string> requests =
-            ShowEffect(effect.info, m_folder.File("photo.png"), Whole(), m_module);
-        return {effect, Bytes(Picture()), ApplyCommand("photo.jpg", "out.jpg", requests), int(requests.size())};
+        return ShowPhotograph(effect);
     }
 
  private:
@@ -83,6 +82,22 @@ class Artist {
     }
     std::string Example(const char* picture) const { return m_folder.File(exampleMenu) + "/" + picture; }
 
+    ReferenceEntry ShowPhotograph(const EffectDetails& effect) {
+        const EffectShow show = ShowOf(effect.info, m_shape.width, m_shape.height);
+        ReferenceEntry entry{effect, {}, {}, int(show.stills.front().size())};
+        for (const auto& requests : show.stills) {
+            const std::string file = m_folder.File(std::string("whole") + show.extension);
+            fs::remove(file);
+            // What moves pixels shows none of them when it is reduced.
+            const bool moves = effect.info.category == std::string_view("Geometry");
+            MakePicture(m_folder.File(moves ? "large.png" : "photo.png"), requests, file, m_module);
+            entry.pictures.push_back(moves ? Small(file) : Bytes(file));
+            if (!entry.command.empty()) entry.command += '\n';
+            entry.command += ApplyCommand("photo.jpg", std::string("out") + show.extension, requests);
+        }
+        return entry;
+    }
+
     // At a frame that shows what is typical of it.
     ReferenceEntry ShowMenu(const EffectDetails& effect) {
         const std::string project =
@@ -91,7 +106,8 @@ class Artist {
         options.film.run.output.path = Whole();
         options.film.run.frames = "110";
         RenderMenu(options, m_module);
-        return {effect, Small(Picture()),
+        return {effect,
+                {Small(Picture())},
                 "nifikral init " + effect.name + " project\nnifikral menu " + effect.name +
                     " project/menu.json -o out.mp4"};
     }
@@ -104,7 +120,7 @@ class Artist {
         options.film.run.output.path = Whole();
         options.film.run.frames = "363";
         MakeSlideshow(options, m_module);
-        return {effect, Small(Picture()), "nifikral slideshow pictures -o out.mp4"};
+        return {effect, {Small(Picture())}, "nifikral slideshow pictures -o out.mp4"};
     }
 
     ReferenceEntry ShowTitle(const EffectDetails& effect) {
@@ -113,7 +129,7 @@ class Artist {
         options.inputs = {Example("lake.png")};
         options.run.output.path = Whole();
         PutTitle(options, m_module);
-        return {effect, Small(Picture()), "nifikral title '" + options.text + "' lake.mp4 out.mp4"};
+        return {effect, {Small(Picture())}, "nifikral title '" + options.text + "' lake.mp4 out.mp4"};
     }
 
     TemporaryFolder m_folder;

@@ -26,6 +26,7 @@ section > h2 { margin: 2.5rem 0 1rem; font-size: 1.6rem; }
 article { margin-bottom: 1.5rem; }
 h3 { margin: 0; font-size: 1.2rem; }
 .pair > * { display: inline-block; width: 480px; max-width: 100%; margin: 0 .5rem .5rem 0; vertical-align: top; }
+.pair > .moment { width: 192px; }
 .before { background-size: cover; }
 .before::before { content: ""; display: block; }
 thead th { border-bottom: 1px solid var(--line); }
@@ -37,12 +38,12 @@ th small { display: block; opacity: .7; }
 details { margin-bottom: 1rem; }
 )";
 
-std::string DataLink(const std::string& jpeg) {
-    std::string text(AV_BASE64_SIZE(jpeg.size()), '\0');
-    av_base64_encode(text.data(), int(text.size()), reinterpret_cast<const std::uint8_t*>(jpeg.data()),
-                     int(jpeg.size()));
+std::string DataLink(const std::string& picture) {
+    std::string text(AV_BASE64_SIZE(picture.size()), '\0');
+    av_base64_encode(text.data(), int(text.size()), reinterpret_cast<const std::uint8_t*>(picture.data()),
+                     int(picture.size()));
     text.resize(text.find('\0'));
-    return "data:image/jpeg;base64," + text;
+    return (picture.starts_with("RIFF") ? "data:image/webp;base64," : "data:image/jpeg;base64,") + text;
 }
 
 class Page {
@@ -115,12 +116,16 @@ class Page {
         const std::string name = Markup(effect.name), summary = Markup(effect.info.summary);
         m_out << "<article id=\"" << name << "\">\n<h3>" << name << "</h3>\n<p>" << summary;
         if (entry.times > 1) m_out << ", here " << entry.times << " times";
-        if (effect.info.traits & changesAlpha) m_out << ", here over black";
-        m_out << "</p>\n<div class=\"pair\">\n";
+        const bool moments = entry.pictures.size() > 1, translucent = (effect.info.traits & changesAlpha) != 0;
+        if (moments) m_out << ", here at three moments";
+        if (translucent) m_out << ", over a chequered board";
+        m_out << "</p>\n<div class=\"pair" << (translucent ? " board" : "") << "\">\n";
         const bool before = !(effect.info.traits & generator);
         if (before) m_out << "<div class=\"before\" role=\"img\" aria-label=\"the photograph before\"></div>\n";
-        m_out << "<img src=\"" << DataLink(entry.picture) << "\" alt=\""
-              << (before ? "the photograph under " + name : "a frame of " + name) << ": " << summary << "\">\n</div>\n";
+        for (const std::string& picture : entry.pictures)
+            m_out << "<img src=\"" << DataLink(picture) << "\"" << (moments ? " class=\"moment\"" : "") << " alt=\""
+                  << (before ? "the photograph under " + name : "a frame of " + name) << ": " << summary << "\">\n";
+        m_out << "</div>\n";
         if (withParameters) Parameters(effect);
         m_out << "<pre><code>" << Markup(entry.command) << "</code></pre>\n</article>\n";
     }

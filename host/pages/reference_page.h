@@ -9,9 +9,9 @@ namespace Nifikral {
 
 struct ReferenceEntry {
     EffectDetails effect;
-    std::string picture;  ///< a JPEG file's bytes
-    std::string command;  ///< that makes it
-    int times = 1;        ///< how often the effect was applied
+    std::vector<std::string> pictures;  ///< the bytes of JPEG or WebP files; several are moments, in order
+    std::string command;                ///< that makes it, for each picture a line
+    int times = 1;                      ///< how often the effect was applied
 };
 
 struct ReferencePage {

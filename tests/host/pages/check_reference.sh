@@ -16,7 +16,9 @@ TMPDIR=$work/temporary "$command" reference photo.png -o page.html
 [[ -z $(ls temporary) ]] || fail "it leaves $(ls temporary)"
 effects=$("$command" list --names | grep -vc ^@)
 [[ $(grep -c '^<article id=' page.html) -eq $effects ]] || fail "not each of $effects effects has its article"
-[[ $(grep -c '^<img src="data:image/jpeg;base64,/9j/' page.html) -eq $effects ]] || fail "not each of them has a picture"
+# The four fades have two more moments each; two of them and the transparency keep their alpha.
+[[ $(grep -c '^<img src="data:image/jpeg;base64,/9j/' page.html) -eq $((effects - 3 + 4)) ]] || fail "not each of them has a picture"
+[[ $(grep -c '^<img src="data:image/webp;base64,UklGR' page.html) -eq 7 ]] || fail "alpha is not kept"
 [[ $(grep -oE '(src|href)="[^#d][^"]*' page.html) == '' ]] || fail "the page needs other files"
 for effect in rotate spotlight slide title menu_common; do
     "$command" info $effect | sed -n 's/^  \([A-Za-z0-9_]*\) (.*/\1/p'

@@ -49,20 +49,35 @@ TEST_F(Gallery, ShowsEveryFrameEffectWithTheCommandThatMakesThePicture) {
 
     const std::vector<std::string> effects = FrameEffects();
     EXPECT_EQ(Find("gallery.html", "<article id=\"", '"'), effects);
-    const std::vector<std::string> pictures = Find("gallery.html", "<img src=\"", '"');
-    EXPECT_EQ(pictures.size(), effects.size() + 1);
-    for (const std::string& picture : pictures) EXPECT_EQ(Probe(picture, "stream=width,height"), "960|81\n") << picture;
+    // Fades at three moments, and films of what moves.
+    std::vector<std::string> files;
+    for (const std::string& effect : effects) {
+        const EffectInfo& info = *FindEffect(effect);
+        const std::string ending = info.traits & changesAlpha ? ".webp" : ".jpg";
+        if (info.traits & variesWithTime)
+            for (const char* const moment : {"_1", "_2", "_3"}) files.push_back(effect + moment + ending);
+        else
+            files.push_back(effect + ending);
+        if (info.traits & (variesWithTime | newEachFrame)) files.push_back(effect + ".mp4");
+    }
+    for (const std::string& picture : Find("gallery.html", "<img src=\"", '"'))
+        EXPECT_EQ(Probe(picture, "stream=width,height"), "960|81\n") << picture;
+    const std::vector<std::string> films = Find("gallery.html", "<video src=\"", '"');
+    EXPECT_EQ(films.size(), 6u);
+    for (const std::string& film : films)
+        EXPECT_EQ(Probe(film, "stream=width,height,nb_frames"), "480|40|25\n") << film;
 
-    const std::vector<std::string> commands = Find("gallery.html", "nifikral apply ", '<');
-    ASSERT_EQ(commands.size(), effects.size());
+    const std::vector<std::string> commands = Find("gallery.html", "nifikral apply ", '\n');
+    ASSERT_EQ(commands.size(), files.size());
     ASSERT_EQ(Nifikral("apply gallery_files/photo.png unchanged.jpg reverse:mirror=0").exitCode, 0);
     const std::string unchanged = ReadFile(folder / "unchanged.jpg");
     for (std::size_t i = 0; i < commands.size(); ++i) {
-        const std::string file = effects[i] + ".jpg";
-        const Outcome again = Nifikral("apply " + commands[i]);
-        EXPECT_EQ(again.exitCode, 0) << commands[i] << again.errors;
-        EXPECT_EQ(ReadFile(folder / file), ReadFile(folder / "gallery_files" / file)) << commands[i];
-        EXPECT_NE(ReadFile(folder / file), unchanged) << commands[i];
+        const std::string command = commands[i].substr(0, commands[i].find('<'));
+        const Outcome again = Nifikral("apply " + command);
+        EXPECT_EQ(again.exitCode, 0) << command << again.errors;
+        const std::string made = ReadFile(folder / files[i]);
+        EXPECT_TRUE(made == ReadFile(folder / "gallery_files" / files[i])) << command;
+        EXPECT_TRUE(made != unchanged) << command;
     }
 }
 

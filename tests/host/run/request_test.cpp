@@ -106,7 +106,7 @@ TEST_F(Requests, StartIdleEffectsSoThatTheyShow) {
          {"brightness_contrast", "reverse", "spherize", "magnifier", "rotate", "tensile", "mosaic"})
         EXPECT_NE(after(effect), before) << effect;
     // What is set stays so, and what acts by itself is not joined by others.
-    EXPECT_EQ(after("magnifier:x=25%"), after("magnifier:x=16:y=18:r=10:scale=2"));
+    EXPECT_EQ(after("magnifier:x=25%"), after("magnifier:x=16:y=18:r=13:scale=1.6"));
     EXPECT_EQ(after("reverse:mirror=1"), after("reverse:mirror=1:vertical=0"));
     EXPECT_EQ(after("reverse"), after("reverse:mirror=on:vertical=on"));
     EXPECT_EQ(after("reverse:mirror=0"), before);
