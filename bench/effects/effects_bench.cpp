@@ -69,7 +69,7 @@ constexpr Job jobs[] = {
     {"reverse vertical", "vertical=1", 0.9, 1.05},
     {"addnoise", "", 1.2, 1.2},
     {"addnoise colour", "addnoise_color=1", 1.6, 2.4},
-    {"atomize", "", 10, 24},
+    {"atomize", "", 3, 8},
     {"portrait", "", 26, 70},
     {"2D_3D_TransForm", "", 9, 40},
     {"2D_3D_TransForm side", "2D_3D_TransForm_output=1", 9, 30},
