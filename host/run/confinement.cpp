@@ -77,8 +77,10 @@ Reach ReachOfSystem() {
 // Where a program of this name would be found; nowhere if empty.
 fs::path Found(const std::string& program) {
     const char* const folders = std::getenv("PATH");
-    for (const std::string& folder : Split(folders ? folders : "", ':'))
-        if (const fs::path path = fs::path(folder) / program; access(path.c_str(), X_OK) == 0) return path;
+    for (const std::string& folder : Split(folders ? folders : "", ':')) {
+        fs::path path = fs::path(folder) / program;
+        if (access(path.c_str(), X_OK) == 0) return path;
+    }
     return {};
 }
 
