@@ -3,9 +3,11 @@
 import concurrent.futures
 import http.client
 import json
+import pathlib
 import shlex
 import struct
 import subprocess
+import tempfile
 import time
 import unittest
 
@@ -185,6 +187,27 @@ class StudioTest(unittest.TestCase):
         status, body, _ = self.studio.ask("POST", "api/jobs", job)
         self.assertEqual(status, 409)
         self.assertNotIn("superseded", json.loads(body))
+
+    def test_reaches_nothing_but_its_folder_in_a_sandbox(self):
+        if subprocess.run([PROGRAM, "apply", "a.png", "b.png", "gray", "--sandbox", "--dry-run"], cwd=self.studio.folder, capture_output=True).returncode == 1:
+            self.skipTest("no Landlock")
+        # Its page lies elsewhere.
+        with tempfile.TemporaryDirectory() as page:
+            (pathlib.Path(page) / "index.html").write_text("A page")
+            for options, status in (((), 200), (("--sandbox",), 404)):
+                studio = Studio("--page", page, *options)
+                try:
+                    self.assertEqual(studio.ask("GET", "")[0], status)
+                    studio.still(path="a.png")
+                    job = studio.post("api/jobs", {"kind": "apply", "input": "a.png", "output": "job.png", "effects": ["gray"]})["id"]
+                    for _ in range(300):
+                        if (studio.folder / "job.png").exists():
+                            break
+                        time.sleep(0.1)
+                    self.assertTrue((studio.folder / "job.png").exists(), job)
+                finally:
+                    studio.end()
+                    studio.remove()
 
     def test_a_cancelled_job_leaves_nothing(self):
         job = {"kind": "apply", "input": "film.mp4", "output": "long.mp4", "effects": ["simple_gauss_blur:count=50"] * 60}
