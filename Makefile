@@ -23,6 +23,11 @@ pictures: configure  ## make the pictures of the README and of the studio again
 	scripts/contact_sheet.sh $(release)/bin/nifikral docs/pictures/menus.jpg generators 208 6
 	scripts/studio_pictures.py $(release)/bin/nifikral docs/pictures
 
+sheets: packages $(release)/build.ninja  ## show every menu with many kinds of pictures, on sheets in out/
+	scripts/install_packages.sh photographs
+	cmake --build --preset release --target nifikral nifikral_module
+	scripts/menu_sheets.sh $(release)/bin/nifikral out $(TEMPLATES)
+
 test: configure  ## build everything and run every test
 	cmake --build --preset release
 	ctest --preset release
@@ -125,5 +130,5 @@ configure: packages
 	scripts/install_packages.sh test
 	cmake --preset release -D NIFIKRAL_BUILD_TESTS=ON -D NIFIKRAL_BUILD_BENCH=ON
 
-.PHONY: help run reference pictures test test-arm64 test-processors test-clang test-tsan fuzz soak bench bench-peers debs \
-    debs-arm64 test-packages test-packages-arm64 test-reproducible format check-format tidy clean packages configure
+.PHONY: help run reference pictures sheets test test-arm64 test-processors test-clang test-tsan fuzz soak bench bench-peers \
+    debs debs-arm64 test-packages test-packages-arm64 test-reproducible format check-format tidy clean packages configure

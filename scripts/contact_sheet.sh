@@ -1,6 +1,6 @@
 #!/bin/bash
 # Makes one picture of everything that the command lists of a kind, in small with its name under it: the effects, on a
-# photograph, or a frame of each generator.
+# photograph, or a frame of each generator with photographs.
 # Usage: scripts/contact_sheet.sh COMMAND SHEET generators|PHOTOGRAPH [CELL_WIDTH [COLUMNS]]
 set -euo pipefail
 command=$1 sheet=$2 shown=$3 width=${4:-384} columns=${5:-5}
@@ -21,16 +21,16 @@ add_cell() {
 }
 
 if [[ $shown == generators ]]; then
-    "$command" init -q menu_common "$work/pictures" </dev/null
-    pictures=("$work"/pictures/{lake,desert,forest,night}.png)
+    "$(dirname "$0")/photographs.sh" "$work/photographs"
+    pictures=("$work"/photographs/{Dandelions,Mountains,"Two dogs",Brushes,Sunset}.jpg)
     while read -r name; do
         case $name in
             *menu_*)
-                "$command" init -q "$name" "$work/$name" </dev/null
+                "$command" init -q "$name" "$work/$name" --pictures "${pictures[@]}" --title 'Summer 2026' </dev/null
                 "$command" menu -q "$name" "$work/$name/menu.json" -o "$work/whole.png" -y --frames 110 </dev/null
                 ;;
             slide) "$command" slideshow -q "${pictures[@]}" -o "$work/whole.png" -y --size 1280x720 --frames 363 </dev/null ;;
-            title) "$command" title -q "A day at the lake" "${pictures[0]}" "$work/whole.png" -y </dev/null ;;
+            title) "$command" title -q "A day outside" "${pictures[0]}" "$work/whole.png" -y </dev/null ;;
             *) continue ;;
         esac
         add_cell "$name" "$work/whole.png"

@@ -5,10 +5,11 @@
 set -euo pipefail
 command=$1 folder=$2
 here=$(dirname "$0")
-photographs=/usr/share/backgrounds
+photographs=$folder/photographs
 
-echo "making the sample clip and photograph (once)"
+echo "making the sample clip and photographs (once)"
 "$here/sample_media.sh" "$folder/input"
+"$here/photographs.sh" "$photographs"
 "$command" list --names | while read -r effect; do
     read -ra requests <<<"$("$command" info "$effect" | sed -n 's/^Example: nifikral apply IN OUT //p')"
     # Generators have commands of their own.
@@ -20,10 +21,10 @@ done
 "$command" gallery -q -y "$folder/input/photo.jpg" -o "$folder/gallery.html"
 
 echo "a menu"
-"$command" init -q -y menu_common "$folder/menu_project"
-"$command" menu -q -y menu_common "$folder/menu_project/menu.json" -o "$folder/menu.mp4"
+"$command" init -q -y menu_memories "$folder/menu_project" --pictures "$photographs" --title 'Seen outside'
+"$command" menu -q -y menu_memories "$folder/menu_project/menu.json" -o "$folder/menu.mp4"
 echo "a slideshow and a title over it"
-"$command" slideshow -q -y "$photographs"/{Bridge,Dragonfly,Wine,aitzgorri,picosdeeuropa}_by_*.jpg -o "$folder/slideshow.mp4" \
+"$command" slideshow -q -y "$photographs"/{Bridge,Dragonfly,"Two dogs",Autumn,Mountains}.jpg -o "$folder/slideshow.mp4" \
     --size 1280x720 --seconds 2 --audio "$folder/input/clip.mp4"
 "$command" title -q -y 'Five photographs' "$folder/slideshow.mp4" "$folder/title.mp4" --seconds 4
 echo "all generators on one sheet"
@@ -32,7 +33,7 @@ echo "all generators on one sheet"
 echo "a disc, for players and for browsers"
 mkdir -p "$folder/holiday/Photographs"
 cp "$folder/input/clip.mp4" "$folder/holiday"
-cp "$photographs"/{Bridge,Dragonfly,Wine}_by_*.jpg "$folder/holiday/Photographs"
+cp "$photographs"/{Bridge,Dragonfly,"Two dogs"}.jpg "$folder/holiday/Photographs"
 "$command" disc -q -y "$folder/holiday" -o "$folder/holiday.iso"
 "$command" disc -q -y "$folder/holiday" -o "$folder/holiday_web" --format web
 
