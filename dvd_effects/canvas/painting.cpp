@@ -191,6 +191,53 @@ Layer Halved(const Layer& layer) {
     return half;
 }
 
+Layer Blurred(const Layer& layer, FrameSize size) {
+    constexpr unsigned patches = 9;  // of the shorter side, at most
+    Layer coarse = Cropped(layer, 0, 0, layer.Size());
+    while (std::min(coarse.Width(), coarse.Height()) > patches) coarse = Halved(coarse);
+    // A place between patches takes from the nearest three, with weights that change smoothly from place to place.
+    struct Taps {
+        unsigned at[3];
+        std::uint32_t weights[3];
+    };
+    const auto taps = [&](unsigned length, unsigned across, double step) {
+        std::vector<Taps> all(length);
+        for (unsigned i = 0; i < length; ++i) {
+            const double place = across / 2.0 + (i + 0.5 - length / 2.0) * step, nearest = double(unsigned(place));
+            const double off = place - nearest;
+            for (int k = 0; k < 3; ++k) all[i].at[k] = unsigned(std::clamp(int(nearest) + k - 1, 0, int(across) - 1));
+            all[i].weights[0] = std::uint32_t((1 - off) * (1 - off) * 128);
+            all[i].weights[2] = std::uint32_t(off * off * 128);
+            all[i].weights[1] = 256 - all[i].weights[0] - all[i].weights[2];
+        }
+        return all;
+    };
+    const PackedView from = coarse.View();
+    const double step = std::min(double(from.width) / size.width, double(from.height) / size.height);
+    const std::vector<Taps> columns = taps(size.width, from.width, step), rows = taps(size.height, from.height, step);
+    std::vector<std::uint32_t> wide(std::size_t(from.height) * size.width * 4);
+    for (unsigned y = 0; y < from.height; ++y)
+        for (unsigned x = 0; x < size.width; ++x)
+            for (unsigned c = 0; c < 4; ++c) {
+                std::uint32_t sum = 0;
+                for (unsigned k = 0; k < 3; ++k)
+                    sum += columns[x].weights[k] * (LoadWord(from.Row(y) + columns[x].at[k]) >> (8 * c) & 255);
+                wide[(std::size_t(y) * size.width + x) * 4 + c] = sum;
+            }
+    Layer blurred(size.width, size.height);
+    const PackedView to = blurred.View();
+    for (unsigned y = 0; y < size.height; ++y) {
+        const auto row = [&](unsigned k) { return wide.data() + std::size_t(rows[y].at[k]) * size.width * 4; };
+        const std::uint32_t *const above = row(0), *const middle = row(1), *const below = row(2);
+        auto* const bytes = reinterpret_cast<std::uint8_t*>(to.Row(y));
+        for (std::size_t i = 0; i < std::size_t(size.width) * 4; ++i)
+            bytes[i] = std::uint8_t((rows[y].weights[0] * above[i] + rows[y].weights[1] * middle[i] +
+                                     rows[y].weights[2] * below[i] + 32768) >>
+                                    16);
+    }
+    return blurred;
+}
+
 Layer Shaded(const Layer& layer, LayerKind kind, unsigned radius, unsigned drop, Colour colour) {
     const unsigned border = radius + drop;
     Layer shaded(layer.Width() + 2 * border, layer.Height() + 2 * border);

@@ -107,7 +107,11 @@ void CBasedMenu::InnerProcFrame(ImagePostion*, int, IRawVideoFrame* frame) {
         });
     Canvas canvas(*frame, Instructions());
     std::function<void(Canvas&)> paint;
-    if (HasOwnBackground()) paint = [this](Canvas& background) { PaintBackground(background); };
+    if (HasOwnBackground())
+        paint = [this](Canvas& background) {
+            PaintBackground(background);
+            FinishBackground(background);
+        };
     m_background.Draw(canvas, m_kind, MenuSize(), paint);
     Attempt(lineScene, [&] {
         MenuBackground::RequireSize(MenuSize());

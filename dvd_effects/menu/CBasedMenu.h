@@ -38,6 +38,8 @@ class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, public IMe
     /// Whether a menu that names no background has one of its own, and paints it: once for every size of frame.
     virtual bool HasOwnBackground() const { return false; }
     virtual void PaintBackground(Canvas&) const {}
+    /// Changes such a background once it is painted.
+    virtual void FinishBackground(Canvas&) const {}
     /// Makes what a template draws beside its pictures: before the first frame, and anew when frames or menu change
     /// their size or kind. The background is painted after it.
     virtual void MakeScenery() {}
@@ -60,6 +62,11 @@ class CBasedMenu : public CBasedVideoImageEffect, public IMenuPlaces, public IMe
     /// Whether the property of the sources' start positions, or one of their fades, was ever set.
     bool HasPlaces() const { return m_hasPlaces; }
     bool HasFades() const { return m_hasFades; }
+    /// Makes the pictures, the background and what the template draws beside them anew for the next frame.
+    void MakeAnew() {
+        ForgetBackground();
+        m_sources.Forget();
+    }
     /// Draws the texts at their places.
     void DrawTexts(Canvas& canvas) const { m_texts.Draw(canvas, m_frameNumber); }
 

@@ -1,9 +1,13 @@
 #include "dvd_effects/menu/menu_picture.h"
 
+#include <utility>
+
+#include "dvd_effects/canvas/painting.h"
+
 namespace AVBased {
 
 MenuPicture::MenuPicture(const FrameKind& kind)
-    : maker(kind.Layers()), maskMaker({true, kind.size.height}), set(kind.set) {}
+    : kind(kind.Layers()), maker(kind.Layers()), maskMaker({true, kind.size.height}), set(kind.set) {}
 
 void MenuPicture::MakeMask(IRawVideoFrame& frame, FrameSize size) {
     maskMaker.Make(frame, size, mask, set);
@@ -17,7 +21,14 @@ void MenuPicture::Make(IRawVideoFrame& frame, FrameSize size, point_t inMask) {
 
 void MenuPicture::CropTo(FrameSize box) {
     if (layer.Size() != box)
-        layer = Cropped(layer, (layer.Width() - box.width) / 2, (layer.Height() - box.height) / 2, box);
+        layer = Cropped(layer, (layer.Width() - box.width) / 2, (layer.Height() - box.height) / 4, box);
+}
+
+void MenuPicture::SetOnStage(FrameSize box) {
+    Layer stage = Blurred(layer, box);
+    MixIn(stage, kind, {0, 0, 0}, 110);
+    LayOver(stage, layer, (box.width - layer.Width()) / 2, (box.height - layer.Height()) / 2);
+    layer = std::move(stage);
 }
 
 }  // namespace AVBased

@@ -25,9 +25,13 @@ struct MenuPicture {
     void MakeMask(IRawVideoFrame& frame, FrameSize size);
     /// Makes the layer, with the part of the mask that starts at a place of it; all of it without a mask.
     void Make(IRawVideoFrame& frame, FrameSize size, point_t inMask = {});
-    /// Keeps the middle of a layer that is at least so large.
+    /// Keeps the middle of a layer that is at least so large; of what is too high more from its upper end, where faces
+    /// are.
     void CropTo(FrameSize box);
+    /// Puts a layer, which is no larger, in the middle of a box before a blurred, darker enlargement of itself.
+    void SetOnStage(FrameSize box);
 
+    LayerKind kind;
     LayerMaker maker, maskMaker;
     InstructionSet set;
     Layer layer, mask;

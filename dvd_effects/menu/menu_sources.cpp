@@ -18,6 +18,15 @@ enum Line : int { lineProperty = 40, lineSource = 140 };
 
 constexpr std::int32_t mostSources = 4096;
 
+// Whether less than three fifths of a picture would be seen that covers a box.
+bool LosesMuch(FrameSize picture, FrameSize box) {
+    const std::uint64_t asWide = std::uint64_t(picture.width) * box.height;
+    const std::uint64_t asHigh = std::uint64_t(picture.height) * box.width;
+    return std::min(asWide, asHigh) * 5 < std::max(asWide, asHigh) * 3;
+}
+// What a picture fills that is shown whole: it keeps away from the edges.
+FrameSize PartOfStage(FrameSize box) { return {std::max(1u, box.width * 7 / 8), std::max(1u, box.height * 7 / 8)}; }
+
 }  // namespace
 
 void MenuSources::SetCount(std::int32_t count) {
@@ -120,8 +129,10 @@ void MenuSources::AdvanceOne(unsigned index, const PictureRules& rules) {
     }
     record.frame = ReadFrame(source);
     const FrameSize own = AVBased::SizeOf(*record.frame), box = rules.BoxOf(index, own);
-    const bool covers = rules.Fit() == PictureFit::Cover;
-    const FrameSize size = covers ? FitOver(own, box) : FitInto(own, box);
+    const PictureFit fit = rules.Fit();
+    const bool isStaged = fit == PictureFit::Stage && !maskSource && LosesMuch(own, box);
+    const bool covers = fit != PictureFit::Contain && !isStaged;
+    const FrameSize size = covers ? FitOver(own, box) : FitInto(own, isStaged ? PartOfStage(box) : box);
     if (maskSource && !(picture.mask && stillMask && picture.mask.Size() == size)) {
         record.maskFrame = ReadFrame(*maskSource);
         picture.MakeMask(*record.maskFrame, size);
@@ -130,6 +141,7 @@ void MenuSources::AdvanceOne(unsigned index, const PictureRules& rules) {
     picture.Make(*record.frame, size);
     record.frame.reset();
     if (covers) picture.CropTo(box);
+    if (isStaged) picture.SetOnStage(box);
     picture.own = picture.layer.Size();
     rules.FinishPicture(picture.layer, index);
     picture.isOpaque = IsOpaque(picture.layer);

@@ -8,9 +8,10 @@
 
 namespace AVBased {
 
-/// How a picture of another shape fills its box: as far as its aspect ratio allows, or all of it, with what then stands
-/// out on two sides cut off.
-enum class PictureFit { Contain, Cover };
+/// How a picture of another shape fills its box: as far as its aspect ratio allows; or all of it, with what then stands
+/// out on two sides cut off; or as a stage does, where one that would lose much is shown whole before a blurred, darker
+/// enlargement of itself.
+enum class PictureFit { Contain, Cover, Stage };
 
 /// What a menu says of its pictures.
 class PictureRules {

@@ -1,6 +1,7 @@
 #include "dvd_effects/templates/CAnimatedMenu.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "dvd_effects/canvas/painting.h"
 
@@ -51,6 +52,28 @@ Section LongestGap(std::vector<Section> sections, double length) {
 
 }  // namespace
 
+const Property<CAnimatedMenu> CAnimatedMenu::ownProperties[1] = {
+    {"mood", "0",
+     [](CAnimatedMenu& menu, std::int32_t mood) {
+         const MoodColours* const colours = MoodOf(menu.GetName(), mood);
+         if (colours != menu.m_colours) menu.MakeAnew();
+         menu.m_colours = colours;
+     }},
+};
+
+CAnimatedMenu::CAnimatedMenu(const char* name, IAVManager* manager) : CBasedMenu(name, manager) {
+    DeclareProperties(*this, ownProperties);
+}
+
+void CAnimatedMenu::OnSetProperty(const std::string& name, PropertyNode& node) {
+    CBasedMenu::OnSetProperty(name, node);
+    StoreProperty(*this, ownProperties, name, node);
+}
+
+void CAnimatedMenu::FinishBackground(Canvas& canvas) const {
+    if (m_colours) Recolour(canvas, Kind(), *m_colours);
+}
+
 int CAnimatedMenu::Loop() const {
     const int duration = const_cast<CAnimatedMenu*>(this)->GetDuration();
     return duration > 1 ? duration : usualLoop;
@@ -87,6 +110,18 @@ FrameSize CAnimatedMenu::FractionOfMenu(unsigned part, unsigned of) const {
     return {std::max(1u, MenuSize().width * part / of), std::max(1u, MenuSize().height * part / of)};
 }
 
+PictureRows CAnimatedMenu::RowsOf(const std::vector<ShownPicture>& pictures, const Region& region, double gap) const {
+    std::vector<double> shapes;
+    for (const ShownPicture& picture : pictures)
+        shapes.push_back(double(picture.layer.Width()) / picture.layer.Height());
+    return {region, shapes, gap};
+}
+
+FrameSize CAnimatedMenu::BoxInRows() const {
+    const double count = std::max(1u, SourceCount());
+    return PartOfMenu(std::min(0.62, 0.85 / std::sqrt(count)), std::min(0.68, 1.15 / std::sqrt(count)));
+}
+
 double CAnimatedMenu::Turns(double frames) const { return Phase() * std::max(1.0, WholePart(Loop() / frames + 0.5)); }
 
 std::vector<CAnimatedMenu::ShownPicture> CAnimatedMenu::ShownPictures() const {
@@ -118,7 +153,8 @@ void CAnimatedMenu::Show(Pile& pile, const ShownPicture& picture, const Placemen
     if (!picture.caption) return;
     const Layer& caption = picture.caption->layer;
     if (const std::optional<Placement> at = CaptionPlace(caption, placement, everything))
-        pile.Put(Reduced(caption, picture.caption->smaller, *at), *at, ShownOf(picture.opacity, opacity), false);
+        pile.Put(Reduced(caption, picture.caption->smaller, *at), *at,
+                 ShownOf(picture.opacity * picture.named, opacity), false);
 }
 
 void CAnimatedMenu::ShowCaption(Canvas& canvas, const ShownPicture& picture, const Placement& placement, double opacity,
@@ -126,8 +162,8 @@ void CAnimatedMenu::ShowCaption(Canvas& canvas, const ShownPicture& picture, con
     if (!picture.caption) return;
     const Layer& caption = picture.caption->layer;
     if (const std::optional<Placement> at = CaptionPlace(caption, placement, window))
-        canvas.LayTransformed(Reduced(caption, picture.caption->smaller, *at), *at, ShownOf(picture.opacity, opacity),
-                              window);
+        canvas.LayTransformed(Reduced(caption, picture.caption->smaller, *at), *at,
+                              ShownOf(picture.opacity * picture.named, opacity), window);
 }
 
 std::optional<Placement> CAnimatedMenu::CaptionPlace(const Layer& caption, const Placement& picture,
@@ -162,7 +198,9 @@ void CAnimatedMenu::ShowWithin(Canvas& canvas, const ShownPicture& picture, cons
     const double own = picture.layer.Width(), ownHeight = picture.layer.Height();
     const double scale = zoom * std::max(width / own, height / ownHeight);
     const Spot middle{window.xBegin + width / 2, window.yBegin + height / 2};
-    const Placement place = Placement::Turned(middle, own * scale, ownHeight * scale);
+    // Of what is too high, more from its upper end, where faces are.
+    const double lower = (ownHeight * scale - height) / 4;
+    const Placement place = Placement::Turned({middle.x, middle.y + lower}, own * scale, ownHeight * scale);
     canvas.LayTransformed(Reduced(picture.layer, picture.smaller, place), place, ShownOf(picture.opacity, opacity),
                           window);
     ShowCaption(canvas, picture, Placement::Turned(middle, width, height), opacity, window);
@@ -174,10 +212,37 @@ void CAnimatedMenu::PaintGradient(Canvas& canvas, Colour top, Colour bottom) con
     canvas.Lay(ground, 0, 0);
 }
 
+void CAnimatedMenu::DrawProgress(Canvas& canvas, const Region& line, const Layer& track, const Layer& done) const {
+    const auto count = unsigned(ShownPictures().size());
+    if (count < 2) return;
+    const Turn turn = TurnAt(Phase(), count);
+    // The line goes back to its start where the loop does, without a jump.
+    const double back = Passed(Phase(), 1 - 0.5 / count, 1);
+    const double part = line.width / count, length = 0.86 * part;
+    for (unsigned i = 0; i < count; ++i) {
+        const double left = line.left + i * part, middle = line.top + line.height / 2;
+        const auto lay = [&](const Layer& layer, double share, double opacity) {
+            const double width = share * length;
+            if (width > 0)
+                canvas.LayTransformed(layer, Placement::Turned({left + width / 2, middle}, width, line.height),
+                                      ByteOf(opacity));
+        };
+        lay(track, 1, 1);
+        lay(done, i < turn.index ? 1 : i == turn.index ? turn.part : 0, 1 - back);
+    }
+}
+
 FrameSize CAnimatedMenu::UsualBox() const { return PartOfMenu(1.0 / 3, 1.0 / 3); }
 
 FrameSize CAnimatedMenu::BoxOf(unsigned index, FrameSize own) const {
-    return HasSizeOf(index) ? CBasedMenu::BoxOf(index, own) : UsualBox();
+    if (HasSizeOf(index)) return CBasedMenu::BoxOf(index, own);
+    FrameSize box = UsualBox();
+    if (Fit() == PictureFit::Cover && own.height > 0) {
+        // As wide as its picture is, within bounds.
+        const double wide = double(box.height) * own.width / own.height, least = 0.75 * box.height;
+        box.width = unsigned(std::clamp(wide, std::min(least, double(box.width)), double(box.width)));
+    }
+    return {std::max(1u, box.width), box.height};
 }
 
 }  // namespace AVBased

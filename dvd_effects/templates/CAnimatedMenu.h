@@ -4,7 +4,8 @@
 
 #include "dvd_effects/canvas/pile.h"
 #include "dvd_effects/menu/CBasedMenu.h"
-#include "dvd_effects/templates/picture_grid.h"
+#include "dvd_effects/templates/moods.h"
+#include "dvd_effects/templates/picture_rows.h"
 #include "dvd_effects/templates/turns.h"
 
 namespace AVBased {
@@ -15,9 +16,14 @@ namespace AVBased {
 ///
 /// Pictures whose size "additionSourceSizes" gives have that size, all others the one that the template likes. Sources
 /// are opaque unless one of "startTrans", "endTrans" and "fadeSpeeds" is set; then their fades count too.
+///
+/// "mood" chooses the colours of what the template paints: its own, light or dark ones.
 class CAnimatedMenu : public CBasedMenu {
  public:
-    using CBasedMenu::CBasedMenu;
+    /// `manager` is borrowed; without one, opening anything fails.
+    CAnimatedMenu(const char* name, IAVManager* manager);
+
+    void OnSetProperty(const std::string& name, PropertyNode& node) override;
 
  protected:
     /// A source at the frame in work.
@@ -30,6 +36,7 @@ class CAnimatedMenu : public CBasedMenu {
         const additionsource_t& source;
         std::deque<Layer>& smaller;  ///< the picture at a half, a quarter... of its size, made when needed
         const MenuText* caption;     ///< its name; null: none
+        double named = 1;            ///< how far its name shows
     };
 
     /// Where the frame in work stands in the loop: 0 at its first frame, never 1.
@@ -48,10 +55,19 @@ class CAnimatedMenu : public CBasedMenu {
     FrameSize FractionOfMenu(unsigned part, unsigned of) const;
     /// How large a picture is shown: as "additionSourceSizes" says, else `usual` times its size.
     double ScaleOf(const ShownPicture& picture, double usual) const { return HasSizeOf(picture.index) ? 1 : usual; }
+    /// What a colour of the template becomes in the mood that is set.
+    Colour InMood(Colour own) const { return m_colours ? m_colours->Of(own) : own; }
+    bool IsLight() const { return m_colours && m_colours->dark.green > 128; }
+    /// The colours of that mood; null for the template's own.
+    const MoodColours* MoodColoursSet() const { return m_colours; }
     /// The measure of everything that is neither the menu nor a picture: a ninth of the height, of a wide menu.
     double Unit() const { return std::min(Width() / 16, Height() / 9); }
     /// So many units in whole pixels, at least one.
     unsigned Units(double count) const { return unsigned(std::max(1.0, count * Unit() + 0.5)); }
+    /// Places for all pictures in rows.
+    PictureRows RowsOf(const std::vector<ShownPicture>& pictures, const Region& region, double gap) const;
+    /// As large as a picture may become in rows of all of them.
+    FrameSize BoxInRows() const;
     /// All sources that have a picture, in their order.
     std::vector<ShownPicture> ShownPictures() const;
     /// Where the middle of a picture that is shown `scale` times its size stands: as its start position
@@ -87,24 +103,43 @@ class CAnimatedMenu : public CBasedMenu {
     /// its way, for the one whose turn it is, and after it, within the last `dissolve` of a turn, for the next one.
     template <class Draw>
     void ShowDissolving(double dissolve, Draw show) const {
-        const std::vector<ShownPicture> pictures = ShownPictures();
+        std::vector<ShownPicture> pictures = ShownPictures();
         if (pictures.empty()) return;
         const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
+        HandOverNames(pictures, turn, dissolve);
         show(pictures[turn.index], (turn.part + dissolve) / (1 + dissolve), 1.0);
         const double begun = turn.part - (1 - dissolve);
         if (begun > 0) show(pictures[turn.Next()], begun / (1 + dissolve), Eased(begun / dissolve));
     }
 
-    /// The size that pictures have when none is given for them: a third of the menu.
+    /// Lets the name of the one whose turn it is go before the next one's comes, within the last `dissolve` of a turn.
+    static void HandOverNames(std::vector<ShownPicture>& pictures, const Turn& turn, double dissolve) {
+        if (pictures.size() < 2) return;
+        const double begun = (turn.part - (1 - dissolve)) / dissolve;
+        pictures[turn.index].named = 1 - Passed(begun, 0, 0.4);
+        pictures[turn.Next()].named = Passed(begun, 0.6, 1);
+    }
+
+    /// Draws a line of as many parts as there are pictures, if there are several: those of the pictures that were shown
+    /// in this loop in `done`, the one of the picture whose turn it is as far as that has gone by, the others in
+    /// `track`.
+    void DrawProgress(Canvas& canvas, const Region& line, const Layer& track, const Layer& done) const;
+    /// The size that pictures have when none is given for them: a third of the menu. Those that would cover it are
+    /// narrower where their shape is, down to three quarters of its height.
     virtual FrameSize UsualBox() const;
     FrameSize BoxOf(unsigned index, FrameSize own) const override;
     bool HasOwnBackground() const override { return true; }
+    void FinishBackground(Canvas& canvas) const override;
     /// Fills a background with colours that go over into each other from its top to its bottom.
     void PaintGradient(Canvas& canvas, Colour top, Colour bottom) const;
 
  private:
+    static const Property<CAnimatedMenu> ownProperties[1];
+
     int Loop() const;
     std::optional<Placement> CaptionPlace(const Layer& caption, const Placement& picture, const Box& window) const;
+
+    const MoodColours* m_colours = nullptr;
 };
 
 }  // namespace AVBased

@@ -66,7 +66,7 @@ PictureGrid CBaby::Rows(unsigned count) const {
     // As high with a title as without one, so that texts that come later change no size.
     const double top = Texts().empty() ? 0.17 : 0.29;
     return PictureGrid::Spaced({0.08 * Width(), top * Height(), 0.84 * Width(), 0.61 * Height()}, count, m_style.shape,
-                               0.7 * Unit());
+                               0.45 * Unit());
 }
 
 void CBaby::FinishPicture(Layer& picture, unsigned /*index*/) const {

@@ -40,7 +40,7 @@ FrameSize CCommonSub::UsualBox() const {
 }
 
 void CCommonSub::MakeScenery() {
-    m_strip = PlainLayer(Kind(), {Units(3.5), Units(0.42)}, {8, 12, 20, 130});
+    m_strip = PlainLayer(Kind(), {Units(3.5), Units(0.42)}, InMood({8, 12, 20, 130}));
     RoundCorners(m_strip, 0.06 * Unit());
     m_accent = PlainLayer(Kind(), {16, 16}, accent);
 }
@@ -92,10 +92,11 @@ FrameSize CCommomInstrction::UsualBox() const {
 void CCommomInstrction::MakeScenery() {
     const FrameSize menu = MenuSize();
     m_panel = PlainLayer(Kind(), {std::max(1u, menu.width * 21 / 40), std::max(1u, menu.height * 3 / 4)},
-                         {246, 249, 252, 232});
+                         InMood({246, 249, 252, 232}));
     RoundCorners(m_panel, 0.14 * Unit());
     m_panel = Shaded(m_panel, Kind(), Units(0.2), Units(0.06), {0, 0, 0, 140});
-    m_keys.Make(Kind(), Units(1.9), {{27, 48, 72}, {228, 236, 244}, accent});
+    m_keys.Make(Kind(), Units(1.9),
+                {InMood({27, 48, 72}), IsLight() ? Colour{27, 48, 72} : Colour{228, 236, 244}, accent});
 }
 
 void CCommomInstrction::DrawScene(Canvas& canvas) {

@@ -208,7 +208,7 @@ void CFestival::DrawPictures(Canvas& canvas) {
 }
 
 PictureGrid CFestivalSub::Rows(unsigned count) const {
-    constexpr unsigned inRow = 6;
+    constexpr unsigned inRow = 4;
     constexpr double shape = 1.45;
     const unsigned lines = std::max(1u, (count + inRow - 1) / inRow),
                    columns = std::max(1u, (count + lines - 1) / lines);
@@ -264,7 +264,7 @@ void CFestivalInstruction::MakeScenery() {
     CFestivalNight::MakeScenery();
     const FrameSize menu = MenuSize();
     const FrameSize size{std::max(1u, menu.width * 11 / 20), std::max(1u, menu.height * 7 / 10)};
-    m_panel = PlainLayer(Kind(), size, {night.red, night.green, night.blue, 205});
+    m_panel = PlainLayer(Kind(), size, InMood({night.red, night.green, night.blue, 205}));
     const unsigned inset = Units(0.16), thin = Units(0.02);
     if (std::min(size.width, size.height) > 4 * inset) {
         const FrameSize inner{size.width - 2 * inset, size.height - 2 * inset};
@@ -276,7 +276,7 @@ void CFestivalInstruction::MakeScenery() {
         LayOver(m_panel, down, size.width - inset - thin, inset);
     }
     RoundCorners(m_panel, 0.25 * Unit());
-    m_keys.Make(Kind(), Units(1.7), {{44, 34, 84}, gold, gold});
+    m_keys.Make(Kind(), Units(1.7), {InMood({44, 34, 84}), IsLight() ? night : gold, gold});
 }
 
 void CFestivalInstruction::DrawPictures(Canvas& canvas) {

@@ -70,7 +70,7 @@ class CFestival : public CFestivalNight {
     PictureGrid Rows(unsigned count) const;
 };
 
-/// The sub-menu: a row of pictures on a line between lanterns, two or more above six; each in turn is lit from behind
+/// The sub-menu: a row of pictures on a line between lanterns, two or more above four; each in turn is lit from behind
 /// and comes nearer. "startPositions" places them elsewhere.
 class CFestivalSub : public CFestivalNight {
  public:

@@ -12,11 +12,12 @@ void CFullScreen::DrawScene(Canvas& canvas) {
         picture.caption = nullptr;
         Show(canvas, picture, PlaceAt(picture, part), opacity);
     });
-    if (!ShownPictures().empty()) DrawShade(canvas);
+    if (!ShownPictures().empty()) canvas.Lay(m_shade, 0, std::int32_t(MenuSize().height - m_shade.Height()));
     // The names stand over the shade.
     ShowDissolving(dissolve, [&](const ShownPicture& picture, double part, double opacity) {
         ShowCaption(canvas, picture, PlaceAt(picture, part), opacity);
     });
+    DrawProgress(canvas, {0.06 * Width(), 0.962 * Height(), 0.88 * Width(), 0.005 * Height()}, m_track, m_done);
     DrawTexts(canvas);
 }
 
@@ -31,14 +32,12 @@ Placement CFullScreen::PlaceAt(const ShownPicture& picture, double part) const {
     return Placement::Turned(centre, Width() * zoom, Height() * zoom);
 }
 
-void CFullScreen::DrawShade(Canvas& canvas) {
-    const FrameSize size{MenuSize().width, std::max(1u, MenuSize().height * 2 / 5)};
-    const Layer& shade = m_shade.For(Kind(), size, [&] {
-        Layer layer(size.width, size.height);
-        FillGradient(layer, Kind(), {0, 0, 0, 0}, {0, 0, 0, 170});
-        return layer;
-    });
-    canvas.Lay(shade, 0, std::int32_t(MenuSize().height - size.height));
+void CFullScreen::MakeScenery() {
+    m_shade = Layer(MenuSize().width, std::max(1u, MenuSize().height * 2 / 5));
+    FillGradient(m_shade, Kind(), InMood({0, 0, 0, 0}), InMood({0, 0, 0, 170}));
+    const Colour line = IsLight() ? Colour{60, 52, 46} : Colour{255, 255, 255};
+    m_track = PlainLayer(Kind(), {1, 1}, {line.red, line.green, line.blue, 90});
+    m_done = PlainLayer(Kind(), {1, 1}, line);
 }
 
 }  // namespace AVBased

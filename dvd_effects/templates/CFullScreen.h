@@ -1,6 +1,5 @@
 #pragma once
 
-#include "dvd_effects/canvas/prepared_layer.h"
 #include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
@@ -16,15 +15,15 @@ class CFullScreen : public CAnimatedMenu {
  protected:
     FrameSize UsualBox() const override { return MenuSize(); }
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
-    PictureFit Fit() const override { return PictureFit::Cover; }
+    PictureFit Fit() const override { return PictureFit::Stage; }
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
     Placement PlaceAt(const ShownPicture& picture, double part) const;
-    void DrawShade(Canvas& canvas);
 
-    PreparedLayer m_shade;
+    Layer m_shade, m_track, m_done;
 };
 
 }  // namespace AVBased

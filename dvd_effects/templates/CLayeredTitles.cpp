@@ -10,7 +10,13 @@ constexpr Colour inks[] = {{16, 78, 102}, {168, 52, 60}, {176, 96, 18}, {52, 62,
 
 }  // namespace
 
-void CLayeredTitles::FinishPicture(Layer& picture, unsigned) const { MixIn(picture, Kind(), {20, 26, 38}, 90); }
+void CLayeredTitles::FinishPicture(Layer& picture, unsigned) const { MixIn(picture, Kind(), InMood({20, 26, 38}), 90); }
+
+void CLayeredTitles::MakeScenery() {
+    const MoodColours* const mood = MoodColoursSet();
+    for (unsigned i = 0; i < colours; ++i)
+        m_inks[i] = PlainLayer(Kind(), {1, 1}, !mood ? inks[i] : i % 2 ? mood->dark : mood->bright);
+}
 
 void CLayeredTitles::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {58, 74, 98}, {22, 28, 42}); }
 
@@ -61,9 +67,8 @@ void CLayeredTitles::DrawBands(Canvas& canvas, const Title& title, unsigned inde
 
 void CLayeredTitles::Band(Canvas& canvas, unsigned colour, double centre, double middle, double width, double height,
                           double opacity) {
-    const unsigned i = colour % colours;
-    const Layer& ink = m_inks[i].For(Kind(), {1, 1}, [&] { return PlainLayer(Kind(), {1, 1}, inks[i]); });
-    canvas.LayTransformed(ink, Placement::Turned({centre, middle}, width, height), ByteOf(opacity));
+    canvas.LayTransformed(m_inks[colour % colours], Placement::Turned({centre, middle}, width, height),
+                          ByteOf(opacity));
 }
 
 }  // namespace AVBased

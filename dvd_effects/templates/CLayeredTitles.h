@@ -1,6 +1,5 @@
 #pragma once
 
-#include "dvd_effects/canvas/prepared_layer.h"
 #include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
@@ -20,6 +19,7 @@ class CLayeredTitles : public CAnimatedMenu {
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
     PictureFit Fit() const override { return PictureFit::Cover; }
     void FinishPicture(Layer& picture, unsigned index) const override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
@@ -35,7 +35,7 @@ class CLayeredTitles : public CAnimatedMenu {
               double opacity);
 
     static constexpr unsigned colours = 4;
-    PreparedLayer m_inks[colours];
+    Layer m_inks[colours];
 };
 
 }  // namespace AVBased

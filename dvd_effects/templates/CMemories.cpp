@@ -7,16 +7,13 @@ namespace AVBased {
 namespace {
 
 // How much larger than its cell a photograph is: they overlap.
-constexpr double overlap = 1.22;
+constexpr double overlap = 1.2;
 // Parts of the loop: until then all have fallen; from then on they lift off; and how long each one takes.
 constexpr double lastFall = 0.46, firstLift = 0.8, lastLift = 0.93, fallTime = 0.09, liftTime = 0.07, settleTime = 0.08;
 
 }  // namespace
 
-FrameSize CMemories::UsualBox() const {
-    const PictureGrid heap = PictureGrid::Filling({0, 0, 0.9 * Width(), 0.8 * Height()}, SourceCount());
-    return PartOfMenu(std::min(0.6, overlap * 0.9 / heap.Columns()), std::min(0.6, overlap * 0.8 / heap.Rows()));
-}
+FrameSize CMemories::UsualBox() const { return BoxInRows(); }
 
 void CMemories::PaintBackground(Canvas& canvas) const {
     Paint(canvas, Kind(), [&](double x, double y) {
@@ -26,10 +23,9 @@ void CMemories::PaintBackground(Canvas& canvas) const {
     });
 }
 
-CPhotographs::Pose CMemories::Resting(const ShownPicture& picture, const PictureGrid& heap, const Region& stage) const {
+CPhotographs::Pose CMemories::Resting(const ShownPicture& picture, const Region& cell, const Region& stage) const {
     const unsigned i = picture.index;
-    const Region cell = heap.Cell(i);
-    const double size = std::min(overlap, 0.62 * Height() / cell.height);
+    const double size = std::min(overlap, 0.66 * Height() / cell.height);
     const double scale = ScaleOf(picture, cell.ScaleOf(picture.layer.Width(), picture.layer.Height()) * size);
     const Spot usual = cell.At(0.38 + 0.24 * Scattered(1, i), 0.4 + 0.2 * Scattered(2, i));
     return Within(stage, picture,
@@ -62,10 +58,10 @@ void CMemories::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const Region stage = FreeRegion();
-    const PictureGrid heap = PictureGrid::Filling(stage.Shrunk(0.04 * stage.width, 0.09 * stage.height), count);
+    const PictureRows heap = RowsOf(pictures, stage.Shrunk(0.02 * stage.width, 0.04 * stage.height), 0);
     Pile pile;
     for (const ShownPicture& picture : pictures) {
-        const Pose rest = Resting(picture, heap, stage);
+        const Pose rest = Resting(picture, heap[picture.index], stage);
         const double longest = std::max(picture.layer.Width(), picture.layer.Height()) * rest.scale;
         ShowPhotograph(pile, picture, At(Phase(), picture.index, count, rest, 1.5 * longest));
     }

@@ -21,7 +21,7 @@ class CMemories : public CPhotographs {
  private:
     // Where a photograph of the heap comes to rest, and how it stands in the loop. It comes from above the menu, from
     // as far as `height`, and leaves there.
-    Pose Resting(const ShownPicture& picture, const PictureGrid& heap, const Region& stage) const;
+    Pose Resting(const ShownPicture& picture, const Region& cell, const Region& stage) const;
     Pose At(double phase, unsigned index, unsigned count, const Pose& rest, double height) const;
 };
 

@@ -50,16 +50,16 @@ void CMemories2::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const Region stage = FreeRegion();
-    const PictureGrid grid = PictureGrid::Filling(stage, count);
+    const PictureRows rows = RowsOf(pictures, stage, 0.03 * Height());
     // By how far they have come forward.
     std::multimap<double, unsigned> order;
     for (unsigned i = 0; i < count; ++i) order.emplace(ForwardInTurn(Phase(), i, count, away, ramp), i);
     Pile pile;
     for (const auto& [forward, i] : order) {
         const Layer& picture = pictures[i].layer;
-        const Region cell = grid.Cell(i);
+        const Region& cell = rows[i];
         const Spot usual = cell.At(0.46 + 0.08 * Scattered(1, i), 0.46 + 0.08 * Scattered(2, i));
-        const double scale = ScaleOf(pictures[i], 0.88 * cell.ScaleOf(picture.Width(), picture.Height()));
+        const double scale = ScaleOf(pictures[i], 0.96 * cell.ScaleOf(picture.Width(), picture.Height()));
         const Pose lying =
             Within(stage, pictures[i],
                    {PlaceOf(pictures[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))});

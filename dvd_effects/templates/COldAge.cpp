@@ -10,21 +10,24 @@ namespace {
 
 // Exposures in a loop: each has a dust, a flicker and a place of its own.
 constexpr unsigned exposures = 144;
-// White, and a middle grey, seen through the old film.
-constexpr Colour sepiaWhite{255, 232, 190}, sepiaGrey{170, 146, 112};
+// White, and a middle grey, seen through the old film: brown, on bright paper, or blue.
+struct Sepia {
+    Colour white, grey;
+};
+constexpr Sepia brown{{255, 232, 190}, {170, 146, 112}}, pale{{255, 248, 234}, {150, 142, 130}},
+    blue{{206, 228, 255}, {112, 138, 170}};
 
 // Turns all of a frame that the menu covers into sepia.
-void TurnSepia(IRawVideoFrame& frame, LayerKind kind, FrameSize menu) {
+void TurnSepia(IRawVideoFrame& frame, LayerKind kind, FrameSize menu, const Sepia& sepia) {
     ForFrame(
-        [](const PackedView& view) {
-            ForEachPixel(view, [](std::uint32_t pixel) {
+        [&](const PackedView& view) {
+            ForEachPixel(view, [white = sepia.white](std::uint32_t pixel) {
                 const std::uint32_t grey = (Red(pixel) * 77 + Green(pixel) * 150 + Blue(pixel) * 29 + 128) >> 8;
-                return WithAlphaOf(pixel, grey * sepiaWhite.blue >> 8, grey * sepiaWhite.green >> 8,
-                                   grey * sepiaWhite.red >> 8);
+                return WithAlphaOf(pixel, grey * white.blue >> 8, grey * white.green >> 8, grey * white.red >> 8);
             });
         },
         [&](const PlanarView& view) {
-            const std::uint32_t tone = PixelOf(kind, sepiaGrey);
+            const std::uint32_t tone = PixelOf(kind, sepia.grey);
             const std::uint32_t chroma[] = {Green(tone), Red(tone)};
             const auto reach = [](unsigned side, unsigned shift) { return (side + (1u << shift) - 1) >> shift; };
             for (unsigned p = 1; p < 3; ++p) {
@@ -39,10 +42,7 @@ void TurnSepia(IRawVideoFrame& frame, LayerKind kind, FrameSize menu) {
 
 }  // namespace
 
-FrameSize COldAge::UsualBox() const {
-    const PictureGrid grid = PictureGrid::Filling({0, 0, 0.9 * Width(), 0.8 * Height()}, SourceCount(), 1.25);
-    return PartOfMenu(std::min(0.5, 0.78 / grid.Columns()), std::min(0.6, 0.7 / grid.Rows()));
-}
+FrameSize COldAge::UsualBox() const { return BoxInRows(); }
 
 void COldAge::FinishPicture(Layer& layer, unsigned) const {
     const unsigned side = std::min(layer.Width(), layer.Height()), mat = side / 16 + 1, wood = side / 28 + 1;
@@ -57,9 +57,11 @@ void COldAge::MakeScenery() {
     m_shadow = SoftShadow(Kind(), 1);
     const FrameSize menu = MenuSize();
     m_vignette = Layer(menu.width, menu.height);
+    const Colour edge = InMood({20, 12, 6});
+    const Tint shade{double(edge.red), double(edge.green), double(edge.blue)};
     Paint(m_vignette, Kind(), [&](double x, double y) {
         const double across = 2 * x / Width() - 1, down = 2 * y / Height() - 1;
-        return Tint{20, 12, 6, 20 + 200 * Eased((across * across + down * down - 0.4) / 1.6)};
+        return Tint{shade.red, shade.green, shade.blue, 20 + 200 * Eased((across * across + down * down - 0.4) / 1.6)};
     });
     const unsigned pixel = PartOfMenu(0, 1.0 / 500).height;
     m_scratch = PlainLayer(Kind(), {pixel, menu.height}, {255, 246, 224, 170});
@@ -95,13 +97,13 @@ void COldAge::PaintBackground(Canvas& canvas) const {
 void COldAge::DrawPortraits(Canvas& canvas, unsigned step) const {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
-    const PictureGrid grid = PictureGrid::Filling(FreeRegion(), count, 1.25);
+    const PictureRows rows = RowsOf(pictures, FreeRegion(), 0.05 * Height());
     const double weave = Height() / 500;
     const Spot shift{weave * (Scattered(1, step) - 0.5), weave * (Scattered(2, step) - 0.5)};
     for (const ShownPicture& picture : pictures) {
-        const Region cell = grid.Cell(picture.index);
+        const Region& cell = rows[picture.index];
         const double near = ForwardInTurn(Phase(), picture.index, count, 1.4, 0.5);
-        const double fit = 0.96 * cell.ScaleOf(picture.layer.Width(), picture.layer.Height());
+        const double fit = 1.04 * cell.ScaleOf(picture.layer.Width(), picture.layer.Height());
         const double nearest = ScaleOf(picture, fit), scale = nearest * Mixed(0.86, 1, near);
         const double width = picture.layer.Width() * scale, height = picture.layer.Height() * scale;
         const Spot middle = PlaceOf(picture, cell.Middle(), nearest), at{middle.x + shift.x, middle.y + shift.y};
@@ -138,7 +140,7 @@ void COldAge::DrawScene(Canvas& canvas) {
     const auto step = unsigned(Phase() * exposures);
     DrawPortraits(canvas, step);
     DrawTexts(canvas);
-    TurnSepia(canvas.Frame(), Kind(), MenuSize());
+    TurnSepia(canvas.Frame(), Kind(), MenuSize(), !MoodColoursSet() ? brown : IsLight() ? pale : blue);
     DrawFilm(canvas, step);
 }
 

@@ -16,7 +16,7 @@ class CPerformance : public CAnimatedMenu {
  protected:
     FrameSize UsualBox() const override;
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
-    PictureFit Fit() const override { return PictureFit::Cover; }
+    PictureFit Fit() const override { return PictureFit::Stage; }
     void FinishPicture(Layer& layer, unsigned index) const override;
     void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;

@@ -60,10 +60,7 @@ double Paw(double x, double y, double pixel) {
 
 }  // namespace
 
-FrameSize CPets::UsualBox() const {
-    const PictureGrid grid = PictureGrid::Filling({0, 0, 0.9 * Width(), 0.8 * Height()}, SourceCount());
-    return PartOfMenu(std::min(0.5, 0.74 / grid.Columns()), std::min(0.6, 0.66 / grid.Rows()));
-}
+FrameSize CPets::UsualBox() const { return BoxInRows(); }
 
 void CPets::FinishPicture(Layer& layer, unsigned index) const {
     const unsigned side = std::min(layer.Width(), layer.Height()), border = side / 13 + 1;
@@ -125,10 +122,10 @@ void CPets::DrawScene(Canvas& canvas) {
     DrawPaws(canvas);
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
-    const PictureGrid grid = PictureGrid::Filling(FreeRegion(), count);
+    const PictureRows rows = RowsOf(pictures, FreeRegion(), 0.05 * Height());
     for (const ShownPicture& picture : pictures) {
-        const Region cell = grid.Cell(picture.index);
-        const double scale = ScaleOf(picture, 0.9 * cell.ScaleOf(picture.layer.Width(), picture.layer.Height()));
+        const Region& cell = rows[picture.index];
+        const double scale = ScaleOf(picture, 0.97 * cell.ScaleOf(picture.layer.Width(), picture.layer.Height()));
         const Stance stance = StanceAt(Phase(), count > 1 ? double(picture.index) / (count - 1) : 0);
         const double height = picture.layer.Height() * scale * (1 + stance.stretch);
         const double width = picture.layer.Width() * scale * (1 - 0.6 * stance.stretch);

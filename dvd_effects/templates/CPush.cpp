@@ -1,6 +1,13 @@
 #include "dvd_effects/templates/CPush.h"
 
+#include "dvd_effects/canvas/painting.h"
+
 namespace AVBased {
+
+void CPush::MakeScenery() {
+    m_track = PlainLayer(Kind(), {1, 1}, InMood({150, 160, 172}));
+    m_done = PlainLayer(Kind(), {1, 1}, {222, 92, 48});
+}
 
 void CPush::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {236, 238, 240}, {176, 184, 194}); }
 
@@ -10,6 +17,7 @@ void CPush::DrawScene(Canvas& canvas) {
         constexpr double rest = 0.45;  // of a turn
         const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
         DrawPush(canvas, pictures[turn.index], pictures[turn.Next()], (turn.part - rest) / (1 - rest));
+        DrawProgress(canvas, {0.62 * Width(), 0.955 * Height(), 0.32 * Width(), 0.008 * Height()}, m_track, m_done);
     }
     DrawTexts(canvas);
 }
@@ -39,8 +47,10 @@ void CPush::DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPic
                                        : Box{unsigned(stage.left), unsigned(stage.left + stage.width),
                                              unsigned(stage.top), unsigned(stage.top + stage.height)};
     const auto show = [&](const ShownPicture& picture, double steps) {
+        // Of what is too high, more from its upper end.
+        const double lower = std::max(0.0, height - stage.height) / 4;
         const Spot centre{stage.Middle().x + way.x * (width + between) * steps,
-                          stage.Middle().y + way.y * (height + between) * steps};
+                          stage.Middle().y + lower + way.y * (height + between) * steps};
         Show(canvas, picture, Placement::Turned(centre, width, height), 1, window);
     };
     show(leaving, gone);

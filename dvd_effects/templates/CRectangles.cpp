@@ -1,5 +1,7 @@
 #include "dvd_effects/templates/CRectangles.h"
 
+#include <iterator>
+
 #include "dvd_effects/canvas/painting.h"
 
 namespace AVBased {
@@ -9,12 +11,15 @@ namespace {
 constexpr unsigned emptyOnes = 9;
 constexpr Colour farColour{14, 44, 66};
 
-// How near a picture passes: 1 is the nearest. Three planes, so that neighbours in the list do not meet.
-double NearnessOf(unsigned index) {
-    constexpr double planes[] = {1, 0.55, 0.75};
-    return planes[index % 3];
-}
-// Near ones cross twice in a loop.
+// Pictures pass in three planes: those of one go the same way, so that none hides another there. 1 is the nearest.
+struct Plane {
+    double nearness;
+    int crossings;  // in a loop: near ones go faster
+    bool isLeftward;
+    double lane;  // from the top of the stage to its bottom
+};
+constexpr Plane planes[] = {{1, 2, false, 0.6}, {0.55, 1, false, 0.98}, {0.75, 2, true, 0.06}};
+constexpr unsigned fromFarToNear[] = {1, 2, 0};
 int CrossingsOf(double nearness) { return nearness > 0.7 ? 2 : 1; }
 
 // The middle of something on its `crossings` ways through a screen, out of sight where it starts anew.
@@ -27,7 +32,12 @@ double Crossing(double begun, int crossings, bool toTheLeft, double screen, doub
 
 void CRectangles::FinishPicture(Layer& picture, unsigned index) const {
     // Air lies between the viewer and what is far.
-    MixIn(picture, Kind(), farColour, unsigned(150 * (1 - NearnessOf(index))));
+    MixIn(picture, Kind(), InMood(farColour), unsigned(150 * (1 - planes[index % std::size(planes)].nearness)));
+}
+
+void CRectangles::MakeScenery() {
+    constexpr Colour chalk{255, 255, 255}, ink{40, 62, 74};
+    m_ink = PlainLayer(Kind(), {1, 1}, IsLight() ? ink : chalk);
 }
 
 void CRectangles::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {10, 28, 48}, {22, 92, 110}); }
@@ -44,29 +54,33 @@ void CRectangles::DrawScene(Canvas& canvas) {
                           Height() * Scattered(2, i)};
         Outline(canvas, centre, width, width * (0.35 + 0.5 * Scattered(3, i)), thin, 0.12 + 0.3 * nearness);
     }
-    for (const double plane : {0.55, 0.75, 1.0})
-        for (const ShownPicture& picture : pictures) {
-            if (NearnessOf(picture.index) != plane) continue;
-            const double width = picture.layer.Width() * plane, height = picture.layer.Height() * plane;
-            const int crossings = CrossingsOf(plane);
-            // Evenly spread along the way, whatever their number.
-            const double begun = Wrapped(Phase() + double(picture.index) / count / crossings);
-            const double lane = Wrapped(0.15 + picture.index * 0.382);
-            const Spot centre{Crossing(begun, crossings, picture.index % 2 != 0, Width(), width + 6 * thin),
-                              stage.top + Mixed(height / 2, std::max(height / 2, stage.height - height / 2), lane)};
+    for (const unsigned k : fromFarToNear) {
+        const Plane& plane = planes[k];
+        const unsigned inPlane = (count + std::size(planes) - 1 - k) / std::size(planes);
+        for (unsigned i = k; i < count; i += std::size(planes)) {
+            const ShownPicture& picture = pictures[i];
+            const double width = picture.layer.Width() * plane.nearness,
+                         height = picture.layer.Height() * plane.nearness;
+            // Evenly spread along the way, whatever their number, and the planes apart from each other.
+            const auto inOrder = unsigned(i / std::size(planes));
+            const double order = (inOrder + 0.3 * k) / inPlane;
+            const double begun = Wrapped(Phase() + order / plane.crossings);
+            const double lane = plane.lane + 0.12 * (Scattered(4, i) - 0.5), room = stage.height - height;
+            const Spot centre{Crossing(begun, plane.crossings, plane.isLeftward, Width(), width + 6 * thin),
+                              stage.top + height / 2 + std::max(0.0, room) * std::clamp(lane, 0.0, 1.0)};
             Show(canvas, picture, Placement::Turned(centre, width, height));
-            Outline(canvas, centre, width + 4 * thin, height + 4 * thin, thin, picture.opacity * plane);
+            Outline(canvas, centre, width + 4 * thin, height + 4 * thin, thin, picture.opacity * plane.nearness);
         }
+    }
     DrawTexts(canvas);
 }
 
 void CRectangles::Outline(Canvas& canvas, Spot centre, double width, double height, double thickness, double opacity) {
-    const Layer& ink = m_ink.For(Kind(), {1, 1}, [&] { return PlainLayer(Kind(), {1, 1}, {255, 255, 255}); });
     const auto shown = ByteOf(opacity);
     for (const int side : {-1, 1}) {
         const double dx = (width - thickness) / 2 * side, dy = (height - thickness) / 2 * side;
-        canvas.LayTransformed(ink, Placement::Turned({centre.x, centre.y + dy}, width, thickness), shown);
-        canvas.LayTransformed(ink, Placement::Turned({centre.x + dx, centre.y}, thickness, height - 2 * thickness),
+        canvas.LayTransformed(m_ink, Placement::Turned({centre.x, centre.y + dy}, width, thickness), shown);
+        canvas.LayTransformed(m_ink, Placement::Turned({centre.x + dx, centre.y}, thickness, height - 2 * thickness),
                               shown);
     }
 }

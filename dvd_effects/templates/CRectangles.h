@@ -1,6 +1,5 @@
 #pragma once
 
-#include "dvd_effects/canvas/prepared_layer.h"
 #include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
@@ -18,13 +17,14 @@ class CRectangles : public CAnimatedMenu {
     PictureFit Fit() const override { return PictureFit::Cover; }
     void FinishPicture(Layer& picture, unsigned index) const override;
     FrameSize UsualBox() const override { return FractionOfMenu(2, 5); }
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
     void Outline(Canvas& canvas, Spot centre, double width, double height, double thickness, double opacity);
 
-    PreparedLayer m_ink;
+    Layer m_ink;
 };
 
 }  // namespace AVBased

@@ -22,6 +22,8 @@ Span PartOf(double length, double before, double own, double all, int line) {
 
 }  // namespace
 
+void CResizingPanels::MakeScenery() { m_shade = PlainLayer(Kind(), {1, 1}, InMood({8, 10, 14})); }
+
 void CResizingPanels::PaintBackground(Canvas& canvas) const { PaintGradient(canvas, {20, 22, 28}, {8, 9, 12}); }
 
 void CResizingPanels::DrawScene(Canvas& canvas) {
@@ -52,11 +54,10 @@ void CResizingPanels::DrawScene(Canvas& canvas) {
 
 void CResizingPanels::DrawPanel(Canvas& canvas, const ShownPicture& picture, const Box& panel, double share) {
     ShowWithin(canvas, picture, panel, 1.06 + 0.05 * Wave(Phase() + picture.index * 0.37));
-    const Layer& shade = m_shade.For(Kind(), {1, 1}, [&] { return PlainLayer(Kind(), {1, 1}, {8, 10, 14}); });
     const auto dark = std::uint8_t((1 - share) * picture.opacity * 130);
     if (!dark) return;
     const Spot least{double(panel.xBegin), double(panel.yBegin)}, most{double(panel.xEnd), double(panel.yEnd)};
-    canvas.LayTransformed(shade, {least, {most.x, least.y}, most, {least.x, most.y}}, dark);
+    canvas.LayTransformed(m_shade, {least, {most.x, least.y}, most, {least.x, most.y}}, dark);
 }
 
 }  // namespace AVBased

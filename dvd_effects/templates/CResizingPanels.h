@@ -1,6 +1,5 @@
 #pragma once
 
-#include "dvd_effects/canvas/prepared_layer.h"
 #include "dvd_effects/templates/CAnimatedMenu.h"
 
 namespace AVBased {
@@ -14,16 +13,17 @@ class CResizingPanels : public CAnimatedMenu {
     explicit CResizingPanels(IAVManager* manager) : CAnimatedMenu(effectMenuResizingPanelsName, manager) {}
 
  protected:
-    FrameSize UsualBox() const override { return FractionOfMenu(7, 10); }
+    // Whole, as panels of all shapes show parts of it: upright ones about as wide as others.
+    FrameSize UsualBox() const override { return PartOfMenu(0.72, 1.2); }
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
-    PictureFit Fit() const override { return PictureFit::Cover; }
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 
  private:
     void DrawPanel(Canvas& canvas, const ShownPicture& picture, const Box& panel, double share);
 
-    PreparedLayer m_shade;
+    Layer m_shade;
 };
 
 }  // namespace AVBased

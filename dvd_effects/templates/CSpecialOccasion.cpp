@@ -70,7 +70,7 @@ Layer Ribbon(LayerKind kind, unsigned size) {
 PictureGrid CSpecialOccasion::Rows(unsigned count) const {
     const double top = Texts().empty() ? 0.18 : 0.29;
     return PictureGrid::Spaced({0.1 * Width(), top * Height(), 0.8 * Width(), 0.57 * Height()}, count, 1.45,
-                               0.75 * Unit());
+                               0.5 * Unit());
 }
 
 void CSpecialOccasion::FinishPicture(Layer& picture, unsigned /*index*/) const {
@@ -163,7 +163,8 @@ void CSpecialOccasion::DrawPictures(Canvas& canvas) const {
         const double tail = m_ribbon.Height(), above = at.y + height / 2 + tail, below = Height() - at.y + height / 2;
         // Out at the top, and from below the screen back to its place.
         const double gone = t / 0.1, left = 1 - std::clamp((t - 0.1) / 0.15, 0.0, 1.0);
-        at.y += gone < 1 ? -above * gone * gone : below * left * left * left;
+        // A single one stays, or nothing would be left.
+        if (count > 1) at.y += gone < 1 ? -above * gone * gone : below * left * left * left;
         canvas.LayTransformed(m_ribbon,
                               Placement::Turned({at.x - 0.08 * Unit() * swing, at.y + height / 2 + tail * 0.22},
                                                 m_ribbon.Width(), tail, -6 * swing),

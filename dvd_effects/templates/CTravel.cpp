@@ -12,7 +12,7 @@ namespace {
 constexpr unsigned dashes = 56, dashSteps = 14;
 constexpr Colour routeColour{178, 44, 36};
 // Heights of a photograph far away and in front, in heights of the menu.
-constexpr double farHeight = 0.2, frontHeight = 0.36;
+constexpr double farHeight = 0.2, farHeightOfFew = 0.25, frontHeight = 0.38;
 
 // A way around the middle of an area that winds a little; 0 is in front, at the bottom.
 class Route {
@@ -60,6 +60,23 @@ Tint Map(double x, double y) {
     return Mixed(coast, tint, Eased((off - 0.001) / 0.004)) * fibres;
 }
 
+// A wind rose between -1 and 1: eight rays, half of each in shade, within a ring.
+double Rose(double x, double y, bool isShade) {
+    const double u = x < 0 ? -x : x, v = y < 0 ? -y : y, squared = x * x + y * y;
+    const auto ray = [](double along, double across, double reach) {
+        return along < reach && across < 0.24 * (reach - along) && across < along;
+    };
+    const double p = (u + v) * 0.7071, q = (u > v ? u - v : v - u) * 0.7071;
+    const bool isMain = ray(std::max(u, v), std::min(u, v), 0.96), isMinor = ray(p, q, 0.62);
+    const bool isDiagonal = (x > 0) == (y > 0), isDark = isMain ? isDiagonal == (u > v) : isDiagonal != (u > v);
+    if (isShade) return (isMain || isMinor) && isDark;
+    const bool isRing = squared > 0.49 && squared < 0.52;
+    return isMain || isMinor || isRing;
+}
+
+// A pointer between -1 and 1 from the bottom to the top.
+double Needle(double x, double y) { return (x < 0 ? -x : x) < 0.16 * (1 - (y < 0 ? -y : y)); }
+
 }  // namespace
 
 void CTravel::MakeScenery() {
@@ -72,7 +89,12 @@ void CTravel::MakeScenery() {
     CutEllipse(red, 0);
     m_stop = Framed(red, Kind(), rim, {255, 250, 240});
     CutEllipse(m_stop, 0);
+    m_needle = Layer(Units(0.3), Units(1.3));
+    PaintOver(m_needle, Kind(), {70, 58, 46}, Needle);
+    PaintOver(m_needle, Kind(), routeColour, [](double x, double y) { return y < 0 ? Needle(x, y) : 0; });
 }
+
+Spot CTravel::Compass() const { return {Width() - 1.5 * Unit(), 1.35 * Unit()}; }
 
 void CTravel::PaintBackground(Canvas& canvas) const {
     Paint(canvas, Kind(), [&](double x, double y) {
@@ -80,15 +102,22 @@ void CTravel::PaintBackground(Canvas& canvas) const {
         const double squared = fromMiddleX * fromMiddleX + fromMiddleY * fromMiddleY;
         return Map(x / Height(), y / Height()) * (1.04 - 0.9 * squared * squared * 2);
     });
+    Layer rose(Units(1.9), Units(1.9));
+    PaintOver(rose, Kind(), {246, 234, 204}, [](double x, double y) { return Rose(x, y, false); });
+    PaintOver(rose, Kind(), {120, 92, 62}, [](double x, double y) { return Rose(x, y, true); });
+    canvas.LayTransformed(rose, Placement::Turned(Compass(), rose.Width(), rose.Height()));
 }
 
 void CTravel::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const Region stage = FreeRegion();
-    const double far = std::min(farHeight, 0.3 * stage.height / Height()) * Height();
+    const double least = count > 5 ? farHeight : farHeightOfFew;
+    const double far = std::min(least, 0.36 * stage.height / Height()) * Height();
     const double front = std::min(frontHeight, 0.56 * stage.height / Height()) * Height();
     // The photographs stand above their stops.
+    canvas.LayTransformed(m_needle, Placement::Turned(Compass(), m_needle.Width(), m_needle.Height(),
+                                                      26 * Wave(Turns(150)) + 7 * Wave(Turns(50))));
     const Route route({stage.left + 0.05 * Width(), stage.top + far, stage.width - 0.1 * Width(), stage.height - far});
     for (unsigned i = 0; i < dashes; ++i) {
         const double part = (i + Phase() * dashSteps) / dashes;

@@ -7,8 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuTravelName[] = "menu_travel";
 
 /// A journey on an old map: photographs stand along a dashed route that closes, and travel it from stop to stop. The
-/// one that reaches the front is the largest. Places of the sources do not count. The route is drawn over a named
-/// background too.
+/// one that reaches the front is the largest. A compass trembles in the corner. Places of the sources do not count. The
+/// route is drawn over a named background too.
 class CTravel : public CPhotographs {
  public:
     explicit CTravel(IAVManager* manager) : CPhotographs(effectMenuTravelName, manager) {}
@@ -20,7 +20,9 @@ class CTravel : public CPhotographs {
     void DrawScene(Canvas& canvas) override;
 
  private:
-    Layer m_dash, m_stop;
+    Spot Compass() const;
+
+    Layer m_dash, m_stop, m_needle;
 };
 
 }  // namespace AVBased

@@ -16,7 +16,7 @@ class CVideoWall : public CAnimatedMenu {
  protected:
     FrameSize UsualBox() const override;
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
-    PictureFit Fit() const override { return PictureFit::Cover; }
+    PictureFit Fit() const override { return PictureFit::Stage; }
     void PaintBackground(Canvas& canvas) const override;
     void DrawScene(Canvas& canvas) override;
 

@@ -4,26 +4,11 @@
 
 namespace AVBased {
 
-PictureGrid::PictureGrid(const Region& region, unsigned count, double gap, Fill fill)
-    : m_region(region), m_corner(region.At(0, 0)), m_count(std::max(1u, count)), m_gap(gap), m_fill(fill) {}
-
-PictureGrid PictureGrid::Filling(const Region& region, unsigned count, double shape) {
-    PictureGrid grid(region, count, 0, Fill::FullRows);
-    grid.SetCells(1, 1, region.width, region.height);
-    double largest = 0;
-    for (unsigned columns = 1; columns <= grid.m_count; ++columns) {
-        const unsigned rows = (grid.m_count + columns - 1) / columns;
-        const double width = region.width / columns, height = region.height / rows;
-        const double fitting = std::min(width / shape, height);
-        if (fitting <= largest) continue;
-        largest = fitting;
-        grid.SetCells(columns, rows, width, height);
-    }
-    return grid;
-}
+PictureGrid::PictureGrid(const Region& region, unsigned count, double gap)
+    : m_region(region), m_corner(region.At(0, 0)), m_count(std::max(1u, count)), m_gap(gap) {}
 
 PictureGrid PictureGrid::Spaced(const Region& region, unsigned count, double shape, double gap) {
-    PictureGrid grid(region, count, gap, Fill::EvenRows);
+    PictureGrid grid(region, count, gap);
     for (unsigned rows = 1; rows <= grid.m_count; ++rows) {
         const unsigned columns = (grid.m_count + rows - 1) / rows;
         const double width = (region.width - gap * (columns - 1)) / columns;
@@ -46,10 +31,7 @@ void PictureGrid::SetCells(unsigned columns, unsigned rows, double width, double
     m_height = height;
 }
 
-unsigned PictureGrid::InRow(unsigned row) const {
-    if (m_fill == Fill::EvenRows) return m_count / m_rows + (row < m_count % m_rows);
-    return row + 1 < m_rows ? m_columns : m_count - row * m_columns;
-}
+unsigned PictureGrid::InRow(unsigned row) const { return m_count / m_rows + (row < m_count % m_rows); }
 
 PictureGrid::Place PictureGrid::Find(unsigned index) const {
     Place place{0, index};

@@ -25,9 +25,6 @@ struct Region {
 /// Equal cells in rows for a number of pictures, of which no picture counts as one. Shapes are width by height.
 class PictureGrid {
  public:
-    /// Cells that share all of a region, in as many columns as let pictures of this shape become largest. A last row
-    /// that is not full stands in the middle.
-    static PictureGrid Filling(const Region& region, unsigned count, double shape = 1.5);
     /// Cells of this shape, `gap` pixels apart, as large as can be, all in the middle of a region. No row has two cells
     /// more than another; the first ones have one more.
     static PictureGrid Spaced(const Region& region, unsigned count, double shape, double gap);
@@ -42,12 +39,10 @@ class PictureGrid {
     FrameSize CellSize() const;
 
  private:
-    // Whether rows but the last are full, or all as even as can be.
-    enum class Fill { FullRows, EvenRows };
     struct Place {
         unsigned row = 0, column = 0;
     };
-    PictureGrid(const Region& region, unsigned count, double gap, Fill fill);
+    PictureGrid(const Region& region, unsigned count, double gap);
     void SetCells(unsigned columns, unsigned rows, double width, double height);
     unsigned InRow(unsigned row) const;
     Place Find(unsigned index) const;
@@ -56,7 +51,6 @@ class PictureGrid {
     Spot m_corner;  // of a full row of cells
     unsigned m_count, m_columns = 1, m_rows = 1;
     double m_gap, m_width = 0, m_height = 0;
-    Fill m_fill;
 };
 
 }  // namespace AVBased

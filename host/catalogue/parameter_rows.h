@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
+
 #include "host/catalogue/catalogue.h"
 
 /// The parameters of every effect, an array for each list of properties, in the order in which a form shows them.
@@ -257,6 +260,15 @@ inline constexpr ParameterInfo menuTemplate[] = {
     Text("endTrans", "Opacity", "for each one: opacity at the end of its fade", "1/255"),
     Text("fadeSpeeds", "Opacity", "for each one: how far its opacity changes", "1/255 a frame"),
 };
+
+// Those that arrange their pictures by themselves paint in a mood too.
+inline constexpr Choice moods[] = {{0, "its own colours"}, {1, "light"}, {2, "dark"}};
+inline constexpr auto arrangedTemplate = [] {
+    std::array<ParameterInfo, std::size(menuTemplate) + 1> rows{};
+    std::copy(std::begin(menuTemplate), std::end(menuTemplate), rows.begin());
+    rows.back() = Pick("mood", "Colours", "the colours of what the template paints", moods);
+    return rows;
+}();
 
 inline constexpr const char* transitions[] = {"crossfade", "push",     "wipe", "zoom",  "iris",
                                               "blinds",    "pageturn", "cut",  "random"};

@@ -1,6 +1,7 @@
 #include "host/command/menu_commands.h"
 
 #include <iostream>
+#include <iterator>
 #include <memory>
 
 #include "host/base/errors.h"
@@ -59,12 +60,15 @@ void AddInit(CommandLine& line) {
                      "pictures and films of your own to show, and folders of them; they stay where they are")
         ->type_name("FILE");
     init->add_option("--title", options.title, "the menu's title")->type_name("TEXT");
+    line.words[init->add_option("--mood", options.mood,
+                                "the colours of what the template paints: own, light or dark (default: own)")
+                   ->type_name("MOOD")] = {std::begin(moodNames), std::end(moodNames)};
     init->add_flag("-y,--overwrite", options.overwrite, "overwrite files of the same names");
     init->add_flag("-q,--quiet", line.quiet, "errors only");
     AddCommonOptions(*init, line);
     line.work[init] = [given, disc, init, &line](const EffectModule& module) {
         if (given->templateName == "disc") {
-            RequireNone(*init, {"--pictures", "--title"}, "for menus; a disc's films lie in its folder");
+            RequireNone(*init, {"--pictures", "--title", "--mood"}, "for menus; a disc's films lie in its folder");
             disc->folder = given->folder;
             disc->overwrite = given->overwrite;
             const std::string found = WriteDiscProject(*disc);

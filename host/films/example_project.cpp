@@ -93,11 +93,11 @@ bool HasNames(const std::string& templateName) {
     return templateName != "menu_layeredtitles" && !IsInstructionMenu(templateName);
 }
 
-Json TextOf(const std::string& templateName, std::size_t index, const ExampleText& example) {
+Json TextOf(const InitOptions& options, std::size_t index, const ExampleText& example) {
     Film film;
     film.width = width;
     film.height = height;
-    const TemplateStyle& style = StyleOf(templateName);
+    const TemplateStyle style = StyleOf(options.templateName, FindMood(options.mood).value_or(Mood::Own));
     const bool isName = example.end != ExampleText{}.end;
     MenuText text = isName ? StyledMenuText(style.caption, film) : StyledMenuText(style, film, index);
     text.styled.text = example.text;
@@ -127,7 +127,7 @@ std::string TextsOf(const InitOptions& options) {
         if (i > 0 && !options.pictures.empty() && !IsInstructionMenu(options.templateName)) break;
         ExampleText example = examples[i];
         if (i == 0 && !options.title.empty()) example.text = options.title.c_str();
-        list += (list.empty() ? "" : ",\n") + TextInProject(TextOf(options.templateName, i, example));
+        list += (list.empty() ? "" : ",\n") + TextInProject(TextOf(options, i, example));
     }
     return list + "\n";
 }
@@ -137,7 +137,8 @@ std::string ProjectOf(const InitOptions& options, const std::string& sources, st
     project << "{\n  \"template\": \"" << options.templateName
             << "\",\n  \"frameRate\": 25,\n  \"duration\": " << seconds << ",\n  \"width\": " << width
             << ",\n  \"height\": " << height << ",\n"
-            << sources << "\n  \"textInfos\": [\n"
+            << (options.mood.empty() ? "" : "  \"mood\": \"" + options.mood + "\",\n") << sources
+            << "\n  \"textInfos\": [\n"
             << TextsOf(options) << "  ]\n}\n";
     return project.str();
 }
@@ -254,6 +255,11 @@ void MakeFolder(const fs::path& folder) {
 ExampleProject WriteExampleProject(const InitOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);
     RequireUtf8("--title", options.title);
+    if (!options.mood.empty() && (!FindMood(options.mood) || options.templateName == "menu_common"))
+        throw HostError(ExitCode::Usage,
+                        "--mood " + options.mood + ": " +
+                            (FindMood(options.mood) ? "menu_common paints nothing by itself; leave it out"
+                                                    : "give own, light or dark"));
     if (const std::size_t at = options.title.find_first_of(";\\"); at != std::string::npos)
         throw HostError(ExitCode::Usage, std::string("--title holds '") + options.title[at] +
                                              "', which menus cannot carry; choose another text");

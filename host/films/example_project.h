@@ -13,9 +13,10 @@ class PictureStore;
 struct InitOptions {
     std::string templateName, folder;
     bool overwrite = false;
-    std::vector<std::string> pictures;  ///< of one's own, as a slideshow's inputs; none: drawn ones
-    std::string title;                  ///< empty: the example's
-    PictureStore* store = nullptr;      ///< where the pictures that were opened are kept
+    std::vector<std::string> pictures = {};  ///< of one's own, as a slideshow's inputs; none: drawn ones
+    std::string title = {};                  ///< empty: the example's
+    std::string mood = {};                   ///< empty: the template's own
+    PictureStore* store = nullptr;           ///< where the pictures that were opened are kept
 };
 
 struct ExampleProject {

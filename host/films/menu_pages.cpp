@@ -12,9 +12,10 @@ struct Capacity {
 
 // Templates whose pictures share the frame, and get small when they are many.
 constexpr Capacity capacities[] = {
-    {"menu_memories", 20},    {"menu_oldage", 20},    {"menu_babygirl", 20},  {"menu_babyboy", 20},
-    {"menu_travel", 20},      {"menu_pets", 20},      {"menu_festival", 20},  {"menu_specialoccasion", 20},
-    {"submenu_festival", 20}, {"menu_memories2", 20}, {"submenu_common", 12},
+    {"menu_memories", 12},       {"menu_oldage", 12},    {"menu_babygirl", 12},  {"menu_babyboy", 12},
+    {"menu_travel", 12},         {"menu_pets", 12},      {"menu_festival", 12},  {"menu_specialoccasion", 12},
+    {"submenu_festival", 12},    {"menu_memories2", 12}, {"submenu_common", 12}, {"menu_rectangles", 9},
+    {"menu_resizingpanels", 12},
 };
 
 void ReplaceAll(std::string& text, const std::string& what, const std::string& by) {

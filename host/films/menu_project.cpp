@@ -31,6 +31,7 @@ constexpr ProjectKey projectKeys[] = {
     {"frameRate", "frames a second: 25, 29.97, \"30000/1001\"; the profile's or 25 unless given"},
     {"duration", "seconds; 10 unless given"},
     {"loopStart", "seconds that lead to the part that players repeat; 0, the whole film, unless given"},
+    {"mood", "own, light or dark: the colours of what the template paints, and of its texts; own unless given"},
     {"sourcePath", "the picture or video behind everything"},
     {"backgroundMask", "a picture that is white where that shows"},
     {"additionSourcePaths", "[file, ...]: pictures and videos; every list below has one entry for each of them"},
@@ -280,7 +281,13 @@ MenuProject ReadMenuProject(const Json& json, const std::string& path, const std
     project.film = ReadFilm(root, profile);
     if (root["sourcePath"]) project.background = ProjectPath(path, root["sourcePath"].Text());
     if (root["backgroundMask"]) project.backgroundMask = ProjectPath(path, root["backgroundMask"].Text());
-    const TemplateStyle& style = StyleOf(templateName);
+    if (const ProjectItem mood = root["mood"]) {
+        if (const std::optional<Mood> named = FindMood(mood.Text()))
+            project.mood = *named;
+        else
+            mood.Fault("is \"" + mood.Text() + "\"; give own, light or dark");
+    }
+    const TemplateStyle style = StyleOf(templateName, project.mood);
     for (const ProjectItem& entry : root["textInfos"].Entries())
         project.texts.push_back(ReadMenuText(entry, StyledMenuText(style, project.film, project.texts.size())));
     project.names = StyledMenuText(style.caption, project.film);
@@ -330,6 +337,7 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
     const auto path = [&](const std::string& file, bool isImage, double begin = 0) {
         return PathInList(file, isImage ? Playback() : Playback{project.film.frameRate, true, int(begin * 1000)});
     };
+    if (project.mood != Mood::Own) add("mood", std::to_string(int(project.mood)));
     if (!project.background.empty()) add("sourcePath", path(project.background, !project.backgroundMoves));
     if (!project.backgroundMask.empty()) add("backgroundMask", project.backgroundMask);
     std::vector<MenuText> texts = project.texts;

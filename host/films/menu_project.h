@@ -8,6 +8,7 @@
 #include "host/films/film.h"
 #include "host/films/menu_text.h"
 #include "host/films/project_reader.h"
+#include "host/films/template_style.h"
 
 namespace Nifikral {
 
@@ -35,6 +36,7 @@ struct MenuProject {
     StyledText labels = {{}, {}, {.bold = true}, 0, 255, 255, 255};
     bool placesSources = false;  ///< else the template does
     int perPage = 0;             ///< pictures and videos; 0: all on one
+    Mood mood = Mood::Own;
 };
 
 /// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.

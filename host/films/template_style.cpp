@@ -139,10 +139,20 @@ constexpr TemplateStyle styles[] = {
 
 }  // namespace
 
-const TemplateStyle& StyleOf(const std::string& templateName) {
+std::optional<Mood> FindMood(const std::string& name) {
+    const auto* const found = std::ranges::find(moodNames, name);
+    return found == std::end(moodNames) ? std::nullopt : std::optional(Mood(found - moodNames));
+}
+
+TemplateStyle StyleOf(const std::string& templateName, Mood mood) {
     const auto* const found =
         std::ranges::find_if(styles, [&](const TemplateStyle& style) { return templateName == style.templateName; });
-    return found == std::end(styles) ? std::end(styles)[-1] : *found;
+    TemplateStyle style = found == std::end(styles) ? std::end(styles)[-1] : *found;
+    if (mood == Mood::Own) return style;
+    const bool isLight = mood == Mood::Light;
+    style.title.colour = style.caption.colour = isLight ? 0x2E2622 : 0xFFF6E8;
+    style.line.colour = isLight ? 0x43382F : 0xEADFD2;
+    return style;
 }
 
 bool IsInstructionMenu(const std::string& templateName) { return templateName.starts_with("instructionmenu_"); }

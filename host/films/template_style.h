@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "host/films/styled_text.h"
@@ -30,8 +31,16 @@ struct TemplateStyle {
     TypeStyle caption;
 };
 
-/// The style of a template; that of menu_common for one without.
-const TemplateStyle& StyleOf(const std::string& templateName);
+/// The colours of what a template paints: the values of its property "mood".
+enum class Mood { Own, Light, Dark };
+/// Their names in a project, in that order.
+inline constexpr const char* moodNames[] = {"own", "light", "dark"};
+/// The one of a name; nothing for any other.
+std::optional<Mood> FindMood(const std::string& name);
+
+/// The style of a template, with texts that can be read on its background in that mood; that of menu_common for one
+/// without.
+TemplateStyle StyleOf(const std::string& templateName, Mood mood = Mood::Own);
 
 /// Whether a template shows how to use a menu: its texts are lines below one another.
 bool IsInstructionMenu(const std::string& templateName);

@@ -53,7 +53,7 @@ class Artist {
     Artist(const std::string& photograph, const EffectModule& module)
         : m_module(module), m_shape(WriteReduced(photograph, m_folder.File("photo.png"), longestSide)) {
         WriteReduced(photograph, m_folder.File("large.png"), 2 * longestSide);
-        WriteExampleProject({exampleMenu, m_folder.File(exampleMenu), false, {}, {}}, module);
+        WriteExampleProject({.templateName = exampleMenu, .folder = m_folder.File(exampleMenu)}, module);
     }
 
     ReferencePage Page() { return {Small(m_folder.File("photo.png")), m_shape.width, m_shape.height, {}}; }
@@ -101,7 +101,9 @@ class Artist {
     // At a frame that shows what is typical of it.
     ReferenceEntry ShowMenu(const EffectDetails& effect) {
         const std::string project =
-            WriteExampleProject({effect.name, m_folder.File(effect.name), true, {}, {}}, m_module).file;
+            WriteExampleProject({.templateName = effect.name, .folder = m_folder.File(effect.name), .overwrite = true},
+                                m_module)
+                .file;
         MenuOptions options{effect.name, project, {}};
         options.film.run.output.path = Whole();
         options.film.run.frames = "110";

@@ -102,6 +102,7 @@ Json StudioFilms::NewMenu(const Json& body) {
     options.templateName = TextIn(body, "template");
     RequireMenuTemplate(options.templateName, m_module);
     options.title = TextIn(body, "title");
+    options.mood = TextIn(body, "mood");
     options.overwrite = true;
     options.store = &m_store;
     for (const std::string& picture : WordsIn(body, "pictures")) options.pictures.push_back(m_folder.Existing(picture));

@@ -202,6 +202,8 @@ export function menuJob(job, catalogue) {
     const lines = el("textarea", {rows: 3, "aria-label": "Buttons, one a line", onchange: () => setProject({buttons: lines.value.trim() ? lines.value.trim().split("\n") : undefined})});
     const background = control({kind: "source", kinds: ["picture", "film"], name: "sourcePath", meaning: "a picture or film behind the others"}, "background",
         {base, get: () => project()?.sourcePath ?? "", set: value => setProject({sourcePath: value || undefined})});
+    // Texts take their colours from the mood, too.
+    const mood = el("select", {onchange: () => setProject(now => ({mood: mood.value === "own" ? undefined : mood.value, textInfos: now.textInfos?.map(({color: _, ...text}) => text)}))}, ["own", "light", "dark"].map(value => el("option", {value, text: value})));
     const profile = el("select", {onchange: () => setProject({profile: profile.value || undefined})}, el("option", {value: "", text: "as the template has it"}), catalogue.profiles.map(({name}) => el("option", {value: name, text: name})));
     const times = [[SECONDS, "length", 10], [LOOP, "loop begins", 0]].map(([parameter, label, start]) => control(parameter, label, {size: () => stage.source,
         get: () => String(project()?.[parameter.name] ?? start), set: (value, name) => setProject({[parameter.name]: Number(value)}, name)}));
@@ -211,6 +213,8 @@ export function menuJob(job, catalogue) {
         if (document.activeElement !== lines) lines.value = (project()?.buttons ?? []).join("\n");
         background.update();
         profile.value = project()?.profile ?? "";
+        mood.value = project()?.mood ?? "own";
+        mood.disabled = doc().template === "menu_common";
         for (const one of times) one.update();
     }
 
@@ -242,7 +246,7 @@ export function menuJob(job, catalogue) {
         button("Save", save, {}, "save"), button("Render", async () => { if (await save()) render("Render the menu", doc().path.replace(/json$/, "mp4"), film); }, {class: "primary"}, "film")];
     const faults = el("ul", {class: "faults", "aria-label": "Faults", role: "status"});
     const content = el("div", {class: "panel"}, faults, el("h3", {text: "Pictures and films"}), pictureList, el("h3", {text: "Texts"}), textList, addText, el("h3", {text: "Buttons, one a line"}), lines,
-        el("h3", {text: "The menu"}), background.node, field("Made for", profile), times.map(one => one.node), el("datalist", {id: "faces"}, FACES.map(value => el("option", {value}))));
+        el("h3", {text: "The menu"}), background.node, field("Colours", mood), field("Made for", profile), times.map(one => one.node), el("datalist", {id: "faces"}, FACES.map(value => el("option", {value}))));
     stage.setEmpty("Choose a template.");
 
     return {

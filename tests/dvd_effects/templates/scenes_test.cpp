@@ -93,11 +93,11 @@ constexpr Scene scenes[] = {
      "AAAAAAAA/AAAAAAAA/aaAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/bbbbbbbb/bbbbbbbB "
      "CCCCCCCC/CCCCCCCC/cccccccc/cccccccC CCCCCCCC/CCCCCCCC/cccccccc/cccccccc"},
     {"menu_memories",
-     "aAAA..../aAAA..../.a....../........ aAAABbb./aAAABBBb/.a...bb./........ "
-     "aAAABbb./aAAABbBb/.acCCCb./..cCcc.. aAAABBbb/aAAABBBb/.a...bb./........"},
+     "..AAAA../..AAAA../..aaaa../........ ..AAAA../.BBAAA../bBBBBa../.bbBb... "
+     "..AAAA../.BBAAcCc/bBBcCCCc/.bbbCcc. ..AAAA../bBBBAA../bBBBBa../..bbb..."},
     {"menu_oldage",
-     ".aa..bb./.aAa.bb./...cc.../...cc... .aa..bb./.aA..Bb./...cc.../...cc... "
-     ".aa..bb./.aa.bBb./...cc.../...cc... .aa..bb./.aa..bb./...CC.../...cc..."},
+     "...aa.../..aAAa../.bBbcCc./.bb..cc. ...aa.../..aaAa../.bBbcCc./.bb..cc. "
+     "...aa.../...AA.../.BBbcCc./.bbb.cc. ...aa.../...AA.../.bBbcCC./.bb.ccc."},
     {"menu_resizingpanels",
      "AAAAAAAA/AAAAAAAA/AAAAAAAA/bbbbcccc aaaaaaaa/BBBBBBcc/BBBBBBcc/BBBBBBcc "
      "aaaaaaaa/bbcCCCCC/BBcCCCCC/BBcCCCCC AAAAAAAA/aaaccccc/bbCCCCCC/bbCCCCCC"},
@@ -106,31 +106,31 @@ constexpr Scene scenes[] = {
      "......../cCcbbaAa/cccbbaaa/........ ......../aAcCCcBb/aacCCcbb/........"},
     {"menu_babygirl",
      "......../aAaBBcCc/.Aabbcc./........ ......../aAaBBcCc/aAabbcC./........ "
-     "......../aAaBBcC./.aabBcC./........ ......../aAabbcCc/.aabbcC./........"},
+     "......../aAaBBcC./.aabBcC./........ ......../.AaBbCCc/.aabbcC./........"},
     {"menu_babyboy",
-     "......../aAaBBcCc/aAabbccc/........ ......../aAaBBcCc/aAabbcCc/........ "
-     "......../aAaBBcCc/aaaBBcCc/........ ......../aAaBBCCc/.aabbccc/........"},
+     "......../aAABBcCc/aAabbccc/........ ......../aAaBBcCc/aAabbcCc/........ "
+     "......../aAaBBcCc/aaaBBcCc/........ ......../aAABBCCc/aaaBBcCc/........"},
     {"menu_rectangles",
-     "aaa...../AAAbb.../...bbb.c/.......c .....aaa/.bb..AAA/.bCCc.../..CCc... "
-     "aaa...../AAA...../.......c/.......c .....aaa/.....AAA/..CCc.bb/..CCc..."},
+     "Cc....../aaa...../AAA...../..bB.... ....cCC./....ccaa/.....AAA/.....bb. "
+     "Cc....../aaa...../AAA...../.......b ....cCC./....ccaa/.....AAA/Bb......"},
     {"menu_push",
      "AAAAAAAA/AAAAAAAA/AAAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/BBBBBBBB/BBBBBBBB "
      "CCCCCCCB/CCCCCCCB/CCCCCCCB/CCCCCCCB CCCCCCaA/CCCCCCAA/CCCCCCAA/CCCCCCaA"},
     {"menu_travel",
-     "cc...bb./.c...bb./..aAAa../...AAa.. .bb..aa./.b...aa./..cCCc../..cCcc.. "
-     ".aa...c./.aa...Cc/..BBB.../..bbb... ...cC.../......../aAa..BB./........"},
+     "ccc..bB./ccc..bb./..aAAA../..aAaa.. bbb..aaa/bbb..aaa/..cCCc../..cCcc.. "
+     ".aA...cc/.aa..cCc/..BBB.../..bbb... ...cCc../.a.cc.../aAa.bBB./........"},
     {"menu_pets",
-     "aAAa..../aAAa..../......../........ aAAabBBb/aAAabBBb/..cCCc../...ccc.. "
-     "aAAabBBb/aAAabbb./..cCCc../..cCCc.. .aAabBBb/.AAabBBb/..cCCc../..cCCc.."},
+     "..aAAa../..aAAa../......../........ ..aAAa../..aAAa../.BBBcCCc/.BBbccc. "
+     "..aAAa../.bbAAa../.BBBcCCc/.bbbcCCc ..aaAa../..aAAa../.BBBcCCc/.BBbcCCc"},
     {"menu_stacking",
      "......../..AAAA../..AAAA../........ ....bbb./..AABBBB/..AAbBBB/.......b "
      "...b..../..BBBBb./..bBBBb./........ ...b..../..aCCCc./..aCCCc./...c...."},
     {"menu_specialoccasion",
-     "......../.AaBBcC./.aabbcc./........ ......../.AaBBcCc/.aabbcc./........ "
-     "......../aAa..cCc/.aa..cc./...BB... .....cc./aAaBBCCc/.aabb.../........"},
+     "......../.AaBBCCc/.aabbcc./........ ......../.AaBBcCc/.Aabbccc/........ "
+     "......../aAA..cCc/.aa..cc./...BB... .....cc./aAABBCCc/.aabb.../........"},
     {"menu_vignette",
-     "..aAAa../.aAAAAa./.aAAAAa./..a..c.. ..bbbb../.bBBBBb./.bBBBb../..abbc.. "
-     "..cccc../.cCCCCc./..cCCCc./..abbc.. ..cCCc../.cCCCCc./.cCCCC../..a..c.."},
+     "..aAAa../.AAAAAa./.aAAAAa./..aa.c.. ..bBBb../.BBBBBb./.bBBBBb./..abbc.. "
+     "..cCCc../.cCCCCC./..CCCCc./..abbc.. ..cCCc../.CCCCCc./.cCCCCc./..a.cc.."},
     {"menu_videowall",
      ".aaaaacc/aAAAAAAc/aAAAAAAc/aaaaaacc AAABBCCC/AAaBBcCC/AAaBBcCC/AAABBCCC "
      "AAABBCCC/AAABBCCC/AAaBBcCC/AAbBBbCC aaccccc./aCCCCCCc/aCCCCCCc/aacccccc"},
@@ -153,8 +153,8 @@ constexpr Scene scenes[] = {
      ".AAA..../.aaa..../..bbcCC./..bBBcc. ..aAAa../...aa.../..bbCCc./..bBBc.. "
      "....AAA./....aaa./..bCCC../..bBBc.. .....AAA/.....aaa/..CCCb../..bbb..."},
     {"menu_memories2",
-     "....bBBb/..aAAaBb/..aAAa../..cCCc.. aAAabbb./aAAABBB./..cCCcb./..cCCc.. "
-     "aAAab.../aAABBBb./..cCcbb./..cCCc.. aAAabBBb/aAcCCcBb/..cCCc../........"},
+     "......../..aAAa../bBaAAaCc/bBBBcCCc ..aAAa../.baAAa../.BBBcCCc/.bbbcCCc "
+     "..aAAa../.bbaAa../.bBBBCCc/...bcCCc ..aAAa../..cCCc../bBcCCc../bBBB...."},
 };
 
 class Scenes : public testing::TestWithParam<Scene> {};

@@ -6,6 +6,7 @@
 
 #include "dvd_effects/templates/picture_grid.h"
 #include "dvd_effects/templates/picture_mount.h"
+#include "dvd_effects/templates/picture_rows.h"
 #include "dvd_effects/templates/turns.h"
 
 namespace AVBased {
@@ -17,17 +18,6 @@ static std::ostream& operator<<(std::ostream& out, const Spot& spot) { return ou
 
 namespace AVBased::Testing {
 namespace {
-
-TEST(PictureGrid, FillsARegionAndCentresTheRowThatIsNotFull) {
-    const PictureGrid grid = PictureGrid::Filling({10, 20, 300, 180}, 5);
-    EXPECT_EQ(grid.Columns() * 10 + grid.Rows(), 32u);
-    EXPECT_EQ(grid.Cell(0).At(0, 0), (Spot{10, 20}));
-    EXPECT_EQ(grid.Cell(0).At(1, 1), (Spot{110, 110}));
-    EXPECT_EQ(grid.Cell(3).At(0, 0), (Spot{60, 110}));
-    EXPECT_EQ(grid.Cell(4).At(1, 1), (Spot{260, 200}));
-    // Of tall pictures, more stand side by side.
-    EXPECT_EQ(PictureGrid::Filling({10, 20, 300, 180}, 5, 0.3).Columns(), 5u);
-}
 
 TEST(PictureGrid, SpacesCellsOfAShapeInEvenRows) {
     const PictureGrid grid = PictureGrid::Spaced({0, 0, 320, 200}, 5, 1, 20);
@@ -43,23 +33,41 @@ TEST(PictureGrid, SpacesCellsOfAShapeInEvenRows) {
 
 TEST(PictureGrid, CellsLieInTheRegionBesideOneAnother) {
     const Region region{7, 5, 400, 230};
-    for (unsigned count = 1; count < 14; ++count)
-        for (const PictureGrid& grid :
-             {PictureGrid::Filling(region, count, 1.2), PictureGrid::Spaced(region, count, 1.2, 9)})
-            for (unsigned i = 0; i < count; ++i) {
-                const Region cell = grid.Cell(i);
-                const Spot middle = grid.MiddleOf(i);
-                EXPECT_NEAR(cell.Middle().x, middle.x, 1e-9) << count;
-                EXPECT_NEAR(cell.Middle().y, middle.y, 1e-9) << count;
-                EXPECT_TRUE(cell.left > 6.99 && cell.top > 4.99 && cell.At(1, 1).x < 407.01 &&
-                            cell.At(1, 1).y < 235.01);
-                for (unsigned k = 0; k < i; ++k) {
-                    const Spot other = grid.MiddleOf(k);
-                    EXPECT_TRUE(std::abs(other.x - middle.x) > cell.width - 0.01 ||
-                                std::abs(other.y - middle.y) > cell.height - 0.01)
-                        << i << " meets " << k << " of " << count;
-                }
+    for (unsigned count = 1; count < 14; ++count) {
+        const PictureGrid grid = PictureGrid::Spaced(region, count, 1.2, 9);
+        for (unsigned i = 0; i < count; ++i) {
+            const Region cell = grid.Cell(i);
+            const Spot middle = grid.MiddleOf(i);
+            EXPECT_NEAR(cell.Middle().x, middle.x, 1e-9) << count;
+            EXPECT_NEAR(cell.Middle().y, middle.y, 1e-9) << count;
+            EXPECT_TRUE(cell.left > 6.99 && cell.top > 4.99 && cell.At(1, 1).x < 407.01 && cell.At(1, 1).y < 235.01);
+            for (unsigned k = 0; k < i; ++k) {
+                const Spot other = grid.MiddleOf(k);
+                EXPECT_TRUE(std::abs(other.x - middle.x) > cell.width - 0.01 ||
+                            std::abs(other.y - middle.y) > cell.height - 0.01)
+                    << i << " meets " << k << " of " << count;
             }
+        }
+    }
+}
+
+TEST(PictureRows, GiveAllOneHeightAndEachItsShape) {
+    const Region region{7, 5, 400, 230};
+    const double shapes[] = {1.5, 0.67, 1.78, 1, 0.67, 3, 1.33, 0.75, 1.5};
+    for (std::size_t count = 1; count <= std::size(shapes); ++count) {
+        const PictureRows rows(region, {shapes, count}, 9);
+        double area = 0;
+        for (unsigned i = 0; i < count; ++i) {
+            const Region& place = rows[i];
+            EXPECT_NEAR(place.height, rows[0].height, 1e-9);
+            EXPECT_NEAR(place.width, place.height * shapes[i], 1e-9);
+            EXPECT_TRUE(place.left >= 7 && place.top >= 5 && place.At(1, 1).x <= 407 && place.At(1, 1).y <= 235);
+            const Region before = i > 0 ? rows[i - 1] : Region{};
+            EXPECT_TRUE(place.left > before.At(1, 0).x || place.top > before.At(0, 1).y) << i;
+            area += place.width * place.height;
+        }
+        EXPECT_GT(area, 0.4 * region.width * region.height) << count;
+    }
 }
 
 TEST(Turns, GoRoundAndAreSharedOut) {

@@ -169,6 +169,34 @@ TEST_P(Template, PlacesPicturesWhereItIsAskedTo) {
     EXPECT_NE(differRight, FillsTheMenu(GetParam().name));
 }
 
+TEST_P(Template, PaintsInThreeMoods) {
+    const EffectOwner menu = Make(0, false);
+    const bool hasMoods = dynamic_cast<const CAnimatedMenu*>(menu.get()) != nullptr;
+    EXPECT_EQ(menu->SetProperty("mood", "0"), hasMoods);
+    if (!hasMoods) return ForgetError();
+    for (const unsigned format : {30u, 0u}) {
+        const auto painted = [&](const char* mood) {
+            EXPECT_TRUE(menu->SetProperty("mood", mood));
+            TestFrame frame(format, 96, 54);
+            for (unsigned i = 0; i < loop; ++i) Apply(*menu, frame);
+            return frame;
+        };
+        const auto brightness = [](const TestFrame& frame) {
+            std::uint64_t sum = 0;
+            const Grid samples = frame.Samples();
+            for (const auto& row : samples)
+                for (const auto sample : row) sum += (sample >> 8 ? sample >> 8 : sample) & 255;
+            return sum / (samples.size() * samples[0].size());
+        };
+        const TestFrame own = painted("0"), light = painted("1"), dark = painted("2");
+        EXPECT_GT(brightness(light), brightness(dark) + 60) << format;
+        EXPECT_NE(own, light);
+        EXPECT_NE(own, dark);
+        EXPECT_EQ(painted("0"), own);
+        EXPECT_EQ(painted("7"), own) << "an unknown one";
+    }
+}
+
 TEST_P(Template, LeavesUnknownFormatsAlone) {
     TestFrame frame(30, 20, 20, {}, 99);
     const TestFrame before = frame;
