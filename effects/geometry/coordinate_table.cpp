@@ -149,9 +149,9 @@ void CoordinateTable::PlaceEach(const PlacePixel& place, bool first) const {
     }
 }
 
-PixelPlan CoordinateTable::PlanPixels(const Geometry& geometry) const {
+PixelPlan CoordinateTable::PlanPixels(const Geometry& geometry, PixelPlan spent) const {
     const Box target = m_box.ClippedTo(geometry.width, geometry.height);
-    PixelPlanner planner(target, geometry.width, geometry.height, m_instructionSet);
+    PixelPlanner planner(target, geometry.width, geometry.height, m_instructionSet, std::move(spent));
     const auto variants = geometry.outside == Outside::White       ? variantsOf<NumberRow<Outside::White>>
                           : geometry.outside == Outside::Unchanged ? variantsOf<NumberRow<Outside::Unchanged>>
                                                                    : variantsOf<NumberRow<Outside::Nearest>>;
@@ -212,14 +212,6 @@ void CoordinateTable::PlanSamples(const Geometry& geometry, std::vector<RimSampl
     m_chroma = chroma.Finish();
 }
 
-void CoordinateTable::Forget() {
-    m_geometry = {};
-    m_pixels = {};
-    m_sorted.reset();
-    m_luma = {};
-    m_chroma = {};
-}
-
 void CoordinateTable::Place(const PackedView& picture, Outside outside, bool first) {
     if (!m_beginRows || !picture.Contains(0, 0)) return;
     if (!IsNumbered(picture.width, picture.height)) {
@@ -229,8 +221,11 @@ void CoordinateTable::Place(const PackedView& picture, Outside outside, bool fir
     }
     const Geometry geometry{picture.width, picture.height, 0, 0, 0, 0, outside, m_instructionSet};
     if (m_geometry != geometry) {
-        Forget();
-        m_pixels = PlanPixels(geometry);
+        m_geometry = {};
+        m_luma = {};
+        m_chroma = {};
+        m_sorted.reset();
+        m_pixels = PlanPixels(geometry, std::exchange(m_pixels, {}));
         m_geometry = geometry;
         m_isNew = true;
     } else if (std::exchange(m_isNew, false)) {
@@ -255,7 +250,9 @@ void CoordinateTable::Place(const PlanarView& picture, Outside outside, bool fir
                             picture.columnShift, picture.rowShift, outside,      m_instructionSet};
     std::vector<RimSample> rim;
     if (m_geometry != geometry) {
-        Forget();
+        m_geometry = {};
+        m_pixels = {};
+        m_sorted.reset();
         PlanSamples(geometry, first ? &rim : nullptr);
         m_geometry = geometry;
     }

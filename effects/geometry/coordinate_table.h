@@ -117,7 +117,7 @@ class CoordinateTable {
     /// edge on, which is then called instead.
     template <class Map, class Picture>
     void Build(const Box& box, const Map& map, const Picture& picture, Outside outside) {
-        Forget();
+        m_geometry = {};
         m_beginRows = [box, map](InstructionSet set) -> FillSourceRow {
             if constexpr (requires { map.Rows(box, set); })
                 return map.Rows(box, set);
@@ -151,10 +151,9 @@ class CoordinateTable {
     void Place(const PackedView& picture, Outside outside, bool first);
     void Place(const PlanarView& picture, Outside outside, bool first);
 
-    void Forget();
     template <class PlacePixel>
     void PlaceEach(const PlacePixel& place, bool first) const;
-    PixelPlan PlanPixels(const Geometry& geometry) const;
+    PixelPlan PlanPixels(const Geometry& geometry, PixelPlan spent) const;
     // Adds the rim that a first pass treats on its own to `rim`, unless this is null.
     void PlanSamples(const Geometry& geometry, std::vector<RimSample>* rim);
 

@@ -71,16 +71,24 @@ const std::uint32_t* PixelPlan::PositionsOf(std::size_t run) const {
     return positions.data() + index;
 }
 
-PixelPlanner::PixelPlanner(const Box& target, unsigned width, unsigned height, InstructionSet set) : m_set(set) {
+PixelPlanner::PixelPlanner(const Box& target, unsigned width, unsigned height, InstructionSet set, PixelPlan spent)
+    : m_plan(std::move(spent)), m_set(set) {
     m_plan.target = target;
     m_plan.width = width;
     m_plan.height = height;
     m_plan.rowRuns = unsigned((target.Width() + runPixels - 1) / runPixels);
     m_row.resize(std::size_t(m_plan.rowRuns) * runPixels);
-    const std::size_t runs = m_plan.rowRuns * target.Height();
-    m_plan.bases = std::make_unique_for_overwrite<std::uint32_t[]>(runs + spareRuns);
-    m_plan.offsets = std::make_unique_for_overwrite<std::uint16_t[]>((runs + spareRuns) * runPixels);
-    std::fill_n(&m_plan.bases[runs], spareRuns, PixelPlan::farApart);
+    const std::size_t runs = m_plan.rowRuns * target.Height() + spareRuns;
+    if (m_plan.runs < runs) {
+        m_plan.runs = 0;
+        m_plan.bases = std::make_unique_for_overwrite<std::uint32_t[]>(runs);
+        m_plan.offsets = std::make_unique_for_overwrite<std::uint16_t[]>(runs * runPixels);
+        m_plan.runs = runs;
+    }
+    std::fill_n(&m_plan.bases[runs - spareRuns], spareRuns, PixelPlan::farApart);
+    m_plan.positions.clear();
+    m_plan.positions.reserve(runs * runPixels);
+    m_plan.spans.clear();
     m_plan.spans.reserve(target.Height());
 }
 

@@ -24,6 +24,7 @@ struct PixelPlan {
     Box target;
     Box source = nothing;  ///< what the copied pixels lie in
     unsigned width = 0, height = 0, rowRuns = 0;
+    std::size_t runs = 0;                      ///< for which there is memory
     std::unique_ptr<std::uint32_t[]> bases;    ///< of the runs, row by row
     std::unique_ptr<std::uint16_t[]> offsets;  ///< each pixel's from its run's base
     std::vector<std::uint32_t> positions;      ///< of the pixels that lie far apart
@@ -37,7 +38,8 @@ struct PixelPlan {
 /// Makes a plan from the top downwards.
 class PixelPlanner {
  public:
-    PixelPlanner(const Box& target, unsigned width, unsigned height, InstructionSet set);
+    /// Takes over the memory of a plan that is not needed any more: what has been touched before costs less.
+    PixelPlanner(const Box& target, unsigned width, unsigned height, InstructionSet set, PixelPlan spent = {});
 
     /// For the positions of the next row of the target.
     std::uint32_t* Row() { return m_row.data(); }
