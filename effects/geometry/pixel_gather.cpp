@@ -124,7 +124,7 @@ void GatherPixels(const PixelPlan& plan, const PackedView& picture, Rgba32 white
         std::memcpy(&copy[y * width + plan.source.xBegin], picture.Row(y) + plan.source.xBegin,
                     plan.source.Width() * sizeof(Rgba32));
     const auto gather = variantsOf<GatherRuns, GatherRunsAvx2>.For(set);
-    const StreamingStores stores;
+    [[maybe_unused]] const StreamingStores stores;  // for the vectors of the gathers
     for (std::size_t row = 0; row < plan.spans.size(); ++row) {
         const Span span = plan.spans[row];
         if (span.IsEmpty()) continue;

@@ -79,7 +79,7 @@ void GatherSorted(const SortedPlan& plan, const PackedView& picture, Instruction
         if (begin < plan.ends[part])
             take(&taken[begin], from + part * SortedPlan::partPixels, &plan.offsets[begin], plan.ends[part] - begin);
     const auto fetch = variantsOf<Take<std::uint32_t>, FetchPixelsAvx2>.For(set);
-    const StreamingStores stores;
+    [[maybe_unused]] const StreamingStores stores;  // for the vectors of the gathers
     for (std::size_t y = 0; y < plan.target.Height(); ++y)
         fetch(picture.Row(plan.target.yBegin + y) + plan.target.xBegin, taken.get(),
               &plan.turns[y * plan.target.Width()], plan.target.Width());
