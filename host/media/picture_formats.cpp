@@ -182,13 +182,21 @@ void PictureConverter::Convert(FramePtr& frame) {
     if (!dither && sameLayout && sameColours && from.width == to.width && from.height == to.height) return;
     if (!m_scaler || !(from == m_from)) {
         m_from = from;
-        m_scaler = MakeScaler(from, to, SWS_BICUBIC);
+        PictureShape scaled = to;
+        const bool apart = toYuv && fromYuv && MatrixCoefficients(from) != MatrixCoefficients(to);
+        m_matrixChange.reset();
+        if (apart && MatrixChange::Takes(to.format)) {
+            m_matrixChange.emplace(MatrixCoefficients(from), MatrixCoefficients(to), to.fullRange);
+            scaled.matrix = MatrixOf(from);
+        }
+        m_scaler = MakeScaler(from, scaled, SWS_BICUBIC);
         if (!m_scaler)
             throw HostError(ExitCode::Failed, std::string("pictures of format ") + Describe(from.format).name +
                                                   " cannot be converted to " + Describe(m_to.format).name);
     }
     FramePtr converted = NewPicture(to.format, to.width, to.height);
     sws_scale(m_scaler.get(), frame->data, frame->linesize, 0, frame->height, converted->data, converted->linesize);
+    if (m_matrixChange) m_matrixChange->Apply(*converted);
     if (dither) converted = Dithered(*converted, DeepWhite(from));
     if (av_frame_copy_props(converted.get(), frame.get()) < 0) throw std::bad_alloc();
     converted->crop_left = converted->crop_top = converted->crop_right = converted->crop_bottom = 0;

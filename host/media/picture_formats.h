@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "host/media/ffmpeg_handles.h"
+#include "host/media/matrix_change.h"
 #include "host/standins/ffmpeg_formats.h"
 
 /// Which layouts a picture passes through on its way from the decoder to the encoder.
@@ -38,6 +40,7 @@ class PictureConverter {
  private:
     PictureShape m_from, m_to;
     ScalerPtr m_scaler;
+    std::optional<MatrixChange> m_matrixChange;  // of what the scaler makes
 };
 
 /// Lays a picture with alpha over black, in place. Knows the effects' three formats with alpha.

@@ -61,10 +61,12 @@ int FormatCode(AVPixelFormat format) {
 
 AVColorSpace UsualMatrix(int height) { return height > 576 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M; }
 
-const int* MatrixCoefficients(const PictureShape& shape) {
+AVColorSpace MatrixOf(const PictureShape& shape) {
     const bool usable = shape.matrix != AVCOL_SPC_UNSPECIFIED && shape.matrix != AVCOL_SPC_RGB;
-    return sws_getCoefficients(usable ? shape.matrix : UsualMatrix(shape.height));
+    return usable ? shape.matrix : UsualMatrix(shape.height);
 }
+
+const int* MatrixCoefficients(const PictureShape& shape) { return sws_getCoefficients(MatrixOf(shape)); }
 
 ScalerPtr MakeScaler(const PictureShape& from, const PictureShape& to, int filter) {
     const AVPixFmtDescriptor& target = *av_pix_fmt_desc_get(to.format);

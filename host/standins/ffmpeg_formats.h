@@ -29,6 +29,9 @@ struct PictureShape {
 /// BT.601 for up to 576 rows, BT.709 above.
 AVColorSpace UsualMatrix(int height);
 
+/// What a picture's YUV is coded by.
+AVColorSpace MatrixOf(const PictureShape& shape);
+
 /// libswscale's numbers for a picture's matrix; equal pointers for equal matrices.
 const int* MatrixCoefficients(const PictureShape& shape);
 

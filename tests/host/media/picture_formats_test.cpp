@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 extern "C" {
@@ -78,6 +79,47 @@ TEST(PictureConverter, KeepsDeepSamplesThatEightBitsHave) {
                 for (int c = 0; c < 3; ++c)
                     ASSERT_EQ(frame->data[0][y * frame->linesize[0] + 4 * x + c], x) << av_get_pix_fmt_name(from);
     }
+}
+
+// Luma and chroma of a colour whose parts are from 0 to 1.
+std::array<double, 3> Coded(const double (&colour)[3], AVColorSpace matrix, bool fullRange) {
+    const double red = matrix == AVCOL_SPC_BT709 ? 0.2126 : 0.299, blue = matrix == AVCOL_SPC_BT709 ? 0.0722 : 0.114;
+    const double luma = red * colour[0] + (1 - red - blue) * colour[1] + blue * colour[2];
+    const double chroma = fullRange ? 255 : 224;
+    return {fullRange ? 255 * luma : 16 + 219 * luma, 128 + chroma * (colour[2] - luma) / (2 * (1 - blue)),
+            128 + chroma * (colour[0] - luma) / (2 * (1 - red))};
+}
+
+TEST(PictureConverter, KeepsColoursWhereAnotherMatrixCodesThem) {
+    constexpr double colours[][3] = {
+        {0.9, 0.2, 0.1}, {0.1, 0.8, 0.3}, {0.2, 0.1, 0.9}, {0.5, 0.5, 0.5}, {0.9, 0.7, 0.6}};
+    for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV444P})
+        for (const bool large : {true, false})  // to small, or back
+            for (const bool fullFrom : {false, true})
+                for (const bool fullTo : {false, true})
+                    for (const auto& colour : colours) {
+                        const AVColorSpace from = large ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+                        const AVColorSpace to = large ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_BT709;
+                        FramePtr frame = NewPicture(format, 33, 15);
+                        const std::array<double, 3> coded = Coded(colour, from, fullFrom);
+                        const AVPixFmtDescriptor& layout = *av_pix_fmt_desc_get(format);
+                        for (int p = 0; p < 3; ++p)
+                            for (int y = 0; y < AV_CEIL_RSHIFT(15, p ? layout.log2_chroma_h : 0); ++y)
+                                std::fill_n(frame->data[p] + std::ptrdiff_t(y) * frame->linesize[p],
+                                            AV_CEIL_RSHIFT(33, p ? layout.log2_chroma_w : 0),
+                                            std::uint8_t(std::lround(coded[std::size_t(p)])));
+                        frame->colorspace = from;
+                        frame->color_range = fullFrom ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+                        PictureConverter({format, 25, 11, to, fullTo}).Convert(frame);
+                        const std::array<double, 3> expected = Coded(colour, to, fullTo);
+                        for (int p = 0; p < 3; ++p)
+                            for (const int place : {0, 1}) {
+                                const int x = place * ((25 >> (p ? layout.log2_chroma_w : 0)) - 1);
+                                const int y = place * ((11 >> (p ? layout.log2_chroma_h : 0)) - 1);
+                                EXPECT_NEAR(frame->data[p][y * frame->linesize[p] + x], expected[std::size_t(p)], 1.5)
+                                    << av_get_pix_fmt_name(format) << ", plane " << p << ", " << fullFrom << fullTo;
+                            }
+                    }
 }
 
 }  // namespace
