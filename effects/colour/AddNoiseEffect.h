@@ -23,13 +23,12 @@ struct AddNoiseSettings {
 /// (place_hash.h), and adds the two up: the millions of pairs of places do not come back within the time that an eye
 /// compares.
 ///
-/// A sample v becomes v + (weight x grain x gain + 2^14 >> 15), held within a byte, where weight = 129 + min(v, 255 -
-/// v)
-/// >> 1. The gain makes the strength the standard deviation in the middle tones, and half of it black's and white's.
-/// The three colours of a packed pixel share one grain, or have one each when coloured; alpha is kept. Planar luma has
-/// 24 28ths of it, coloured 16, and coloured chroma 16, 11, 8, 6 or 4 by the number of times that it is halved, which
-/// is what the packed grain comes to in these planes; a chroma sample's weight is that of the first luma sample which
-/// it covers, and plain grain leaves chroma as it is.
+/// A sample v becomes v + (weight x grain x gain + 2^14 >> 15), held within a byte. Its weight is half of 129 and the
+/// lesser of v and 255 - v. The gain makes the strength the standard deviation in the middle tones, and half of it
+/// black's and white's. The three colours of a packed pixel share one grain, or have one each when coloured; alpha is
+/// kept. Planar luma has 24 28ths of it, coloured 16, and coloured chroma 16, 11, 8, 6 or 4 by the number of times that
+/// it is halved, which is what the packed grain comes to in these planes; a chroma sample's weight is that of the first
+/// luma sample which it covers, and plain grain leaves chroma as it is.
 class CAddNoiseVideoImageEffect : public CSettingsEffect<AddNoiseSettings> {
  public:
     CAddNoiseVideoImageEffect();
