@@ -21,7 +21,8 @@ done
 "$command" gallery -q -y "$folder/input/photo.jpg" -o "$folder/gallery.html"
 
 echo "a menu"
-"$command" init -q -y menu_memories "$folder/menu_project" --pictures "$photographs" --title 'Seen outside'
+"$command" init -q -y menu_memories "$folder/menu_project" --title 'Seen outside' \
+    --pictures "$photographs"/{Bridge,Dragonfly,"Two dogs",Autumn,Mountains,Sunset}.jpg
 "$command" menu -q -y menu_memories "$folder/menu_project/menu.json" -o "$folder/menu.mp4"
 echo "a slideshow and a title over it"
 "$command" slideshow -q -y "$photographs"/{Bridge,Dragonfly,"Two dogs",Autumn,Mountains}.jpg -o "$folder/slideshow.mp4" \
