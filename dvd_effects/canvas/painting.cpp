@@ -192,7 +192,8 @@ Layer Halved(const Layer& layer) {
 }
 
 Layer Blurred(const Layer& layer, FrameSize size) {
-    constexpr unsigned patches = 9;  // of the shorter side, at most
+    Layer blurred(size.width, size.height);  // first, since it refuses sizes that nothing could hold
+    constexpr unsigned patches = 9;          // of the shorter side, at most
     Layer coarse = Cropped(layer, 0, 0, layer.Size());
     while (std::min(coarse.Width(), coarse.Height()) > patches) coarse = Halved(coarse);
     // A place between patches takes from the nearest three, with weights that change smoothly from place to place.
@@ -224,7 +225,6 @@ Layer Blurred(const Layer& layer, FrameSize size) {
                     sum += columns[x].weights[k] * (LoadWord(from.Row(y) + columns[x].at[k]) >> (8 * c) & 255);
                 wide[(std::size_t(y) * size.width + x) * 4 + c] = sum;
             }
-    Layer blurred(size.width, size.height);
     const PackedView to = blurred.View();
     for (unsigned y = 0; y < size.height; ++y) {
         const auto row = [&](unsigned k) { return wide.data() + std::size_t(rows[y].at[k]) * size.width * 4; };
