@@ -1,13 +1,15 @@
 #include "host/run/step_flow.h"
 
 #include <algorithm>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 namespace Nifikral {
 
 StepFlow::StepFlow(int threads, FlowStages stages)
-    : m_mostThreads(std::size_t(std::max(1, threads))), m_stages(std::move(stages)), m_places(2 * m_mostThreads + 1) {}
+    : m_mostThreads(std::size_t(std::max(1, threads))), m_stages(std::move(stages)), m_places(2 * m_mostThreads + 1) {
+    m_helpers.reserve(m_mostThreads - 1);
+}
 
 void StepFlow::Run() {
     TakePart();
@@ -66,8 +68,8 @@ void StepFlow::CallHelp() {
     } else if (m_helpers.size() + 1 < m_mostThreads) {
         try {
             m_helpers.emplace_back([this] { TakePart(); });
-        } catch (const std::system_error&) {
-            // The machine gives no more; those that run do it all.
+        } catch (const std::exception&) {
+            // The machine gives no more threads, or no memory for one; those that run do it all.
         }
     }
 }
