@@ -18,7 +18,8 @@ class IAVSource {
     /// picture); borrowed, valid as long as the source. Null (10021009) for any other.
     virtual void* GetInterface(const char* name) = 0;
     /// The current frame, and a step to the next one: a video starts over after its last frame, a picture or a text
-    /// stays. The caller releases the frame with Free(); it may outlive the source. Null on failure.
+    /// stays. The caller releases the frame with Free(); it may outlive the source. It is shared, and must not be
+    /// changed, where its CanBeModified() is false. Null on failure.
     virtual IRawVideoFrame* ReadFrame() = 0;
     /// Whether every frame is the same: a reader may keep the first one and release the source.
     virtual bool IsStill() = 0;

@@ -1,6 +1,7 @@
 #include "dvd_effects/canvas/layer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "dvd_effects/canvas/byte_fractions.h"
 #include "effects/base/row_loops.h"
@@ -51,14 +52,29 @@ Layer Cropped(const Layer& layer, unsigned x, unsigned y, FrameSize size) {
 
 void MultiplyCoverage(const Layer& layer, const Layer& mask, std::int32_t x, std::int32_t y) {
     const PackedView to = layer.View(), by = mask.View();
-    for (unsigned row = 0; row < to.height; ++row)
-        for (unsigned column = 0; column < to.width; ++column) {
-            const std::int64_t maskX = std::int64_t(x) + column, maskY = std::int64_t(y) + row;
-            const bool inside = maskX >= 0 && maskY >= 0 && maskX < by.width && maskY < by.height;
-            Rgba32& pixel = to.Row(row)[column];
-            pixel.alpha = std::uint8_t(
-                inside ? ByteProduct(pixel.alpha, by.Row(std::size_t(maskY))[std::size_t(maskX)].alpha) : 0);
+    // What of the layer lies in the mask.
+    const auto within = [](std::int32_t offset, unsigned size, unsigned maskSize) {
+        const auto place = [&](std::int64_t at) { return unsigned(std::clamp<std::int64_t>(at - offset, 0, size)); };
+        return std::pair{place(0), place(maskSize)};
+    };
+    const auto [left, right] = within(x, to.width, by.width);
+    const auto [top, bottom] = within(y, to.height, by.height);
+    const auto clear = [](Rgba32* from, const Rgba32* end) {
+        for (; from < end; ++from) from->alpha = 0;
+    };
+    for (unsigned row = 0; row < to.height; ++row) {
+        Rgba32* const pixels = to.Row(row);
+        if (row < top || row >= bottom || left >= right) {
+            clear(pixels, pixels + to.width);
+            continue;
         }
+        clear(pixels, pixels + left);
+        clear(pixels + right, pixels + to.width);
+        const Rgba32* const shown = by.Row(std::size_t(std::int64_t(y) + row)) + (std::int64_t(x) + left);
+        for (unsigned column = left; column < right; ++column)
+            if (const std::uint8_t covered = shown[column - left].alpha; covered != 255)
+                pixels[column].alpha = std::uint8_t(ByteProduct(pixels[column].alpha, covered));
+    }
 }
 
 void BrightnessToCoverage(const Layer& picture) {

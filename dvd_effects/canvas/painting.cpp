@@ -132,11 +132,20 @@ void CutEllipse(const Layer& layer, double softness) {
 
 void LayOver(const Layer& layer, const Layer& above, unsigned x, unsigned y) {
     const PackedView to = layer.View(), from = above.View();
-    for (unsigned row = 0; row < from.height; ++row)
-        for (unsigned column = 0; column < from.width; ++column) {
-            Rgba32* const pixel = to.Row(std::size_t(y) + row) + x + column;
-            StoreWord(pixel, Over(LoadWord(pixel), LoadWord(from.Row(row) + column), 255));
+    for (unsigned row = 0; row < from.height; ++row) {
+        const Rgba32* const upper = from.Row(row);
+        Rgba32* const lower = to.Row(std::size_t(y) + row) + x;
+        for (unsigned column = 0; column < from.width;) {
+            // Most pixels cover all or nothing, side by side.
+            const std::uint8_t coverage = upper[column].alpha;
+            unsigned end = column + 1;
+            while (end < from.width && upper[end].alpha == coverage) ++end;
+            if (coverage == 255) std::copy(upper + column, upper + end, lower + column);
+            for (; column < end && coverage != 0 && coverage != 255; ++column)
+                StoreWord(lower + column, Over(LoadWord(lower + column), LoadWord(upper + column), 255));
+            column = end;
         }
+    }
 }
 
 Layer Framed(const Layer& layer, LayerKind kind, unsigned width, Colour colour) {

@@ -22,7 +22,7 @@ void PictureMounts::Set(Layer& picture, LayerKind kind, const MountStyle& style)
     }
     const Layer& frame = mount->frame;
     Layer mounted = Cropped(frame, 0, 0, frame.Size());
-    MultiplyCoverage(picture, mount->shape);
+    if (style.cut) MultiplyCoverage(picture, mount->shape);
     LayOver(mounted, picture, (frame.Width() - size.width) / 2, (frame.Height() - size.height) / 2);
     picture = std::move(mounted);
 }

@@ -30,7 +30,7 @@ enum Line : int { lineInterface = 20, lineRead = 40, lineProperty = 60, lineHtml
 
 using AVBased::formatRgba32;
 
-// A frame of its own for the caller, who may change it and keep it longer than the source.
+// A frame for the caller, who may keep it longer than the source.
 IRawVideoFrame* HandOver(FramePtr frame, unsigned formatCode) {
     return new FrameAdapter(std::move(frame), formatCode, 0);
 }

@@ -62,6 +62,11 @@ FramePtr DeepCopy(const AVFrame& frame) {
     return copy;
 }
 
+// Copies a picture whose rows run upwards in memory, or whose padding is not its own.
+void GiveOwnPlanes(FramePtr& frame) {
+    if (!OwnsItsPlanes(*frame)) frame = DeepCopy(*frame);
+}
+
 // An effect may look at the sample behind a row's last one. In rows without padding that is the next row's first one,
 // so it is put there in rows with padding: a picture is to become the same however it lies in memory.
 void ContinueRows(AVFrame& frame) {
@@ -86,8 +91,9 @@ FrameAdapter::FrameAdapter(AVFrame& frame, unsigned formatCode, int timeStamp)
 
 FrameAdapter::FrameAdapter(FramePtr frame, unsigned formatCode, int timeStamp)
     : m_owned(std::move(frame)), m_formatCode(formatCode), m_timeStamp(timeStamp) {
-    PrepareForEffects(m_owned);
+    GiveOwnPlanes(m_owned);
     m_frame = m_owned.get();
+    m_canBeModified = av_frame_is_writable(m_frame) > 0;
 }
 
 void FrameAdapter::GetDimension(unsigned* width, unsigned* height) {
@@ -170,11 +176,8 @@ void FrameAdapter::GetBorderData(void** data, int* size) {
 }
 
 void PrepareForEffects(FramePtr& frame) {
-    if (!OwnsItsPlanes(*frame)) {
-        frame = DeepCopy(*frame);
-    } else if (av_frame_make_writable(frame.get()) < 0) {
-        throw std::bad_alloc();
-    }
+    GiveOwnPlanes(frame);
+    if (av_frame_make_writable(frame.get()) < 0) throw std::bad_alloc();
     ContinueRows(*frame);
 }
 

@@ -11,7 +11,8 @@ class FrameAdapter final : public AVBased::IRawVideoFrame {
  public:
     /// Borrows `frame`, which must be in a state that PrepareForEffects leaves, for this object's life.
     FrameAdapter(AVFrame& frame, unsigned formatCode, int timeStamp);
-    /// Owns `frame`, and copies it first where it must not be changed in place.
+    /// Owns `frame`, and copies it first where its planes are not as the module sees planes. It may be read; where
+    /// others hold the same picture, as decoders do, CanBeModified() is false and only Clone() gives one to change.
     FrameAdapter(FramePtr frame, unsigned formatCode, int timeStamp);
 
     unsigned GetPixelFormat() override { return m_formatCode; }

@@ -235,6 +235,12 @@ TEST(FrameAdapter, CopiesOnlyWhatMustNotBeChangedInPlace) {
     PrepareForEffects(own);
     EXPECT_NE(own->data[0], reference->data[0]) << "the decoder's reference would be changed";
 
+    FrameAdapter shared(Require<FramePtr>(av_frame_clone(reference.get())), 0, 0);
+    EXPECT_EQ(shared.GetBuffer(0, nullptr, nullptr, nullptr), reference->data[0]) << "copied to be read";
+    EXPECT_FALSE(shared.CanBeModified());
+    const std::unique_ptr<AVBased::IRawVideoFrame, Release> clone(shared.Clone());
+    EXPECT_TRUE(clone->CanBeModified());
+
     FramePtr upward = Counted(AV_PIX_FMT_BGRA, 8, 4);
     const std::uint8_t last = upward->data[0][3 * upward->linesize[0]];
     upward->data[0] += 3 * upward->linesize[0];
