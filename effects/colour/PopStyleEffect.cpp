@@ -4,6 +4,7 @@
 
 #include "effects/base/box.h"
 #include "effects/base/shared_samples.h"
+#include "effects/colour/PopStyleEffect_avx2.h"
 #include "effects/colour/print_tones.h"
 
 namespace AVBased {
@@ -15,10 +16,10 @@ constexpr Property<PopStyleSettings> popStyleProperties[] = {
     {"popstyle_panels", "0", &PopStyleSettings::panels},
 };
 
-constexpr unsigned mostColours = 5, palettes = 4;
+constexpr unsigned palettes = 4;
 
 // From dark to light, so that the picture stays readable in each, and from cool to warm, so that skin is no sky.
-constexpr std::uint32_t paletteColours[palettes][mostColours] = {
+constexpr std::uint32_t paletteColours[palettes][mostInks] = {
     {0x2B0B6E, 0xC2107E, 0xFF5A1F, 0xFFAE1A, 0xFFF04D},
     {0x14145A, 0x0A84C6, 0xE3172D, 0xFFC23A, 0xFFF6D6},
     {0x3A0066, 0x009E4F, 0x8CC63F, 0xFF8FC7, 0xFFF0A8},
@@ -35,113 +36,85 @@ constexpr std::uint8_t VOf(std::uint32_t p) {
     return std::uint8_t(((112 * int(Red(p)) - 94 * int(Green(p)) - 18 * int(Blue(p)) + 128) >> 8) + 128);
 }
 
-// What the tones from each step on become; of fewer colours the last is repeated.
+InkSteps StepsOf(unsigned count) {
+    InkSteps steps;
+    for (unsigned i = 1; i < mostInks; ++i) steps[i - 1] = std::uint8_t(16 + 219 * std::min(i, count - 1) / count);
+    return steps;
+}
+
 struct Inks {
-    std::int16_t steps[mostColours - 1];
-    std::uint8_t samples[3][mostColours];
-    std::uint32_t words[mostColours];
+    std::uint8_t samples[3][mostInks];
+    std::uint32_t words[mostInks];
 
     Inks(unsigned palette, unsigned count) {
-        for (unsigned i = 0; i < mostColours; ++i) {
+        for (unsigned i = 0; i < mostInks; ++i) {
             const unsigned k = std::min(i, count - 1);
-            if (i > 0) steps[i - 1] = std::int16_t((16 + 219 * k / count) * toneUnit);
             words[i] = paletteColours[palette][(8 * k + count - 1) / (2 * count - 2)];
             samples[0][i] = std::uint8_t(LumaOf(words[i]));
             samples[1][i] = UOf(words[i]);
             samples[2][i] = VOf(words[i]);
         }
     }
-    const std::uint8_t (&Of(const ComponentView&, unsigned plane) const)[mostColours] { return samples[plane]; }
-    const std::uint32_t (&Of(const PackedView&, unsigned) const)[mostColours] { return words; }
+    const std::uint8_t (&Of(const ComponentView&, unsigned plane) const)[mostInks] { return samples[plane]; }
+    const std::uint32_t (&Of(const PackedView&, unsigned) const)[mostInks] { return words; }
 };
 
-// Written out, so that it becomes compares and blends of tones and values in lanes of one size.
-template <class Lane, class Value>
-void Choose(Value* __restrict chosen, const std::int16_t* __restrict tones, unsigned count, const Inks& inks,
-            const Value (&values)[mostColours]) {
-    Lane steps[mostColours - 1], lanes[mostColours];
-    std::copy_n(inks.steps, mostColours - 1, steps);
-    std::copy_n(values, mostColours, lanes);
-    for (std::size_t x = 0; x < count; ++x) {
-        Lane value = lanes[0];
-        for (unsigned i = 1; i < mostColours; ++i) value = Lane(tones[x]) >= steps[i - 1] ? lanes[i] : value;
-        chosen[x] = Value(value);
-    }
-}
-constexpr auto chooseSamples = variantsOf<Choose<std::int16_t, std::uint8_t>>;
-constexpr auto chooseWords = variantsOf<Choose<std::int32_t, std::uint32_t>>;
-auto Chooser(const ComponentView&, InstructionSet set) { return chooseSamples.For(set); }
-auto Chooser(const PackedView&, InstructionSet set) { return chooseWords.For(set); }
-
-std::uint8_t Mean(std::uint8_t a, std::uint8_t b) { return std::uint8_t((a + b + 1) >> 1); }
-void Print(std::uint8_t* __restrict row, std::uint8_t* __restrict above, const std::uint8_t* __restrict below,
-           unsigned count) {
-    for (std::size_t x = 0; x < count; ++x) row[x] = Mean(Mean(above[x], below[x]), Mean(above[x + 1], below[x + 1]));
-}
-// All bytes of the words alike, then the pixels' own alpha.
-void Print(Rgba32* row, std::uint32_t* __restrict above, const std::uint32_t* __restrict below, unsigned count) {
-    auto* const means = reinterpret_cast<std::uint8_t*>(above);
-    const auto* const others = reinterpret_cast<const std::uint8_t*>(below);
-    constexpr std::size_t next = sizeof(std::uint32_t);
-    for (std::size_t i = 0; i < next * count; ++i)
-        means[i] = Mean(Mean(means[i], others[i]), Mean(means[i + next], others[i + next]));
-    for (std::size_t x = 0; x < count; ++x) StoreWord(row + x, (LoadWord(row + x) & alphaMask) | above[x]);
-}
-
-void MeanTones(std::int16_t* __restrict means, const std::int16_t* __restrict a, const std::int16_t* __restrict b,
-               unsigned count) {
-    for (std::size_t x = 0; x < count; ++x) means[x] = std::int16_t((a[x] + b[x]) >> 1);
-}
-
-// In the middle of cells and, before each, between two.
-void SpreadTones(std::int16_t* __restrict corners, const std::int16_t* __restrict cells, unsigned count) {
-    for (std::size_t x = 0; x < count; ++x) {
-        corners[2 * x] = std::int16_t((cells[std::ptrdiff_t(x) - 1] + cells[x]) >> 1);
-        corners[2 * x + 1] = cells[x];
+// The numbers of the inks at a row of corners, from the left edge on. Pixels are as large as cells in a halved print,
+// else half as large: every other corner is in the middle of a cell.
+template <bool halved>
+void InkCorners(std::uint8_t* __restrict numbers, const std::int16_t* upper, const std::int16_t* lower, unsigned cells,
+                const InkSteps& steps) {
+    std::int16_t from[mostInks - 1];
+    std::transform(steps.begin(), steps.end(), from, [](int step) { return std::int16_t(step * toneUnit); });
+    const auto numberOf = [&from](std::int16_t tone) {
+        std::int16_t number = 0;
+        for (std::int16_t i = 1; i < std::int16_t(mostInks); ++i) number = tone >= from[i - 1] ? i : number;
+        return std::uint8_t(number);
+    };
+    for (std::size_t x = 0; x < cells; ++x) {
+        const std::int16_t left = Half(upper[std::ptrdiff_t(x) - 1], lower[std::ptrdiff_t(x) - 1]),
+                           here = Half(upper[x], lower[x]);
+        if (halved) {
+            numbers[x] = numberOf(Half(left, here));
+        } else {
+            numbers[2 * x] = numberOf(Half(left, here));
+            numbers[2 * x + 1] = numberOf(here);
+        }
     }
 }
 
 template <unsigned shift>
-void EveryCorner(std::int16_t* __restrict some, const std::int16_t* __restrict corners, unsigned count) {
+void EveryCorner(std::uint8_t* __restrict some, const std::uint8_t* __restrict corners, unsigned count) {
     for (std::size_t x = 0; x < count; ++x) some[x] = corners[x << shift];
 }
 
-// The tones at the corners of a print's pixels.
+// The inks at the corners of a print's pixels.
 class Corners {
  public:
-    Corners(unsigned columns, unsigned rows, bool halved, InstructionSet set, PrintTones::Read read)
+    Corners(unsigned columns, unsigned rows, bool halved, unsigned colours, InstructionSet set, PrintTones::Read read)
         : m_halved(halved),
           m_columns(columns),
+          m_steps(StepsOf(colours)),
           m_tones(columns, rows, halved ? rows : 4, set, std::move(read)),
-          m_between(columns + 2),
-          m_corners(2 * std::size_t(columns) + 1),
-          m_mean(variantsOf<MeanTones>.For(set)),
-          m_spread(variantsOf<SpreadTones>.For(set)) {}
+          m_corners(2 * (std::size_t(columns) + CellRows::spare)),
+          m_ink((halved ? variantsOf<InkCorners<true>> : variantsOf<InkCorners<false>, InkCornersAvx2>).For(set)) {}
 
-    /// Those above row y, from the left edge on. Pixels are as large as cells in a halved print, else half as large.
-    const std::int16_t* Above(unsigned y) {
+    /// The numbers of those above row y of pixels.
+    const std::uint8_t* Above(unsigned y) {
         const int cell = int(m_halved ? y : y / 2);
-        const std::int16_t* tones = m_tones.Row(cell);
-        if (m_halved || y % 2 == 0) {
-            m_mean(m_between.data(), m_tones.Row(cell - 1) - 1, tones - 1, m_columns + 2);
-            tones = &m_between[1];
-        }
-        if (m_halved) {
-            m_mean(m_corners.data(), tones - 1, tones, m_columns + 1);
-        } else {
-            m_spread(m_corners.data(), tones, m_columns);
-            m_corners.back() = std::int16_t((tones[m_columns - 1] + tones[m_columns]) >> 1);
-        }
+        const bool between = m_halved || y % 2 == 0;
+        const std::int16_t* const lower = m_tones.Row(cell);
+        m_ink(m_corners.data(), between ? m_tones.Row(cell - 1) : lower, lower, m_columns + 1, m_steps);
         return m_corners.data();
     }
 
  private:
     bool m_halved;
     unsigned m_columns;
+    InkSteps m_steps;
     PrintTones m_tones;
-    std::vector<std::int16_t> m_between, m_corners;
-    decltype(&MeanTones) m_mean;
-    decltype(&SpreadTones) m_spread;
+    std::vector<std::uint8_t> m_corners;
+    decltype(&InkCorners<false>) m_ink;
 };
 
 // The samples along an axis whose first pixels are those of a print, and where their corners are in it.
@@ -159,6 +132,49 @@ struct Stretch {
     unsigned Corner(unsigned sample) const { return std::min(((first + sample) << shift) - begin, length); }
 };
 
+std::uint8_t Mean(std::uint8_t a, std::uint8_t b) { return std::uint8_t((a + b + 1) >> 1); }
+
+// The inks of that many pixels are chosen at once. Written out, so that it becomes compares and blends.
+constexpr unsigned someInks = 64;
+template <class Ink>
+void Choose(Ink* __restrict chosen, const std::uint8_t* __restrict numbers, unsigned count,
+            const Ink (&inks)[mostInks]) {
+    for (std::size_t x = 0; x < count; ++x) {
+        Ink ink = inks[0];
+        for (unsigned i = 1; i < mostInks; ++i) ink = numbers[x] == i ? inks[i] : ink;
+        chosen[x] = ink;
+    }
+}
+
+template <class Sample, class Ink, class Store>
+void PrintInks(Sample* row, const std::uint8_t* above, const std::uint8_t* below, unsigned count,
+               const Ink (&inks)[mostInks], Store store) {
+    for (unsigned begin = 0; begin < count; begin += someInks) {
+        const unsigned some = std::min(count - begin, someInks);
+        Ink upper[someInks + 1], lower[someInks + 1];
+        Choose(upper, above + begin, some + 1, inks);
+        Choose(lower, below + begin, some + 1, inks);
+        auto* const means = reinterpret_cast<std::uint8_t*>(upper);
+        const auto* const others = reinterpret_cast<const std::uint8_t*>(lower);
+        constexpr std::size_t next = sizeof(Ink);
+        for (std::size_t i = 0; i < next * (some + 1); ++i) means[i] = Mean(means[i], others[i]);
+        for (std::size_t i = 0; i < next * some; ++i) means[i] = Mean(means[i], means[i + next]);
+        for (std::size_t x = 0; x < some; ++x) store(row + begin + x, upper[x]);
+    }
+}
+
+void PrintSamples(std::uint8_t* row, const std::uint8_t* above, const std::uint8_t* below, unsigned count,
+                  const std::uint8_t (&inks)[mostInks]) {
+    PrintInks(row, above, below, count, inks, [](std::uint8_t* sample, std::uint8_t ink) { *sample = ink; });
+}
+void PrintPixels(Rgba32* row, const std::uint8_t* above, const std::uint8_t* below, unsigned count,
+                 const std::uint32_t (&inks)[mostInks]) {
+    PrintInks(row, above, below, count, inks,
+              [](Rgba32* pixel, std::uint32_t ink) { StoreWord(pixel, (LoadWord(pixel) & alphaMask) | ink); });
+}
+auto Printer(const ComponentView&, InstructionSet set) { return variantsOf<PrintSamples, PrintSamplesAvx2>.For(set); }
+auto Printer(const PackedView&, InstructionSet set) { return variantsOf<PrintPixels, PrintPixelsAvx2>.For(set); }
+
 // A plane's part of a print: each sample is the mean of the inks at its corners, so that contours have no steps.
 template <class Sample>
 class PrintedPlane {
@@ -168,43 +184,33 @@ class PrintedPlane {
         : m_plane(plane),
           m_columns(columns),
           m_rows(rows),
-          m_inks(inks),
-          m_values(inks.Of(plane, number)),
-          m_tones(columns.count + 1),
+          m_inks(inks.Of(plane, number)),
           m_above(columns.count + 1),
           m_below(columns.count + 1),
-          m_set(set) {}
+          m_some(WithConstantShift(columns.shift, [&](auto shift) { return variantsOf<EveryCorner<shift>>.For(set); })),
+          m_print(Printer(plane, set)) {}
 
     /// Of each row of corners from the top down, the row of samples that ends there.
-    void Take(unsigned y, const std::int16_t* corners) {
+    void Take(unsigned y, const std::uint8_t* corners) {
         if (m_columns.count == 0 || m_next > m_rows.count || y != m_rows.Corner(m_next)) return;
         m_above.swap(m_below);
-        const std::int16_t* tones = corners + m_columns.Corner(0);
-        if (m_columns.shift) {
-            WithConstantShift(m_columns.shift, [&](auto shift) {
-                variantsOf<EveryCorner<shift>>.For(m_set)(m_tones.data(), tones, m_columns.count);
-            });
-            m_tones.back() = corners[m_columns.Corner(m_columns.count)];
-            tones = m_tones.data();
-        }
-        Chooser(m_plane, m_set)(m_below.data(), tones, m_columns.count + 1, m_inks, m_values);
+        m_some(m_below.data(), corners + m_columns.Corner(0), m_columns.count);
+        m_below.back() = corners[m_columns.Corner(m_columns.count)];
         if (m_next++ == 0) return;
-        variantsOf<static_cast<PrintRow*>(Print)>.For(m_set)(m_plane.Row(m_rows.first + m_next - 2) + m_columns.first,
-                                                             m_above.data(), m_below.data(), m_columns.count);
+        m_print(m_plane.Row(m_rows.first + m_next - 2) + m_columns.first, m_above.data(), m_below.data(),
+                m_columns.count, m_inks);
     }
 
  private:
-    using Value = std::conditional_t<std::is_same_v<Sample, Rgba32>, std::uint32_t, std::uint8_t>;
-    using PrintRow = void(Sample*, Value*, const Value*, unsigned);
+    using Ink = std::conditional_t<std::is_same_v<Sample, Rgba32>, std::uint32_t, std::uint8_t>;
 
     PlaneView<Sample> m_plane;
     Stretch m_columns, m_rows;
-    const Inks& m_inks;
-    const Value (&m_values)[mostColours];
-    std::vector<std::int16_t> m_tones;
-    std::vector<Value> m_above, m_below;
+    const Ink (&m_inks)[mostInks];
+    std::vector<std::uint8_t> m_above, m_below;
+    decltype(&EveryCorner<0>) m_some;
+    decltype(Printer(PlaneView<Sample>{}, InstructionSet{})) m_print;
     unsigned m_next = 0;
-    InstructionSet m_set;
 };
 
 template <unsigned step>
@@ -276,11 +282,11 @@ void PopStyle(const View& picture, unsigned width, unsigned height, const PopSty
     const bool panels = settings.panels != 0;
     const unsigned columns = width - width / 2, rows = height - height / 2;
     auto alphas = AlphasOf(picture, panels, set);
-    Corners corners(columns, rows, panels, set, [&](unsigned y, std::int16_t* tones) {
+    const unsigned colours = unsigned(std::clamp(settings.colours, 2, int(mostInks)));
+    Corners corners(columns, rows, panels, colours, set, [&](unsigned y, std::int16_t* tones) {
         ReadTones(picture, y, tones, set);
         alphas.Read(y);
     });
-    const unsigned colours = unsigned(std::clamp(settings.colours, 2, int(mostColours)));
     const unsigned across = panels ? columns : width, down = panels ? rows : height;
     unsigned palette = std::uint32_t(settings.palette) % palettes;
     for (unsigned top = 0; top < height; top += down, palette += 2) {
@@ -293,7 +299,7 @@ void PopStyle(const View& picture, unsigned width, unsigned height, const PopSty
                                     inks[panel], p, set);
             });
         for (unsigned y = 0; y <= pixelRows.end - top; ++y) {
-            const std::int16_t* const above = corners.Above(y);
+            const std::uint8_t* const above = corners.Above(y);
             if (y > 0) alphas.Write(top + y - 1);
             for (auto& plane : planes) plane.Take(y, above);
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "effects/base/settings_effect.h"
@@ -7,6 +8,11 @@
 namespace AVBased {
 
 inline constexpr char effectNamePopStyle[] = "popstyle";
+
+/// Of one palette.
+inline constexpr unsigned mostInks = 5;
+/// The tones from which each further ink serves; of fewer inks the last is repeated.
+using InkSteps = std::array<std::uint8_t, mostInks - 1>;
 
 struct PopStyleSettings {
     std::int32_t colours = 4;

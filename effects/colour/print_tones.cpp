@@ -1,15 +1,18 @@
 #include "effects/colour/print_tones.h"
 
+#include <cstring>
 #include <utility>
 
 #include "effects/base/shared_samples.h"
+#include "effects/colour/print_tones_avx2.h"
 
 namespace AVBased {
 namespace {
 
 // Cool colours become darker, warm ones a little lighter.
-std::int16_t WithWarmth(int tone, int warmth) {
-    return std::int16_t(tone + (std::max(warmth, 0) >> 2) + std::min(warmth, 0));
+std::int16_t WithWarmth(std::int16_t tone, std::int16_t warmth) {
+    const auto warm = std::int16_t(std::max<std::int16_t>(warmth, 0) >> 2);
+    return std::int16_t(std::int16_t(tone + warm) + std::min<std::int16_t>(warmth, 0));
 }
 
 void TonesOfPixels(std::int16_t* __restrict tones, const Rgba32* upper, const Rgba32* lower, unsigned cells) {
@@ -21,8 +24,8 @@ void TonesOfPixels(std::int16_t* __restrict tones, const Rgba32* upper, const Rg
         const std::uint32_t redBlue = (a & outer) + (b & outer) + (c & outer) + (d & outer);
         const int green = int(Green(a) + Green(b) + Green(c) + Green(d)), red = int(redBlue >> 16),
                   blue = int(redBlue & 0xFFFF);
-        tones[x] = WithWarmth(((66 * red + 129 * green + 25 * blue) >> 5) + 16 * toneUnit,
-                              (150 * red - 20 * green - 130 * blue) >> 5);
+        tones[x] = WithWarmth(std::int16_t(((66 * red + 129 * green + 25 * blue) >> 5) + 16 * toneUnit),
+                              std::int16_t((150 * red - 20 * green - 130 * blue) >> 5));
     }
 }
 
@@ -30,9 +33,15 @@ void TonesOfPixels(std::int16_t* __restrict tones, const Rgba32* upper, const Rg
 void TonesOfSamples(std::int16_t* __restrict tones, const std::uint8_t* __restrict upper,
                     const std::uint8_t* __restrict lower, const std::uint8_t* __restrict u,
                     const std::uint8_t* __restrict v, unsigned cells) {
+    // Two samples as the halves of one lane, so that none needs to be moved to another.
+    const auto sum = [](const std::uint8_t* pair) {
+        std::uint16_t lane;
+        std::memcpy(&lane, pair, sizeof lane);
+        return std::int16_t((lane & 255) + (lane >> 8));
+    };
     for (std::size_t x = 0; x < cells; ++x) {
-        const int sum = upper[2 * x] + upper[2 * x + 1] + lower[2 * x] + lower[2 * x + 1];
-        tones[x] = WithWarmth(toneUnit / 4 * sum, toneUnit * (v[x] - u[x]));
+        const auto tone = std::int16_t(std::int16_t(sum(upper + 2 * x) + sum(lower + 2 * x)) * (toneUnit / 4));
+        tones[x] = WithWarmth(tone, std::int16_t(std::int16_t(v[x] - u[x]) * toneUnit));
     }
 }
 
@@ -47,9 +56,6 @@ void MedianOfFive(std::int16_t* __restrict medians, const std::int16_t* const* a
         medians[x] = Median(std::max(std::min(a[x], b[x]), std::min(c[x], d[x])),
                             std::min(std::max(a[x], b[x]), std::max(c[x], d[x])), e[x]);
 }
-
-// In 16 bits, so that many fit a vector.
-std::int16_t Half(std::int16_t a, std::int16_t b) { return std::int16_t(std::int16_t(a + b) >> 1); }
 
 // With the weights 1, 4, 6, 4, 1.
 void MeanOfFive(std::int16_t* __restrict means, const std::int16_t* const* around, unsigned width) {
@@ -74,7 +80,7 @@ void RestoreDetail(std::int16_t* __restrict soft, const std::int16_t* __restrict
 void ReadTones(const PackedView& picture, unsigned y, std::int16_t* tones, InstructionSet set) {
     const Rgba32 *const upper = picture.Row(2 * y), *const lower = picture.Row(std::min(2 * y + 1, picture.height - 1));
     const unsigned whole = picture.width / 2;
-    variantsOf<TonesOfPixels>.For(set)(tones, upper, lower, whole);
+    variantsOf<TonesOfPixels, TonesOfPixelsAvx2>.For(set)(tones, upper, lower, whole);
     if (picture.width % 2 == 0) return;
     const Rgba32 above[] = {upper[2 * whole], upper[2 * whole]}, below[] = {lower[2 * whole], lower[2 * whole]};
     TonesOfPixels(tones + whole, above, below, 1);

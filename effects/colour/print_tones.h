@@ -18,11 +18,17 @@ inline constexpr int toneUnit = 32;
 void ReadTones(const PackedView& picture, unsigned y, std::int16_t* tones, InstructionSet set);
 void ReadTones(const PlanarView& picture, unsigned y, std::int16_t* tones, InstructionSet set);
 
-/// Rows of cells, the last `count` of them, each with room for two more cells at either end.
+/// Half the sum of two tones, in 16 bits, so that many fit a vector.
+inline std::int16_t Half(std::int16_t a, std::int16_t b) { return std::int16_t(std::int16_t(a + b) >> 1); }
+
+/// Rows of cells, the last `count` of them, each with room for two more cells at either end. Vectors may go past the
+/// end of a row by `spare` cells.
 class CellRows {
  public:
+    static constexpr unsigned spare = 16;
+
     CellRows(unsigned width, unsigned count)
-        : m_width(width), m_count(count), m_cells((std::size_t(width) + 4) * count) {}
+        : m_width(width), m_count(count), m_cells((std::size_t(width) + 4) * count + spare) {}
     std::int16_t* Row(unsigned y) { return &m_cells[(std::size_t(m_width) + 4) * (y % m_count) + 2]; }
     void RepeatEnds(unsigned y) {
         std::int16_t* const row = Row(y);
