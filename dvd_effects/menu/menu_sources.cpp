@@ -131,6 +131,8 @@ void MenuSources::AdvanceOne(unsigned index, const PictureRules& rules) {
     const FrameSize own = AVBased::SizeOf(*record.frame), box = rules.BoxOf(index, own);
     const PictureFit fit = rules.Fit();
     const bool isStaged = fit == PictureFit::Stage && !maskSource && LosesMuch(own, box);
+    Require(!isStaged || std::max(box.width, box.height) <= largestSide, textInvalidParamValue, lineSource,
+            basedMenuName);
     const bool covers = fit != PictureFit::Contain && !isStaged;
     const FrameSize size = covers ? FitOver(own, box) : FitInto(own, isStaged ? PartOfStage(box) : box);
     if (maskSource && !(picture.mask && stillMask && picture.mask.Size() == size)) {
