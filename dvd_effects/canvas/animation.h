@@ -45,6 +45,9 @@ constexpr double Wave(double turns) {
     return arch + 0.225 * (arch * (arch < 0 ? -arch : arch) - arch);
 }
 
+/// From 0 to 1 at half a turn and back, with no speed at both ends.
+constexpr double ThereAndBack(double turns) { return 0.5 - 0.5 * Wave(turns + 0.25); }
+
 /// A number of 0 up to, but not, 1 that looks random and follows from two others.
 constexpr double Scattered(unsigned seed, unsigned index) {
     std::uint32_t bits = (seed * 0x9E3779B1u) ^ (index * 0x85EBCA6Bu + 0xC2B2AE35u);

@@ -200,9 +200,8 @@ Layer Halved(const Layer& layer) {
     return half;
 }
 
-Layer Blurred(const Layer& layer, FrameSize size) {
+Layer Blurred(const Layer& layer, FrameSize size, unsigned patches) {
     Layer blurred(size.width, size.height);  // first, since it refuses sizes that nothing could hold
-    constexpr unsigned patches = 9;          // of the shorter side, at most
     Layer coarse = Cropped(layer, 0, 0, layer.Size());
     while (std::min(coarse.Width(), coarse.Height()) > patches) coarse = Halved(coarse);
     // A place between patches takes from the nearest three, with weights that change smoothly from place to place.

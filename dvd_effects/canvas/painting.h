@@ -34,8 +34,9 @@ Layer ShadowOf(const Layer& layer, LayerKind kind, unsigned radius, Colour colou
 
 /// The layer at half its size, rounded up: the mean of every four pixels.
 Layer Halved(const Layer& layer);
-/// The middle of a layer, enlarged to cover this size and blurred to soft patches of its colours.
-Layer Blurred(const Layer& layer, FrameSize size);
+/// The middle of a layer, enlarged to cover this size and blurred to soft patches of its colours, of which the shorter
+/// side has at most so many.
+Layer Blurred(const Layer& layer, FrameSize size, unsigned patches);
 /// The layer over its shadow, which falls by `drop`: in the middle of one larger by radius + drop on every side.
 Layer Shaded(const Layer& layer, LayerKind kind, unsigned radius, unsigned drop, Colour colour);
 

@@ -25,7 +25,8 @@ void MenuPicture::CropTo(FrameSize box) {
 }
 
 void MenuPicture::SetOnStage(FrameSize box) {
-    Layer stage = Blurred(layer, box);
+    constexpr unsigned patches = 9;
+    Layer stage = Blurred(layer, box, patches);
     MixIn(stage, kind, {0, 0, 0}, 110);
     LayOver(stage, layer, (box.width - layer.Width()) / 2, (box.height - layer.Height()) / 2);
     layer = std::move(stage);

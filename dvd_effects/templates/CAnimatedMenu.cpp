@@ -101,6 +101,16 @@ Region CAnimatedMenu::FreeRegion(double margin) const {
     return area.Shrunk(margin * area.width, margin * area.height);
 }
 
+Region CAnimatedMenu::StageBesideTexts() const {
+    Region stage = FreeRegion(0);
+    const double gap = 0.02 * Height(), right = stage.left + stage.width, bottom = stage.top + stage.height;
+    if (stage.left > 0) stage.left += gap;
+    if (stage.top > 0) stage.top += gap;
+    stage.width = std::max(1.0, (right < Width() ? right - gap : right) - stage.left);
+    stage.height = std::max(1.0, (bottom < Height() ? bottom - gap : bottom) - stage.top);
+    return stage;
+}
+
 FrameSize CAnimatedMenu::PartOfMenu(double across, double down) const {
     const auto side = [](double length) { return unsigned(std::clamp(length, 1.0, double(largestSide))); };
     return {side(Width() * across), side(Height() * down)};
@@ -199,7 +209,7 @@ void CAnimatedMenu::ShowWithin(Canvas& canvas, const ShownPicture& picture, cons
     const double scale = zoom * std::max(width / own, height / ownHeight);
     const Spot middle{window.xBegin + width / 2, window.yBegin + height / 2};
     // Of what is too high, more from its upper end, where faces are.
-    const double lower = (ownHeight * scale - height) / 4;
+    const double lower = (ownHeight * scale - height) * 0.31;
     const Placement place = Placement::Turned({middle.x, middle.y + lower}, own * scale, ownHeight * scale);
     canvas.LayTransformed(Reduced(picture.layer, picture.smaller, place), place, ShownOf(picture.opacity, opacity),
                           window);
@@ -210,26 +220,6 @@ void CAnimatedMenu::PaintGradient(Canvas& canvas, Colour top, Colour bottom) con
     const Layer ground(canvas.Width(), canvas.Height());
     FillGradient(ground, Kind(), top, bottom);
     canvas.Lay(ground, 0, 0);
-}
-
-void CAnimatedMenu::DrawProgress(Canvas& canvas, const Region& line, const Layer& track, const Layer& done) const {
-    const auto count = unsigned(ShownPictures().size());
-    if (count < 2) return;
-    const Turn turn = TurnAt(Phase(), count);
-    // The line goes back to its start where the loop does, without a jump.
-    const double back = Passed(Phase(), 1 - 0.5 / count, 1);
-    const double part = line.width / count, length = 0.86 * part;
-    for (unsigned i = 0; i < count; ++i) {
-        const double left = line.left + i * part, middle = line.top + line.height / 2;
-        const auto lay = [&](const Layer& layer, double share, double opacity) {
-            const double width = share * length;
-            if (width > 0)
-                canvas.LayTransformed(layer, Placement::Turned({left + width / 2, middle}, width, line.height),
-                                      ByteOf(opacity));
-        };
-        lay(track, 1, 1);
-        lay(done, i < turn.index ? 1 : i == turn.index ? turn.part : 0, 1 - back);
-    }
 }
 
 FrameSize CAnimatedMenu::UsualBox() const { return PartOfMenu(1.0 / 3, 1.0 / 3); }

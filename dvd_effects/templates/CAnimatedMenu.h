@@ -49,6 +49,8 @@ class CAnimatedMenu : public CBasedMenu {
     /// The menu within its margins, a part of its sides, less the texts that stand still: of the bands above, below and
     /// beside them the largest; all of it where they leave less than half.
     Region FreeRegion(double margin = 0.05) const;
+    /// The menu up to its edges and a little away from those texts, for pictures that fill all of it.
+    Region StageBesideTexts() const;
     /// Parts of the menu's width and height, at least a pixel.
     FrameSize PartOfMenu(double across, double down) const;
     /// `part` of `of` of the menu in whole pixels, at least one.
@@ -100,11 +102,13 @@ class CAnimatedMenu : public CBasedMenu {
         show(pictures[turn.index], come);
     }
     /// The same where each is on its way for longer than its turn: calls show(picture, part, opacity), with the part of
-    /// its way, for the one whose turn it is, and after it, within the last `dissolve` of a turn, for the next one.
+    /// its way, for the one whose turn it is, and after it, within the last `dissolve` of a turn, for the next one. A
+    /// single one goes its way there and back.
     template <class Draw>
     void ShowDissolving(double dissolve, Draw show) const {
         std::vector<ShownPicture> pictures = ShownPictures();
         if (pictures.empty()) return;
+        if (pictures.size() == 1) return show(pictures[0], ThereAndBack(Phase()), 1.0);
         const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
         HandOverNames(pictures, turn, dissolve);
         show(pictures[turn.index], (turn.part + dissolve) / (1 + dissolve), 1.0);
@@ -120,10 +124,6 @@ class CAnimatedMenu : public CBasedMenu {
         pictures[turn.Next()].named = Passed(begun, 0.6, 1);
     }
 
-    /// Draws a line of as many parts as there are pictures, if there are several: those of the pictures that were shown
-    /// in this loop in `done`, the one of the picture whose turn it is as far as that has gone by, the others in
-    /// `track`.
-    void DrawProgress(Canvas& canvas, const Region& line, const Layer& track, const Layer& done) const;
     /// The size that pictures have when none is given for them: a third of the menu. Those that would cover it are
     /// narrower where their shape is, down to three quarters of its height.
     virtual FrameSize UsualBox() const;

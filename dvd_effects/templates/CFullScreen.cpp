@@ -17,8 +17,41 @@ void CFullScreen::DrawScene(Canvas& canvas) {
     ShowDissolving(dissolve, [&](const ShownPicture& picture, double part, double opacity) {
         ShowCaption(canvas, picture, PlaceAt(picture, part), opacity);
     });
-    DrawProgress(canvas, {0.06 * Width(), 0.962 * Height(), 0.88 * Width(), 0.005 * Height()}, m_track, m_done);
+    DrawRound(canvas);
     DrawTexts(canvas);
+}
+
+// A part for each picture, which is drawn while that is shown.
+void CFullScreen::DrawRound(Canvas& canvas) const {
+    constexpr double notch = 0.004;
+    const auto count = unsigned(ShownPictures().size());
+    const Turn turn = TurnAt(Phase(), count);
+    const double part = 1.0 / std::max(1u, count), back = Passed(Phase(), 1 - part / 2, 1);
+    for (unsigned i = 0; i < count; ++i) {
+        const double length = part - (count > 1 ? notch : 0);
+        DrawLine(canvas, m_track, i * part, i * part + length, 1);
+        // All of it goes where the loop does, before it starts anew.
+        const double drawn = i < turn.index ? 1 : i == turn.index ? turn.part : 0;
+        DrawLine(canvas, m_done, i * part, i * part + drawn * length, 1 - back);
+    }
+}
+
+// From its part `from` to its part `to` of the line that goes round the screen clockwise, from the lower left corner.
+void CFullScreen::DrawLine(Canvas& canvas, const Layer& ink, double from, double to, double opacity) const {
+    const double margin = 0.045 * Height(), thick = std::max(1.0, Height() / 270);
+    const double left = margin, top = margin, right = Width() - margin, bottom = Height() - margin;
+    const Spot corners[] = {{left, bottom}, {left, top}, {right, top}, {right, bottom}, {left, bottom}};
+    const double around = 2 * (right - left + bottom - top);
+    double before = 0;
+    for (unsigned i = 0; i < 4; ++i) {
+        const double length = Distance(corners[i], corners[i + 1]);
+        const auto at = [&](double part) {
+            const double way = std::clamp((part * around - before) / length, 0.0, 1.0);
+            return Spot{Mixed(corners[i].x, corners[i + 1].x, way), Mixed(corners[i].y, corners[i + 1].y, way)};
+        };
+        canvas.LayTransformed(ink, Placement::Along(at(from), at(to), thick), ByteOf(opacity));
+        before += length;
+    }
 }
 
 // At `part` of its time on the screen. It drifts no farther than it is larger than the screen.

@@ -10,7 +10,11 @@ constexpr Colour inks[] = {{16, 78, 102}, {168, 52, 60}, {176, 96, 18}, {52, 62,
 
 }  // namespace
 
-void CLayeredTitles::FinishPicture(Layer& picture, unsigned) const { MixIn(picture, Kind(), InMood({20, 26, 38}), 90); }
+void CLayeredTitles::FinishPicture(Layer& picture, unsigned) const {
+    constexpr unsigned patches = 144;
+    picture = Blurred(picture, picture.Size(), patches);
+    MixIn(picture, Kind(), InMood({20, 26, 38}), 90);
+}
 
 void CLayeredTitles::MakeScenery() {
     const MoodColours* const mood = MoodColoursSet();
@@ -55,10 +59,11 @@ void CLayeredTitles::DrawBands(Canvas& canvas, const Title& title, unsigned inde
     const double padding = title.height * 0.6, length = Width() * 1.2, high = title.height + padding;
     const double end = title.left + title.width / 2 - side * (title.width / 2 + padding);
     const double centre = end + side * length / 2, middle = title.top + title.height / 2;
-    const double far = side * (Width() + length), drift = side * Width() * 0.01 * Wave(phase * 2 + 0.17 * index);
-    const double front = far * away(0.03) + drift;
-    Band(canvas, index + 1, centre + far * away(0) - drift * 2 - side * padding * 1.5, middle + high * 0.24, length,
-         high, 0.55);
+    const double far = side * (Width() + length), drift = side * Width() * 0.02 * Wave(phase * 2 + 0.17 * index);
+    // At rest it stands still, and so its letters are sharp.
+    const double front = far * away(0.03);
+    Band(canvas, index + 1, centre + far * away(0) - drift - side * padding * 1.5, middle + high * 0.24, length, high,
+         0.55);
     Band(canvas, index, centre + front, middle, length, high, 0.8);
     if (title.text)
         canvas.LayTransformed(

@@ -14,10 +14,9 @@ class CLayeredTitles : public CAnimatedMenu {
     explicit CLayeredTitles(IAVManager* manager) : CAnimatedMenu(effectMenuLayeredTitlesName, manager) {}
 
  protected:
-    // Stretched from an eighth of the screen over all of it, a picture becomes soft.
-    FrameSize UsualBox() const override { return FractionOfMenu(1, 8); }
+    FrameSize UsualBox() const override { return FractionOfMenu(1, 4); }
     FrameSize BoxOf(unsigned, FrameSize) const override { return UsualBox(); }
-    PictureFit Fit() const override { return PictureFit::Cover; }
+    PictureFit Fit() const override { return PictureFit::Stage; }
     void FinishPicture(Layer& picture, unsigned index) const override;
     void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;

@@ -15,6 +15,29 @@ constexpr double lastFall = 0.46, firstLift = 0.8, lastLift = 0.93, fallTime = 0
 
 FrameSize CMemories::UsualBox() const { return BoxInRows(); }
 
+void CMemories::MakeScenery() {
+    CPhotographs::MakeScenery();
+    constexpr Tint sun{255, 226, 170}, day{255, 252, 240}, moon{176, 204, 255};
+    const Tint light = !MoodColoursSet() ? sun : IsLight() ? day : moon;
+    constexpr unsigned across = 96, down = 72;
+    m_light = Layer(across, down);
+    // Two panes by three, whose bars throw soft shadows.
+    Paint(m_light, Kind(), [&](double x, double y) {
+        const double pane = Wrapped(2 * x / across), other = Wrapped(3 * y / down);
+        Tint tint = light;
+        tint.alpha = 60 * Between(pane, 0.04, 0.96, 0.14) * Between(other, 0.06, 0.94, 0.2);
+        return tint;
+    });
+}
+
+// It wanders over the table, brighter and paler as clouds pass.
+void CMemories::DrawLight(Canvas& canvas) const {
+    const double shift = 0.07 * Wave(Phase()), lean = 0.02 * Wave(Phase() + 0.2);
+    const auto at = [&](double x, double y) { return Spot{(x + shift) * Width(), y * Height()}; };
+    canvas.LayTransformed(m_light, {at(0.36 + lean, 0.02), at(0.78 + lean, -0.06), at(1, 0.94), at(0.42, 1.08)},
+                          ByteOf(0.72 + 0.28 * Wave(2 * Phase() + 0.6)));
+}
+
 void CMemories::PaintBackground(Canvas& canvas) const {
     Paint(canvas, Kind(), [&](double x, double y) {
         const double fromLightX = x / Width() - 0.42, fromLightY = y / Height() - 0.36;
@@ -50,7 +73,7 @@ CPhotographs::Pose CMemories::At(double phase, unsigned index, unsigned count, c
     const double left = std::max(0.0, 1 - (phase - falls) / fallTime);
     Pose pose = PoseBetween(rest, above, left * left * left);
     const double rocking = std::clamp(1 - (phase - lands) / settleTime, 0.0, 1.0);
-    if (phase > lands) pose.degrees += 2.5 * rocking * rocking * Wave(1.5 * (1 - rocking));
+    if (phase > lands) pose.degrees += 8 * (1 - rocking) * rocking * rocking * Wave(1.5 * (1 - rocking));
     return pose;
 }
 
@@ -66,6 +89,7 @@ void CMemories::DrawScene(Canvas& canvas) {
         ShowPhotograph(pile, picture, At(Phase(), picture.index, count, rest, 1.5 * longest));
     }
     pile.Draw(canvas);
+    DrawLight(canvas);
     DrawTexts(canvas);
 }
 

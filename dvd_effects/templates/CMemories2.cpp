@@ -46,6 +46,34 @@ void CMemories2::PaintBackground(Canvas& canvas) const {
     });
 }
 
+void CMemories2::MakeScenery() {
+    CPhotographs::MakeScenery();
+    m_paper = PlainLayer(Kind(), {1, 1}, {232, 222, 204, 44});
+    m_corner = Layer(24, 24);
+    PaintOver(m_corner, Kind(), InMood({52, 36, 30}), [](double x, double y) { return x + y < 0 ? 1.0 : 0.0; });
+}
+
+// Where a photograph has its place: paper that no light has reached, and the corners that hold it.
+void CMemories2::Mark(Pile& pile, const Placement& at) const {
+    pile.Put(m_paper, at, 255);
+    const Spot corners[] = {at.topLeft, at.topRight, at.bottomRight, at.bottomLeft};
+    const double shorter = std::min(Distance(corners[0], corners[1]), Distance(corners[1], corners[2]));
+    const double side = 0.2 * shorter, out = 0.035 * shorter;
+    for (unsigned i = 0; i < 4; ++i) {
+        const Spot own = corners[i], next = corners[(i + 1) % 4], last = corners[(i + 3) % 4];
+        const auto towards = [own](Spot to) {
+            const double length = std::max(1e-6, Distance(own, to));
+            return Spot{(to.x - own.x) / length, (to.y - own.y) / length};
+        };
+        const Spot along = towards(next), down = towards(last);
+        const auto place = [&](double a, double d) {
+            return Spot{own.x + a * along.x + d * down.x, own.y + a * along.y + d * down.y};
+        };
+        const double end = side - out;
+        pile.Put(m_corner, {place(-out, -out), place(end, -out), place(end, end), place(-out, end)}, 255);
+    }
+}
+
 void CMemories2::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
@@ -55,14 +83,21 @@ void CMemories2::DrawScene(Canvas& canvas) {
     std::multimap<double, unsigned> order;
     for (unsigned i = 0; i < count; ++i) order.emplace(ForwardInTurn(Phase(), i, count, away, ramp), i);
     Pile pile;
-    for (const auto& [forward, i] : order) {
+    std::vector<Pose> places;
+    for (unsigned i = 0; i < count; ++i) {
         const Layer& picture = pictures[i].layer;
         const Region& cell = rows[i];
         const Spot usual = cell.At(0.46 + 0.08 * Scattered(1, i), 0.46 + 0.08 * Scattered(2, i));
-        const double scale = ScaleOf(pictures[i], 0.96 * cell.ScaleOf(picture.Width(), picture.Height()));
-        const Pose lying =
+        const double scale = ScaleOf(pictures[i], 0.92 * cell.ScaleOf(picture.Width(), picture.Height()));
+        const Pose& lying = places.emplace_back(
             Within(stage, pictures[i],
-                   {PlaceOf(pictures[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))});
+                   {PlaceOf(pictures[i], usual, scale), scale, (i % 2 ? 1 : -1) * (1.5 + 5 * Scattered(3, i))}));
+        Mark(pile, Placement::Turned(lying.centre, picture.Width() * lying.scale, picture.Height() * lying.scale,
+                                     lying.degrees));
+    }
+    for (const auto& [forward, i] : order) {
+        const Layer& picture = pictures[i].layer;
+        const Pose& lying = places[i];
         const Region front{0, 0, forwardAcross * Width(), std::min(forwardDown * Height(), stage.height)};
         const Pose held{stage.Middle(), std::max(lying.scale, front.ScaleOf(picture.Width(), picture.Height())), 0, 1};
         ShowPhotograph(pile, pictures[i], PoseBetween(lying, held, forward));

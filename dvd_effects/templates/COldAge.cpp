@@ -1,5 +1,7 @@
 #include "dvd_effects/templates/COldAge.h"
 
+#include <map>
+
 #include "dvd_effects/canvas/painting.h"
 #include "dvd_effects/templates/scenery.h"
 #include "effects/base/row_loops.h"
@@ -97,14 +99,21 @@ void COldAge::PaintBackground(Canvas& canvas) const {
 void COldAge::DrawPortraits(Canvas& canvas, unsigned step) const {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
-    const PictureRows rows = RowsOf(pictures, FreeRegion(), 0.05 * Height());
+    const Region stage = FreeRegion();
+    const PictureRows rows = RowsOf(pictures, stage, 0.05 * Height());
     const double weave = Height() / 500;
     const Spot shift{weave * (Scattered(1, step) - 0.5), weave * (Scattered(2, step) - 0.5)};
-    for (const ShownPicture& picture : pictures) {
-        const Region& cell = rows[picture.index];
-        const double near = ForwardInTurn(Phase(), picture.index, count, 1.4, 0.5);
-        const double fit = 1.04 * cell.ScaleOf(picture.layer.Width(), picture.layer.Height());
-        const double nearest = ScaleOf(picture, fit), scale = nearest * Mixed(0.86, 1, near);
+    // The one that comes nearer hangs before its neighbours.
+    std::multimap<double, unsigned> order;
+    for (unsigned i = 0; i < count; ++i) order.emplace(ForwardInTurn(Phase(), i, count, 1.4, 0.5), i);
+    for (const auto& [near, i] : order) {
+        const ShownPicture& picture = pictures[i];
+        const Region& cell = rows[i];
+        const auto fit = [&](const Region& room) {
+            return room.ScaleOf(picture.layer.Width(), picture.layer.Height());
+        };
+        const double nearest = ScaleOf(picture, std::min(1.18 * fit(cell), fit(stage)));
+        const double scale = nearest * Mixed(std::min(0.9, 0.92 * fit(cell) / nearest), 1, near);
         const double width = picture.layer.Width() * scale, height = picture.layer.Height() * scale;
         const Spot middle = PlaceOf(picture, cell.Middle(), nearest), at{middle.x + shift.x, middle.y + shift.y};
         canvas.LayTransformed(m_shadow,

@@ -136,7 +136,8 @@ void CPerformance::DrawBeams(Canvas& canvas) const {
     }
 }
 
-void CPerformance::ShowPictures(Canvas& canvas, const std::vector<ShownPicture>& pictures, unsigned screen) const {
+void CPerformance::ShowPictures(Canvas& canvas, std::vector<ShownPicture> pictures, unsigned screen) const {
+    constexpr double dissolve = 0.25, behind = 0.14;
     const auto count = unsigned(pictures.size());
     const Screen& shown = m_screens[screen];
     const auto lay = [&](const ShownPicture& picture, double opacity) {
@@ -144,12 +145,13 @@ void CPerformance::ShowPictures(Canvas& canvas, const std::vector<ShownPicture>&
         shown.picture.Lay(canvas, picture.layer, opacity * picture.opacity);
         ShowCaption(canvas, picture, shown.panel.Grown(0), opacity);
     };
-    // The outer screens follow the one in the middle.
-    const Turn turn = TurnAfter(Phase() * count + 1 - (screen == 1 ? 0 : 0.15), count);
-    const unsigned now = (turn.index + 3 - screen) % count, next = (now + 1) % count;
-    lay(pictures[now], 1);
-    const double fade = Passed(turn.part, 0.75, 1);
-    if (next != now && fade > 0) lay(pictures[next], fade);
+    // From the right one on, each takes over what the one beside it shows.
+    Turn turn = TurnAfter(Phase() * count + 1 - behind * (2 - screen), count);
+    turn.index = (turn.index + 3 - screen) % count;
+    HandOverNames(pictures, turn, dissolve);
+    lay(pictures[turn.index], 1);
+    const double fade = Passed(turn.part, 1 - dissolve, 1);
+    if (count > 1 && fade > 0) lay(pictures[turn.Next()], fade);
 }
 
 void CPerformance::DrawFrame(Canvas& canvas, const Panel& panel) const {

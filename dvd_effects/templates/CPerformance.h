@@ -51,7 +51,7 @@ class CPerformance : public CAnimatedMenu {
     // Where the floor mirrors a panel, upright.
     static Panel MirroredOf(const Panel& panel);
     static Warp WarpOf(const Panel& panel, FrameSize size, bool upsideDown);
-    void ShowPictures(Canvas& canvas, const std::vector<ShownPicture>& pictures, unsigned screen) const;
+    void ShowPictures(Canvas& canvas, std::vector<ShownPicture> pictures, unsigned screen) const;
     void DrawBeams(Canvas& canvas) const;
     void DrawFrame(Canvas& canvas, const Panel& panel) const;
 

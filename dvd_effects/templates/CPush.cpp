@@ -17,20 +17,9 @@ void CPush::DrawScene(Canvas& canvas) {
         constexpr double rest = 0.45;  // of a turn
         const Turn turn = TurnAt(Phase(), unsigned(pictures.size()));
         DrawPush(canvas, pictures[turn.index], pictures[turn.Next()], (turn.part - rest) / (1 - rest));
-        DrawProgress(canvas, {0.62 * Width(), 0.955 * Height(), 0.32 * Width(), 0.008 * Height()}, m_track, m_done);
+        DrawProgress(canvas, turn);
     }
     DrawTexts(canvas);
-}
-
-// What the texts leave free, with a little room beside them.
-Region CPush::Stage() const {
-    Region stage = FreeRegion(0);
-    const double gap = 0.02 * Height(), right = stage.left + stage.width, bottom = stage.top + stage.height;
-    if (stage.left > 0) stage.left += gap;
-    if (stage.top > 0) stage.top += gap;
-    stage.width = std::max(1.0, (right < Width() ? right - gap : right) - stage.left);
-    stage.height = std::max(1.0, (bottom < Height() ? bottom - gap : bottom) - stage.top);
-    return stage;
 }
 
 void CPush::DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPicture& coming, double push) const {
@@ -42,19 +31,45 @@ void CPush::DrawPush(Canvas& canvas, const ShownPicture& leaving, const ShownPic
     const double gone = Passed(push, 0.12, 0.88);
     const Spot way = ways[coming.index % std::size(ways)];
     // Of the pictures, the middle is seen that the texts leave room for.
-    const Region stage = Stage();
+    const Region stage = StageBesideTexts();
     const Box window = Texts().empty() ? everything
                                        : Box{unsigned(stage.left), unsigned(stage.left + stage.width),
                                              unsigned(stage.top), unsigned(stage.top + stage.height)};
+    // Of what is too high, more from its upper end.
+    const double lower = std::max(0.0, height - stage.height) / 4;
+    const auto placeAt = [&](double steps) {
+        return Spot{stage.Middle().x + way.x * (width + between) * steps,
+                    stage.Middle().y + lower + way.y * (height + between) * steps};
+    };
     const auto show = [&](const ShownPicture& picture, double steps) {
-        // Of what is too high, more from its upper end.
-        const double lower = std::max(0.0, height - stage.height) / 4;
-        const Spot centre{stage.Middle().x + way.x * (width + between) * steps,
-                          stage.Middle().y + lower + way.y * (height + between) * steps};
-        Show(canvas, picture, Placement::Turned(centre, width, height), 1, window);
+        Show(canvas, picture, Placement::Turned(placeAt(steps), width, height), 1, window);
     };
     show(leaving, gone);
-    if (push > 0) show(coming, gone - 1);
+    if (push <= 0) return;
+    show(coming, gone - 1);
+    // Between them, as long as their sides, what pushes.
+    const double thick = 0.6 * between;
+    canvas.LayTransformed(
+        m_done, Placement::Turned(placeAt(gone - 0.5), way.x != 0 ? thick : width, way.x != 0 ? height : thick), 255,
+        window);
+}
+
+void CPush::DrawProgress(Canvas& canvas, const Turn& turn) const {
+    if (turn.count < 2) return;
+    const double left = 0.62 * Width(), middle = 0.959 * Height(), high = 0.008 * Height();
+    // The line goes back to its start where the loop does, without a jump.
+    const double back = Passed(Phase(), 1 - 0.5 / turn.count, 1);
+    const double part = 0.32 * Width() / turn.count, length = 0.86 * part;
+    for (unsigned i = 0; i < turn.count; ++i) {
+        const auto lay = [&](const Layer& layer, double share, double opacity) {
+            const double width = share * length;
+            if (width > 0)
+                canvas.LayTransformed(layer, Placement::Turned({left + i * part + width / 2, middle}, width, high),
+                                      ByteOf(opacity));
+        };
+        lay(m_track, 1, 1);
+        lay(m_done, i < turn.index ? 1 : i == turn.index ? turn.part : 0, 1 - back);
+    }
 }
 
 }  // namespace AVBased

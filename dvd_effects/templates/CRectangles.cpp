@@ -56,13 +56,15 @@ void CRectangles::DrawScene(Canvas& canvas) {
     }
     for (const unsigned k : fromFarToNear) {
         const Plane& plane = planes[k];
-        const unsigned inPlane = (count + std::size(planes) - 1 - k) / std::size(planes);
-        for (unsigned i = k; i < count; i += std::size(planes)) {
+        // Always at least two are on their way there, the same one twice where need be: so the screen is never empty.
+        const unsigned own = (count + std::size(planes) - 1 - k) / std::size(planes);
+        const unsigned inPlane = own ? std::max(2u, own) : 0;
+        for (unsigned inOrder = 0; inOrder < inPlane; ++inOrder) {
+            const unsigned i = k + inOrder % own * unsigned(std::size(planes));
             const ShownPicture& picture = pictures[i];
             const double width = picture.layer.Width() * plane.nearness,
                          height = picture.layer.Height() * plane.nearness;
             // Evenly spread along the way, whatever their number, and the planes apart from each other.
-            const auto inOrder = unsigned(i / std::size(planes));
             const double order = (inOrder + 0.3 * k) / inPlane;
             const double begun = Wrapped(Phase() + order / plane.crossings);
             const double lane = plane.lane + 0.12 * (Scattered(4, i) - 0.5), room = stage.height - height;

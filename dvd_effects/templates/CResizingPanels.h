@@ -6,8 +6,8 @@ namespace AVBased {
 
 inline constexpr char effectMenuResizingPanelsName[] = "menu_resizingpanels";
 
-/// Panels divide the screen, a picture in each; the lines between them move, so that each panel in turn becomes the
-/// large, bright one. Sizes and places of the sources do not count.
+/// Panels divide what the texts leave of the screen, a picture in each; the lines between them move, so that each panel
+/// in turn becomes the large, bright one. Sizes and places of the sources do not count.
 class CResizingPanels : public CAnimatedMenu {
  public:
     explicit CResizingPanels(IAVManager* manager) : CAnimatedMenu(effectMenuResizingPanelsName, manager) {}

@@ -9,6 +9,13 @@ namespace {
 // Parts of the loop: until then all have set out; from then on the pile is swept; and how long each one takes.
 constexpr double lastStart = 0.66, slideTime = 0.11, firstSweep = 0.86, lastSweep = 0.91, sweepTime = 0.09;
 
+double OrderOf(unsigned index, unsigned count) { return count > 1 ? double(index) / (count - 1) : 0; }
+// Where a photograph comes from: clockwise from the left, each from the side opposite to the last one but one.
+Spot SideOf(unsigned index) {
+    constexpr Spot sides[] = {{-1.1, 0.15}, {1.1, -0.15}, {0.25, -1.2}, {-0.25, 1.2}};
+    return sides[index % 4];
+}
+
 }  // namespace
 
 void CStacking::PaintBackground(Canvas& canvas) const {
@@ -25,15 +32,22 @@ void CStacking::PaintBackground(Canvas& canvas) const {
 
 CPhotographs::Pose CStacking::At(double phase, const ShownPicture& picture, unsigned count, const Region& stage) const {
     const unsigned i = picture.index;
-    const double order = count > 1 ? double(i) / (count - 1) : 0;
-    const double starts = order * lastStart, sweeps = Mixed(lastSweep, firstSweep, order);
+    const double order = OrderOf(i, count), starts = order * lastStart, sweeps = Mixed(lastSweep, firstSweep, order);
     const double height = std::min(0.7 * Height(), 0.9 * stage.height);
     const double scale =
         ScaleOf(picture, std::min(0.5 * Width() / picture.layer.Width(), height / picture.layer.Height()));
     const Spot usual = stage.At(0.5 + 0.1 * (Scattered(1, i) - 0.5), 0.5 + 0.08 * (Scattered(2, i) - 0.5));
-    const Pose rest =
+    Pose rest =
         Within(stage, picture, {PlaceOf(picture, usual, scale), scale, (i % 2 ? 1 : -1) * (2 + 8 * Scattered(3, i))});
     if (phase < starts || phase >= sweeps + sweepTime) return {rest.centre, rest.scale, 0, 0, 0};
+    // Whatever lands on it pushes it a little further.
+    for (unsigned above = i + 1; above < count; ++above) {
+        const double lands = OrderOf(above, count) * lastStart + 0.5 * slideTime;
+        const double pushed = Passed(phase, lands, lands + 0.6 * slideTime);
+        rest.centre.x -= 0.012 * Height() * pushed * SideOf(above).x;
+        rest.centre.y -= 0.012 * Height() * pushed * SideOf(above).y;
+        rest.degrees += (above % 2 ? 1.2 : -1.2) * pushed;
+    }
     Pose away = rest;
     if (phase >= sweeps) {
         const double gone = (phase - sweeps) / sweepTime;
@@ -41,9 +55,7 @@ CPhotographs::Pose CStacking::At(double phase, const ShownPicture& picture, unsi
         away.degrees += 30 + 25 * Scattered(5, i);
         return PoseBetween(rest, away, gone * gone);
     }
-    // Clockwise from the left, each from the side opposite to the last one but one.
-    constexpr Spot sides[] = {{-1.1, 0.15}, {1.1, -0.15}, {0.25, -1.2}, {-0.25, 1.2}};
-    const Spot side = sides[i % 4];
+    const Spot side = SideOf(i);
     away.centre.x += side.x * Width();
     away.centre.y += side.y * Height();
     away.degrees += (i % 2 ? 1 : -1) * 40;

@@ -6,9 +6,9 @@ namespace AVBased {
 
 inline constexpr char effectMenuStackingName[] = "menu_stacking";
 
-/// A pile that grows: large photographs slide in from all sides and land on one another, each a little turned; at the
-/// loop's end the pile is swept away to the right, from its top down. It stands where the texts leave most room;
-/// "startPositions" places them elsewhere.
+/// A pile that grows: large photographs slide in from all sides and land on one another, each a little turned, and the
+/// pile gives way under every one; at the loop's end it is swept away to the right, from its top down. It stands where
+/// the texts leave most room; "startPositions" places them elsewhere.
 class CStacking : public CPhotographs {
  public:
     explicit CStacking(IAVManager* manager) : CPhotographs(effectMenuStackingName, manager) {}

@@ -7,8 +7,8 @@ namespace AVBased {
 
 inline constexpr char effectMenuVideoWallName[] = "menu_videowall";
 
-/// A wall of screens that breathes, the pictures on it again and again; each in turn comes out of the wall and covers
-/// its middle, while the others grow dim. Sizes and places of the sources do not count.
+/// A wall of screens that breathes, beside the texts, the pictures on it again and again; each in turn comes out of the
+/// wall and covers its middle, while the others grow dim. Sizes and places of the sources do not count.
 class CVideoWall : public CAnimatedMenu {
  public:
     explicit CVideoWall(IAVManager* manager) : CAnimatedMenu(effectMenuVideoWallName, manager) {}
@@ -26,7 +26,12 @@ class CVideoWall : public CAnimatedMenu {
         Spot centre;
         double width, height;
     };
-    Screen ScreenAt(unsigned cell, unsigned grid) const;
+    struct Wall {
+        Region region;
+        unsigned columns = 0, rows = 0;
+    };
+    Wall WallOf(unsigned count) const;
+    Screen ScreenAt(unsigned cell, const Wall& wall) const;
 
     PreparedLayer m_shadow;
 };

@@ -116,7 +116,7 @@ constexpr EffectInfo catalogue[] = {
      generator | menu, arrangedTemplate},
     {"menu_specialoccasion", "Menus", "pictures rise like balloons in a golden frame; confetti and sparkles",
      "wedding, birthday, party, celebration", generator | menu, arrangedTemplate},
-    {"menu_vignette", "Menus", "one picture at a time in a soft oval, all of them small below", "oval, classic",
+    {"menu_vignette", "Menus", "one picture at a time in a soft oval, all of them small beside", "oval, classic",
      generator | menu, arrangedTemplate},
     {"menu_videowall", "Menus", "a wall of screens that breathes; each in turn covers its middle",
      "screens, television, grid", generator | menu, arrangedTemplate},

@@ -87,23 +87,23 @@ struct Scene {
 
 constexpr Scene scenes[] = {
     {"menu_fullscreen",
-     "AAAAAAAA/AAAAAAAA/AAAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/BBBBBBBB/BBBBBBBB "
-     "CCCCCCCC/CCCCCCCC/CCCCCCCC/cccccccc CCCCCCCC/CCCCCCCC/CCCCCCCC/CCCCCCCC"},
+     "AAAAAAAA/AAAAAAAA/AAAAAAAA/aAAAAAAA BBBBBBBB/BBBBBBBB/BBBBBBBB/bBBBBBBB "
+     "CCCCCCCC/CCCCCCCC/CCCCCCCC/cccccccc CCCCCCCC/CCCCCCCC/CCCCCCCC/cCCCCCCc"},
     {"menu_layeredtitles",
      "AAAAAAAA/AAAAAAAA/aaAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/bbbbbbbb/bbbbbbbB "
      "CCCCCCCC/CCCCCCCC/cccccccc/cccccccC CCCCCCCC/CCCCCCCC/cccccccc/cccccccc"},
     {"menu_memories",
-     "..AAAA../..AAAA../..aaaa../........ ..AAAA../.BBAAA../bBBBBa../.bbBb... "
-     "..AAAA../.BBAAcCc/bBBcCCCc/.bbbCcc. ..AAAA../bBBBAA../bBBBBa../..bbb..."},
+     "..AAAA../..AAAA../..aaaa../........ ..AAAa../.BBAAA../bBBBba../.bbBb... "
+     "..AAAa../.BBAAcCc/bBBcCCCc/.bbbCcc. ..AaAa../bBBbAA../bBBBba../..bbb..."},
     {"menu_oldage",
-     "...aa.../..aAAa../.bBbcCc./.bb..cc. ...aa.../..aaAa../.bBbcCc./.bb..cc. "
-     "...aa.../...AA.../.BBbcCc./.bbb.cc. ...aa.../...AA.../.bBbcCC./.bb.ccc."},
+     "..aaaa../..aAAa../.bBbcCc./.bb.ccc. ...aa.../..aAAa../.bBbcCc./.bbb.cc. "
+     "...aa.../...AA.../bBBbcCc./.bbb.cc. ...aa.../...AA.../.bBbcCCc/.bbbcCc."},
     {"menu_resizingpanels",
-     "AAAAAAAA/AAAAAAAA/AAAAAAAA/bbbbcccc aaaaaaaa/BBBBBBcc/BBBBBBcc/BBBBBBcc "
-     "aaaaaaaa/bbcCCCCC/BBcCCCCC/BBcCCCCC AAAAAAAA/aaaccccc/bbCCCCCC/bbCCCCCC"},
+     "AAAAAAAA/AAAAAAAA/AAAAAAAA/bbbbcccc aaaaaaaa/BBBBBbcc/BBBBBBcc/BBBBBBcc "
+     "aaaaaaaa/bbbCCCCC/BBbCCCCC/BBbCCCCC AAAAAAAA/aaaccccc/bbcCCCCC/bbcCCCCC"},
     {"menu_performance",
-     "......../bBaAAaCc/bbaAAacc/........ ......../cCbBBbAa/ccbBBbaa/........ "
-     "......../cCcbbaAa/cccbbaaa/........ ......../aAcCCcBb/aacCCcbb/........"},
+     "......../bBaAAaCc/bbaAAacc/........ ......../bBbBBbAa/bbbBBbaa/........ "
+     "......../cCbBBbbb/ccbBBbaa/........ ......../aAcCCcBb/aacCCcbb/........"},
     {"menu_babygirl",
      "......../aAaBBcCc/.Aabbcc./........ ......../aAaBBcCc/aAabbcC./........ "
      "......../aAaBBcC./.aabBcC./........ ......../.AaBbCCc/.aabbcC./........"},
@@ -111,8 +111,8 @@ constexpr Scene scenes[] = {
      "......../aAABBcCc/aAabbccc/........ ......../aAaBBcCc/aAabbcCc/........ "
      "......../aAaBBcCc/aaaBBcCc/........ ......../aAABBCCc/aaaBBcCc/........"},
     {"menu_rectangles",
-     "Cc....../aaa...../AAA...../..bB.... ....cCC./....ccaa/.....AAA/.....bb. "
-     "Cc....../aaa...../AAA...../.......b ....cCC./....ccaa/.....AAA/Bb......"},
+     "..cCc..c/aaaccaaa/AAA..AAA/.bb...bb ..cCc..c/aaaccaaa/AAA..AAA/...bB... "
+     "..cCc..c/aaaccaaa/AAA..AAA/.bb...bb ..cCc..c/aaaccaaa/AAA..AAA/...bB..."},
     {"menu_push",
      "AAAAAAAA/AAAAAAAA/AAAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/BBBBBBBB/BBBBBBBB "
      "CCCCCCCB/CCCCCCCB/CCCCCCCB/CCCCCCCB CCCCCCaA/CCCCCCAA/CCCCCCAA/CCCCCCaA"},
@@ -124,16 +124,16 @@ constexpr Scene scenes[] = {
      "..aAAa../.bbAAa../.BBBcCCc/.bbbcCCc ..aaAa../..aAAa../.BBBcCCc/.BBbcCCc"},
     {"menu_stacking",
      "......../..AAAA../..AAAA../........ ....bbb./..AABBBB/..AAbBBB/.......b "
-     "...b..../..BBBBb./..bBBBb./........ ...b..../..aCCCc./..aCCCc./...c...."},
+     "...b..../..BBBBb./..bBBBb./........ ......../..cCCCc./..aCCCc./...c.b.."},
     {"menu_specialoccasion",
      "......../.AaBBCCc/.aabbcc./........ ......../.AaBBcCc/.Aabbccc/........ "
      "......../aAA..cCc/.aa..cc./...BB... .....cc./aAABBCCc/.aabb.../........"},
     {"menu_vignette",
-     "..aAAa../.AAAAAa./.aAAAAa./..aa.c.. ..bBBb../.BBBBBb./.bBBBBb./..abbc.. "
-     "..cCCc../.cCCCCC./..CCCCc./..abbc.. ..cCCc../.CCCCCc./.cCCCCc./..a.cc.."},
+     "......../.aaAAa../..aAAa../........ ......../..bBBb../.bbBBb../........ "
+     "......../..cCCc../.bcCCc../........ ......../..cCCcc./..cCCcc./........"},
     {"menu_videowall",
-     ".aaaaacc/aAAAAAAc/aAAAAAAc/aaaaaacc AAABBCCC/AAaBBcCC/AAaBBcCC/AAABBCCC "
-     "AAABBCCC/AAABBCCC/AAaBBcCC/AAbBBbCC aaccccc./aCCCCCCc/aCCCCCCc/aacccccc"},
+     ".aabbacc/aAAAAAAc/aAAAAAAc/aaabbacc AAABBCCC/AAaBBcCC/AAaBBcCC/AAABBCCC "
+     "AAABBCCC/AAABBCCC/AAaBBcCC/AAaBBbCC aaccccc./aCCCCCCc/aCCCCCCc/aacccccc"},
     {"menu_festival",
      "......../aAaBBcCc/aaabbccc/........ ......../aAaBBcCc/aaabbccc/........ "
      "......../aAaBBcCc/aaabbccc/........ ......../aAaBBcCc/aaabbccc/........"},
@@ -153,8 +153,8 @@ constexpr Scene scenes[] = {
      ".AAA..../.aaa..../..bbcCC./..bBBcc. ..aAAa../...aa.../..bbCCc./..bBBc.. "
      "....AAA./....aaa./..bCCC../..bBBc.. .....AAA/.....aaa/..CCCb../..bbb..."},
     {"menu_memories2",
-     "......../..aAAa../bBaAAaCc/bBBBcCCc ..aAAa../.baAAa../.BBBcCCc/.bbbcCCc "
-     "..aAAa../.bbaAa../.bBBBCCc/...bcCCc ..aAAa../..cCCc../bBcCCc../bBBB...."},
+     "......../..aAAa../bBaAAaCc/.BBBcCCc ..aAAa../.baAAa../.BBBcCCc/.bbbcCCc "
+     "..aAAa../..bAAa../.bBBBCCc/...bcCCc ..aAAa../..cCCc../bBcCCc../.BBB...."},
 };
 
 class Scenes : public testing::TestWithParam<Scene> {};
