@@ -1,5 +1,6 @@
 #include "effects/colour/PopStyleEffect.h"
 
+#include <cstring>
 #include <vector>
 
 #include "effects/base/box.h"
@@ -134,14 +135,16 @@ struct Stretch {
 
 std::uint8_t Mean(std::uint8_t a, std::uint8_t b) { return std::uint8_t((a + b + 1) >> 1); }
 
-// The inks of that many pixels are chosen at once. Written out, so that it becomes compares and blends.
+// The inks of that many pixels are chosen at once. Without branches, so that it becomes vectors.
 constexpr unsigned someInks = 64;
 template <class Ink>
 void Choose(Ink* __restrict chosen, const std::uint8_t* __restrict numbers, unsigned count,
             const Ink (&inks)[mostInks]) {
+    Ink own[mostInks];  // which the stores below cannot change
+    for (unsigned i = 0; i < mostInks; ++i) own[i] = inks[i];
     for (std::size_t x = 0; x < count; ++x) {
-        Ink ink = inks[0];
-        for (unsigned i = 1; i < mostInks; ++i) ink = numbers[x] == i ? inks[i] : ink;
+        Ink ink = 0;
+        for (unsigned i = 0; i < mostInks; ++i) ink = Ink(ink | (own[i] & -Ink(numbers[x] == i)));
         chosen[x] = ink;
     }
 }
@@ -151,6 +154,15 @@ void PrintInks(Sample* row, const std::uint8_t* above, const std::uint8_t* below
                const Ink (&inks)[mostInks], Store store) {
     for (unsigned begin = 0; begin < count; begin += someInks) {
         const unsigned some = std::min(count - begin, someInks);
+        const std::uint8_t number = above[begin];
+        const auto alike = [=](const std::uint8_t* numbers) {
+            return numbers[0] == number && std::memcmp(numbers, numbers + 1, some) == 0;
+        };
+        // Most of a print is of one ink.
+        if (alike(above + begin) && alike(below + begin)) {
+            for (std::size_t x = 0; x < some; ++x) store(row + begin + x, inks[number]);
+            continue;
+        }
         Ink upper[someInks + 1], lower[someInks + 1];
         Choose(upper, above + begin, some + 1, inks);
         Choose(lower, below + begin, some + 1, inks);

@@ -1,5 +1,7 @@
 #include "effects/light/RadiateEffect_avx2.h"
 
+#include <utility>
+
 #include "effects/base/vector_rows_avx2.h"
 
 namespace AVBased {
@@ -10,9 +12,10 @@ namespace {
 template <unsigned pixels, class Index>
 struct Group {
     static constexpr unsigned size = pixels;
-    unsigned start;                       // the group's first pixel
-    unsigned base[radiateSamples];        // where the load starts
-    Index index[radiateSamples][pixels];  // which loaded pixel each pixel takes
+    // Which loaded pixel each pixel takes; no vector of them straddles a cache line.
+    alignas(pixels * sizeof(Index)) Index index[radiateSamples][pixels];
+    unsigned base[radiateSamples];  // where the load starts
+    unsigned start;                 // the group's first pixel
 };
 using PackedGroup = Group<8, std::uint32_t>;
 using ComponentGroup = Group<16, std::uint8_t>;
@@ -48,16 +51,22 @@ NIFIKRAL_BEGIN_AVX2
 namespace AVBased {
 namespace {
 
-// The rows that the samples of one output row lie in.
+// What a group is made of in as many rows at a time as share the loads of its indices: their own rows, the rows that
+// their samples lie in, and where they go to.
+constexpr unsigned rowsAtOnce = 4;
 template <class Sample>
 struct SampleRows {
-    const Sample* own;
-    const Sample* at[radiateSamples];
-    Sample* to;
+    const Sample *own[rowsAtOnce], *at[radiateSamples][rowsAtOnce];
+    Sample* to[rowsAtOnce];
 
-    SampleRows(const RadiateAxis& rows, unsigned y, const PlaneView<Sample>& target, const PlaneView<Sample>& from)
-        : own(from.Row(y)), to(target.Row(y)) {
-        for (unsigned k = 0; k < radiateSamples; ++k) at[k] = from.Row(rows[y][k]);
+    SampleRows(const RadiateAxis& rows, unsigned first, const PlaneView<Sample>& target,
+               const PlaneView<Sample>& from) {
+        for (unsigned i = 0; i < rowsAtOnce; ++i) {
+            const unsigned y = std::min(first + i, rows.size() - 1);
+            own[i] = from.Row(y);
+            to[i] = target.Row(y);
+            for (unsigned k = 0; k < radiateSamples; ++k) at[k][i] = from.Row(rows[y][k]);
+        }
     }
 };
 
@@ -85,45 +94,53 @@ struct ByteSums {
 
 // The loops over the samples stay loops: unrolled in full, GCC would add the samples up as a tree and spill them all.
 
-void RadiateGroup(const PackedGroup& group, __m256i bias, const SampleRows<Rgba32>& a, const SampleRows<Rgba32>& b) {
-    const __m256i ownA = LoadVector(a.own + group.start), ownB = LoadVector(b.own + group.start);
-    ByteSums sumsA(ownA), sumsB(ownB);
-#pragma GCC unroll 1
+template <std::size_t... i>
+void RadiateGroup(const PackedGroup& group, __m256i bias, const SampleRows<Rgba32>& rows, std::index_sequence<i...>) {
+    const __m256i own[] = {LoadVector(rows.own[i] + group.start)...};
+    ByteSums sums[] = {ByteSums(own[i])...};
+#pragma GCC unroll 2
     for (unsigned k = 0; k < radiateSamples; ++k) {
         const __m256i index = LoadVector(group.index[k]);
-        sumsA.Add(_mm256_permutevar8x32_epi32(LoadVector(a.at[k] + group.base[k]), index));
-        sumsB.Add(_mm256_permutevar8x32_epi32(LoadVector(b.at[k] + group.base[k]), index));
+        (sums[i].Add(_mm256_permutevar8x32_epi32(LoadVector(rows.at[k][i] + group.base[k]), index)), ...);
     }
-    StoreVector(a.to + group.start, OnColours(ownA, sumsA.Means(bias)));
-    StoreVector(b.to + group.start, OnColours(ownB, sumsB.Means(bias)));
+    (StoreVector(rows.to[i] + group.start, OnColours(own[i], sums[i].Means(bias))), ...);
 }
 
-void RadiateGroup(const ComponentGroup& group, __m256i bias, const SampleRows<std::uint8_t>& a,
-                  const SampleRows<std::uint8_t>& b) {
-    ByteSums sums(LoadHalves(a.own + group.start, b.own + group.start));
-#pragma GCC unroll 1
+template <std::size_t... i>
+void RadiateGroup(const ComponentGroup& group, __m256i bias, const SampleRows<std::uint8_t>& rows,
+                  std::index_sequence<i...>) {
+    // Of the rows i, each with the one that follows.
+    ByteSums sums[] = {ByteSums(LoadHalves(rows.own[2 * i] + group.start, rows.own[2 * i + 1] + group.start))...};
+#pragma GCC unroll 2
     for (unsigned k = 0; k < radiateSamples; ++k) {
         const __m256i index = LoadHalves(group.index[k], group.index[k]);
-        sums.Add(_mm256_shuffle_epi8(LoadHalves(a.at[k] + group.base[k], b.at[k] + group.base[k]), index));
+        const std::uint8_t* const* const at = rows.at[k];
+        const unsigned base = group.base[k];
+        (sums[i].Add(_mm256_shuffle_epi8(LoadHalves(at[2 * i] + base, at[2 * i + 1] + base), index)), ...);
     }
-    const __m256i means = sums.Means(bias);
-    _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(b.to + group.start), reinterpret_cast<__m128i*>(a.to + group.start),
-                         means);
+    (_mm256_storeu2_m128i(reinterpret_cast<__m128i*>(rows.to[2 * i + 1] + group.start),
+                          reinterpret_cast<__m128i*>(rows.to[2 * i] + group.start), sums[i].Means(bias)),
+     ...);
 }
 
-// Two rows at a time share the loads of an index. Strips of groups keep their tables and their rows' stretches in the
-// nearest cache.
+// Packed rows take a vector each, others half of one.
+template <class Sample>
+constexpr std::size_t vectorsOf = rowsAtOnce / (sizeof(Sample) == 1 ? 2 : 1);
+
+// Strips of groups keep their tables in a near cache. The processor fetches memory ahead along rows, so strips are
+// wide.
 template <class Group, class Sample>
 void RadiateGroups(const std::vector<Group>& groups, const RadiateAxis& rows, std::uint32_t bias,
                    const PlaneView<Sample>& to, const PlaneView<Sample>& from) {
-    constexpr std::size_t stripGroups = 16;
+    constexpr std::size_t stripGroups = 128;
     // Beyond these limits every mean is 255 all the same.
     const __m256i lanes = _mm256_set1_epi16(std::int16_t(std::clamp(std::int32_t(bias), -512, 512)));
     for (std::size_t begin = 0; begin < groups.size(); begin += stripGroups) {
         const std::size_t end = std::min(begin + stripGroups, groups.size());
-        for (unsigned y = 0; y < rows.size(); y += 2) {
-            const SampleRows<Sample> a(rows, y, to, from), b(rows, std::min(y + 1, rows.size() - 1), to, from);
-            for (std::size_t i = begin; i < end; ++i) RadiateGroup(groups[i], lanes, a, b);
+        for (unsigned y = 0; y < rows.size(); y += rowsAtOnce) {
+            const SampleRows<Sample> some(rows, y, to, from);
+            for (std::size_t i = begin; i < end; ++i)
+                RadiateGroup(groups[i], lanes, some, std::make_index_sequence<vectorsOf<Sample>>());
         }
     }
 }
