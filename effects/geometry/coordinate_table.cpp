@@ -76,17 +76,16 @@ struct DecidingPixels {
 template <unsigned columnShift>
 void ShrinkRow(const BlockPlanner::Row& pixels, const DecidingPixels& deciding, unsigned rowShift, unsigned width,
                unsigned height, const BlockPlanner::Row& row) {
-    // Copies: a flag that is written might be a part of the arguments themselves.
-    const BlockPlanner::Row from = pixels, to = row;
-    const auto shrink = [=](std::size_t pixel, std::size_t sample) {
-        to.columns[sample] = std::min(from.columns[pixel] >> columnShift, width - 1);
-        to.rows[sample] = std::min(from.rows[pixel] >> rowShift, height - 1);
-        to.white[sample] = from.white[pixel];
-    };
     if (deciding.samples == 0) return;
-    const std::size_t first = deciding.first, whole = deciding.samples - 1;
-    for (std::size_t i = 0; i < whole; ++i) shrink(first + (i << columnShift), i);
-    shrink(deciding.last, whole);
+    const std::size_t first = deciding.first, last = deciding.last, whole = deciding.samples - 1;
+    // One array after the other, so that each loop becomes vectors.
+    const auto shrink = [=](auto* __restrict to, const auto* __restrict from, auto shrunk) {
+        for (std::size_t i = 0; i < whole; ++i) to[i] = shrunk(from[first + (i << columnShift)]);
+        to[whole] = shrunk(from[last]);
+    };
+    shrink(row.columns, pixels.columns, [=](std::uint32_t x) { return std::min(x >> columnShift, width - 1); });
+    shrink(row.rows, pixels.rows, [=](std::uint32_t y) { return std::min(y >> rowShift, height - 1); });
+    shrink(row.white, pixels.white, [](std::uint8_t white) { return white; });
 }
 
 // Positions are numbered in 32 bits.
