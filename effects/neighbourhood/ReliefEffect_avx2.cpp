@@ -13,7 +13,7 @@ __m256i LoadLanes(const std::int16_t* at) { return _mm256_loadu_si256(reinterpre
 void StoreLanes(std::int16_t* at, __m256i value) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), value); }
 __m128i LoadHalf(const std::uint8_t* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
 
-// 16 bytes, each times 128.
+// 16 bytes, each times 128, as products take them.
 __m256i Widen(const std::uint8_t* at) { return _mm256_slli_epi16(_mm256_cvtepu8_epi16(LoadHalf(at)), 7); }
 
 // Memory for lanes that no vector straddles a cache line of.
@@ -72,9 +72,14 @@ class Relief {
     // Fills m_line with a row between zeros. The last pixel's fourth byte serves as its right neighbour's too.
     void Take(unsigned y) {
         auto* const row = reinterpret_cast<const std::uint8_t*>(m_plane.Row(y));
-        for (unsigned x = 0; x < m_bytes; x += cacheLine) PrefetchToWrite(row + x, 2 * std::ptrdiff_t(m_plane.pitch));
-        std::copy_n(row, m_bytes, m_line.data() + step);
-        if (hasFourths) m_line[m_bytes + 2 * step - 1] = m_line[m_bytes + step - 1];
+        std::int16_t* const lanes = m_line.data() + step;
+        unsigned x = 0;
+        for (; x + cacheLine <= m_bytes; x += cacheLine) {
+            PrefetchToWrite(row + x, 2 * std::ptrdiff_t(m_plane.pitch));
+            for (unsigned i = x; i < x + cacheLine; i += 16) StoreLanes(lanes + i, Widen(row + i));
+        }
+        for (; x < m_bytes; ++x) lanes[x] = std::int16_t(row[x] << 7);
+        if (hasFourths) lanes[m_bytes + step - 1] = lanes[m_bytes - 1];
     }
     // Below the last row all is black; the fourth bytes are its own.
     void Blacken() {
@@ -86,7 +91,7 @@ class Relief {
     // stay in registers while lanes are stored.
     void AddLine(Weights weights, unsigned finished) {
         auto* const row = reinterpret_cast<std::uint8_t*>(m_plane.Row(finished));
-        const std::uint8_t* const line = m_line.data();
+        const std::int16_t* const line = m_line.data();
         std::int16_t *const above = m_sums.data()->lanes, *const here = above + m_lanes;
         const unsigned bytes = m_bytes;
         unsigned x = 0;
@@ -97,25 +102,24 @@ class Relief {
         StoreVector(rest, AddVector(weights, line + x, above + x, here + x));
         std::copy_n(rest, bytes - x, row + x);
     }
-    static __m256i AddVector(const Weights& weights, const std::uint8_t* line, std::int16_t* above,
+    static __m256i AddVector(const Weights& weights, const std::int16_t* line, std::int16_t* above,
                              std::int16_t* here) {
         const __m256i first = AddHalf(weights, line, above, here),
-                      second = AddHalf(weights, line + 16, above + 16, here + 16),
-                      complete = _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8);
-        return hasFourths ? OnColours(LoadVector(line + 2 * step), complete) : complete;
+                      second = AddHalf(weights, line + 16, above + 16, here + 16);
+        return _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8);
     }
-    static __m256i AddHalf(const Weights& weights, const std::uint8_t* line, std::int16_t* above, std::int16_t* here) {
-        const __m256i l = Widen(line), m = Widen(line + step), r = Widen(line + 2 * step);
+    static __m256i AddHalf(const Weights& weights, const std::int16_t* line, std::int16_t* above, std::int16_t* here) {
+        const __m256i l = LoadLanes(line), m = LoadLanes(line + step), r = LoadLanes(line + 2 * step);
         const __m256i complete = _mm256_add_epi16(LoadLanes(above), weights.ToAbove(l, m, r));
         StoreLanes(above, _mm256_add_epi16(LoadLanes(here), weights.Here(l, m, r)));
         StoreLanes(here, weights.ToBelow(l, m, r));
-        return complete;
+        return hasFourths ? _mm256_blend_epi16(complete, _mm256_srli_epi16(r, 7), 0x88) : complete;
     }
 
     PlaneView<Sample> m_plane;
     unsigned m_bytes, m_lanes;
-    std::vector<LaneLine> m_sums;  // of the row above the one in work, then of that row
-    std::vector<std::uint8_t> m_line;
+    std::vector<LaneLine> m_sums;      // of the row above the one in work, then of that row
+    std::vector<std::int16_t> m_line;  // each byte times 128
 };
 
 }  // namespace
