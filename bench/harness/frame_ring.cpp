@@ -69,13 +69,13 @@ void CopyFrame(CRawVideoFrame& to, CRawVideoFrame& from) {
         std::memcpy(PlaneOf(to, p).data, PlaneOf(from, p).data, PlaneOf(to, p).Bytes());
 }
 
-FrameRing::FrameRing(unsigned format)
-    : m_picture(false, format, frameWidth, frameHeight, true), m_single(false, format, frameWidth, frameHeight, true) {
+FrameRing::FrameRing(unsigned format, unsigned width, unsigned height)
+    : m_picture(false, format, width, height, true), m_single(false, format, width, height, true) {
     DrawPicture(m_picture);
     // An odd count, so that callers which take turns meet other frames in the next round.
     const std::size_t count = ringBytes / m_picture.GetRequireSize() | 1;
     for (std::size_t i = 0; i < count; ++i)
-        m_frames.push_back(std::make_unique<CRawVideoFrame>(false, format, frameWidth, frameHeight, true));
+        m_frames.push_back(std::make_unique<CRawVideoFrame>(false, format, width, height, true));
 }
 
 CRawVideoFrame& FrameRing::Next() {

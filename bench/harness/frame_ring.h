@@ -24,7 +24,7 @@ void CopyFrame(CRawVideoFrame& to, CRawVideoFrame& from);
 /// another finds each of them cold.
 class FrameRing {
  public:
-    explicit FrameRing(unsigned format);
+    explicit FrameRing(unsigned format, unsigned width = frameWidth, unsigned height = frameHeight);
     /// The next frame; every full turn the pictures are renewed first, since effects wear them out.
     CRawVideoFrame& Next();
     /// One frame by itself, its picture renewed and in the cache.
