@@ -10,6 +10,7 @@
 #include "host/base/errors.h"
 #include "host/base/nearest_names.h"
 #include "host/catalogue/catalogue.h"
+#include "host/films/menu_project.h"
 
 namespace Nifikral {
 namespace {
@@ -45,6 +46,7 @@ constexpr DiscKey menuKeys[] = {
     {"template", "of the main menu; nifikral list shows all"},
     {"chapterTemplate", "submenu_common or submenu_festival"},
     {"instructionTemplate", "instructionmenu_common or instructionmenu_festival"},
+    {"mood", "own, light or dark: the colours of what the templates paint, and of texts; own unless given"},
     {"background", "a picture behind the menus; the template's own unless given"},
     {"music", "a file with sound; silence unless given"},
     {"seconds", "after which a menu starts over; 20 unless given"},
@@ -163,6 +165,7 @@ DiscMenus ReadMenus(const ProjectItem& item, const std::string& project) {
     ReadTemplate(item["template"], "menu_", menus.mainTemplate);
     ReadTemplate(item["chapterTemplate"], "submenu_", menus.chapterTemplate);
     ReadTemplate(item["instructionTemplate"], "instructionmenu_", menus.instructionTemplate);
+    if (item["mood"]) menus.mood = ReadMood(item["mood"]);
     if (item["background"]) menus.background = File(item["background"], project);
     if (item["music"]) menus.music = File(item["music"], project);
     if (item["seconds"]) menus.seconds = item["seconds"].Real(2, 600);
@@ -276,6 +279,7 @@ std::string DiscJson(const DiscProject& project, const std::string& path) {
     Json menus{{"template", own.mainTemplate},
                {"chapterTemplate", own.chapterTemplate},
                {"instructionTemplate", own.instructionTemplate}};
+    if (own.mood != Mood::Own) menus["mood"] = moodNames[int(own.mood)];
     if (!own.background.empty()) menus["background"] = file(own.background);
     if (!own.music.empty()) menus["music"] = file(own.music);
     menus["seconds"] = Number(own.seconds);

@@ -1,7 +1,6 @@
 #include "host/disc/disc_menus.h"
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 
 #include "host/base/errors.h"
@@ -11,7 +10,6 @@
 #include "host/films/menu_pages.h"
 #include "host/films/menu_places.h"
 #include "host/films/slide_pictures.h"
-#include "host/media/part_file.h"
 
 namespace Nifikral {
 namespace {
@@ -20,8 +18,6 @@ using Kind = DiscTarget::Kind;
 
 // Pictures that can be distinguished on a screen, and texts that can be read.
 constexpr std::size_t mostPictures = 6, mostTexts = 10;
-// The template that leaves it to the project where its pictures stand; they come from the left.
-constexpr char placedTemplate[] = "menu_common";
 
 struct Command {
     std::string caption;
@@ -50,7 +46,7 @@ class PageMaker {
                   const std::vector<Entry>& entries, const std::vector<Command>& commands) const {
         DiscPage page = Begin(name, film, templateName, title);
         for (const Entry& entry : entries) page.menu.sources.push_back(entry.source);
-        if (templateName == placedTemplate) PlaceInRows(page.menu);
+        if (IsPlacedMenu(templateName)) PlaceInRows(page.menu);
         const MenuWatch watch(page.menu, templateName, m_module);
         const std::vector<RestingPlace> places = watch.Places();
         const bool rest = std::all_of(places.begin(), places.end(), [](const RestingPlace& place) {
@@ -66,7 +62,7 @@ class PageMaker {
     DiscPage MakeInstructions(const std::string& name, const std::vector<Command>& commands) const {
         const std::vector<std::string>& lines = m_project.menus.instructions;
         DiscPage page = Begin(name, -1, m_project.menus.instructionTemplate, m_project.title);
-        const TemplateStyle& style = StyleOf(page.templateName);
+        const TemplateStyle style = StyleOf(page.templateName, m_project.menus.mood);
         RequireRoom(lines.size(), StyledMenuText(style.line, page.menu.film), page.menu.film.height);
         for (std::size_t i = 0; i < lines.size(); ++i) {
             MenuText text = StyledMenuText(style, page.menu.film, i + 1);
@@ -121,11 +117,13 @@ class PageMaker {
         made.height = made.profile->height;
         made.frameRate = made.profile->frameRate;
         // What comes in has come to rest then.
-        const double leadSeconds = templateName == placedTemplate ? 4 : 1;
+        const double leadSeconds = IsPlacedMenu(templateName) ? 4 : 1;
         made.loopStart = made.FramesIn(leadSeconds);
         made.frames = made.loopStart + made.FramesIn(m_project.menus.seconds);
         page.menu.background = m_project.menus.background;
-        const TemplateStyle& style = StyleOf(templateName);
+        page.menu.mood = m_project.menus.mood;
+        page.menu.paintsNothing = IsPlacedMenu(templateName);
+        const TemplateStyle style = StyleOf(templateName, page.menu.mood);
         page.menu.labels = LabelStyle(style, {StyledMenuText(style.title, made)});
         if (title.empty()) return page;
         MenuText text = StyledMenuText(style.title, made);
@@ -150,13 +148,8 @@ class PageMaker {
                              (cellWidth - pictureWidth) / 2;
             const int top = area.top + i / columns * cellHeight;
             MenuSource& source = menu.sources[std::size_t(i)];
-            constexpr int speed = 16;
             source.size = {pictureWidth, pictureHeight};
-            source.start = {left - width / speed * speed, top};
-            source.end = {left, top};
-            source.speed = speed;
-            source.startTrans = 0;
-            source.fadeSpeed = 4;
+            ComeIn(source, left, top, i);
         }
     }
 
@@ -290,31 +283,10 @@ std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule
     return pages.Take();
 }
 
-bool WantsBackground(const DiscPage& page) {
-    return page.menu.background.empty() && page.templateName == placedTemplate;
-}
-
-// A gradient from a dark blue to a darker one.
-std::string PlainBackground(const Film& film) {
-    constexpr double from[] = {58, 78, 104}, to[] = {16, 22, 34};
-    std::string picture = "P6\n" + std::to_string(film.width) + " " + std::to_string(film.height) + "\n255\n";
-    for (int y = 0; y < film.height; ++y)
-        for (int x = 0; x < film.width; ++x)
-            for (int c = 0; c < 3; ++c)
-                picture += char(std::lround(std::lerp(from[c], to[c], 0.7 * y / film.height + 0.3 * x / film.width)));
-    return picture;
-}
-
 void RenderPage(const DiscProject& project, const DiscPage& page, const EffectModule& module, FilmOptions options) {
     if (!project.menus.music.empty()) options.sounds = {project.menus.music};
     options.fade = project.menus.fade;
-    if (!WantsBackground(page)) return RenderMenuPage(page.menu, page.templateName, options, module, page.name);
-    // Never finished, it goes away by itself.
-    const PartFile background(options.run.output.path + ".ppm", true);
-    background.Write(PlainBackground(page.menu.film));
-    MenuProject menu = page.menu;
-    menu.background = background.Path();
-    RenderMenuPage(menu, page.templateName, options, module, page.name);
+    RenderMenuPage(page.menu, page.templateName, options, module, page.name);
 }
 
 void MakePage(const DiscProject& project, const DiscPage& page, const EffectModule& module, const std::string& output,

@@ -18,12 +18,7 @@ namespace Nifikral {
 /// stay empty; below 0, all are. Throws what reading the films and pictures throws.
 std::vector<DiscPage> PagesOfDisc(const DiscProject& project, const EffectModule& module, int only = -1);
 
-/// Whether neither the template nor the project has a background for a page; and a plain one for it, as a PPM picture.
-bool WantsBackground(const DiscPage& page);
-std::string PlainBackground(const Film& film);
-
-/// Makes the film of a page as the options say, with the project's music, and with a plain background where it wants
-/// one.
+/// Makes the film of a page as the options say, with the project's music.
 void RenderPage(const DiscProject& project, const DiscPage& page, const EffectModule& module, FilmOptions options);
 
 /// The same for a DVD, with the project's music: `output` is an .mpg, which is replaced where it is there.

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/films/template_style.h"
 #include "host/media/film_profile.h"
 
 /// What a disc holds. One project serves the DVD and the folder for browsers.
@@ -68,6 +69,7 @@ inline constexpr DiscWord discWords[] = {
 struct DiscMenus {
     std::string mainTemplate = "menu_common", chapterTemplate = "submenu_common",
                 instructionTemplate = "instructionmenu_common";
+    Mood mood = Mood::Own;                  ///< of the templates
     std::string background;                 ///< a picture; empty: the template's own
     std::string music;                      ///< empty: silence
     double seconds = 20;                    ///< the length of a loop

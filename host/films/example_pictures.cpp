@@ -121,6 +121,24 @@ constexpr Landscape landscapes[] = {
      21},
 };
 
+// The same place by day, so bright that dark texts can be read on it, or by night.
+Landscape InMood(Landscape scene, Mood mood) {
+    struct Colours {
+        Colour skyAbove, skyBelow, light, farRidge, nearRidge;
+    };
+    constexpr Colours day{{.70, .85, .95}, {.99, .97, .90}, {1, 1, .96}, {.84, .89, .93}, {.66, .75, .78}};
+    constexpr Colours night{{.02, .03, .08}, {.15, .18, .30}, {.93, .95, 1}, {.16, .18, .29}, {.02, .02, .06}};
+    if (mood == Mood::Own) return scene;
+    const Colours& colours = mood == Mood::Light ? day : night;
+    scene.skyAbove = colours.skyAbove;
+    scene.skyBelow = colours.skyBelow;
+    scene.light = colours.light;
+    scene.farRidge = colours.farRidge;
+    scene.nearRidge = colours.nearRidge;
+    scene.stars = mood == Mood::Dark;
+    return scene;
+}
+
 // Smooth ups and downs of about -1 to 1 along x.
 class Ridge {
  public:
@@ -319,10 +337,10 @@ std::string DrawMask() {
 
 }  // namespace
 
-std::vector<ExamplePicture> DrawExamplePictures(bool firstAlone) {
+std::vector<ExamplePicture> DrawExamplePictures(Mood mood, bool firstAlone) {
     std::vector<ExamplePicture> pictures;
     for (const Landscape& scene : landscapes) {
-        pictures.push_back({scene.file, DrawLandscape(scene)});
+        pictures.push_back({scene.file, DrawLandscape(pictures.empty() ? InMood(scene, mood) : scene)});
         if (firstAlone) return pictures;
     }
     pictures.push_back({"balloon.png", DrawBalloon()});

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "host/films/template_style.h"
+
 namespace Nifikral {
 
 struct ExamplePicture {
@@ -11,7 +13,7 @@ struct ExamplePicture {
 };
 
 /// The pictures of the example projects, drawn afresh: five landscapes, a balloon with alpha and a mask. The first one,
-/// background.png, is enough for who has pictures.
-std::vector<ExamplePicture> DrawExamplePictures(bool firstAlone = false);
+/// background.png, is enough for who has pictures; the mood is its own: evening, day or night.
+std::vector<ExamplePicture> DrawExamplePictures(Mood mood = Mood::Own, bool firstAlone = false);
 
 }  // namespace Nifikral

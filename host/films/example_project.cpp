@@ -30,22 +30,24 @@ constexpr std::size_t placedPerPage = 20;
 
 // Comments are allowed in a project. This one places everything by itself.
 constexpr char placedSources[] = R"(
-  // The pictures come in within four seconds; players repeat what follows.
+  // The pictures drift to their places within four seconds; players repeat what follows. The balloon comes after that
+  // and has gone before the end, so that the loop closes.
   "loopStart": 4,
 
   "sourcePath": "background.png",
 
   // One entry for each picture, in every list.
   "additionSourcePaths": ["balloon.png", "lake.png", "desert.png", "forest.png", "night.png"],
+  "captions": ["", "The lake", "The desert", "The forest", "The night"],
   "additionSourceSizes": [[100, 140], [256, 144], [256, 144], [256, 144], [256, 144]],
   "maskPaths": ["", "mask.png", "mask.png", "mask.png", "mask.png"],
-  "startPositions": [[760, 380], [-1196, 440], [-750, 440], [-304, 440], [142, 440]],
-  "endPositions": [[1400, -200], [68, 440], [364, 440], [660, 440], [956, 440]],
-  "moveFormulas": [[0, -1], [0, 0], [0, 0], [0, 0], [0, 0]],
-  "moveSpeeds": [1, 16, 16, 16, 16],
+  "startPositions": [[-620, 236], [28, 440], [314, 440], [600, 440], [886, 440]],
+  "endPositions": [[1400, 236], [68, 440], [364, 440], [660, 440], [956, 440]],
+  "moveFormulas": [[0, 0], [0, 0], [0, 0], [0, 0], [0, 0]],
+  "moveSpeeds": [5, 1, 1, 1, 1],
   "startTrans": [255, 0, 0, 0, 0],
   "endTrans": [255, 255, 255, 255, 255],
-  "fadeSpeeds": [0, 4, 4, 4, 4],
+  "fadeSpeeds": [0, 6, 5, 4, 3],
 )";
 // For templates that have a background of their own and place the pictures; only the texts want places.
 constexpr char arrangedSources[] = R"(
@@ -60,21 +62,11 @@ constexpr char arrangedCaptions[] =
 struct ExampleText {
     const char* text;
     std::array<int, 4> box = {};  // none: the style's
-    std::array<int, 2> end = {};  // none: it stands still
-    int firstFrame = 0;
 };
-constexpr int textSpeed = 16;
 
 constexpr char usualTitle[] = "Summer 2026";
 constexpr ExampleText usualTexts[] = {{usualTitle}, {"Four places, and the way between them"}};
 constexpr ExampleText shortTexts[] = {{usualTitle}, {"Four places"}};
-// Names below pictures, which they come in with.
-constexpr ExampleText placedTexts[] = {{usualTitle},
-                                       {"Four places, and the way between them", {}, {}, 25},
-                                       {"The lake", {-1196, 592, 256, 52}, {68, 592}},
-                                       {"The desert", {-750, 592, 256, 52}, {364, 592}},
-                                       {"The forest", {-304, 592, 256, 52}, {660, 592}},
-                                       {"The night", {142, 592, 256, 52}, {956, 592}}};
 constexpr ExampleText chapterTitles[] = {{usualTitle},
                                          {"The lake", {440, 246, 700, 64}},
                                          {"The desert", {200, 376, 700, 64}},
@@ -83,7 +75,6 @@ constexpr ExampleText instructions[] = {
     {"How to watch"}, {"Arrows choose a chapter,"}, {"Enter plays it,"}, {"Menu leads back here."}};
 
 std::span<const ExampleText> ExamplesOf(const std::string& templateName) {
-    if (templateName == "menu_common") return placedTexts;
     if (templateName == "menu_layeredtitles") return chapterTitles;
     if (templateName == "menu_videowall" || templateName == "menu_resizingpanels") return shortTexts;
     return IsInstructionMenu(templateName) ? std::span<const ExampleText>(instructions) : usualTexts;
@@ -93,19 +84,17 @@ bool HasNames(const std::string& templateName) {
     return templateName != "menu_layeredtitles" && !IsInstructionMenu(templateName);
 }
 
+Mood MoodOf(const InitOptions& options) { return FindMood(options.mood).value_or(Mood::Own); }
+
 Json TextOf(const InitOptions& options, std::size_t index, const ExampleText& example) {
     Film film;
     film.width = width;
     film.height = height;
-    const TemplateStyle style = StyleOf(options.templateName, FindMood(options.mood).value_or(Mood::Own));
-    const bool isName = example.end != ExampleText{}.end;
-    MenuText text = isName ? StyledMenuText(style.caption, film) : StyledMenuText(style, film, index);
+    const TemplateStyle style = StyleOf(options.templateName, MoodOf(options));
+    MenuText text = StyledMenuText(style, film, index);
     text.styled.text = example.text;
     if (example.box != ExampleText{}.box) text.box = example.box;
-    Json json = MenuTextJson(text);
-    if (isName) json["move"] = {{"end", example.end}, {"speed", textSpeed}};
-    if (example.firstFrame) json["show"] = {example.firstFrame};
-    return json;
+    return MenuTextJson(text);
 }
 
 // An object over two lines.
@@ -207,24 +196,24 @@ Box Fitted(const std::string& picture, const Box& box, PictureStore* store) {
 
 // For the template that places nothing by itself: pictures that come from the left into rows.
 std::string PlacedSources(const std::vector<Slide>& pictures, const fs::path& folder, PictureStore* store) {
-    // Frames of the way into the menu, from beyond its edge.
-    constexpr int speed = 16, frames = 79;
     const std::vector<Box> boxes = Rows(int(std::min(pictures.size(), placedPerPage)));
     Json sizes, starts, ends, formulas, speeds, invisible, opaque, fades;
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         const Box box = Fitted(pictures[i].path, boxes[i % placedPerPage], store);
+        MenuSource source;
+        ComeIn(source, box.x, box.y, int(i % placedPerPage));
         sizes.push_back({box.width, box.height});
-        starts.push_back({box.x - speed * frames, box.y});
-        ends.push_back({box.x, box.y});
+        starts.push_back(source.start);
+        ends.push_back(source.end);
         formulas.push_back({0, 0});
-        speeds.push_back(speed);
-        invisible.push_back(0);
-        opaque.push_back(255);
-        fades.push_back(4);
+        speeds.push_back(source.speed);
+        invisible.push_back(source.startTrans);
+        opaque.push_back(source.endTrans);
+        fades.push_back(source.fadeSpeed);
     }
     std::ostringstream sources;
     sources << R"(
-  // The pictures come in within four seconds; players repeat what follows.
+  // The pictures drift to their places within four seconds; players repeat what follows.
   "loopStart": 4,
 
   "sourcePath": "background.png",
@@ -255,21 +244,18 @@ void MakeFolder(const fs::path& folder) {
 ExampleProject WriteExampleProject(const InitOptions& options, const EffectModule& module) {
     RequireMenuTemplate(options.templateName, module);
     RequireUtf8("--title", options.title);
-    if (!options.mood.empty() && (!FindMood(options.mood) || options.templateName == "menu_common"))
-        throw HostError(ExitCode::Usage,
-                        "--mood " + options.mood + ": " +
-                            (FindMood(options.mood) ? "menu_common paints nothing by itself; leave it out"
-                                                    : "give own, light or dark"));
+    if (!options.mood.empty() && !FindMood(options.mood))
+        throw HostError(ExitCode::Usage, "--mood " + options.mood + ": give own, light or dark");
     if (const std::size_t at = options.title.find_first_of(";\\"); at != std::string::npos)
         throw HostError(ExitCode::Usage, std::string("--title holds '") + options.title[at] +
                                              "', which menus cannot carry; choose another text");
     const fs::path folder = options.folder.empty() ? options.templateName : options.folder;
-    const bool placed = options.templateName == "menu_common";
+    const bool placed = IsPlacedMenu(options.templateName);
     std::vector<Slide> pictures;
     if (!options.pictures.empty()) pictures = ReadableSlides(FindSlides(options.pictures), {.store = options.store});
 
     std::vector<ExamplePicture> files;
-    if (pictures.empty() || placed) files = DrawExamplePictures(!pictures.empty());
+    if (pictures.empty() || placed) files = DrawExamplePictures(MoodOf(options), !pictures.empty());
     std::string sources = placed ? placedSources : std::string(arrangedSources) + arrangedPictures + ",\n";
     // Of templates that show one picture at a time, the texts say enough.
     if (!placed && HasNames(options.templateName)) sources += arrangedCaptions;
@@ -279,7 +265,7 @@ ExampleProject WriteExampleProject(const InitOptions& options, const EffectModul
     const std::size_t perPage = placed ? placedPerPage : std::size_t(UsualPerPage(options.templateName));
     const bool hasPages = perPage > 0 && pictures.size() > perPage;
     // Templates that show one after the other need time for each.
-    const std::size_t seconds = placed ? 12 : std::max<std::size_t>(12, 2 * (hasPages ? perPage : pictures.size()));
+    const std::size_t seconds = placed ? 16 : std::max<std::size_t>(12, 2 * (hasPages ? perPage : pictures.size()));
     files.push_back({projectFile, ProjectOf(options, sources, seconds)});
     MakeFolder(folder);
     // All stand under their names or none does.

@@ -1,6 +1,7 @@
 #include "host/films/media_manager.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "TarvoBased/boundary.h"
 #include "TarvoBased/error_codes.h"
 #include "host/films/manager_sources.h"
+#include "host/films/text_renderer.h"
 
 namespace Nifikral {
 namespace {
@@ -45,22 +47,26 @@ struct PlayedPath {
     Playback playback;
 };
 
+// Takes a number and the character behind it from a text; false for a text of another form.
+bool TakeNumber(std::string_view& text, int& number, char end) {
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const auto length = std::size_t(rest - text.data());
+    if (error != std::errc() || length >= text.size() || *rest != end) return false;
+    text.remove_prefix(length + 1);
+    return true;
+}
+
 // A path of another form is a plain one.
 PlayedPath ReadPath(std::string_view text) {
     PlayedPath plain{std::string(text), {}};
     if (!text.starts_with(playedPath)) return plain;
     text.remove_prefix(playedPath.size());
     PlayedPath played;
-    const auto readNumber = [&](int& number, char end) {
-        const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-        const auto length = std::size_t(rest - text.data());
-        if (error != std::errc() || length >= text.size() || *rest != end) return false;
-        text.remove_prefix(length + 1);
-        return true;
-    };
     AVRational& rate = played.playback.rate;
-    if (!readNumber(rate.num, '/') || !readNumber(rate.den, ':') || rate.num < 0 || rate.den < 1) return plain;
-    if (!text.empty() && text[0] >= '0' && text[0] <= '9' && !readNumber(played.playback.begin, ':')) return plain;
+    if (!TakeNumber(text, rate.num, '/') || !TakeNumber(text, rate.den, ':') || rate.num < 0 || rate.den < 1)
+        return plain;
+    if (!text.empty() && text[0] >= '0' && text[0] <= '9' && !TakeNumber(text, played.playback.begin, ':'))
+        return plain;
     played.playback.loops = text.starts_with(loop);
     if (!played.playback.loops && !text.starts_with(once)) return plain;
     text.remove_prefix(loop.size());
@@ -73,11 +79,37 @@ PlayedPath ReadPath(std::string_view text) {
     return played;
 }
 
+// As "640/360/3820648/1054242/": sides and colours. Null for a path of another form.
+constexpr std::string_view plainPicture = "nifikral-plain:";
+FramePtr DrawPlainPicture(std::string_view path) {
+    int width = 0, height = 0, from = 0, to = 0;
+    if (!path.starts_with(plainPicture)) return nullptr;
+    path.remove_prefix(plainPicture.size());
+    for (int* const number : {&width, &height, &from, &to})
+        if (!TakeNumber(path, *number, '/')) return nullptr;
+    if (width < 1 || height < 1 || width > largestSide || height > largestSide) return nullptr;
+    FramePtr picture = NewPicture(AV_PIX_FMT_RGB24, width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < 3; ++c) {
+                const auto channel = [c](int colour) { return double(colour >> (16 - 8 * c) & 255); };
+                picture->data[0][std::ptrdiff_t(y) * picture->linesize[0] + 3 * x + c] = std::uint8_t(
+                    std::lround(std::lerp(channel(from), channel(to), 0.7 * y / height + 0.3 * x / width)));
+            }
+    return picture;
+}
+
 [[noreturn]] void RaiseUnknownImporter(int line) {
     throw CBaseException(errorNotFound, textResourceNotFound, line, sourceName);
 }
 
 }  // namespace
+
+std::string PlainPicture(int width, int height, unsigned from, unsigned to) {
+    std::string path(plainPicture);
+    for (const unsigned number : {unsigned(width), unsigned(height), from, to}) path += std::to_string(number) + "/";
+    return path;
+}
 
 std::string PathInList(const std::string& path, const Playback& playback) {
     if (playback == Playback() && path.find(';') == std::string::npos && !path.starts_with(playedPath)) return path;
@@ -115,6 +147,7 @@ AVBased::IAVSource* MediaManager::OpenSource(const char* path, const char* impor
         RequirePointer(importerName, lineOpen, sourceName);
         const bool picture = std::strcmp(importerName, AVBased::importerImage) == 0;
         if (!picture && *importerName) RaiseUnknownImporter(lineOpen);
+        if (FramePtr plain = DrawPlainPicture(path)) return NewPictureSource(std::move(plain));
         const PlayedPath file = ReadPath(path);
         try {
             return OpenFile(file.path, file.playback, picture);

@@ -36,6 +36,10 @@ class MediaManager final : public AVBased::IAVManager {
     PictureStore* m_store;
 };
 
+/// The path of a picture that MediaManager draws: from one colour, 0xRRGGBB, in the top left corner to another in the
+/// bottom right one.
+std::string PlainPicture(int width, int height, unsigned from, unsigned to);
+
 /// A path as MediaManager opens it, with how a video is played, written without ";", which separates items in the
 /// module's lists.
 std::string PathInList(const std::string& path, const Playback& playback = {});

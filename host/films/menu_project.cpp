@@ -249,6 +249,13 @@ Film ReadFilm(const ProjectItem& root, const FilmProfile* asked) {
     return film;
 }
 
+// The colours of a background that neither the template nor its project paints.
+std::string PlainBackground(const Film& film, Mood mood) {
+    constexpr unsigned colours[][2] = {{0x3A4E68, 0x101622}, {0xF4F1EC, 0xD3DAE2}, {0x23262E, 0x08090C}};
+    const auto& [from, to] = colours[int(mood)];
+    return PlainPicture(film.width, film.height, from, to);
+}
+
 // Items of one list, a separator between them.
 template <class Items, class Write>
 std::string Join(const Items& items, char separator, Write write) {
@@ -281,12 +288,8 @@ MenuProject ReadMenuProject(const Json& json, const std::string& path, const std
     project.film = ReadFilm(root, profile);
     if (root["sourcePath"]) project.background = ProjectPath(path, root["sourcePath"].Text());
     if (root["backgroundMask"]) project.backgroundMask = ProjectPath(path, root["backgroundMask"].Text());
-    if (const ProjectItem mood = root["mood"]) {
-        if (const std::optional<Mood> named = FindMood(mood.Text()))
-            project.mood = *named;
-        else
-            mood.Fault("is \"" + mood.Text() + "\"; give own, light or dark");
-    }
+    if (root["mood"]) project.mood = ReadMood(root["mood"]);
+    project.paintsNothing = IsPlacedMenu(templateName);
     const TemplateStyle style = StyleOf(templateName, project.mood);
     for (const ProjectItem& entry : root["textInfos"].Entries())
         project.texts.push_back(ReadMenuText(entry, StyledMenuText(style, project.film, project.texts.size())));
@@ -309,6 +312,23 @@ MenuProject ReadMenuProject(const Json& json, const std::string& path, const std
     TryFiles(project, root, files, faults);
     TryTexts(project, faults);
     return project;
+}
+
+void ComeIn(MenuSource& source, int left, int top, int index) {
+    const int way = 40 + 2 * index;
+    source.start = {left - way, top};
+    source.end = {left, top};
+    source.speed = 1;
+    source.startTrans = 0;
+    // It has come before it is all there, so that one does not see it stop.
+    source.fadeSpeed = std::max(3, 6 - index / 2);
+}
+
+Mood ReadMood(const ProjectItem& item) {
+    const std::string name = item.Text();
+    const std::optional<Mood> mood = FindMood(name);
+    if (!mood) item.Fault("is \"" + name + "\"; give own, light or dark");
+    return mood.value_or(Mood::Own);
 }
 
 StyledText LabelStyle(const TemplateStyle& style, const std::vector<MenuText>& texts) {
@@ -337,8 +357,11 @@ std::vector<std::pair<std::string, std::string>> MenuProperties(const MenuProjec
     const auto path = [&](const std::string& file, bool isImage, double begin = 0) {
         return PathInList(file, isImage ? Playback() : Playback{project.film.frameRate, true, int(begin * 1000)});
     };
-    if (project.mood != Mood::Own) add("mood", std::to_string(int(project.mood)));
-    if (!project.background.empty()) add("sourcePath", path(project.background, !project.backgroundMoves));
+    if (project.mood != Mood::Own && !project.paintsNothing) add("mood", std::to_string(int(project.mood)));
+    if (!project.background.empty())
+        add("sourcePath", path(project.background, !project.backgroundMoves));
+    else if (project.paintsNothing)
+        add("sourcePath", PlainBackground(project.film, project.mood));
     if (!project.backgroundMask.empty()) add("backgroundMask", project.backgroundMask);
     std::vector<MenuText> texts = project.texts;
     for (MenuText& name : NamesOf(project)) texts.push_back(std::move(name));

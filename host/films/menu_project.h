@@ -37,7 +37,12 @@ struct MenuProject {
     bool placesSources = false;  ///< else the template does
     int perPage = 0;             ///< pictures and videos; 0: all on one
     Mood mood = Mood::Own;
+    bool paintsNothing =
+        false;  ///< the template; without a background, a plain one in the mood's colours is behind all
 };
+
+/// Lets a picture come to a place: it drifts there from its left and fades in, one after another within four seconds.
+void ComeIn(MenuSource& source, int left, int top, int index);
 
 /// Reads a project and opens every file and every font that it names, for a trial. What is wrong is filed in `faults`.
 /// `profile`, unless null, stands in for the project's own.
@@ -47,6 +52,9 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
 /// The same of a project that was read already. `files` opens what it names.
 MenuProject ReadMenuProject(const Json& json, const std::string& path, const std::string& templateName,
                             const FilmProfile* profile, AVBased::IAVManager& files, Faults& faults);
+
+/// One of the names of moods; any other is filed.
+Mood ReadMood(const ProjectItem& item);
 
 /// How buttons and captions of a menu look: as the template's captions, in the colour of the first text.
 StyledText LabelStyle(const TemplateStyle& style, const std::vector<MenuText>& texts);

@@ -155,6 +155,7 @@ TemplateStyle StyleOf(const std::string& templateName, Mood mood) {
     return style;
 }
 
+bool IsPlacedMenu(const std::string& templateName) { return templateName == "menu_common"; }
 bool IsInstructionMenu(const std::string& templateName) { return templateName.starts_with("instructionmenu_"); }
 
 std::string PackageOfTypeface(const std::string& family) {

@@ -42,6 +42,8 @@ std::optional<Mood> FindMood(const std::string& name);
 /// without.
 TemplateStyle StyleOf(const std::string& templateName, Mood mood = Mood::Own);
 
+/// Whether a template leaves it to its projects where pictures stand and what lies behind them.
+bool IsPlacedMenu(const std::string& templateName);
 /// Whether a template shows how to use a menu: its texts are lines below one another.
 bool IsInstructionMenu(const std::string& templateName);
 

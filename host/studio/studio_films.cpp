@@ -293,12 +293,7 @@ FilmWish StudioFilms::WishOf(Kind kind, const Json& body) {
     if (disc) {
         wish.prepare = [this, body] {
             const auto pages = ReadDiscPages(body);
-            DiscPage page = (*pages)[std::size_t(IntegerIn(body, "page", 1, int(pages->size()), 1) - 1)];
-            if (WantsBackground(page)) {
-                page.menu.background =
-                    studioFolder + std::string("/background-") + page.menu.film.profile->name + ".ppm";
-                WriteStudioFile(m_folder, page.menu.background, PlainBackground(page.menu.film));
-            }
+            const DiscPage& page = (*pages)[std::size_t(IntegerIn(body, "page", 1, int(pages->size()), 1) - 1)];
             return PrepareMenuPage(page.menu, page.templateName, m_module, page.name);
         };
         return wish;

@@ -214,7 +214,6 @@ export function menuJob(job, catalogue) {
         background.update();
         profile.value = project()?.profile ?? "";
         mood.value = project()?.mood ?? "own";
-        mood.disabled = doc().template === "menu_common";
         for (const one of times) one.update();
     }
 

@@ -61,7 +61,7 @@ constexpr char full[] = R"({
     "template": "menu_travel",
     "chapterTemplate": "submenu_festival",
     "instructionTemplate": "instructionmenu_festival",
-    "background": "back.png",
+    "mood": "dark", "background": "back.png",
     "music": "loop.ogg",
     "seconds": 12.5,
     "fade": 1,
@@ -125,7 +125,7 @@ TEST_F(DiscFile, ReportsAllFaultsAtOnceWithTheItemAndTheRemedy) {
             {"title": "e"},
             {"title": "f", "path": "f.mp4", "chapters": [)" +
                                            manyChapters + R"(]}],
-        "menus": {"template": "submenu_common", "chapterTemplate": "submenu_comon", "seconds": 0,
+        "menus": {"template": "submenu_common", "chapterTemplate": "submenu_comon", "seconds": 0, "mood": "sad",
                   "mark": "circle", "chosen": "rod", "words": {"bak": "x", "next": ""}, "language": "my own", "instructions": [7], "music": ""}})",
                                        ExitCode::Usage);
     for (const char* const words : {"menus.words.bak: is no key of a project; did you mean back",
@@ -149,12 +149,13 @@ TEST_F(DiscFile, ReportsAllFaultsAtOnceWithTheItemAndTheRemedy) {
                                     "menus.template: \"submenu_common\" is no template for this",
                                     "did you mean submenu_common?",
                                     "menus.seconds: is 0; give",
+                                    "menus.mood: is \"sad\"; give own, light or dark",
                                     "menus.mark: \"circle\" is no mark; give",
                                     "menus.chosen: is \"rod\"; give",
                                     "menus.instructions[0]: is 7; give",
                                     "menus.music: names no file"})
         EXPECT_NE(faults.find(words), std::string::npos) << words << "\nin\n" << faults;
-    EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), 25) << faults;
+    EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), 26) << faults;
     const std::string same = Refusal(
         R"({"version": 1, "films": [{"title": "a", "path": "a"}], "menus": {"pressed": "#ffd040"}})", ExitCode::Usage);
     EXPECT_NE(same.find("menus.pressed: is the colour of buttons that are chosen; give"), std::string::npos) << same;

@@ -109,11 +109,13 @@ TEST_F(DiscMenusTest, PagesLeadToEveryFilmAndChapter) {
 TEST_F(DiscMenusTest, InstructionPagesHaveTheirButtonsOnTheirPanels) {
     MakeProject("pal-16:9", 1);
     project.menus.instructions = {"Arrows choose.", "Enter plays."};
+    project.menus.mood = Mood::Light;
     // Their panels are at the left and at the right.
     for (const char* const name : {"instructionmenu_common", "instructionmenu_festival"}) {
         project.menus.instructionTemplate = name;
         const DiscPage page = PagesOfDisc(project, module).at(1);
         const MenuText& title = page.menu.texts.at(0);
+        EXPECT_EQ(page.menu.texts.at(1).styled.red, StyledMenuText(StyleOf(name, Mood::Light), {}, 1).styled.red);
         const FilmBox panel =
             StoredBox(page.menu.film, {title.box[0], title.box[1], title.box[2], page.menu.film.height});
         EXPECT_GE(page.buttons.at(0).x, panel.left) << name;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
 
 #include "avbase/avbase_srcutils/pixel_formats.h"
 #include "host/catalogue/catalogue.h"
@@ -38,7 +40,7 @@ class TemplateType : public CommandTest {
             page.texts.push_back(StyledMenuText(StyleOf(name, mood), page.film, page.texts.size()));
             page.texts.back().styled.text = words;
         }
-        page.placesSources = name == "menu_common";
+        page.placesSources = page.paintsNothing = name == "menu_common";
         for (std::size_t i = 0; i < pictures; ++i) {
             MenuSource& source = page.sources.emplace_back();
             source.path = (folder / (i % 2 ? "black.png" : "white.png")).string();
@@ -138,7 +140,6 @@ bool IsThere(const AVFrame& frame, const Glyphs& glyphs) {
 void TemplateType::ExpectContrast(Mood mood) {
     constexpr int moments = 12;
     for (const std::string& name : Templates()) {
-        if (mood != Mood::Own && name == "menu_common") continue;
         const MenuProject page = Page(name, 640, 360, 4, mood);
         const PreparedFilm menu = PrepareMenuPage(page, name, m_module, name);
         FilmPictures pictures(*menu.generator, menu.film, AVBased::formatRgba32);
@@ -181,7 +182,13 @@ TEST_F(TemplateType, FollowsTheMoodThatAProjectNames) {
     EXPECT_EQ(project["mood"], "dark");
     EXPECT_EQ(project["textInfos"][0]["color"], "#fff6e8");
     EXPECT_EQ(made("menu_pets", "sad"), 2);
-    EXPECT_EQ(made("menu_common", "dark"), 2);
+    // One that paints nothing has a picture behind it in the mood.
+    const auto background = [&](const std::string& mood) {
+        EXPECT_EQ(made("menu_common", mood), 0);
+        std::ifstream file(folder / "made/background.png", std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    EXPECT_EQ((std::set{background("own"), background("light"), background("dark")}.size()), 3u);
     std::ofstream(folder / "sad.json") << R"({"mood": "sad", "width": 320, "height": 180})";
     const Outcome sad = Nifikral("menu menu_pets sad.json -o out.png -y --dry-run");
     EXPECT_EQ(sad.exitCode, 2);
