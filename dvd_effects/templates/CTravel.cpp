@@ -11,11 +11,31 @@ namespace {
 
 constexpr unsigned dashes = 56, dashSteps = 14;
 constexpr Colour routeColour{178, 44, 36};
-// Heights of a photograph far away and in front, in heights of the menu.
-constexpr double farHeight = 0.2, farHeightOfFew = 0.25, frontHeight = 0.38;
+// Heights of a photograph far away and in front, in heights of the menu, and the most that it has of the stage.
+struct Heights {
+    double away, front, most;
+};
+constexpr Heights HeightsOf(unsigned count) {
+    if (count < 3) return count < 2 ? Heights{0.4, 0.56, 0.8} : Heights{0.28, 0.5, 0.7};
+    return {count > 5 ? 0.2 : 0.25, 0.38, 0.56};
+}
+constexpr double widest = 1.75;
+
+// A plane between -1 and 1, seen from above, that flies to the right: its body and wings, or its markings.
+double Plane(double x, double y, bool isMark) {
+    const double v = y < 0 ? -y : y;
+    const bool body = x * x / 0.74 + v * v / 0.018 < 1 && x<0.72, nose = x> 0.68 && x < 0.8 && v < 0.1;
+    const bool wing = v < 0.96 && x > -0.02 - 0.06 * v && x < 0.4 - 0.14 * v;
+    const bool tail = v < 0.38 && x > -0.86 && x < -0.62 - 0.2 * v;
+    const bool propeller = x > 0.8 && x < 0.86 && v < 0.3;
+    if (isMark) return nose || propeller || (wing && v > 0.56 && v < 0.74);
+    return body || wing || tail;
+}
+
+}  // namespace
 
 // A way around the middle of an area that winds a little; 0 is in front, at the bottom.
-class Route {
+class CTravel::Route {
  public:
     explicit Route(const Region& area) : m_area(area) {
         for (unsigned i = 1; i <= steps; ++i) {
@@ -42,6 +62,8 @@ class Route {
     Region m_area;
     double m_length[steps + 1] = {};
 };
+
+namespace {
 
 // A map at a place counted in heights of the menu.
 Tint Map(double x, double y) {
@@ -92,6 +114,10 @@ void CTravel::MakeScenery() {
     m_needle = Layer(Units(0.3), Units(1.3));
     PaintOver(m_needle, Kind(), {70, 58, 46}, Needle);
     PaintOver(m_needle, Kind(), routeColour, [](double x, double y) { return y < 0 ? Needle(x, y) : 0; });
+    m_plane = Layer(Units(1.1), Units(1.1));
+    PaintOver(m_plane, Kind(), routeColour, [](double x, double y) { return Plane(x, y, false); });
+    PaintOver(m_plane, Kind(), {255, 246, 224}, [](double x, double y) { return Plane(x, y, true); });
+    m_planeShadow = ShadowOf(m_plane, Kind(), Units(0.1), {40, 26, 12, 120});
 }
 
 Spot CTravel::Compass() const { return {Width() - 1.5 * Unit(), 1.35 * Unit()}; }
@@ -108,39 +134,60 @@ void CTravel::PaintBackground(Canvas& canvas) const {
     canvas.LayTransformed(rose, Placement::Turned(Compass(), rose.Width(), rose.Height()));
 }
 
+void CTravel::DrawRoute(Canvas& canvas, const Route& route) const {
+    const auto ahead = [&](double part) {
+        const Spot before = route.At(part - 0.004), after = route.At(part + 0.004);
+        return Spot{after.x - before.x, after.y - before.y};
+    };
+    for (unsigned i = 0; i < dashes; ++i) {
+        const double part = (i + Phase() * dashSteps) / dashes;
+        canvas.LayTransformed(m_dash, Placement::Towards(route.At(part), ahead(part), m_dash.Width(), m_dash.Height()));
+    }
+    // It starts half the way from the photograph in front.
+    const double part = Turns(500) + 0.5, drop = 0.35 * Unit();
+    const Spot at = route.At(part), way = ahead(part);
+    const double size = (0.85 + 0.3 * (at.y - route.At(0.5).y) / Height()) * m_plane.Width();
+    const double shade = size * m_planeShadow.Width() / m_plane.Width();
+    canvas.LayTransformed(m_planeShadow, Placement::Towards({at.x + 0.4 * drop, at.y + drop}, way, shade, shade));
+    canvas.LayTransformed(m_plane, Placement::Towards(at, way, size, size));
+}
+
 void CTravel::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const Region stage = FreeRegion();
-    const double least = count > 5 ? farHeight : farHeightOfFew;
-    const double far = std::min(least, 0.36 * stage.height / Height()) * Height();
-    const double front = std::min(frontHeight, 0.56 * stage.height / Height()) * Height();
+    const Heights heights = HeightsOf(count);
+    const double front = std::min(heights.front * Height(), heights.most * stage.height);
+    const double far = std::min(heights.away * Height(), 0.65 * front);
+    double wide = 1;
+    for (const ShownPicture& picture : pictures)
+        wide = std::max(wide, std::min(widest, double(picture.layer.Width()) / picture.layer.Height()));
     // The photographs stand above their stops.
     canvas.LayTransformed(m_needle, Placement::Turned(Compass(), m_needle.Width(), m_needle.Height(),
                                                       26 * Wave(Turns(150)) + 7 * Wave(Turns(50))));
-    const Route route({stage.left + 0.05 * Width(), stage.top + far, stage.width - 0.1 * Width(), stage.height - far});
-    for (unsigned i = 0; i < dashes; ++i) {
-        const double part = (i + Phase() * dashSteps) / dashes;
-        const Spot before = route.At(part - 0.002), after = route.At(part + 0.002);
-        canvas.LayTransformed(m_dash, Placement::Towards(route.At(part), {after.x - before.x, after.y - before.y},
-                                                         m_dash.Width(), m_dash.Height()));
-    }
+    const double aside = std::max(0.05 * Width(), 0.55 * far * wide - 0.03 * Width());
+    const Route route({stage.left + aside, stage.top + far, stage.width - 2 * aside, stage.height - far});
+    DrawRoute(canvas, route);
     // One stop in each turn, and a rest there.
     const Turn turn = TurnAt(Phase(), count);
     const double gone = turn.index + Passed(turn.part, 0.3, 1);
     const auto stop = [&](unsigned i) { return Wrapped((gone + i) / count); };
+    // Those beside the one in front are as near as there is room for.
+    const double reach = std::min(0.2, 1.15 / count);
+    // Of two, the far one rests beside the near one, not behind it.
+    const double turned = count == 2 ? 0.09 : 0;
     std::multimap<double, unsigned> byNearness;
     for (unsigned i = 0; i < count; ++i) {
         const double away = std::min(stop(i), 1 - stop(i));
-        byNearness.emplace(Eased(1 - away / 0.2) + (0.5 - away) * 0.2, i);
+        byNearness.emplace(Eased(1 - away / reach) + (0.5 - away) * 0.2, i);
     }
     Pile pile;
     for (const auto& [nearness, i] : byNearness) {
         const Layer& picture = pictures[i].layer;
         const double near = std::min(1.0, nearness);
-        const double fit = std::min(front / picture.Height(), 1.75 * front / picture.Width());
+        const double fit = std::min(front / picture.Height(), widest * front / picture.Width());
         const double scale = ScaleOf(pictures[i], fit) * Mixed(far / front, 1, near);
-        const Spot at = route.At(stop(i));
+        const Spot at = route.At(stop(i) + turned);
         const double shown = picture.Height() * scale, dot = m_stop.Height() * (0.8 + 0.5 * near);
         const double sway = 2.5 * Wave(Phase() * 2 + Scattered(1, i));
         ShowPhotograph(pile, pictures[i], {{at.x, at.y - shown / 2 - 0.9 * dot}, scale, sway, 0.25 + 0.5 * near});

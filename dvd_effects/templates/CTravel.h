@@ -7,8 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuTravelName[] = "menu_travel";
 
 /// A journey on an old map: photographs stand along a dashed route that closes, and travel it from stop to stop. The
-/// one that reaches the front is the largest. A compass trembles in the corner. Places of the sources do not count. The
-/// route is drawn over a named background too.
+/// one that reaches the front is the largest. A small plane flies the route without a stop, and a compass trembles in
+/// the corner. Places of the sources do not count. The route is drawn over a named background too.
 class CTravel : public CPhotographs {
  public:
     explicit CTravel(IAVManager* manager) : CPhotographs(effectMenuTravelName, manager) {}
@@ -20,9 +20,12 @@ class CTravel : public CPhotographs {
     void DrawScene(Canvas& canvas) override;
 
  private:
-    Spot Compass() const;
+    class Route;
 
-    Layer m_dash, m_stop, m_needle;
+    Spot Compass() const;
+    void DrawRoute(Canvas& canvas, const Route& route) const;
+
+    Layer m_dash, m_stop, m_needle, m_plane, m_planeShadow;
 };
 
 }  // namespace AVBased
