@@ -11,7 +11,7 @@ constexpr Colour frameColours[] = {{255, 132, 108}, {255, 201, 74}, {74, 182, 19
 
 // Parts of the loop: when the first and the last picture hop in, on the spot and away, and how long that takes.
 constexpr double lastIn = 0.3, firstSpot = 0.46, lastSpot = 0.74, firstOut = 0.84, lastOut = 0.92;
-constexpr double hopTime = 0.08, spotTime = 0.05, settleTime = 0.07;
+constexpr double hopTime = 0.08, spotTime = 0.05, settleTime = 0.07, crouchTime = 0.025;
 
 // How a picture stands on its place.
 struct Stance {
@@ -25,6 +25,8 @@ double Settled(double since, double time) {
     const double left = std::clamp(1 - since / time, 0.0, 1.0);
     return since > 0 ? -0.2 * left * Wave(1.5 * (1 - left)) : 0;
 }
+// Gives way before a hop, as one that gathers its strength.
+double Crouched(double until) { return -0.12 * Between(1 - until / crouchTime, 0, 1, 0.5); }
 double Arch(double part) { return part > 0 && part < 1 ? 4 * part * (1 - part) : 0; }
 
 Stance StanceAt(double phase, double order) {
@@ -37,9 +39,12 @@ Stance StanceAt(double phase, double order) {
     stance.absent = flying;
     stance.above = 1.3 * Arch(flying) + 0.35 * Arch((phase - spot) / spotTime);
     stance.stretch = 0.12 * Arch(flying) + 0.06 * Arch((phase - spot) / spotTime) + Settled(phase - lands, settleTime) +
-                     0.5 * Settled(phase - landsAgain, settleTime);
+                     0.5 * Settled(phase - landsAgain, settleTime) + Crouched(spot - phase) + Crouched(out - phase);
     return stance;
 }
+
+// Where the trail in front runs, by the part of the way across.
+double TrailAt(double across) { return 0.92 + 0.02 * Wave(1.3 * across); }
 
 // A paw in a square of side 1 whose toes point to the right: how much of a place it covers.
 double Paw(double x, double y, double pixel) {
@@ -76,6 +81,14 @@ void CPets::MakeScenery() {
     Paint(m_paw, Kind(), [&](double x, double y) {
         return Tint{96, 66, 44, 200 * Paw(x / side, y / side, 1.0 / side)};
     });
+    // A ball of felt with two light seams.
+    m_ball = Layer(Units(0.8), Units(0.8));
+    const auto disc = [](double x, double y) { return x * x + y * y; };
+    PaintOver(m_ball, Kind(), {214, 226, 62}, [&](double x, double y) { return disc(x, y) < 1; });
+    PaintOver(m_ball, Kind(), {250, 250, 236}, [&](double x, double y) {
+        const double left = disc(x + 1.25, y), right = disc(x - 1.25, y);
+        return disc(x, y) < 1 && ((left > 0.72 && left < 1) || (right > 0.72 && right < 1));
+    });
 }
 
 void CPets::PaintBackground(Canvas& canvas) const {
@@ -110,7 +123,7 @@ void CPets::DrawPaws(Canvas& canvas) const {
         const double part = (k + 0.5) / prints, age = Wrapped(Phase() - part + (far ? 0.35 : 0));
         const double shown = Between(age, 0, 0.55, 0.04) * Mixed(1.0, 0.5, Eased(age / 0.55));
         const double across = far ? 1 - part : part, side = (k % 2 ? 1 : -1) * (far ? 0.016 : 0.026);
-        const double down = (far ? 0.655 : 0.92) + 0.02 * Wave(1.3 * across) + side;
+        const double down = (far ? 0.655 + 0.02 * Wave(1.3 * across) : TrailAt(across)) + side;
         const double size = m_paw.Width() * (far ? 0.6 : 1);
         const double degrees = (far ? 180 : 0) + 9 * Wave(1.3 * across + 0.25) + (k % 2 ? 8 : -8);
         canvas.LayTransformed(m_paw, Placement::Turned({across * Width(), down * Height()}, size, size, degrees),
@@ -118,8 +131,27 @@ void CPets::DrawPaws(Canvas& canvas) const {
     }
 }
 
+void CPets::DrawBall(Canvas& canvas) const {
+    constexpr unsigned bounces = 9;
+    // A little ahead of the prints; it comes in before the loop's end has shown the last of them.
+    const double across = Mixed(-0.05, 1.05, Wrapped(Phase() + 0.07)), hop = Wrapped(across * bounces);
+    const double size = m_ball.Width(), high = 1.1 * Unit() * Arch(hop), flat = 0.16 * Eased(1 - high / (0.3 * Unit()));
+    const double ground = TrailAt(across) * Height() + 0.3 * size, x = across * Width();
+    canvas.LayTransformed(m_shadow, Placement::Turned({x, ground}, 1.1 * size, 0.3 * size),
+                          ByteOf(0.6 - 0.3 * high / Unit()));
+    // It rolls as far as it goes.
+    const double turned = 360 * Wrapped(across * Width() / (3.14159 * size));
+    const Placement round = Placement::Turned({0, 0}, size, size, turned);
+    const auto squashed = [&](Spot corner) {
+        return Spot{x + corner.x * (1 + 0.5 * flat), ground - high - 0.5 * size * (1 - flat) + corner.y * (1 - flat)};
+    };
+    canvas.LayTransformed(m_ball, {squashed(round.topLeft), squashed(round.topRight), squashed(round.bottomRight),
+                                   squashed(round.bottomLeft)});
+}
+
 void CPets::DrawScene(Canvas& canvas) {
     DrawPaws(canvas);
+    DrawBall(canvas);
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const PictureRows rows = RowsOf(pictures, FreeRegion(), 0.05 * Height());

@@ -7,8 +7,8 @@ namespace AVBased {
 inline constexpr char effectMenuPetsName[] = "menu_pets";
 
 /// Rounded pictures in bright frames that hop in from below, squash as they land and settle; later each one hops on the
-/// spot, and in the end they hop away. Paw prints walk across the meadow behind them, or across a named background. The
-/// pictures stand where the texts leave most room; "startPositions" places them elsewhere.
+/// spot, and in the end they hop away. A ball bounces across the meadow, or across a named background, and paw prints
+/// chase it. The pictures stand where the texts leave most room; "startPositions" places them elsewhere.
 class CPets : public CAnimatedMenu {
  public:
     explicit CPets(IAVManager* manager) : CAnimatedMenu(effectMenuPetsName, manager) {}
@@ -22,8 +22,9 @@ class CPets : public CAnimatedMenu {
 
  private:
     void DrawPaws(Canvas& canvas) const;
+    void DrawBall(Canvas& canvas) const;
 
-    Layer m_paw, m_shadow;
+    Layer m_paw, m_shadow, m_ball;
 };
 
 }  // namespace AVBased
