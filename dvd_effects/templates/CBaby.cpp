@@ -5,6 +5,7 @@ namespace AVBased {
 namespace {
 
 constexpr unsigned toys = 26, toysBehind = 20;
+constexpr double trainScale = 0.8;
 
 bool IsHeart(double x, double y) {
     const double u = 1.2 * x, v = 0.2 - 1.2 * y, round = u * u + v * v - 1;
@@ -103,7 +104,8 @@ void CBaby::PaintBackground(Canvas& canvas) const {
 
 void CBaby::DrawToys(Canvas& canvas, unsigned first, unsigned last) const {
     for (unsigned i = first; i < last; ++i) {
-        const bool isToy = i % 3 == 1;
+        // Nothing but bubbles drifts over faces.
+        const bool isToy = i % 3 == 1 && i < toysBehind;
         const Layer& layer = isToy ? m_toy : m_bubble;
         const double near = i < toysBehind ? 0.2 + 0.5 * Scattered(1, i) : 0.8 + 0.2 * Scattered(1, i);
         const double size = near * layer.Width(), risen = Wrapped(Turns(460 - 260 * near) + Scattered(2, i));
@@ -116,6 +118,7 @@ void CBaby::DrawToys(Canvas& canvas, unsigned first, unsigned last) const {
 
 void CBaby::DrawScene(Canvas& canvas) {
     DrawToys(canvas, 0, toysBehind);
+    DrawPlaything(canvas);
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const PictureGrid rows = Rows(count);
@@ -131,6 +134,105 @@ void CBaby::DrawScene(Canvas& canvas) {
     }
     DrawToys(canvas, toysBehind, toys);
     DrawTexts(canvas);
+}
+
+void CBabyGirl::MakeScenery() {
+    CBaby::MakeScenery();
+    m_moon = Sprite(Kind(), Units(0.7), {255, 214, 120}, [](double x, double y) {
+        return x * x + y * y < 0.96 && (x - 0.5) * (x - 0.5) + (y + 0.16) * (y + 0.16) > 0.66;
+    });
+    m_string = PlainLayer(Kind(), {4, 4}, InMood({214, 150, 182}));
+}
+
+void CBabyGirl::DrawMobile(Canvas& canvas, Spot hub, double turns) const {
+    constexpr unsigned charms = 5;
+    const double unit = Unit();
+    const auto tie = [&](Spot from, Spot to) {
+        canvas.LayTransformed(m_string, Placement::Along(from, to, std::max(1.0, 0.035 * unit)));
+    };
+    tie({hub.x, -1}, hub);
+    // What hangs on the far side of the ring comes first.
+    for (const bool front : {false, true}) {
+        for (unsigned i = 0; i < charms; ++i) {
+            const double at = turns + double(i) / charms, near = Wave(at);
+            if (front != (near >= 0)) continue;
+            const Spot arm = {hub.x + 0.95 * unit * Wave(at + 0.25), hub.y + 0.2 * unit * (1 + near)};
+            const Spot end = {arm.x, arm.y + (0.55 + 0.3 * Scattered(7, i)) * unit};
+            tie(hub, arm);
+            tie(arm, end);
+            // Flat things that turn about their strings.
+            const double size = (0.5 + 0.08 * near) * unit, facing = 0.4 + 0.6 * Wave(0.25 + 0.18 * Wave(at + 0.1 * i));
+            const Layer& charm = i % 2 ? m_moon : m_toy;
+            canvas.LayTransformed(charm, Placement::Turned({end.x, end.y + 0.4 * size}, facing * size, size));
+        }
+        if (!front) canvas.LayTransformed(m_cloud, Placement::Turned(hub, 0.26 * unit, 0.26 * unit));
+    }
+}
+
+void CBabyGirl::DrawPlaything(Canvas& canvas) const {
+    DrawMobile(canvas, {1.5 * Unit(), 0.5 * Unit()}, Turns(400));
+    DrawMobile(canvas, {Width() - 1.5 * Unit(), 0.4 * Unit()}, 0.13 - Turns(400));
+}
+
+void CBabyBoy::MakeScenery() {
+    constexpr Colour red{232, 92, 84}, blue{58, 110, 190}, yellow{255, 206, 84}, green{98, 188, 132},
+        white{255, 255, 255};
+    const auto within = [](double x, double y, double left, double top, double right, double bottom) {
+        return x > left && x < right && y > top && y < bottom;
+    };
+    CBaby::MakeScenery();
+    // They run to the right; wheels come below.
+    m_engine = Layer(Units(1.5 * trainScale), Units(trainScale));
+    PaintOver(m_engine, Kind(), blue, [&](double x, double y) {
+        const bool chimney = within(x, y, 0.48, -0.8, 0.68, 0) || within(x, y, 0.42, -0.88, 0.74, -0.7);
+        return chimney || within(x, y, -0.95, 0.5, 0.98, 0.72);
+    });
+    PaintOver(m_engine, Kind(), red, [&](double x, double y) {
+        const double u = (x - 0.7) / 0.2, v = (y - 0.12) / 0.42;
+        return within(x, y, -0.2, -0.3, 0.7, 0.54) || (x > 0.6 && u * u + v * v < 1) ||
+               (within(x, y, -0.92, -0.85, -0.2, 0.54) && !within(x, y, -0.76, -0.62, -0.36, -0.12));
+    });
+    PaintOver(m_engine, Kind(), yellow, [&](double x, double y) {
+        return within(x, y, 0.12, -0.46, 0.3, -0.28) || within(x, y, -0.98, -0.98, -0.12, -0.8);
+    });
+    constexpr Colour sides[] = {yellow, green, red};
+    for (unsigned i = 0; i < wagons; ++i) {
+        m_wagons[i] = Layer(Units(1.1 * trainScale), Units(trainScale));
+        PaintOver(m_wagons[i], Kind(), blue, [&](double x, double y) { return within(x, y, -1, 0.56, 1, 0.68); });
+        PaintOver(m_wagons[i], Kind(), sides[i],
+                  [&](double x, double y) { return within(x, y, -0.88, -0.35, 0.88, 0.58); });
+        PaintOver(m_wagons[i], Kind(), white,
+                  [](double x, double y) { return IsStar(2.4 * x * 1.1, 2.4 * (y - 0.1)); });
+    }
+    m_wheel = Sprite(Kind(), Units(0.34 * trainScale), blue, Disc);
+    PaintOver(m_wheel, Kind(), white, [](double x, double y) {
+        const double r = x * x + y * y;
+        return r < 0.04 || (r < 0.5 && (x < 0 ? -x : x) < 0.1) || (r < 0.5 && (y < 0 ? -y : y) < 0.1);
+    });
+}
+
+void CBabyBoy::DrawPlaything(Canvas& canvas) const {
+    constexpr unsigned puffs = 9;
+    const double unit = trainScale * Unit(), gap = 1.3 * unit, way = Width() + (wagons + 2) * gap;
+    const double gone = Wrapped(Turns(600) + 0.35) * way - unit, ground = Height() - 0.1 * unit;
+    // Along gentle hills of cloud.
+    const auto railAt = [&](double x) { return ground - 0.14 * unit * (1 + Wave(x / (9 * unit))); };
+    const auto roll = [&](const Layer& car, double x, std::initializer_list<double> wheels) {
+        const double y = railAt(x), slope = railAt(x + 0.5 * unit) - railAt(x - 0.5 * unit);
+        canvas.LayTransformed(car, Placement::Towards({x, y - 0.55 * unit}, {unit, slope}, car.Width(), car.Height()));
+        for (const double offset : wheels)
+            canvas.LayTransformed(
+                m_wheel, Placement::Turned({x + offset * unit, railAt(x + offset * unit) - 0.17 * unit},
+                                           m_wheel.Width(), m_wheel.Height(), 360 * Wrapped(gone / (1.07 * unit))));
+    };
+    for (unsigned i = 0; i < puffs; ++i) {
+        const double age = Wrapped(Turns(75) + double(i) / puffs), size = (0.2 + 0.45 * age) * unit;
+        const Spot at = {gone + 0.42 * unit - 2.6 * age * unit, railAt(gone) - (1.05 + 0.9 * Eased(age)) * unit};
+        canvas.LayTransformed(m_cloud, Placement::Turned(at, size, size),
+                              ByteOf(0.85 * Between(age, 0, 1, 0.12) * (1 - age)));
+    }
+    for (unsigned i = wagons; i-- > 0;) roll(m_wagons[i], gone - (i + 1.05) * gap, {-0.32, 0.32});
+    roll(m_engine, gone, {-0.48, 0, 0.48});
 }
 
 }  // namespace AVBased
