@@ -82,6 +82,17 @@ void CFestivalNight::DrawString(Canvas& canvas, Spot from, Spot to) const {
     canvas.LayTransformed(m_string, Placement::Along(from, to, std::max(1.0, 0.02 * Unit())), 200);
 }
 
+Spot CFestivalNight::OnLine(double x, double y) const {
+    const double s = x / Width();
+    return {x, y + (1.2 * s * (1 - s) - 0.2) * Unit()};
+}
+
+void CFestivalNight::DrawLine(Canvas& canvas, double y) const {
+    constexpr unsigned pieces = 12;
+    const auto place = [&](unsigned i) { return OnLine(i * Width() / pieces, y); };
+    for (unsigned i = 0; i < pieces; ++i) DrawString(canvas, place(i), place(i + 1));
+}
+
 void CFestivalNight::DrawLight(Canvas& canvas, Spot at, double width, double height, double light) const {
     if (light <= 0) return;
     canvas.LayTransformed(m_halo, Placement::Turned(at, width, height),
@@ -105,8 +116,10 @@ Spot CFestivalNight::Pendulum::At(double x, double y) const {
 }
 
 void CFestivalNight::DrawHangers(Canvas& canvas, const Pendulum& hung) const {
-    for (const double side : {-0.36, 0.36})
-        DrawString(canvas, {hung.pivot.x + 0.8 * side * hung.width, hung.pivot.y}, hung.At(side, -0.4));
+    for (const double side : {-0.36, 0.36}) {
+        const double x = hung.pivot.x + 0.8 * side * hung.width;
+        DrawString(canvas, hung.line < 0 ? Spot{x, hung.pivot.y} : OnLine(x, hung.line), hung.At(side, -0.4));
+    }
     // The picture's layer has room for a shadow below its rim.
     const Spot hook = hung.At(0, 0.5 - 0.24 * Unit() / hung.height);
     DrawLantern(canvas, hook, 0.72 * Unit(), 5 * Wave(Turns(110) + hung.own - 0.12), hung.own);
@@ -200,9 +213,13 @@ PictureGrid CFestival::Rows(unsigned count) const {
 void CFestival::DrawPictures(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const PictureGrid rows = Rows(unsigned(pictures.size()));
+    const double line = rows.MiddleOf(0).y - rows.CellSize().height / 2.0 - 0.25 * Unit();
     const auto hang = [&](const ShownPicture& picture) {
-        return Hang(picture, PlaceOf(picture, rows.MiddleOf(picture.index)), picture.index * 0.382);
+        Pendulum hung = Hang(picture, PlaceOf(picture, rows.MiddleOf(picture.index)), picture.index * 0.382);
+        if (!HasPlaces()) hung.line = line;
+        return hung;
     };
+    if (!HasPlaces() && !pictures.empty()) DrawLine(canvas, line);
     for (const ShownPicture& picture : pictures) DrawHangers(canvas, hang(picture));
     for (const ShownPicture& picture : pictures) ShowHung(canvas, picture, hang(picture));
 }
@@ -220,16 +237,11 @@ PictureGrid CFestivalSub::Rows(unsigned count) const {
 }
 
 void CFestivalSub::DrawLines(Canvas& canvas, const PictureGrid& rows) const {
-    constexpr unsigned pieces = 12;
     unsigned index = 0;
     for (unsigned row = 0; row < rows.Rows(); ++row) {
         while (rows.RowOf(index) < row) ++index;
         const double y = rows.MiddleOf(index).y - rows.CellSize().height / 2.0 - 0.3 * Unit();
-        const auto place = [&](unsigned i) {
-            const double s = double(i) / pieces;
-            return Spot{s * Width(), y + (1.2 * s * (1 - s) - 0.2) * Unit()};
-        };
-        for (unsigned i = 0; i < pieces; ++i) DrawString(canvas, place(i), place(i + 1));
+        DrawLine(canvas, y);
         for (const bool right : {false, true})
             DrawLantern(canvas, {(right ? 0.965 : 0.035) * Width(), y - 0.14 * Unit()}, 0.9 * Unit(),
                         5 * Wave(Turns(110) + 0.3 * right), 0.4 * right);

@@ -29,12 +29,16 @@ class CFestivalNight : public CAnimatedMenu {
     virtual void DrawPictures(Canvas& canvas) = 0;
 
     void DrawString(Canvas& canvas, Spot from, Spot to) const;
+    /// A string across the menu that hangs through about a height, and the place on it.
+    void DrawLine(Canvas& canvas, double y) const;
+    Spot OnLine(double x, double y) const;
     /// A lantern hung up at a place, turned about it. `own` sets its flicker apart from those of others.
     void DrawLantern(Canvas& canvas, Spot hook, double height, double degrees, double own) const;
     /// A picture that swings about a place far above it.
     struct Pendulum {
         Spot pivot;
         double length, degrees, width, height, own;
+        double line = -1;  ///< that its strings are tied to; below 0: they come from above
 
         /// A place of the picture, of which half the width and height are 0.5.
         Spot At(double x, double y) const;
@@ -56,8 +60,8 @@ class CFestivalNight : public CAnimatedMenu {
     Layer m_sparks[colours], m_star, m_halo, m_lantern, m_string;
 };
 
-/// The main menu: pictures swing on strings from above, a lantern below each. They are placed by "startPositions", else
-/// in rows below the room for a title.
+/// The main menu: pictures swing on strings from a line below the room for a title, a lantern below each. They stand in
+/// rows; "startPositions" places them elsewhere, on strings from above.
 class CFestival : public CFestivalNight {
  public:
     explicit CFestival(IAVManager* manager) : CFestivalNight(effectMenuFestivalName, manager) {}
