@@ -28,6 +28,36 @@ void CCommonSheet::PaintBackground(Canvas& canvas) const {
     }
 }
 
+void CCommonSheet::MakeScenery() {
+    const Colour light = IsLight() ? Colour{255, 236, 190} : Colour{214, 232, 255};
+    m_beam = Layer(64, 128);
+    PaintOver(m_beam, Kind(), light, [](double x, double y) { return 0.42 * (1 - x * x) * (0.72 - 0.28 * y); });
+    m_dust = Glow(Kind(), Units(0.14), light);
+}
+
+void CCommonSheet::DrawBeam(Canvas& canvas, Spot at, double width, double height) const {
+    constexpr unsigned specks = 36;
+    // The projector stands beyond the corner, so that the beam leaves titles alone.
+    const Spot lamp = {1.03 * Width(), -0.06 * Height()};
+    const double away = Distance(lamp, at);
+    if (!(away > 0)) return;
+    const Spot aim = {(at.x - lamp.x) / away, (at.y - lamp.y) / away};
+    // What a picture is across the beam.
+    const double reach = 0.5 * (width * (aim.y < 0 ? -aim.y : aim.y) + height * (aim.x < 0 ? -aim.x : aim.x));
+    const auto in = [&](double along, double aside) {
+        const double across = aside * Mixed(0.12 * Unit(), reach, along);
+        return Spot{Mixed(lamp.x, at.x, along) - across * aim.y, Mixed(lamp.y, at.y, along) + across * aim.x};
+    };
+    canvas.LayTransformed(m_beam, {in(0, -1), in(0, 1), in(1, 1), in(1, -1)});
+    for (unsigned i = 0; i < specks; ++i) {
+        const double along = Wrapped(Scattered(95, i) + Turns(900)),
+                     aside = 0.9 * Wave(Turns(500) * (1 + i % 2) + Scattered(96, i));
+        const double size = (0.4 + 0.6 * Scattered(97, i)) * Mixed(0.7, 1.5, along) * m_dust.Width();
+        canvas.LayTransformed(m_dust, Placement::Turned(in(along, aside), size, size),
+                              ByteOf(Between(along, 0, 1, 0.2) * (0.55 + 0.3 * Wave(Turns(120) + Scattered(98, i)))));
+    }
+}
+
 PictureGrid CCommonSub::Rows(unsigned count) const {
     const double top = Texts().empty() ? 0.13 : 0.23;
     return PictureGrid::Spaced({0.07 * Width(), top * Height(), 0.86 * Width(), 0.7 * Height()}, count, 1.4,
@@ -40,6 +70,7 @@ FrameSize CCommonSub::UsualBox() const {
 }
 
 void CCommonSub::MakeScenery() {
+    CCommonSheet::MakeScenery();
     m_strip = PlainLayer(Kind(), {Units(3.5), Units(0.42)}, InMood({8, 12, 20, 130}));
     RoundCorners(m_strip, 0.06 * Unit());
     m_accent = PlainLayer(Kind(), {16, 16}, accent);
@@ -73,14 +104,28 @@ void CCommonSub::DrawScene(Canvas& canvas) {
     const std::vector<ShownPicture> pictures = ShownPictures();
     const auto count = unsigned(pictures.size());
     const PictureGrid rows = Rows(count);
+    const auto place = [&](const ShownPicture& picture) {
+        Spot at = rows.MiddleOf(picture.index);
+        at.y -= StripHeight() / 2;
+        return PlaceOf(picture, at);
+    };
+    if (count) {
+        // On its way from one to the next it is between both.
+        Spot at;
+        double width = 0, height = 0;
+        for (const ShownPicture& picture : pictures) {
+            const double share = InTurn(Phase(), picture.index, count, 0.3);
+            const Spot own = place(picture);
+            at = {at.x + share * own.x, at.y + share * own.y};
+            width += share * picture.layer.Width();
+            height += share * picture.layer.Height();
+        }
+        DrawBeam(canvas, at, width, height);
+    }
     for (const bool isLit : {false, true})
         for (const ShownPicture& picture : pictures) {
             const double lit = (0.88 + 0.12 * Wave(Turns(75))) * InTurn(Phase(), picture.index, count, 0.3);
-            if (isLit == (lit > 0)) {
-                Spot at = rows.MiddleOf(picture.index);
-                at.y -= StripHeight() / 2;
-                DrawCard(canvas, picture, PlaceOf(picture, at), lit);
-            }
+            if (isLit == (lit > 0)) DrawCard(canvas, picture, place(picture), lit);
         }
     DrawTexts(canvas);
 }
@@ -90,6 +135,7 @@ FrameSize CCommomInstrction::UsualBox() const {
 }
 
 void CCommomInstrction::MakeScenery() {
+    CCommonSheet::MakeScenery();
     const FrameSize menu = MenuSize();
     m_panel = PlainLayer(Kind(), {std::max(1u, menu.width * 21 / 40), std::max(1u, menu.height * 3 / 4)},
                          InMood({246, 249, 252, 232}));
@@ -105,9 +151,12 @@ void CCommomInstrction::DrawScene(Canvas& canvas) {
     // Buttons have room at the panel's end.
     const Region panel = Region{left, top, 0.525 * Width(), 0.765 * Height() - top}.Shrunk(0.4 * Unit(), 0);
     m_keys.Draw(canvas, BelowTexts(Texts(), panel), Phase());
+    bool isLit = false;
     ShowInTurn(0.25, [&](const ShownPicture& picture, double opacity) {
         const double size = 0.985 + 0.025 * Wave(Turns(300) + 0.25), width = size * picture.layer.Width();
         const Spot at = PlaceOf(picture, {0.785 * Width(), 0.5 * Height()});
+        if (!isLit) DrawBeam(canvas, at, 0.3 * Width(), 0.5 * Height());
+        isLit = true;
         Show(canvas, picture, Placement::Turned(at, width, size * picture.layer.Height(), 1.2 * Wave(Turns(300))),
              opacity);
     });

@@ -10,7 +10,8 @@ inline constexpr char effectSubMenuCommonName[] = "submenu_common";
 inline constexpr char effectInstructionMenuCommonName[] = "instructionmenu_common";
 
 /// What the menus below the common one share: pictures that fill their size, with thin white rims, over a plain blue
-/// grey where no background is named.
+/// grey where no background is named. From above the beam of a projector, with dust in it, falls on the one whose turn
+/// it is.
 class CCommonSheet : public CAnimatedMenu {
  public:
     using CAnimatedMenu::CAnimatedMenu;
@@ -18,10 +19,14 @@ class CCommonSheet : public CAnimatedMenu {
  protected:
     PictureFit Fit() const override { return PictureFit::Cover; }
     void FinishPicture(Layer& picture, unsigned index) const override;
+    void MakeScenery() override;
     void PaintBackground(Canvas& canvas) const override;
+    /// The beam on a place of this size.
+    void DrawBeam(Canvas& canvas, Spot at, double width, double height) const;
 
  private:
     mutable PictureMounts m_mounts;
+    Layer m_beam, m_dust;
 };
 
 /// The sub-menu: pictures in rows, below each a strip for its number and title; each in turn is bordered and comes a
