@@ -17,7 +17,7 @@ struct Heights {
 };
 constexpr Heights HeightsOf(unsigned count) {
     if (count < 3) return count < 2 ? Heights{0.4, 0.56, 0.8} : Heights{0.28, 0.5, 0.7};
-    return {count > 5 ? 0.2 : 0.25, 0.38, 0.56};
+    return {count > 5 ? 0.2 : 0.235, 0.38, 0.56};
 }
 constexpr double widest = 1.75;
 
@@ -165,7 +165,7 @@ void CTravel::DrawScene(Canvas& canvas) {
     // The photographs stand above their stops.
     canvas.LayTransformed(m_needle, Placement::Turned(Compass(), m_needle.Width(), m_needle.Height(),
                                                       26 * Wave(Turns(150)) + 7 * Wave(Turns(50))));
-    const double aside = std::max(0.05 * Width(), 0.55 * far * wide - 0.03 * Width());
+    const double aside = std::max(0.05 * Width(), 0.53 * far * wide - 0.038 * Width());
     const Route route({stage.left + aside, stage.top + far, stage.width - 2 * aside, stage.height - far});
     DrawRoute(canvas, route);
     // One stop in each turn, and a rest there.

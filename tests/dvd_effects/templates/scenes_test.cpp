@@ -117,8 +117,8 @@ constexpr Scene scenes[] = {
      "AAAAAAAA/AAAAAAAA/AAAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/BBBBBBBB/BBBBBBBB "
      "CCCCCCCB/CCCCCCCB/CCCCCCCB/CCCCCCCB CCCCCCaA/CCCCCCAA/CCCCCCAA/CCCCCCaA"},
     {"menu_travel",
-     ".cc..bb./.cc..bb./..aAAa../..aAaa.. .bb..aa./.bb..aa./..cCCc../..cCcc.. "
-     ".aA..cc./.aa..cCc/..BBB.../..bbb... ...cCc../.aacc.../.AA.bBB./........"},
+     "ccc..bb./.cc..bb./..aAAa../..aAaa.. .bb..aa./.bb..aa./..cCCc../..cCcc.. "
+     ".aA..cc./.aa..cCc/..BBB.../..bbb... ...cC.../.a.cc.../aAa.bBB./........"},
     {"menu_pets",
      "..aAAa../..aAAa../......../........ ..aAAa../..aAAa../.BBBcCCc/.BBbccc. "
      "..aAAa../.bbAAa../.BBBcCCc/.bbbcCCc ..aaAa../..aAAa../.BBBcCCc/.BBbcCCc"},
