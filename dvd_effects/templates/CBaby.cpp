@@ -141,7 +141,7 @@ void CBabyGirl::MakeScenery() {
     m_moon = Sprite(Kind(), Units(0.7), {255, 214, 120}, [](double x, double y) {
         return x * x + y * y < 0.96 && (x - 0.5) * (x - 0.5) + (y + 0.16) * (y + 0.16) > 0.66;
     });
-    m_string = PlainLayer(Kind(), {4, 4}, InMood({214, 150, 182}));
+    m_string = PlainLayer(Kind(), {4, 4}, {214, 150, 182});
 }
 
 void CBabyGirl::DrawMobile(Canvas& canvas, Spot hub, double turns) const {

@@ -29,7 +29,7 @@ void CCommonSheet::PaintBackground(Canvas& canvas) const {
 }
 
 void CCommonSheet::MakeScenery() {
-    const Colour light = IsLight() ? Colour{255, 236, 190} : Colour{214, 232, 255};
+    const Colour light = IsLight() ? Colour{255, 206, 120} : Colour{214, 232, 255};
     m_beam = Layer(64, 128);
     PaintOver(m_beam, Kind(), light, [](double x, double y) { return 0.42 * (1 - x * x) * (0.72 - 0.28 * y); });
     m_dust = Glow(Kind(), Units(0.14), light);
