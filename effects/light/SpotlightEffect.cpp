@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstring>
+#include <type_traits>
 #include <vector>
 
 #include "effects/base/row_loops.h"
@@ -104,6 +107,9 @@ struct TintPixels {
 template <bool weak, unsigned columnShift>
 struct TintComponents {
     static constexpr unsigned shift = columnShift, shared = 1 << shift;
+    // The samples that share chroma as parts of one number, so that none needs to be moved to another lane.
+    using Lumas =
+        std::conditional_t<shift == 0, std::uint8_t, std::conditional_t<shift == 1, std::uint16_t, std::uint32_t>>;
     SpotLevels<weak> levels;
     SpotTint<weak> lumaTint, uTint, vTint;
 
@@ -113,12 +119,17 @@ struct TintComponents {
 #pragma GCC ivdep  // samples and distances share no memory
         for (std::size_t x = range.begin >> shift; x < range.end >> shift; ++x) {
             std::uint16_t newU = u[x], newV = v[x];
+            Lumas lumas, newLumas = 0;
+            std::memcpy(&lumas, luma + x * shared, shared);
             for (unsigned i = 0; i < shared; ++i) {
                 const SpotLevel level = walk(x, i, tint.levels);
-                luma[x * shared + i] = std::uint8_t(tint.lumaTint.Brightened(luma[x * shared + i], level));
+                const unsigned bit = 8 * (std::endian::native == std::endian::little ? i : shared - 1 - i);
+                const auto sample = std::uint16_t(lumas >> bit & 255);
+                newLumas = Lumas(newLumas | Lumas(tint.lumaTint.Brightened(sample, level)) << bit);
                 newU = tint.uTint(newU, level);
                 newV = tint.vTint(newV, level);
             }
+            std::memcpy(luma + x * shared, &newLumas, shared);
             u[x] = std::uint8_t(newU);
             v[x] = std::uint8_t(newV);
         }
