@@ -156,12 +156,14 @@ void LightRows(const SpotDisc& disc, const Tint& tint, unsigned width, unsigned 
             tint(rest, walk, rows.TakeOut(rest.begin)...);
             (rows.PutBack(rest.begin), ...);
         };
-        if (distances.Approaches()) {
-            lightRow(distances.FromHere<true>());
+        const bool approaches = distances.Approaches();
+        if (distances.CrossesCore(disc))
+            approaches ? lightRow(distances.FromHere<true, true>()) : lightRow(distances.FromHere<false, true>());
+        else
+            approaches ? lightRow(distances.FromHere<true, false>()) : lightRow(distances.FromHere<false, false>());
+        if (approaches) {
             distances.Skip({all.begin, chord.begin});
             distances.Skip({chord.end, all.end});
-        } else {
-            lightRow(distances.FromHere<false>());
         }
         distances.NextRow();
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <type_traits>
 #include <vector>
 
 #include "effects/light/spotlight_disc.h"
@@ -22,8 +23,10 @@ class SpotLevels {
           m_coreRadius(std::int16_t(disc.CoreRadius())),
           m_coreBrightness(std::int16_t(std::min(std::int32_t(disc.Core().brightness), 255))) {}
 
-    SpotLevel operator()(std::int16_t whole, std::int16_t rest) const {
-        const bool inCore = std::int16_t(whole + (rest > 0)) <= m_coreRadius;
+    /// Rows that pass the core by need no look at it.
+    template <bool crossesCore>
+    SpotLevel operator()(std::int16_t whole, std::int16_t rest, std::bool_constant<crossesCore>) const {
+        const bool inCore = crossesCore && std::int16_t(whole + (rest > 0)) <= m_coreRadius;
         const std::int16_t toRim = std::max<std::int16_t>(std::int16_t(m_radius - whole), 0);
         SpotLevel level;
         if constexpr (weak) {
@@ -100,18 +103,19 @@ class SpotDistances {
     }
 
     bool Approaches() const { return m_dy < 0; }
+    bool CrossesCore(const SpotDisc& disc) const { return std::uint32_t(std::abs(m_dy)) <= disc.CoreRadius(); }
     /// To the next row, once all columns have been walked or skipped that are still wanted.
     void NextRow() { ++m_dy; }
     void Skip(Span columns) {
-        const auto walk = FromHere<true>();
+        const auto walk = FromHere<true, false>();
         for (unsigned i = 0; i < m_whole.size() / m_apart; ++i)
 #pragma GCC ivdep  // the whole parts and the rests share no memory
             for (std::size_t x = columns.begin >> m_shift; x < columns.end >> m_shift; ++x)
-                walk(x, i, [](std::int16_t, std::int16_t) { return SpotLevel(); });
+                walk(x, i, [](std::int16_t, std::int16_t, auto) { return SpotLevel(); });
     }
 
     /// What a loop over samples needs, free of anything that its stores could change.
-    template <bool approaches>
+    template <bool approaches, bool crossesCore>
     struct Walk {
         std::int16_t *whole, *rest;
         std::size_t apart;
@@ -131,11 +135,11 @@ class SpotDistances {
                 rest[x + i * apart] = std::int16_t(moved - (std::int16_t(2 * n + 1) & passed));
                 whole[x + i * apart] = std::int16_t(n - passed);
             }
-            return levels(n, r);
+            return levels(n, r, std::bool_constant<crossesCore>());
         }
     };
-    template <bool approaches>
-    Walk<approaches> FromHere() {
+    template <bool approaches, bool crossesCore>
+    Walk<approaches, crossesCore> FromHere() {
         return {m_whole.data() - m_first, m_rest.data() - m_first, m_apart, std::int16_t(2 * m_dy + 1)};
     }
 
