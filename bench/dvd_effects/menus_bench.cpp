@@ -52,13 +52,14 @@ void Set(AVBased::IVideoProc& menu, const char* name, const std::string& value) 
 }
 
 // Six pictures or videos on their way across the frame, four texts, and a background. Templates lay out their pictures
-// by themselves.
-void Menu(benchmark::State& state, const char* name, unsigned format, bool videos, unsigned scale) {
+// by themselves. With an upright film, one stands before its blurred copy where pictures fill the frame.
+void Menu(benchmark::State& state, const char* name, unsigned format, bool videos, unsigned scale, bool hasUpright) {
     FakeManager manager;
     manager.textWidth = 400;
     manager.textHeight = 60;
     manager.files["picture"] =
         Film(videos ? formatPlanar : formatPacked, videos ? 640 : 480, videos ? 360 : 270, !videos);
+    manager.files["upright"] = Film(formatPlanar, 360, 640, false);
     manager.files["background"] = Film(formatPlanar, scale * frameWidth, scale * frameHeight, !videos);
     const std::unique_ptr<AVBased::IVideoProc, void (*)(AVBased::IVideoProc*)> menu(
         AVBased::CreateEffect(&manager, name, AVBased::GeneratorTable()), [](AVBased::IVideoProc* m) { m->Free(); });
@@ -76,8 +77,9 @@ void Menu(benchmark::State& state, const char* name, unsigned format, bool video
     Set(*menu, "textNumber", std::to_string(texts));
     Set(*menu, "textInfos", infos);
     Set(*menu, "additionSourceNumber", std::to_string(pictures));
-    Set(*menu, "isAdditionSourceImages", List(pictures, videos ? "false" : "true"));
-    Set(*menu, "additionSourcePaths", List(pictures, "picture"));
+    const std::string rest = List(pictures - 1, "picture"), kinds = List(pictures - 1, videos ? "false" : "true");
+    Set(*menu, "isAdditionSourceImages", (hasUpright || videos ? "false;" : "true;") + kinds);
+    Set(*menu, "additionSourcePaths", (hasUpright ? "upright;" : "picture;") + rest);
     if (name == std::string("menu_common")) {
         Set(*menu, "additionSourceSizes", List(pictures, "480;270"));
         Set(*menu, "startPositions", starts);
@@ -126,8 +128,9 @@ BENCHMARK_CAPTURE(Transformed, perspective_planar, formatPlanar, true)->Unit(ben
 // Every menu there is, with pictures on planar frames, of two sizes where it arranges them; the common one with videos
 // and on packed frames too.
 void MenuRows() {
-    const auto add = [](const std::string& row, const char* name, unsigned format, bool videos, unsigned scale) {
-        benchmark::RegisterBenchmark(row.c_str(), Menu, name, format, videos, scale)
+    const auto add = [](const std::string& row, const char* name, unsigned format, bool videos, unsigned scale,
+                        bool hasUpright = false) {
+        benchmark::RegisterBenchmark(row.c_str(), Menu, name, format, videos, scale, hasUpright)
             ->Iterations(loop)
             ->Unit(benchmark::kMillisecond);
     };
@@ -141,6 +144,10 @@ void MenuRows() {
                     add("Menu/" + name + (videos ? "_videos" : "_pictures") + (packed ? "_packed" : "_planar"),
                         entry.name, packed ? formatPacked : formatPlanar, videos, 1);
         if (!isCommon) add("Menu/" + name + "_4k", entry.name, formatPlanar, false, 2);
+        if (name == "menu_fullscreen") {
+            add("Menu/" + name + "_upright_film", entry.name, formatPlanar, false, 1, true);
+            add("Menu/" + name + "_upright_film_4k", entry.name, formatPlanar, false, 2, true);
+        }
     }
 }
 

@@ -66,6 +66,14 @@ void Blur(std::vector<std::uint8_t>& plane, unsigned width, unsigned height, uns
     }
 }
 
+// The sums of three rows of 128 times the levels, each with its weight of 256.
+void MixRows(std::uint8_t* to, std::size_t count, const std::int16_t* above, const std::int16_t* middle,
+             const std::int16_t* below, const std::int16_t* weights) {
+    const std::int32_t first = weights[0], second = weights[1], third = weights[2];
+    for (std::size_t i = 0; i < count; ++i)
+        to[i] = std::uint8_t((first * above[i] + second * middle[i] + third * below[i] + 16384) >> 15);
+}
+
 }  // namespace
 
 Layer PlainLayer(LayerKind kind, FrameSize size, Colour colour) {
@@ -188,6 +196,16 @@ Layer Halved(const Layer& layer) {
             const std::uint32_t pixels[4] = {LoadWord(from.Row(2 * std::size_t(y)) + 2 * x),
                                              LoadWord(from.Row(2 * std::size_t(y)) + right),
                                              LoadWord(from.Row(lower) + 2 * x), LoadWord(from.Row(lower) + right)};
+            if ((pixels[0] & pixels[1] & pixels[2] & pixels[3]) >= alphaMask) {
+                // Two colours at a time.
+                std::uint32_t even = 0x00020002, odd = 2;
+                for (const std::uint32_t pixel : pixels) {
+                    even += pixel & 0x00FF00FF;
+                    odd += pixel >> 8 & 255;
+                }
+                StoreWord(to.Row(y) + x, alphaMask | (even >> 2 & 0x00FF00FF) | odd >> 2 << 8);
+                continue;
+            }
             std::uint32_t covered = 0, sums[3] = {};
             for (const std::uint32_t pixel : pixels) {
                 covered += pixel >> 24;
@@ -200,14 +218,19 @@ Layer Halved(const Layer& layer) {
     return half;
 }
 
-Layer Blurred(const Layer& layer, FrameSize size, unsigned patches) {
-    Layer blurred(size.width, size.height);  // first, since it refuses sizes that nothing could hold
-    Layer coarse = Cropped(layer, 0, 0, layer.Size());
-    while (std::min(coarse.Width(), coarse.Height()) > patches) coarse = Halved(coarse);
+Layer Coarse(const Layer& layer, unsigned most) {
+    const auto shorter = [](const Layer& of) { return std::min(of.Width(), of.Height()); };
+    if (shorter(layer) <= most) return Cropped(layer, 0, 0, layer.Size());
+    Layer coarse = Halved(layer);
+    while (shorter(coarse) > most) coarse = Halved(coarse);
+    return coarse;
+}
+
+void SpreadOver(const Layer& layer, const Layer& coarse, InstructionSet set) {
     // A place between patches takes from the nearest three, with weights that change smoothly from place to place.
     struct Taps {
         unsigned at[3];
-        std::uint32_t weights[3];
+        std::int16_t weights[3];
     };
     const auto taps = [&](unsigned length, unsigned across, double step) {
         std::vector<Taps> all(length);
@@ -215,35 +238,31 @@ Layer Blurred(const Layer& layer, FrameSize size, unsigned patches) {
             const double place = across / 2.0 + (i + 0.5 - length / 2.0) * step, nearest = double(unsigned(place));
             const double off = place - nearest;
             for (int k = 0; k < 3; ++k) all[i].at[k] = unsigned(std::clamp(int(nearest) + k - 1, 0, int(across) - 1));
-            all[i].weights[0] = std::uint32_t((1 - off) * (1 - off) * 128);
-            all[i].weights[2] = std::uint32_t(off * off * 128);
-            all[i].weights[1] = 256 - all[i].weights[0] - all[i].weights[2];
+            all[i].weights[0] = std::int16_t((1 - off) * (1 - off) * 128);
+            all[i].weights[2] = std::int16_t(off * off * 128);
+            all[i].weights[1] = std::int16_t(256 - all[i].weights[0] - all[i].weights[2]);
         }
         return all;
     };
-    const PackedView from = coarse.View();
-    const double step = std::min(double(from.width) / size.width, double(from.height) / size.height);
-    const std::vector<Taps> columns = taps(size.width, from.width, step), rows = taps(size.height, from.height, step);
-    std::vector<std::uint32_t> wide(std::size_t(from.height) * size.width * 4);
+    const PackedView from = coarse.View(), to = layer.View();
+    if (!from.width || !from.height || !to.width || !to.height) return;
+    const double step = std::min(double(from.width) / to.width, double(from.height) / to.height);
+    const std::vector<Taps> columns = taps(to.width, from.width, step), rows = taps(to.height, from.height, step);
+    const std::size_t bytes = std::size_t(to.width) * 4;
+    std::vector<std::int16_t> wide(from.height * bytes);  // 128 times the levels
     for (unsigned y = 0; y < from.height; ++y)
-        for (unsigned x = 0; x < size.width; ++x)
+        for (unsigned x = 0; x < to.width; ++x)
             for (unsigned c = 0; c < 4; ++c) {
-                std::uint32_t sum = 0;
+                std::int32_t sum = 0;
                 for (unsigned k = 0; k < 3; ++k)
                     sum += columns[x].weights[k] * (LoadWord(from.Row(y) + columns[x].at[k]) >> (8 * c) & 255);
-                wide[(std::size_t(y) * size.width + x) * 4 + c] = sum;
+                wide[y * bytes + x * 4 + c] = std::int16_t((sum + 1) >> 1);
             }
-    const PackedView to = blurred.View();
-    for (unsigned y = 0; y < size.height; ++y) {
-        const auto row = [&](unsigned k) { return wide.data() + std::size_t(rows[y].at[k]) * size.width * 4; };
-        const std::uint32_t *const above = row(0), *const middle = row(1), *const below = row(2);
-        auto* const bytes = reinterpret_cast<std::uint8_t*>(to.Row(y));
-        for (std::size_t i = 0; i < std::size_t(size.width) * 4; ++i)
-            bytes[i] = std::uint8_t((rows[y].weights[0] * above[i] + rows[y].weights[1] * middle[i] +
-                                     rows[y].weights[2] * below[i] + 32768) >>
-                                    16);
+    const auto mix = variantsOf<MixRows>.For(set);
+    for (unsigned y = 0; y < to.height; ++y) {
+        const auto row = [&](unsigned k) { return wide.data() + rows[y].at[k] * bytes; };
+        mix(reinterpret_cast<std::uint8_t*>(to.Row(y)), bytes, row(0), row(1), row(2), rows[y].weights);
     }
-    return blurred;
 }
 
 Layer Shaded(const Layer& layer, LayerKind kind, unsigned radius, unsigned drop, Colour colour) {

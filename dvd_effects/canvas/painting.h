@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "dvd_effects/canvas/layer.h"
+#include "effects/base/instruction_sets.h"
 
 /// What templates do to their pictures before they draw them, and shapes to draw beside them. Coordinates count pixels
 /// of the layer; shapes have smooth edges. Whole numbers throughout, but for the shapes' distances.
@@ -34,9 +35,10 @@ Layer ShadowOf(const Layer& layer, LayerKind kind, unsigned radius, Colour colou
 
 /// The layer at half its size, rounded up: the mean of every four pixels.
 Layer Halved(const Layer& layer);
-/// The middle of a layer, enlarged to cover this size and blurred to soft patches of its colours, of which the shorter
-/// side has at most so many.
-Layer Blurred(const Layer& layer, FrameSize size, unsigned patches);
+/// The layer, halved as often as it takes for its shorter side to have at most so many pixels.
+Layer Coarse(const Layer& layer, unsigned most);
+/// Fills a layer with soft patches of colours: the middle of a coarse one, enlarged to cover it.
+void SpreadOver(const Layer& layer, const Layer& coarse, InstructionSet set);
 /// The layer over its shadow, which falls by `drop`: in the middle of one larger by radius + drop on every side.
 Layer Shaded(const Layer& layer, LayerKind kind, unsigned radius, unsigned drop, Colour colour);
 

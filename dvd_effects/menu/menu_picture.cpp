@@ -15,6 +15,7 @@ void MenuPicture::MakeMask(IRawVideoFrame& frame, FrameSize size) {
 }
 
 void MenuPicture::Make(IRawVideoFrame& frame, FrameSize size, point_t inMask) {
+    if (spare.Size() == size) std::swap(layer, spare);
     maker.Make(frame, size, layer, set);
     if (mask) MultiplyCoverage(layer, mask, inMask.x, inMask.y);
 }
@@ -26,10 +27,12 @@ void MenuPicture::CropTo(FrameSize box) {
 
 void MenuPicture::SetOnStage(FrameSize box) {
     constexpr unsigned patches = 9;
-    Layer stage = Blurred(layer, box, patches);
-    MixIn(stage, kind, {0, 0, 0}, 110);
-    LayOver(stage, layer, (box.width - layer.Width()) / 2, (box.height - layer.Height()) / 2);
-    layer = std::move(stage);
+    const Layer colours = Coarse(layer, patches);
+    MixIn(colours, kind, {0, 0, 0}, 110);
+    if (spare.Size() != box) spare = Layer(box.width, box.height);
+    SpreadOver(spare, colours, set);
+    LayOver(spare, layer, (box.width - layer.Width()) / 2, (box.height - layer.Height()) / 2);
+    std::swap(layer, spare);
 }
 
 }  // namespace AVBased

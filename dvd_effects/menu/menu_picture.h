@@ -35,6 +35,7 @@ struct MenuPicture {
     LayerMaker maker, maskMaker;
     InstructionSet set;
     Layer layer, mask;
+    Layer spare;    // on a stage, memory for the next frame of a film
     FrameSize own;  // before it was finished
     bool isOpaque = false;
     point_t inBox;

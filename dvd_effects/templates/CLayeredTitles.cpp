@@ -12,7 +12,7 @@ constexpr Colour inks[] = {{16, 78, 102}, {168, 52, 60}, {176, 96, 18}, {52, 62,
 
 void CLayeredTitles::FinishPicture(Layer& picture, unsigned) const {
     constexpr unsigned patches = 144;
-    picture = Blurred(picture, picture.Size(), patches);
+    SpreadOver(picture, Coarse(picture, patches), Instructions());
     MixIn(picture, Kind(), InMood({20, 26, 38}), 90);
 }
 
