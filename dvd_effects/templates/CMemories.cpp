@@ -17,24 +17,25 @@ FrameSize CMemories::UsualBox() const { return BoxInRows(); }
 
 void CMemories::MakeScenery() {
     CPhotographs::MakeScenery();
-    constexpr Tint sun{255, 226, 170}, day{255, 252, 240}, moon{176, 204, 255};
-    const Tint light = !MoodColoursSet() ? sun : IsLight() ? day : moon;
+    constexpr Tint sun{255, 226, 170}, moon{176, 204, 255}, shade{112, 84, 58};
     constexpr unsigned across = 96, down = 72;
     m_light = Layer(across, down);
-    // Two panes by three, whose bars throw soft shadows.
+    // Two panes by two, whose bars throw soft shadows. On a bright table these alone can be seen.
     Paint(m_light, Kind(), [&](double x, double y) {
-        const double pane = Wrapped(2 * x / across), other = Wrapped(3 * y / down);
-        Tint tint = light;
-        tint.alpha = 60 * Between(pane, 0.04, 0.96, 0.14) * Between(other, 0.06, 0.94, 0.2);
+        const double right = x / across, below = y / down;
+        const double pane =
+            Between(Wrapped(2 * right), 0.04, 0.96, 0.14) * Between(Wrapped(2 * below), 0.06, 0.94, 0.16);
+        Tint tint = !MoodColoursSet() ? sun : IsLight() ? shade : moon;
+        tint.alpha = IsLight() ? 80 * (1 - pane) * Between(right, 0, 1, 0.2) * Between(below, 0, 1, 0.2) : 60 * pane;
         return tint;
     });
 }
 
 // It wanders over the table, brighter and paler as clouds pass.
 void CMemories::DrawLight(Canvas& canvas) const {
-    const double shift = 0.07 * Wave(Phase()), lean = 0.02 * Wave(Phase() + 0.2);
+    const double shift = 0.07 * Wave(Phase());
     const auto at = [&](double x, double y) { return Spot{(x + shift) * Width(), y * Height()}; };
-    canvas.LayTransformed(m_light, {at(0.36 + lean, 0.02), at(0.78 + lean, -0.06), at(1, 0.94), at(0.42, 1.08)},
+    canvas.LayTransformed(m_light, {at(0.46, 0.06), at(0.84, 0), at(0.92, 0.64), at(0.54, 0.7)},
                           ByteOf(0.72 + 0.28 * Wave(2 * Phase() + 0.6)));
 }
 

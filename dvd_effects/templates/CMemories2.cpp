@@ -48,9 +48,10 @@ void CMemories2::PaintBackground(Canvas& canvas) const {
 
 void CMemories2::MakeScenery() {
     CPhotographs::MakeScenery();
-    m_paper = PlainLayer(Kind(), {1, 1}, {232, 222, 204, 44});
+    m_paper = PlainLayer(Kind(), {1, 1}, IsLight() ? Colour{255, 255, 255, 150} : Colour{232, 222, 204, 44});
     m_corner = Layer(24, 24);
-    PaintOver(m_corner, Kind(), InMood({52, 36, 30}), [](double x, double y) { return x + y < 0 ? 1.0 : 0.0; });
+    PaintOver(m_corner, Kind(), IsLight() ? Colour{104, 78, 58} : InMood({52, 36, 30}),
+              [](double x, double y) { return x + y < 0 ? 1.0 : 0.0; });
 }
 
 // Where a photograph has its place: paper that no light has reached, and the corners that hold it.

@@ -93,8 +93,8 @@ constexpr Scene scenes[] = {
      "AAAAAAAA/AAAAAAAA/aaAAAAAA/AAAAAAAA BBBBBBBB/BBBBBBBB/bbbbbbbb/bbbbbbbB "
      "CCCCCCCC/CCCCCCCC/cccccccc/cccccccC CCCCCCCC/CCCCCCCC/cccccccc/cccccccc"},
     {"menu_memories",
-     "..AAAA../..AAAA../..aaaa../........ ..AAAa../.BBAAA../bBBBba../.bbBb... "
-     "..AAAa../.BBAAcCc/bBBcCCCc/.bbbCcc. ..AaAa../bBBbAA../bBBBba../..bbb..."},
+     "..AAAa../..AAAA../..aaa.../........ ..AAAa../.BBAAA../bBBBB.../.bbBb... "
+     "..AAAa../.BBAAcCc/bBBcCCCc/.bbbCcc. ..AAAa../bBBbAA../bBBBba../..bbb..."},
     {"menu_oldage",
      "..aaaa../..aAAa../.bBbcCc./.bb.ccc. ...aa.../..aAAa../.bBbcCc./.bbb.cc. "
      "...aa.../...AA.../bBBbcCc./.bbb.cc. ...aa.../...AA.../.bBbcCCc/.bbbcCc."},
