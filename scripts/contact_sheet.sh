@@ -27,7 +27,7 @@ if [[ $shown == generators ]]; then
         case $name in
             *menu_*)
                 "$command" init -q "$name" "$work/$name" --pictures "${pictures[@]}" --title 'Summer 2026' </dev/null
-                "$command" menu -q "$name" "$work/$name/menu.json" -o "$work/whole.png" -y --frames 110 </dev/null
+                "$command" menu -q "$name" "$work/$name/menu.json" -o "$work/whole.png" -y --frames 130 </dev/null
                 ;;
             slide) "$command" slideshow -q "${pictures[@]}" -o "$work/whole.png" -y --size 1280x720 --frames 363 </dev/null ;;
             title) "$command" title -q "A day outside" "${pictures[0]}" "$work/whole.png" -y </dev/null ;;
