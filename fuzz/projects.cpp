@@ -13,6 +13,7 @@ namespace {
 void ReadMenu(const std::string& path, const std::string& templateName) {
     Faults faults(path);
     const MenuProject project = ReadMenuProject(path, templateName, nullptr, faults);
+    CheckLoop(project.film, faults);
     faults.ThrowIfAny();
     constexpr int largestSide = 200, mostPages = 3;
     if (project.film.width > largestSide || project.film.height > largestSide) return;

@@ -35,7 +35,8 @@ struct Film {
     const FilmProfile* profile = nullptr;  ///< videos are stored in its size
     bool seeks = false;                    ///< the generator's Seek goes to any frame
     /// The first frame of the part that a player repeats; those before it lead there. The end is dissolved into them,
-    /// so that it goes on at this frame as they do. 0: the film repeats as a whole, as the generator makes it.
+    /// so that it goes on at this frame as they do. 0: the film repeats as a whole, as the generator makes it. Below
+    /// `frames`.
     long long loopStart = 0;
     /// What is laid over every frame: BGRA of its size, colours not multiplied by alpha; null: nothing.
     std::shared_ptr<const AVFrame> over;

@@ -119,8 +119,7 @@ void RenderMenu(const MenuOptions& options, const EffectModule& module) {
         faults.Add(side, "is odd, and videos need even sides; give one more or make pictures");
     if (const std::optional<double> seconds = options.film.Seconds())
         project.film.frames = project.film.FramesIn(*seconds);
-    if (project.film.loopStart >= project.film.frames)
-        faults.Add("loopStart", "lies past the end of the film; give less, or 0 to repeat the whole of it");
+    CheckLoop(project.film, faults);
     faults.ThrowIfAny();
     RefuseInputsAsOutput(options, project);
     const std::vector<MenuProject> pages = PagesOf(project);

@@ -269,6 +269,11 @@ std::string Join(const Items& items, char separator, Write write) {
 
 }  // namespace
 
+void CheckLoop(const Film& film, Faults& faults) {
+    if (film.loopStart >= film.frames)
+        faults.Add("loopStart", "lies past the end of the film; give less, or 0 to repeat the whole of it");
+}
+
 MenuProject ReadMenuProject(const std::string& path, const std::string& templateName, const FilmProfile* profile,
                             Faults& faults) {
     MediaManager manager;

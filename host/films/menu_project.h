@@ -53,6 +53,9 @@ MenuProject ReadMenuProject(const std::string& path, const std::string& template
 MenuProject ReadMenuProject(const Json& json, const std::string& path, const std::string& templateName,
                             const FilmProfile* profile, AVBased::IAVManager& files, Faults& faults);
 
+/// Files a loop that begins where the film has ended.
+void CheckLoop(const Film& film, Faults& faults);
+
 /// One of the names of moods; any other is filed.
 Mood ReadMood(const ProjectItem& item);
 

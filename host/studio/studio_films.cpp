@@ -123,8 +123,7 @@ std::vector<MenuProject> StudioFilms::ReadMenu(const Json& body) {
     RequireFilesWithin(ProjectIn(body), file, m_folder);
     Faults faults("");
     MenuProject project = ReadMenuProject(ProjectIn(body), file, templateName, nullptr, m_manager, faults);
-    if (project.film.loopStart >= project.film.frames)
-        faults.Add("loopStart", "lies past the end of the film; give less, or 0 to repeat the whole of it");
+    CheckLoop(project.film, faults);
     faults.ThrowIfAny();
     return PagesOf(project);
 }
