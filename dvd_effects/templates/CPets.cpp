@@ -132,6 +132,7 @@ void CPets::DrawPaws(Canvas& canvas) const {
 }
 
 void CPets::DrawBall(Canvas& canvas) const {
+    if (!m_ball) return;  // there was no memory for it
     constexpr unsigned bounces = 9;
     // A little ahead of the prints; it comes in before the loop's end has shown the last of them.
     const double across = Mixed(-0.05, 1.05, Wrapped(Phase() + 0.07)), hop = Wrapped(across * bounces);

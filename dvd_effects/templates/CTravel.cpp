@@ -146,8 +146,8 @@ void CTravel::DrawRoute(Canvas& canvas, const Route& route) const {
     // It starts half the way from the photograph in front.
     const double part = Turns(500) + 0.5, drop = 0.35 * Unit();
     const Spot at = route.At(part), way = ahead(part);
-    const double size = (0.85 + 0.3 * (at.y - route.At(0.5).y) / Height()) * m_plane.Width();
-    const double shade = size * m_planeShadow.Width() / m_plane.Width();
+    const double nearness = 0.85 + 0.3 * (at.y - route.At(0.5).y) / Height();
+    const double size = nearness * m_plane.Width(), shade = nearness * m_planeShadow.Width();
     canvas.LayTransformed(m_planeShadow, Placement::Towards({at.x + 0.4 * drop, at.y + drop}, way, shade, shade));
     canvas.LayTransformed(m_plane, Placement::Towards(at, way, size, size));
 }
